@@ -124,6 +124,11 @@ CGRect expelRectFromRect(CGRect a, CGRect b, float margin) {
     const auto pushMaxX = static_cast<float>(b.maxX() - a.x);
     const auto pushMaxY = static_cast<float>(b.maxY() - a.y);
     const auto pushMinY = static_cast<float>(a.maxY() - b.y);
+    // A push that is not a number equals nothing and has no shortest beside it: std::min would
+    // find one or not by the order of its arguments.
+    if (std::isnan(pushMinX) || std::isnan(pushMaxX) || std::isnan(pushMaxY) ||
+        std::isnan(pushMinY))
+        return a;
     const float least = std::min({pushMinX, pushMaxX, pushMaxY, pushMinY});
     const auto less = [margin](float push) { return static_cast<double>(push - margin); };
     if (pushMinX == least) return NSOffsetRect(a, -less(pushMinX), 0);

@@ -111,7 +111,7 @@ CGRect blendRects(CGRect a, CGRect b, float t);
 CGRect expelRectFromRectOnEdge(CGRect a, CGRect b, RectEdge edge, float margin);
 
 /// Moves a out of b along the shortest of the four pushes, ties in the order min-X, max-X, max-Y,
-/// min-Y. NaN in the input leaves a where it is.
+/// min-Y. A push that is NaN, whichever it is, leaves a where it is.
 CGRect expelRectFromRect(CGRect a, CGRect b, float margin);
 
 /// Moves a inside the bounds. Where a is larger than the bounds both corrections of that axis add
