@@ -1,29 +1,22 @@
 // The editable styled text of the main window.
 #pragma once
 
-#include <cstddef>
-#include <string>
 #include <string_view>
 
 #include "imaging/nscolor.h"
 #include "platform/object.h"
+#include "platform/styled_text.h"
 
 namespace skarnel {
 
-class NSAttributedString;
+using NSAttributedString = StyledText;
+using NSRange = TextRange;
 
 /// A typeface by family name at a size in points.
 struct NSFont {
     std::string name;
     double size = 0;
     friend bool operator==(const NSFont&, const NSFont&) = default;
-};
-
-/// UTF-16 units [location, location + length).
-struct NSRange {
-    std::size_t location = 0;
-    std::size_t length = 0;
-    friend bool operator==(const NSRange&, const NSRange&) = default;
 };
 
 /// Before every edit by the user the view asks its delegate

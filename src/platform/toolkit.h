@@ -7,12 +7,15 @@
 #include <string_view>
 
 #include "imaging/nsimage/nsimage.h"
+#include "platform/attributed_text.h"
 #include "platform/image_files.h"
 #include "platform/notification_center.h"
 #include "platform/panels.h"
 #include "platform/run_loop.h"
 #include "platform/services.h"
+#include "platform/text_files.h"
 #include "platform/user_defaults.h"
+#include "platform/web_view.h"
 #include "util/geometry/geometry.h"
 
 namespace skarnel {
@@ -33,6 +36,8 @@ class Toolkit {
     virtual NSPasteboard& generalPasteboard() = 0;
     virtual NSColorPanel& sharedColorPanel() = 0;
     virtual ImageFiles& imageFiles() = 0;
+    virtual AttributedTextServices& attributedText() = 0;
+    virtual TextFiles& textFiles() = 0;
 
     /// Never null.
     virtual std::unique_ptr<NSOpenPanel> openPanel() = 0;
@@ -44,6 +49,9 @@ class Toolkit {
         std::string_view message, std::string_view defaultButton,
         const std::optional<std::string>& alternateButton,
         const std::optional<std::string>& otherButton, std::string_view informativeText) = 0;
+
+    /// A page renderer's view in no window; null when there is none to be had.
+    virtual std::unique_ptr<WebView> webView(const CGRect& frame) = 0;
 
     /// Null when the file cannot be read as a sound. `byReference` false reads it at once.
     virtual std::shared_ptr<NSSound> soundWithContentsOfFile(std::string_view path,

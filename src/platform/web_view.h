@@ -5,8 +5,11 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "imaging/cgimage.h"
+#include "platform/object.h"
 #include "util/geometry/geometry.h"
 #include "util/log/result.h"
 
@@ -16,7 +19,7 @@ class WebView;
 
 /// Posted to the default notification centre by a web view, as its object, when the load of its
 /// page with all that belongs to it has ended, well or badly.
-inline constexpr const char* WebViewProgressFinishedNotification =
+inline constexpr std::string_view WebViewProgressFinishedNotification =
     "WebProgressFinishedNotification";
 
 struct NSURLRequest {
@@ -76,10 +79,8 @@ enum class PaintOutcome {
 };
 
 /// Delegates and the notification centre are borrowed and outlive the view.
-class WebView {
+class WebView : public NSObject {
   public:
-    virtual ~WebView() = default;
-
     virtual void setFrameLoadDelegate(WebFrameLoadDelegate* delegate) = 0;
     virtual void setUIDelegate(WebUIDelegate* delegate) = 0;
     virtual void setResourceLoadDelegate(WebResourceLoadDelegate* delegate) = 0;
