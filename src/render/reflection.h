@@ -1,7 +1,10 @@
 // From one source picture to its finished reflection image: the whole render as pure functions.
 #pragma once
 
+#include <functional>
+#include <memory>
 #include <optional>
+#include <utility>
 
 #include "imaging/cgcontext.h"
 #include "imaging/cgimage.h"
@@ -14,6 +17,21 @@ struct RenderInputs {
     float peakOpacity = 200;                // 0..255; above 255 bright pixels wrap around
     std::optional<DeviceColor> background;  // laid under everything when present
     float imagePerspective = 50;            // phase of the turn: neutral at 0, 50 and 100
+};
+
+/// The same inputs as questions, each asked once at the step that uses it: the peak opacity by the
+/// shaping, the background after the canvas was made, the turn last of all. A render that ends
+/// early does not ask for what comes later.
+struct RenderInputReaders {
+    RenderInputReaders(std::function<float()> peakOpacityReader,
+                       std::function<std::optional<DeviceColor>()> backgroundReader,
+                       std::function<float()> imagePerspectiveReader)
+        : peakOpacity(std::move(peakOpacityReader)),
+          background(std::move(backgroundReader)),
+          imagePerspective(std::move(imagePerspectiveReader)) {}
+    std::function<float()> peakOpacity;
+    std::function<std::optional<DeviceColor>()> background;
+    std::function<float()> imagePerspective;
 };
 
 enum class TurnOutcome { Turned, Unturned };  // Unturned: the turn could not be made
@@ -34,6 +52,12 @@ std::optional<ReflectionResult> addReflectionToCGImage(const CGImage& image, flo
                                                        float perspectiveH, float reflectionOffset,
                                                        float gradientOffset, float gradient,
                                                        const RenderInputs& inputs);
+
+/// As above, with inputs that are asked for when they are needed.
+std::optional<ReflectionResult> addReflectionToCGImage(const CGImage& image, float perspectiveW,
+                                                       float perspectiveH, float reflectionOffset,
+                                                       float gradientOffset, float gradient,
+                                                       const RenderInputReaders& readers);
 
 /// The vertically mirrored image.
 std::optional<CIImage> ReflectCIImage(const CIImage& image);
