@@ -1,0 +1,115 @@
+#include "storage/file_system.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <array>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <system_error>
+
+namespace skarnel {
+namespace {
+
+constexpr unsigned kRenameNoReplace = 1;  // RENAME_NOREPLACE of linux/fs.h
+constexpr mode_t kUsualMask = 022;
+
+template <typename Number>
+Number orError(Number result) {
+    return result < 0 ? static_cast<Number>(-errno) : result;
+}
+
+struct CloseFolder {
+    void operator()(DIR* folder) const { ::closedir(folder); }
+};
+
+class SystemFileSystem final : public FileSystem {
+  public:
+    int open(const char* path, int flags, mode_t mode) override {
+        return orError(::open(path, flags | O_CLOEXEC, mode));
+    }
+    int close(int descriptor) override { return orError(::close(descriptor)); }
+    ssize_t read(int descriptor, void* bytes, std::size_t count) override {
+        return orError(::read(descriptor, bytes, count));
+    }
+    ssize_t write(int descriptor, const void* bytes, std::size_t count) override {
+        return orError(::write(descriptor, bytes, count));
+    }
+    int fsync(int descriptor) override { return orError(::fsync(descriptor)); }
+    int fstat(int descriptor, struct stat& status) override {
+        return orError(::fstat(descriptor, &status));
+    }
+    int fchmod(int descriptor, mode_t mode) override { return orError(::fchmod(descriptor, mode)); }
+    int fchown(int descriptor, uid_t user, gid_t group) override {
+        return orError(::fchown(descriptor, user, group));
+    }
+    int flock(int descriptor, int operation) override {
+        return orError(::flock(descriptor, operation));
+    }
+
+    int stat(const char* path, struct stat& status) override {
+        return orError(::stat(path, &status));
+    }
+    int lstat(const char* path, struct stat& status) override {
+        return orError(::lstat(path, &status));
+    }
+    int canWrite(const char* path) override {
+        return orError(::faccessat(AT_FDCWD, path, W_OK, AT_EACCESS));
+    }
+    int readlink(const char* path, std::string& target) override {
+        std::array<char, PATH_MAX> buffer;
+        const ssize_t length = ::readlink(path, buffer.data(), buffer.size());
+        if (length < 0) return -errno;
+        target.assign(buffer.data(), static_cast<std::size_t>(length));
+        return 0;
+    }
+    int list(const char* folder, std::vector<std::string>& names) override {
+        const std::unique_ptr<DIR, CloseFolder> open(::opendir(folder));
+        if (!open) return -errno;
+        errno = 0;
+        while (const dirent* entry = ::readdir(open.get())) names.emplace_back(entry->d_name);
+        return -errno;
+    }
+
+    int mkdir(const char* path, mode_t mode) override { return orError(::mkdir(path, mode)); }
+    int link(const char* from, const char* to) override { return orError(::link(from, to)); }
+    int unlink(const char* path) override { return orError(::unlink(path)); }
+    int rename(const char* from, const char* to) override { return orError(::rename(from, to)); }
+    int renameNoReplace(const char* from, const char* to) override {
+        return static_cast<int>(
+            orError(::syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, kRenameNoReplace)));
+    }
+
+    mode_t umask() override {
+        // The call of that name can only be read by changing it, which another thread that makes
+        // a file just then would notice; the kernel's report has no such window.
+        struct CloseFile {
+            void operator()(std::FILE* file) const { std::fclose(file); }
+        };
+        const std::unique_ptr<std::FILE, CloseFile> status(std::fopen("/proc/self/status", "re"));
+        std::array<char, 256> line;
+        while (status && std::fgets(line.data(), line.size(), status.get()) != nullptr) {
+            unsigned mask = 0;
+            if (std::sscanf(line.data(), "Umask: %o", &mask) == 1) return static_cast<mode_t>(mask);
+        }
+        return kUsualMask;
+    }
+};
+
+}  // namespace
+
+FileSystem& systemFileSystem() {
+    static SystemFileSystem system;
+    return system;
+}
+
+std::string describeError(int errorNumber) {
+    return std::generic_category().message(errorNumber);
+}
+
+}  // namespace skarnel

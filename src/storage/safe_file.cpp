@@ -1,0 +1,312 @@
+#include "storage/safe_file.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "storage/left_overs.h"
+
+namespace skarnel {
+namespace {
+
+constexpr mode_t kPermissionBits = 0777;
+constexpr mode_t kNewFileMode = 0666;
+constexpr mode_t kPrivateFileMode = 0600;
+constexpr mode_t kPrivateFolderMode = 0700;
+constexpr int kMaxLinks = 40;        // as the kernel follows
+constexpr int kMaxNameAttempts = 8;  // fresh temporary names until one is free
+
+Error writeError(int result) {
+    return {ErrorCode::CannotWrite, describeError(-result)};
+}
+
+Error alreadyExists() {
+    return {ErrorCode::AlreadyExists, "The file already exists"};
+}
+
+bool isStream(const struct stat& status) {
+    return S_ISCHR(status.st_mode) || S_ISFIFO(status.st_mode);
+}
+
+/// Some file systems cannot lock, or cannot flush a folder; that is no failure of ours.
+bool isNotOffered(int result) {
+    return result == -EINVAL || result == -ENOSYS || result == -EOPNOTSUPP || result == -ENOLCK;
+}
+
+/// A file that vanishes with this object unless it was published under its real name. While it
+/// is open it carries the lock that tells `removeLeftOvers` that somebody is at work.
+class TemporaryFile {
+  public:
+    explicit TemporaryFile(FileSystem& fileSystem) : fileSystem_(fileSystem) {}
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    ~TemporaryFile() {
+        if (named_) fileSystem_.unlink(path_.c_str());
+        if (descriptor_ >= 0) fileSystem_.close(descriptor_);
+    }
+
+    Result<void> create(const std::string& folder);
+    Result<void> adopt(const struct stat* replaced);
+    Result<void> fill(std::span<const std::uint8_t> bytes);
+    Result<void> publish(const std::string& target, Overwrite overwrite);
+
+  private:
+    int lockAndCheckName();
+    int giveNewName(const std::string& target);
+
+    FileSystem& fileSystem_;
+    std::string path_;
+    int descriptor_ = -1;
+    bool named_ = false;
+};
+
+Result<void> TemporaryFile::create(const std::string& folder) {
+    for (int attempt = 0; attempt < kMaxNameAttempts; ++attempt) {
+        path_ = temporaryFilePath(folder);
+        descriptor_ = uninterrupted([&] {
+            return fileSystem_.open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW,
+                                    kPrivateFileMode);
+        });
+        if (descriptor_ == -EEXIST) continue;
+        if (descriptor_ == -ENOENT) return {ErrorCode::NotFound, "The folder does not exist"};
+        if (descriptor_ < 0) return writeError(descriptor_);
+        named_ = true;
+        const int locked = lockAndCheckName();
+        if (locked == 0) return {};
+        fileSystem_.close(std::exchange(descriptor_, -1));
+        fileSystem_.unlink(path_.c_str());
+        named_ = false;
+        if (locked != -EAGAIN) return writeError(locked);
+    }
+    return {ErrorCode::CannotWrite, "No free name for a temporary file"};
+}
+
+/// 0, or -EAGAIN when a cleaner was quicker than our lock, or another failure.
+int TemporaryFile::lockAndCheckName() {
+    const int locked =
+        uninterrupted([&] { return fileSystem_.flock(descriptor_, LOCK_EX | LOCK_NB); });
+    if (isNotOffered(locked)) return 0;
+    if (locked < 0) return locked;
+    struct stat status = {};
+    const int found = fileSystem_.fstat(descriptor_, status);
+    if (found < 0) return found;
+    return status.st_nlink == 0 ? -EAGAIN : 0;
+}
+
+/// Gives the file the permissions that it shall have under its real name.
+Result<void> TemporaryFile::adopt(const struct stat* replaced) {
+    mode_t mode = kNewFileMode & ~fileSystem_.umask();
+    if (replaced != nullptr) {
+        mode = replaced->st_mode & kPermissionBits;
+        // Only root may give a file away, and a user only to one of their groups: an attempt.
+        struct stat own = {};
+        if (fileSystem_.fstat(descriptor_, own) == 0 &&
+            (own.st_uid != replaced->st_uid || own.st_gid != replaced->st_gid) &&
+            fileSystem_.fchown(descriptor_, replaced->st_uid, replaced->st_gid) < 0) {
+            fileSystem_.fchown(descriptor_, static_cast<uid_t>(-1), replaced->st_gid);
+        }
+    }
+    const int changed = fileSystem_.fchmod(descriptor_, mode);
+    // File systems without permissions (FAT) refuse; the file is then as private as they make it.
+    if (changed < 0 && changed != -EPERM && !isNotOffered(changed)) return writeError(changed);
+    return {};
+}
+
+Result<void> TemporaryFile::fill(std::span<const std::uint8_t> bytes) {
+    if (Result<void> written = writeDescriptor(descriptor_, bytes, fileSystem_); !written) {
+        return written;
+    }
+    const int flushed = uninterrupted([&] { return fileSystem_.fsync(descriptor_); });
+    if (flushed < 0) return writeError(flushed);
+    struct stat status = {};
+    const int found = fileSystem_.fstat(descriptor_, status);
+    if (found < 0) return writeError(found);
+    if (static_cast<std::uint64_t>(status.st_size) != bytes.size()) {
+        return {ErrorCode::CannotWrite, "The file does not have the size that was written"};
+    }
+    return {};
+}
+
+Result<void> TemporaryFile::publish(const std::string& target, Overwrite overwrite) {
+    const int renamed = overwrite == Overwrite::Allow
+                            ? fileSystem_.rename(path_.c_str(), target.c_str())
+                            : giveNewName(target);
+    if (renamed == -EEXIST && overwrite == Overwrite::Refuse) return alreadyExists();
+    if (renamed < 0) return writeError(renamed);
+    named_ = false;
+    return {};
+}
+
+/// Renames without replacing. Where the file system lacks that, a second hard link does the same;
+/// where it lacks those too (FAT), looking first is all that is left.
+int TemporaryFile::giveNewName(const std::string& target) {
+    const int renamed = fileSystem_.renameNoReplace(path_.c_str(), target.c_str());
+    if (!isNotOffered(renamed)) return renamed;
+    const int linked = fileSystem_.link(path_.c_str(), target.c_str());
+    if (linked == 0) {
+        fileSystem_.unlink(path_.c_str());
+        return 0;
+    }
+    if (linked != -EPERM && !isNotOffered(linked)) return linked;
+    struct stat status = {};
+    if (fileSystem_.lstat(target.c_str(), status) == 0) return -EEXIST;
+    return fileSystem_.rename(path_.c_str(), target.c_str());
+}
+
+/// Makes the new name survive a power cut. Folders that may not be opened for reading cannot be
+/// flushed; their file system decides.
+Result<void> flushFolder(const std::string& folder, FileSystem& fileSystem) {
+    const int descriptor =
+        uninterrupted([&] { return fileSystem.open(folder.c_str(), O_RDONLY | O_DIRECTORY, 0); });
+    if (descriptor == -EACCES) return {};
+    int flushed = descriptor;
+    if (descriptor >= 0) {
+        flushed = uninterrupted([&] { return fileSystem.fsync(descriptor); });
+        fileSystem.close(descriptor);
+    }
+    if (flushed >= 0 || isNotOffered(flushed)) return {};
+    return {ErrorCode::CannotWrite, "The file was written, but its folder could not be flushed: " +
+                                        describeError(-flushed)};
+}
+
+Result<void> writeStream(const std::string& path, std::span<const std::uint8_t> bytes,
+                         FileSystem& fileSystem) {
+    const int descriptor =
+        uninterrupted([&] { return fileSystem.open(path.c_str(), O_WRONLY | O_NOCTTY, 0); });
+    if (descriptor < 0) return writeError(descriptor);
+    Result<void> written = writeDescriptor(descriptor, bytes, fileSystem);
+    const int closed = fileSystem.close(descriptor);
+    if (written && closed < 0 && closed != -EINTR) return writeError(closed);
+    return written;
+}
+
+Result<void> replaceInOneStep(const std::string& target, const struct stat* replaced,
+                              std::span<const std::uint8_t> bytes, Overwrite overwrite,
+                              FileSystem& fileSystem) {
+    const std::string folder = folderOfPath(target);
+    removeLeftOversOnce(folder, fileSystem);
+    {
+        TemporaryFile file(fileSystem);
+        if (Result<void> done = file.create(folder); !done) return done;
+        if (Result<void> done = file.adopt(replaced); !done) return done;
+        if (Result<void> done = file.fill(bytes); !done) return done;
+        if (Result<void> done = file.publish(target, overwrite); !done) return done;
+    }
+    return flushFolder(folder, fileSystem);
+}
+
+}  // namespace
+
+Result<void> writeFileSafely(const std::string& path, std::span<const std::uint8_t> bytes,
+                             Overwrite overwrite, FileSystem& fileSystem) {
+    if (path.empty()) return {ErrorCode::InvalidArgument, "The file name is empty"};
+    struct stat status = {};
+    const int found = fileSystem.stat(path.c_str(), status);
+    if (found == 0 && isStream(status)) return writeStream(path, bytes, fileSystem);
+    if (found == 0 && S_ISDIR(status.st_mode)) return {ErrorCode::CannotWrite, "It is a folder"};
+    if (overwrite == Overwrite::Refuse) {
+        struct stat link = {};
+        if (fileSystem.lstat(path.c_str(), link) == 0) return alreadyExists();
+    }
+    if (found < 0 && found != -ENOENT && found != -ELOOP) return writeError(found);
+    if (found < 0) {
+        const Result<std::string> target = followLinks(path, fileSystem);
+        if (!target) return target.error();
+        return replaceInOneStep(*target, nullptr, bytes, overwrite, fileSystem);
+    }
+    if (!S_ISREG(status.st_mode)) return {ErrorCode::CannotWrite, "It is not an ordinary file"};
+    const int writable = fileSystem.canWrite(path.c_str());
+    if (writable < 0) return writeError(writable);
+    const Result<std::string> target = followLinks(path, fileSystem);
+    if (!target) return target.error();
+    return replaceInOneStep(*target, &status, bytes, overwrite, fileSystem);
+}
+
+Result<std::vector<std::uint8_t>> readDescriptor(int descriptor, std::uint64_t maxBytes,
+                                                 FileSystem& fileSystem) {
+    constexpr std::size_t kChunk = std::size_t{1} << 16;
+    std::vector<std::uint8_t> bytes;
+    struct stat status = {};
+    if (fileSystem.fstat(descriptor, status) == 0 && S_ISREG(status.st_mode)) {
+        if (static_cast<std::uint64_t>(status.st_size) > maxBytes) {
+            return {ErrorCode::TooLarge, "The file is too large"};
+        }
+        bytes.reserve(static_cast<std::size_t>(status.st_size) + 1);
+    }
+    for (;;) {
+        const std::size_t before = bytes.size();
+        bytes.resize(std::max(bytes.capacity(), before + kChunk));
+        const ssize_t count = uninterrupted([&] {
+            return fileSystem.read(descriptor, bytes.data() + before, bytes.size() - before);
+        });
+        bytes.resize(before + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        if (count < 0) {
+            return {ErrorCode::CannotRead,
+                    count == -EISDIR ? "It is a folder" : describeError(static_cast<int>(-count))};
+        }
+        if (count == 0) return bytes;
+        if (bytes.size() > maxBytes) return {ErrorCode::TooLarge, "The file is too large"};
+    }
+}
+
+Result<std::vector<std::uint8_t>> readWholeFile(const std::string& path, std::uint64_t maxBytes,
+                                                FileSystem& fileSystem) {
+    const int descriptor =
+        uninterrupted([&] { return fileSystem.open(path.c_str(), O_RDONLY | O_NOCTTY, 0); });
+    if (descriptor < 0) {
+        return {descriptor == -ENOENT ? ErrorCode::NotFound : ErrorCode::CannotRead,
+                describeError(-descriptor)};
+    }
+    Result<std::vector<std::uint8_t>> bytes = readDescriptor(descriptor, maxBytes, fileSystem);
+    fileSystem.close(descriptor);
+    return bytes;
+}
+
+Result<void> writeDescriptor(int descriptor, std::span<const std::uint8_t> bytes,
+                             FileSystem& fileSystem) {
+    while (!bytes.empty()) {
+        const ssize_t count =
+            uninterrupted([&] { return fileSystem.write(descriptor, bytes.data(), bytes.size()); });
+        if (count < 0) return writeError(static_cast<int>(count));
+        // POSIX allows a count of 0; going round again might never end.
+        if (count == 0) return {ErrorCode::CannotWrite, "Nothing more could be written"};
+        bytes = bytes.subspan(static_cast<std::size_t>(count));
+    }
+    return {};
+}
+
+std::string folderOfPath(const std::string& path) {
+    const std::size_t slash = path.find_last_of('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+Result<std::string> followLinks(const std::string& path, FileSystem& fileSystem) {
+    std::string at = path;
+    for (int i = 0; i < kMaxLinks; ++i) {
+        std::string target;
+        const int read = fileSystem.readlink(at.c_str(), target);
+        if (read == -EINVAL || read == -ENOENT) return at;  // no link, or nothing
+        if (read < 0) return writeError(read);
+        at = target.starts_with('/') ? target : folderOfPath(at) + "/" + target;
+    }
+    return writeError(-ELOOP);
+}
+
+Result<void> makeFolders(const std::string& folder, FileSystem& fileSystem) {
+    for (std::size_t end = 0; end != std::string::npos;) {
+        end = folder.find('/', end + 1);
+        const std::string part = folder.substr(0, end);
+        const int made = fileSystem.mkdir(part.c_str(), kPrivateFolderMode);
+        if (made == 0 || made == -EEXIST) continue;
+        struct stat status = {};
+        if (fileSystem.stat(part.c_str(), status) == 0) continue;  // a read-only parent, say
+        return writeError(made);
+    }
+    return {};
+}
+
+}  // namespace skarnel

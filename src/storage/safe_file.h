@@ -1,0 +1,58 @@
+// Reading whole files, and writing files so that none is ever lost: after success, failure, kill
+// or power cut the path holds the old file or the new one, never a mixture.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "storage/file_system.h"
+#include "util/log/result.h"
+
+namespace skarnel {
+
+enum class Overwrite {
+    Refuse,  // AlreadyExists when anything of that name is there
+    Allow,   // the old file is replaced in one step
+};
+
+/// Writes all bytes to a temporary file in the same folder, flushes it to disk, gives it its name
+/// in one step and flushes the folder. On failure nothing is left behind and an old file stays;
+/// the message is the cause alone ("No space left on device").
+///
+/// A replaced file keeps its permissions and, where allowed, its owner and group; a new one gets
+/// what the process's mask leaves of 0666. A symbolic link is followed, and its target replaced;
+/// other hard links to the old file keep the old bytes. An old file that may not be written is
+/// refused (CannotWrite), as an ordinary write would be. Character devices and named pipes are
+/// written through under either policy, since replacing one would lose it.
+///
+/// One failure leaves the new file in place: when only the folder could not be flushed. The
+/// message then says so.
+Result<void> writeFileSafely(const std::string& path, std::span<const std::uint8_t> bytes,
+                             Overwrite overwrite, FileSystem& fileSystem = systemFileSystem());
+
+/// All bytes of a file or stream. TooLarge when there are more than `maxBytes`.
+Result<std::vector<std::uint8_t>> readWholeFile(const std::string& path, std::uint64_t maxBytes,
+                                                FileSystem& fileSystem = systemFileSystem());
+
+/// All bytes until the end of an open descriptor, which stays open. TooLarge as above.
+Result<std::vector<std::uint8_t>> readDescriptor(int descriptor, std::uint64_t maxBytes,
+                                                 FileSystem& fileSystem = systemFileSystem());
+
+/// Writes all bytes to an open descriptor, with checked counts; for standard output and pipes.
+Result<void> writeDescriptor(int descriptor, std::span<const std::uint8_t> bytes,
+                             FileSystem& fileSystem = systemFileSystem());
+
+/// The folder of a path: what stands before its last slash, "/" for "/x", "." when there is none.
+std::string folderOfPath(const std::string& path);
+
+/// Follows symbolic links of the last component until something else or nothing stands there; a
+/// dangling link gives the path that it names. CannotWrite with the cause for a loop.
+Result<std::string> followLinks(const std::string& path,
+                                FileSystem& fileSystem = systemFileSystem());
+
+/// Makes the folder and its missing parents, with mode 0700 as configuration folders have it.
+Result<void> makeFolders(const std::string& folder, FileSystem& fileSystem = systemFileSystem());
+
+}  // namespace skarnel

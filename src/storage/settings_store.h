@@ -1,0 +1,92 @@
+// The user's settings: numbers and flags under keys, in one JSON file that survives damage, full
+// disks and several programs at once.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "storage/file_system.h"
+#include "util/log/result.h"
+
+namespace skarnel {
+
+using SettingValue = std::variant<float, bool>;
+using SettingValues = std::map<std::string, SettingValue, std::less<>>;
+
+/// Reading and changing work on memory; only `synchronize` touches the file. What was changed
+/// here is merged over what lies on disk by then, so that programs that run at the same time lose
+/// none of each other's keys; what others changed is seen after `reload`.
+///
+/// A file that cannot be read (damaged, wrong types, no permission, a folder in its place) counts
+/// as empty, or as what can be read of it; before anything is written it is kept beside as
+/// "settings.json.damaged", ".damaged-2" and so on. Floats read back bit for bit, those that are
+/// not finite too. Not for use from two threads.
+class SettingsStore {
+  public:
+    /// $XDG_CONFIG_HOME/skarnel/settings.json, with ~/.config where that is not set. Empty when
+    /// the user has no home: the store then lives in memory.
+    static std::string defaultPath();
+
+    /// Reads the file; a missing one is an empty store. Never writes.
+    explicit SettingsStore(std::string path, FileSystem& fileSystem = systemFileSystem());
+
+    bool contains(std::string_view key) const;
+    float floatForKey(std::string_view key) const;  // 0 when absent; a flag counts as 0 or 1
+    bool boolForKey(std::string_view key) const;    // false when absent; a number unless it is 0
+    void setFloat(std::string_view key, float value);
+    void setBool(std::string_view key, bool value);
+    void removeObject(std::string_view key);
+    std::vector<std::string> keys() const;  // sorted; a copy that later changes leave alone
+
+    /// Counts every change of the key set, so that a loop over it can notice one.
+    std::uint64_t keySetChanges() const { return keySetChanges_; }
+
+    /// Called with the key after each change through this object, and for each key that `reload`
+    /// found changed. An empty function ends it.
+    void setObserver(std::function<void(const std::string& key)> observer);
+
+    /// Writes the changes since the last success, if there are any: lock, read again, merge,
+    /// write whole, flush. On failure memory keeps everything and a later call tries again.
+    /// CannotWrite when another program keeps the file locked for longer than the patience.
+    Result<void> synchronize();
+
+    /// Synchronizes, then takes over what lies on disk. A failure to write keeps the own changes.
+    Result<void> reload();
+
+    bool hasUnsavedChanges() const { return !changes_.empty(); }
+    const std::string& path() const { return path_; }
+
+    /// How long `synchronize` waits for other programs; five seconds unless set.
+    void setLockPatience(std::chrono::milliseconds patience) { lockPatience_ = patience; }
+
+  private:
+    enum class Readability { Whole, PartlyOrNot };
+    struct OnDisk {
+        SettingValues values;
+        Readability readability = Readability::Whole;
+    };
+
+    void set(std::string_view key, SettingValue value);
+    void notify(const std::string& key);
+    OnDisk readFile() const;
+    Result<void> mergeAndWrite(const std::string& target);
+    Result<void> keepCopy(const std::string& target);
+
+    std::string path_;
+    FileSystem& fileSystem_;
+    SettingValues values_;
+    std::map<std::string, std::optional<SettingValue>, std::less<>> changes_;  // none = removed
+    bool foundUnreadable_ = false;  // a copy is owed before the next write
+    std::uint64_t keySetChanges_ = 0;
+    std::function<void(const std::string&)> observer_;
+    std::chrono::milliseconds lockPatience_{5000};
+};
+
+}  // namespace skarnel
