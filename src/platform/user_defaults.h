@@ -79,7 +79,7 @@ inline DefaultsKeys::Iterator DefaultsKeys::begin() const {
 }
 
 /// A stored value.
-using DefaultsValue = std::variant<bool, double, std::string>;
+using DefaultsValue = std::variant<float, bool>;
 
 /// A dictionary of the store's values at the time it was asked for.
 struct DefaultsDictionary {

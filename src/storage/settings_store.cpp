@@ -92,6 +92,12 @@ bool SettingsStore::contains(std::string_view key) const {
     return values_.find(key) != values_.end();
 }
 
+std::optional<SettingValue> SettingsStore::valueForKey(std::string_view key) const {
+    const auto found = values_.find(key);
+    if (found == values_.end()) return std::nullopt;
+    return found->second;
+}
+
 float SettingsStore::floatForKey(std::string_view key) const {
     const auto found = values_.find(key);
     if (found == values_.end()) return 0;

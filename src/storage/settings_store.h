@@ -38,6 +38,7 @@ class SettingsStore {
     explicit SettingsStore(std::string path, FileSystem& fileSystem = systemFileSystem());
 
     bool contains(std::string_view key) const;
+    std::optional<SettingValue> valueForKey(std::string_view key) const;  // none when absent
     float floatForKey(std::string_view key) const;  // 0 when absent; a flag counts as 0 or 1
     bool boolForKey(std::string_view key) const;    // false when absent; a number unless it is 0
     void setFloat(std::string_view key, float value);

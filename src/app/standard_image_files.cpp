@@ -1,0 +1,117 @@
+#include "app/standard_image_files.h"
+
+#include <utility>
+
+#include "storage/safe_file.h"
+#include "util/log/system_log.h"
+
+namespace skarnel {
+
+namespace {
+
+bool canWrite(std::string_view type) {
+    const ImageType* found = imageTypeWithIdentifier(type);
+    return found != nullptr && found->canWrite;
+}
+
+class DecodedSource final : public CGImageSource {
+  public:
+    DecodedSource(std::string type, ImageProperties properties)
+        : type_(std::move(type)), properties_(std::move(properties)) {}
+    ImageProperties copyPropertiesAtIndex(std::size_t index) const override {
+        return index == 0 ? properties_ : ImageProperties{};
+    }
+    std::string type() const override { return type_; }
+
+  private:
+    std::string type_;
+    ImageProperties properties_;
+};
+
+/// Holds the one image until it is finalised; what becomes of the bytes is the heir's business.
+class EncodingDestination : public CGImageDestination {
+  public:
+    explicit EncodingDestination(std::string_view type) : type_(type) {}
+
+    void addImage(const CGImage& image, const ImageProperties& properties) override {
+        image_ = image;
+        properties_ = properties;
+    }
+
+    bool finalize() final {
+        if (!image_) return false;
+        Result<Bytes> encoded = encodeImage(*image_, type_, properties_);
+        const Result<void> stored =
+            encoded ? store(*std::move(encoded)) : Result<void>(encoded.error());
+        if (!stored) systemLog("Couldn't write " + place() + ": " + stored.error().message);
+        return stored.hasValue();
+    }
+
+  private:
+    virtual Result<void> store(Bytes encoded) = 0;
+    /// What the log calls the destination.
+    virtual std::string place() const = 0;
+
+    std::string type_;
+    std::optional<CGImage> image_;
+    ImageProperties properties_;
+};
+
+class FileDestination final : public EncodingDestination {
+  public:
+    FileDestination(std::string_view path, std::string_view type)
+        : EncodingDestination(type), path_(path) {}
+
+  private:
+    Result<void> store(Bytes encoded) override {
+        return writeFileSafely(path_, encoded, Overwrite::Allow);
+    }
+    std::string place() const override { return path_; }
+
+    std::string path_;
+};
+
+class DataDestination final : public EncodingDestination {
+  public:
+    DataDestination(std::shared_ptr<Bytes> data, std::string_view type)
+        : EncodingDestination(type), data_(std::move(data)) {}
+
+  private:
+    Result<void> store(Bytes encoded) override {
+        *data_ = std::move(encoded);
+        return {};
+    }
+    std::string place() const override { return "picture data"; }
+
+    std::shared_ptr<Bytes> data_;
+};
+
+}  // namespace
+
+std::unique_ptr<CGImageSource> StandardImageFiles::imageSourceCreateWithData(ByteView data) {
+    const Result<DecodedImage> decoded = decodeImage(data);
+    if (!decoded) return nullptr;
+    return std::make_unique<DecodedSource>(decoded->type, decoded->properties);
+}
+
+std::unique_ptr<CGImageDestination> StandardImageFiles::imageDestinationCreateWithURL(
+    std::string_view path, std::string_view type) {
+    if (!canWrite(type)) return nullptr;
+    return std::make_unique<FileDestination>(path, type);
+}
+
+std::shared_ptr<Bytes> StandardImageFiles::dataCreateMutable() {
+    return std::make_shared<Bytes>();
+}
+
+std::unique_ptr<CGImageDestination> StandardImageFiles::imageDestinationCreateWithData(
+    std::shared_ptr<Bytes> data, std::string_view type) {
+    if (!canWrite(type)) return nullptr;
+    return std::make_unique<DataDestination>(std::move(data), type);
+}
+
+std::optional<std::string> StandardImageFiles::preferredExtension(std::string_view type) {
+    return preferredExtensionOfType(type);
+}
+
+}  // namespace skarnel

@@ -1,0 +1,21 @@
+// The image input/output library on the program's own readers, writers and safe files.
+#pragma once
+
+#include "platform/image_files.h"
+
+namespace skarnel {
+
+/// Files are encoded in memory first and then written whole, so that a failure of either leaves an
+/// old file as it was. Its cause goes to the system log.
+class StandardImageFiles final : public ImageFiles {
+  public:
+    std::unique_ptr<CGImageSource> imageSourceCreateWithData(ByteView data) override;
+    std::unique_ptr<CGImageDestination> imageDestinationCreateWithURL(
+        std::string_view path, std::string_view type) override;
+    std::shared_ptr<Bytes> dataCreateMutable() override;
+    std::unique_ptr<CGImageDestination> imageDestinationCreateWithData(
+        std::shared_ptr<Bytes> data, std::string_view type) override;
+    std::optional<std::string> preferredExtension(std::string_view type) override;
+};
+
+}  // namespace skarnel
