@@ -60,6 +60,20 @@ StyledText::StyledText(std::u16string_view characters, const TextStyle& style,
     append(characters, style);
 }
 
+StyledText StyledText::fromRuns(std::u16string characters, const std::vector<TextRun>& runs) {
+    StyledText text;
+    text.characters_ = std::move(characters);
+    std::size_t left = text.length();
+    for (const TextRun& run : runs) {
+        const std::size_t length = std::min(run.length, left);
+        appendRun(text.runs_, length, run.style);
+        left -= length;
+    }
+    appendRun(text.runs_, left, runs.empty() ? TextStyle{} : runs.back().style);
+    text.alignments_.assign(text.paragraphs().size(), TextAlignment::Natural);
+    return text;
+}
+
 std::vector<TextRange> StyledText::paragraphs() const {
     return paragraphsOf(characters_);
 }
@@ -75,10 +89,13 @@ const TextStyle& StyledText::styleAt(std::size_t location) const {
 }
 
 void StyledText::append(std::u16string_view characters, const TextStyle& style) {
+    // Counted from the last character before, since a line feed may complete a pair with it.
+    const std::size_t tail = characters_.empty() ? 0 : characters_.size() - 1;
+    const std::size_t before = paragraphsOf(std::u16string_view(characters_).substr(tail)).size();
     characters_.append(characters);
     appendRun(runs_, characters.size(), style);
-    // A line feed that completes a pair with a carriage return may also end a paragraph fewer.
-    alignments_.resize(paragraphsOf(characters_).size(), alignments_.back());
+    const std::size_t after = paragraphsOf(std::u16string_view(characters_).substr(tail)).size();
+    alignments_.resize(alignments_.size() + after - before, alignments_.back());
 }
 
 template <typename Change>

@@ -66,6 +66,10 @@ class StyledText {
     explicit StyledText(std::u16string_view characters, const TextStyle& style = {},
                         TextAlignment alignment = TextAlignment::Natural);
 
+    /// From characters and the runs that cover them, in any split; every paragraph natural. What
+    /// the runs leave uncovered has the last one's style, what they have too much is cut.
+    static StyledText fromRuns(std::u16string characters, const std::vector<TextRun>& runs);
+
     const std::u16string& characters() const { return characters_; }
     std::size_t length() const { return characters_.size(); }
     bool isEmpty() const { return characters_.empty(); }
