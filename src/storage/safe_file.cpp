@@ -156,22 +156,6 @@ int TemporaryFile::giveNewName(const std::string& target) {
     return fileSystem_.rename(path_.c_str(), target.c_str());
 }
 
-/// Makes the new name survive a power cut. Folders that may not be opened for reading cannot be
-/// flushed; their file system decides.
-Result<void> flushFolder(const std::string& folder, FileSystem& fileSystem) {
-    const int descriptor =
-        uninterrupted([&] { return fileSystem.open(folder.c_str(), O_RDONLY | O_DIRECTORY, 0); });
-    if (descriptor == -EACCES) return {};
-    int flushed = descriptor;
-    if (descriptor >= 0) {
-        flushed = uninterrupted([&] { return fileSystem.fsync(descriptor); });
-        fileSystem.close(descriptor);
-    }
-    if (flushed >= 0 || isNotOffered(flushed)) return {};
-    return {ErrorCode::CannotWrite, "The file was written, but its folder could not be flushed: " +
-                                        describeError(-flushed)};
-}
-
 Result<void> writeStream(const std::string& path, std::span<const std::uint8_t> bytes,
                          FileSystem& fileSystem) {
     const int descriptor =
@@ -195,7 +179,12 @@ Result<void> replaceInOneStep(const std::string& target, const struct stat* repl
         if (Result<void> done = file.fill(bytes); !done) return done;
         if (Result<void> done = file.publish(target, overwrite); !done) return done;
     }
-    return flushFolder(folder, fileSystem);
+    if (const Result<void> flushed = flushFolder(folder, fileSystem); !flushed) {
+        return {ErrorCode::CannotWrite,
+                "The file was written, but its folder could not be flushed: " +
+                    flushed.error().message};
+    }
+    return {};
 }
 
 }  // namespace
@@ -294,6 +283,19 @@ Result<std::string> followLinks(const std::string& path, FileSystem& fileSystem)
         at = target.starts_with('/') ? target : folderOfPath(at) + "/" + target;
     }
     return writeError(-ELOOP);
+}
+
+Result<void> flushFolder(const std::string& folder, FileSystem& fileSystem) {
+    const int descriptor =
+        uninterrupted([&] { return fileSystem.open(folder.c_str(), O_RDONLY | O_DIRECTORY, 0); });
+    if (descriptor == -EACCES) return {};
+    int flushed = descriptor;
+    if (descriptor >= 0) {
+        flushed = uninterrupted([&] { return fileSystem.fsync(descriptor); });
+        fileSystem.close(descriptor);
+    }
+    if (flushed >= 0 || isNotOffered(flushed)) return {};
+    return writeError(flushed);
 }
 
 Result<void> makeFolders(const std::string& folder, FileSystem& fileSystem) {

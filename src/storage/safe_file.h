@@ -52,6 +52,10 @@ std::string folderOfPath(const std::string& path);
 Result<std::string> followLinks(const std::string& path,
                                 FileSystem& fileSystem = systemFileSystem());
 
+/// Makes names given or removed in the folder survive a power cut. A folder that may not be opened
+/// or whose file system has no such flush counts as flushed.
+Result<void> flushFolder(const std::string& folder, FileSystem& fileSystem = systemFileSystem());
+
 /// Makes the folder and its missing parents, with mode 0700 as configuration folders have it.
 Result<void> makeFolders(const std::string& folder, FileSystem& fileSystem = systemFileSystem());
 

@@ -1,5 +1,6 @@
 #include "storage/settings_json.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
@@ -38,6 +39,15 @@ std::optional<float> nonFiniteOfText(std::string_view text) {
     return std::isnan(value) ? std::optional<float>(value) : std::nullopt;
 }
 
+/// The float nearest to a double; none where that would be infinite. The largest float's shortest
+/// decimal form is a little larger than the float itself, by less than half a step.
+std::optional<float> nearestFloat(double value) {
+    constexpr double kLargest = std::numeric_limits<float>::max();
+    constexpr double kHalfStep = 0x1p103;
+    if (!(std::abs(value) < kLargest + kHalfStep)) return std::nullopt;
+    return static_cast<float>(std::clamp(value, -kLargest, kLargest));
+}
+
 /// JSON's numbers are doubles. The double nearest to the float's shortest decimal form prints as
 /// that form ("0.1", not "0.10000000149011612"); should it round to another float, the exact
 /// double is taken.
@@ -46,8 +56,9 @@ double doubleOf(float value) {
     const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
     double shortest = 0;
     std::from_chars(text.data(), end, shortest);
-    const bool same = std::bit_cast<std::uint32_t>(static_cast<float>(shortest)) ==
-                      std::bit_cast<std::uint32_t>(value);
+    const std::optional<float> back = nearestFloat(shortest);
+    const bool same =
+        back && std::bit_cast<std::uint32_t>(*back) == std::bit_cast<std::uint32_t>(value);
     return same ? shortest : static_cast<double>(value);
 }
 
@@ -59,12 +70,9 @@ std::optional<SettingValue> valueOf(const Json& json) {
         return std::nullopt;
     }
     if (!json.is_number()) return std::nullopt;
-    const double number = json.get<double>();
     // Nothing of ours wrote a number that a float cannot hold.
-    if (std::abs(number) > static_cast<double>(std::numeric_limits<float>::max())) {
-        return std::nullopt;
-    }
-    return SettingValue(static_cast<float>(number));
+    const std::optional<float> number = nearestFloat(json.get<double>());
+    return number ? std::optional<SettingValue>(*number) : std::nullopt;
 }
 
 Json jsonOf(const SettingValue& value) {

@@ -201,7 +201,8 @@ Result<void> SettingsStore::keepCopy(const std::string& target) {
         }
         if (kept == -EEXIST) continue;
         if (kept < 0) return {ErrorCode::CannotWrite, describeError(-kept)};
-        return {};
+        // The copy's name must be on disk before the new file can take the old one's place.
+        return flushFolder(folderOfPath(target), fileSystem_);
     }
     return {ErrorCode::CannotWrite, "There are too many copies of damaged settings"};
 }

@@ -1,0 +1,91 @@
+#include "storage/left_overs.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include "storage/fake_file_systems.h"
+#include "storage/safe_file.h"
+#include "storage/temporary_folder.h"
+
+namespace skarnel {
+namespace {
+
+using test::putFile;
+using test::TemporaryFolder;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(LeftOvers, NamesAreHiddenRandomAndRecognised) {
+    const std::string first = temporaryFilePath("/a/b");
+    const std::string second = temporaryFilePath("/a/b");
+    EXPECT_NE(first, second);
+    EXPECT_EQ(first.substr(0, 14), "/a/b/.skarnel-");
+    EXPECT_TRUE(isTemporaryFileName(first.substr(5)));
+    EXPECT_EQ(temporaryFilePath("/").substr(0, 10), "/.skarnel-");
+}
+
+TEST(LeftOvers, NamesOfOthersAreNotRecognised) {
+    EXPECT_FALSE(isTemporaryFileName(".skarnel-0123456789abcdef.tmp"));
+    EXPECT_FALSE(isTemporaryFileName(".skarnel-0123456789ABCDEF.part"));
+    EXPECT_FALSE(isTemporaryFileName("xskarnel-0123456789abcdef.part"));
+    EXPECT_FALSE(isTemporaryFileName(".skarnel-0123456789abcde.part"));
+    EXPECT_TRUE(isTemporaryFileName(".skarnel-0123456789abcdef.part"));
+}
+
+TEST(LeftOvers, AnAbandonedFileGoesAndEverythingElseStays) {
+    const TemporaryFolder folder;
+    putFile(temporaryFilePath(folder.path()), "half");
+    putFile(folder / "picture.png", "mine");
+    putFile(folder / ".skarnel-notes.part", "mine too");
+    removeLeftOvers(folder.path());
+    EXPECT_THAT(folder.names(), ElementsAre(".skarnel-notes.part", "picture.png"));
+}
+
+TEST(LeftOvers, AFileWhoseWriterLivesStays) {
+    const TemporaryFolder folder;
+    const std::string path = temporaryFilePath(folder.path());
+    putFile(path, "half");
+    const int descriptor = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(::flock(descriptor, LOCK_EX), 0);
+    removeLeftOvers(folder.path());
+    EXPECT_EQ(folder.names().size(), 1U);
+    ::close(descriptor);
+    removeLeftOvers(folder.path());
+    EXPECT_THAT(folder.names(), IsEmpty());
+}
+
+TEST(LeftOvers, FoldersAndLinksOfThatNameStay) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(temporaryFilePath(folder.path()));
+    putFile(folder / "kept", "kept");
+    std::filesystem::create_symlink(folder / "kept", temporaryFilePath(folder.path()));
+    ASSERT_EQ(::mkfifo(temporaryFilePath(folder.path()).c_str(), 0600), 0);
+    removeLeftOvers(folder.path());
+    EXPECT_EQ(folder.names().size(), 4U);
+    EXPECT_EQ(test::fileText(folder / "kept"), "kept");
+}
+
+TEST(LeftOvers, AFolderThatCannotBeListedIsLeftAlone) {
+    const TemporaryFolder folder;
+    removeLeftOvers(folder / "missing");
+    putFile(temporaryFilePath(folder.path()), "half");
+    test::RefusingFileSystem refusing({{"list", EACCES}});
+    removeLeftOvers(folder.path(), refusing);
+    EXPECT_EQ(folder.names().size(), 1U);
+}
+
+TEST(LeftOvers, TheFirstSafeWriteIntoAFolderSweepsItAndLaterOnesDoNotListItAgain) {
+    const TemporaryFolder folder;
+    putFile(temporaryFilePath(folder.path()), "half");
+    test::RefusingFileSystem counting({});
+    const auto bytes = test::bytesOf("whole");
+    ASSERT_TRUE(writeFileSafely(folder / "a", bytes, Overwrite::Refuse, counting));
+    EXPECT_THAT(folder.names(), ElementsAre("a"));
+    ASSERT_TRUE(writeFileSafely(folder / "b", bytes, Overwrite::Refuse, counting));
+    EXPECT_EQ(counting.count("list"), 1);
+}
+
+}  // namespace
+}  // namespace skarnel
