@@ -12,6 +12,9 @@
 
 namespace skarnel {
 
+/// A new image of one bitmap representation, one point a pixel.
+NSImage NSImageFromCGImageRef(const CGImage& image);
+
 /// Every function is the pure one of the same name; none of them keeps state.
 class ImageOperations {
   public:
