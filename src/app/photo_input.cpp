@@ -1,7 +1,7 @@
 // Choosing a photo, installing it as the source, and showing its first reflection.
-#include "app/save_name.h"
 #include "app/vantera_desktop_controller.h"
 #include "render/fitting.h"
+#include "storage/save_name.h"
 
 namespace skarnel {
 

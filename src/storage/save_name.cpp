@@ -1,4 +1,4 @@
-#include "app/save_name.h"
+#include "storage/save_name.h"
 
 namespace skarnel {
 
