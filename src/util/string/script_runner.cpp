@@ -1,0 +1,122 @@
+#include "util/string/script_runner.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+
+#include "util/string/javascript_engine.h"
+
+namespace skarnel {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+void limitResource(int resource, rlim_t value) {
+    const rlimit limit{value, value};
+    setrlimit(static_cast<__rlimit_resource_t>(resource), &limit);
+}
+
+/// With no descriptor to be had, nothing can be opened: no file, no socket, no device.
+void wallOff(const ScriptLimits& limits) {
+    limitResource(RLIMIT_NOFILE, 0);
+    limitResource(RLIMIT_FSIZE, 0);
+    limitResource(RLIMIT_CORE, 0);
+    // A second bound beside the parent's clock, should the parent be gone: whole seconds, rounded
+    // up.
+    const auto seconds = std::chrono::ceil<std::chrono::seconds>(limits.time).count();
+    limitResource(RLIMIT_CPU, static_cast<rlim_t>(seconds + 1));
+}
+
+void writeAll(int descriptor, const std::vector<std::uint8_t>& bytes) {
+    std::size_t written = 0;
+    while (written < bytes.size()) {
+        const ssize_t count = write(descriptor, bytes.data() + written, bytes.size() - written);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return;
+        written += static_cast<std::size_t>(count);
+    }
+}
+
+[[noreturn]] void runInChild(const NSString& source, const ScriptLimits& limits, int output) {
+    // Handlers of the host program are not for this process.
+    for (const int number : {SIGTERM, SIGINT, SIGSEGV, SIGABRT, SIGPIPE, SIGXCPU})
+        std::signal(number, SIG_DFL);
+    dup2(output, 0);
+    close_range(1, ~0U, 0);
+    wallOff(limits);
+    writeAll(0, evaluateJavaScript(source, limits.memoryBytes));
+    _exit(0);
+}
+
+/// Reads until the other side closes. False when the deadline or the bound passes first.
+bool readAll(int descriptor, Clock::time_point deadline, std::size_t maxBytes,
+             std::vector<std::uint8_t>& bytes) {
+    std::array<std::uint8_t, 65536> block;
+    while (true) {
+        const auto left =
+            std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+        if (left <= 0) return false;
+        pollfd wait{descriptor, POLLIN, 0};
+        const int ready = poll(&wait, 1, static_cast<int>(left));
+        if (ready == 0 || (ready < 0 && errno == EINTR)) continue;
+        const ssize_t count = read(descriptor, block.data(), block.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return count == 0;
+        bytes.insert(bytes.end(), block.begin(), block.begin() + count);
+        if (bytes.size() > maxBytes) return false;
+    }
+}
+
+class ForkedScript final : public Script {
+  public:
+    ForkedScript(NSString source, ScriptLimits limits)
+        : source_(std::move(source)), limits_(limits) {}
+
+    std::optional<ScriptDescriptor> execute() override {
+        std::array<int, 2> ends{};
+        if (pipe2(ends.data(), O_CLOEXEC) != 0) return std::nullopt;
+        const Clock::time_point deadline = Clock::now() + limits_.time;
+        const pid_t child = fork();
+        if (child == 0) runInChild(source_, limits_, ends[1]);
+        close(ends[1]);
+        std::vector<std::uint8_t> bytes;
+        // The result's units and its small frame, for a script that fills its memory with text.
+        const bool whole = child > 0 && readAll(ends[0], deadline, 3 * limits_.memoryBytes, bytes);
+        close(ends[0]);
+        if (child > 0) {
+            if (!whole) kill(child, SIGKILL);
+            while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+            }
+        }
+        return whole ? readScriptResult(bytes) : std::nullopt;
+    }
+
+  private:
+    NSString source_;
+    ScriptLimits limits_;
+};
+
+}  // namespace
+
+ScriptDescriptor ScriptDescriptor::list(std::vector<ScriptDescriptor> items) {
+    ScriptDescriptor descriptor(kDescriptorList);
+    descriptor.items_ = std::move(items);
+    return descriptor;
+}
+
+std::optional<ScriptDescriptor> ScriptDescriptor::descriptorAtIndex(std::size_t index) const {
+    if (index < 1 || index > items_.size()) return std::nullopt;
+    return items_[index - 1];
+}
+
+std::unique_ptr<Script> JavaScriptRunner::scriptWithSource(const NSString& source) {
+    return std::make_unique<ForkedScript>(source, limits_);
+}
+
+}  // namespace skarnel

@@ -1,0 +1,96 @@
+#include "util/string/html_importer.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace skarnel {
+namespace {
+
+/// The text of markup given as UTF-8.
+std::string textOf(std::string_view html) {
+    std::vector<std::uint8_t> bytes{0xEF, 0xBB, 0xBF};
+    bytes.insert(bytes.end(), html.begin(), html.end());
+    const auto document = importHTML(bytes);
+    return document ? document->text.description() : "(none)";
+}
+
+TEST(HTMLImporter, RemovesTagsAndComments) {
+    EXPECT_EQ(textOf("a <b>bold</b> <i class='x>y'>word</i><!-- not this -->!"), "a bold word!");
+}
+
+TEST(HTMLImporter, DecodesNamedAndNumericEntities) {
+    EXPECT_EQ(textOf("&lt;&eacute;&copy;&hellip;&#8364;&#x41;&amp;amp;"),
+              "<\xC3\xA9\xC2\xA9\xE2\x80\xA6\xE2\x82\xAC"
+              "A&amp;");
+    EXPECT_EQ(textOf("&#128512;"), "\xF0\x9F\x98\x80");
+}
+
+TEST(HTMLImporter, EndsALineWithEachBlockAndBreak) {
+    EXPECT_EQ(textOf("<p>one</p><p>two</p>"), "one\ntwo\n");
+    EXPECT_EQ(textOf("one<br>two<br/>three"), "one\ntwo\nthree");
+    EXPECT_EQ(textOf("one<br><br>two"), "one\n\ntwo");
+    EXPECT_EQ(textOf("head<div>inside</div>tail"), "head\ninside\ntail");
+    EXPECT_EQ(textOf("<ul><li>a<li>b</ul>"), "a\nb\n");
+    EXPECT_EQ(textOf("<h1>t</h1><p></p><div><div>x</div></div>"), "t\nx\n");
+}
+
+TEST(HTMLImporter, TextWithoutABlockHasNoLineEndOfItsOwn) {
+    EXPECT_EQ(textOf("plain"), "plain");
+    EXPECT_EQ(textOf("<span>plain</span>"), "plain");
+}
+
+TEST(HTMLImporter, CollapsesWhiteSpaceOutsidePreformattedText) {
+    EXPECT_EQ(textOf("  a \n\t b  <b> c</b>  "), "a b c");
+    EXPECT_EQ(textOf("<p> a </p> <p> b </p>"), "a\nb\n");
+    EXPECT_EQ(textOf("<pre>a  b\n c</pre>"), "a  b\n c\n");
+    EXPECT_EQ(textOf("a&nbsp; b"), "a\xC2\xA0 b") << "a no-break space is no white space";
+}
+
+TEST(HTMLImporter, SeparatesTheCellsOfARowByTabs) {
+    EXPECT_EQ(textOf("<table><tr><td>a</td><td>b</td></tr><tr><th>c<td>d</table>"), "a\tb\nc\td\n");
+}
+
+TEST(HTMLImporter, LeavesOutHeadScriptsAndStyles) {
+    EXPECT_EQ(textOf("<html><head><title>t</title><style>p{}</style></head><body>x"
+                     "<script>var a = '<p>';</script><template>y</template>z</body></html>"),
+              "xz");
+}
+
+TEST(HTMLImporter, ForgivesWhatBrowsersForgive) {
+    EXPECT_EQ(textOf("<b>un<i>closed"), "unclosed");
+    EXPECT_EQ(textOf("a < b & c"), "a < b & c");
+    EXPECT_EQ(textOf("</p>x</div>"), "x");
+    EXPECT_EQ(textOf(""), "");
+}
+
+TEST(HTMLImporter, ReportsTheEncodingThatItDetected) {
+    EXPECT_EQ(importHTML(std::vector<std::uint8_t>{0x8E})->encoding, NSStringEncoding::MacOSRoman);
+    EXPECT_EQ(importHTML(std::vector<std::uint8_t>{0x8E})->text, u"\u00E9"_ns);
+    const std::vector<std::uint8_t> big{0xFE, 0xFF, 0x00, 0x41};
+    EXPECT_EQ(importHTML(big)->encoding, NSStringEncoding::Unicode);
+    EXPECT_EQ(importHTML(big)->text, u"A"_ns);
+    EXPECT_EQ(importHTML(std::vector<std::uint8_t>{0xEF, 0xBB, 0xBF})->encoding,
+              NSStringEncoding::UTF8);
+}
+
+std::string repeated(std::string_view part, int times) {
+    std::string text;
+    for (int count = 0; count < times; ++count) text += part;
+    return text;
+}
+
+TEST(HTMLImporter, RefusesMarkupThatIsNestedTooDeep) {
+    EXPECT_EQ(textOf(repeated("<div>", 10'001)), "(none)");
+    EXPECT_EQ(textOf(repeated("<div></x>", 10'001)), "(none)") << "the end tag ends nothing";
+    EXPECT_EQ(textOf(repeated("<DIV>", 10'001)), "(none)");
+}
+
+TEST(HTMLImporter, TakesLongMarkupThatIsNot) {
+    EXPECT_EQ(textOf(repeated("<i>a</i>", 20'000)), std::string(20'000, 'a'));
+    EXPECT_EQ(textOf(repeated("<p>a", 20'000)), repeated("a\n", 20'000));
+    EXPECT_EQ(textOf(repeated("<div>", 2'000) + "x"), "x\n");
+}
+
+}  // namespace
+}  // namespace skarnel
