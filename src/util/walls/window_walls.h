@@ -1,0 +1,23 @@
+// What the window takes away from itself before it opens a file that somebody else made.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "util/log/result.h"
+#include "util/walls/landlock.h"
+
+namespace skarnel {
+
+/// The grants that the window keeps. Execution: `programs` and the dynamic loader, nothing else.
+/// Changing files: every folder of the root but the system's own (/bin /boot /etc /lib* /sbin /sys
+/// /usr, of which /usr/local stays, since people keep files there). `root` is "/" but in tests.
+std::vector<FileGrant> windowGrants(const std::vector<std::string>& programs,
+                                    const std::string& root = "/");
+
+/// Restricts this process to `windowGrants`. For the super-user, who may save anywhere, changing
+/// files is left alone and only execution is taken away: no save to a place that a person chose
+/// may fail by this wall. Call it before a second thread starts.
+Result<void> raiseWindowWalls(const std::vector<std::string>& programs);
+
+}  // namespace skarnel

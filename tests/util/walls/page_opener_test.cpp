@@ -1,0 +1,68 @@
+#include "util/walls/page_opener.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "util/walls/in_child.h"
+#include "util/walls/window_walls.h"
+
+namespace skarnel {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A program that notes the address it is given, in place of the desktop's opener.
+class PageOpenerTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        char pattern[] = "/tmp/skarnel-opener-XXXXXX";
+        folder_ = ::mkdtemp(pattern);
+        opener_ = folder_ / "opener";
+        note_ = folder_ / "note";
+        std::ofstream(opener_) << "#!/bin/sh\nprintf '%s' \"$1\" >" << note_ << ".new && mv "
+                               << note_ << ".new " << note_ << "\n";
+        ::chmod(opener_.c_str(), 0755);
+    }
+    void TearDown() override { fs::remove_all(folder_); }
+
+    std::string notedAddress() const {
+        for (int i = 0; i < 1000 && !fs::exists(note_); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        std::ifstream file(note_);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    fs::path folder_, opener_, note_;
+};
+
+TEST_F(PageOpenerTest, HandsTheAddressToTheOpener) {
+    PageOpener opener("https://skarnel.example/a b", opener_);
+    EXPECT_TRUE(opener.open());
+    EXPECT_EQ(notedAddress(), "https://skarnel.example/a b");
+}
+
+TEST_F(PageOpenerTest, NothingIsOpenedUnasked) {
+    { PageOpener opener("https://skarnel.example/", opener_); }
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_FALSE(fs::exists(note_));
+}
+
+TEST_F(PageOpenerTest, StillOpensOnceTheWallsAreRaised) {
+    if (landlockVersion() == 0) GTEST_SKIP() << "this kernel has no Landlock";
+    EXPECT_EQ(testing::exitStatusOfChild([&] {
+                  PageOpener opener("https://skarnel.example/", opener_);
+                  if (!raiseWindowWalls({})) return 200;
+                  return opener.open() ? 0 : 1;
+              }),
+              0);
+    EXPECT_EQ(notedAddress(), "https://skarnel.example/");
+}
+
+}  // namespace
+}  // namespace skarnel
