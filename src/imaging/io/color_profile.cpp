@@ -1,0 +1,196 @@
+#include "imaging/io/color_profile.h"
+
+#include <lcms2.h>
+
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <utility>
+
+#include "imaging/io/ink_profile.h"
+#include "imaging/io/pixel_rows.h"
+
+namespace skarnel::io {
+namespace {
+
+struct CloseProfile {
+    void operator()(void* profile) const { cmsCloseProfile(profile); }
+};
+struct DeleteTransform {
+    void operator()(void* transform) const { cmsDeleteTransform(transform); }
+};
+using Profile = std::unique_ptr<void, CloseProfile>;
+using Transform = std::shared_ptr<void>;
+
+/// Formats of the transform: four bytes in, four bytes out, in place. The fourth byte of RGB is
+/// alpha and is left as it is; CMYK gets 255 there.
+struct PixelFormats {
+    cmsColorSpaceSignature space;
+    cmsUInt32Number in;
+    cmsUInt32Number out;
+};
+
+PixelFormats formatsOf(Samples samples) {
+    switch (samples) {
+        case Samples::Gray:
+            // Grey stands three times: the two repetitions and alpha are extra channels.
+            return {cmsSigGrayData,
+                    COLORSPACE_SH(PT_GRAY) | CHANNELS_SH(1) | EXTRA_SH(3) | BYTES_SH(1),
+                    TYPE_RGBA_8};
+        case Samples::Cmyk:
+            return {cmsSigCmykData, TYPE_CMYK_8, TYPE_RGBA_8};
+        case Samples::Rgb:
+            break;
+    }
+    return {cmsSigRgbData, TYPE_RGBA_8, TYPE_RGBA_8};
+}
+
+Transform makeTransform(cmsHPROFILE source, Samples samples) {
+    const Profile srgb(cmsCreate_sRGBProfile());
+    if (!srgb) return nullptr;
+    const PixelFormats formats = formatsOf(samples);
+    cmsHTRANSFORM transform =
+        cmsCreateTransform(source, formats.in, srgb.get(), formats.out,
+                           INTENT_RELATIVE_COLORIMETRIC, cmsFLAGS_BLACKPOINTCOMPENSATION);
+    return transform == nullptr ? nullptr : Transform(transform, DeleteTransform());
+}
+
+/// Whether the transform moves no colour of a coarse grid by more than one step: most photos
+/// carry sRGB under one of its many names, and skipping it keeps their bytes.
+bool isNearlyIdentity(cmsHTRANSFORM transform) {
+    for (unsigned r = 0; r <= 255; r += 51) {
+        std::array<std::uint8_t, 6 * 6 * 4> in{};
+        std::array<std::uint8_t, 6 * 6 * 4> out{};
+        std::size_t at = 0;
+        for (unsigned g = 0; g <= 255; g += 51) {
+            for (unsigned b = 0; b <= 255; b += 51, at += 4) {
+                in[at] = static_cast<std::uint8_t>(r);
+                in[at + 1] = static_cast<std::uint8_t>(g);
+                in[at + 2] = static_cast<std::uint8_t>(b);
+            }
+        }
+        cmsDoTransform(transform, in.data(), out.data(), 36);
+        for (std::size_t i = 0; i < in.size(); ++i) {
+            if (i % 4 != 3 && std::abs(int{in[i]} - int{out[i]}) > 1) return false;
+        }
+    }
+    return true;
+}
+
+/// A ready transform and what it was made for. None of sRGB is kept as a null transform.
+struct Prepared {
+    Transform transform;
+    bool usable = false;
+};
+
+Prepared prepare(const Bytes& profileBytes, Samples samples) {
+    const Profile profile(cmsOpenProfileFromMem(profileBytes.data(),
+                                                static_cast<cmsUInt32Number>(profileBytes.size())));
+    if (!profile) return {};
+    const cmsColorSpaceSignature space = cmsGetColorSpace(profile.get());
+    // Grey stands three times, so that a profile of three colours fits it as well.
+    if (samples == Samples::Gray && space == cmsSigRgbData) samples = Samples::Rgb;
+    if (space != formatsOf(samples).space) return {};
+    Prepared prepared{makeTransform(profile.get(), samples), true};
+    if (!prepared.transform) return {};
+    if (samples == Samples::Rgb && isNearlyIdentity(prepared.transform.get())) {
+        prepared.transform = nullptr;
+    }
+    return prepared;
+}
+
+/// The last transform is kept: a folder of pictures mostly shares one profile, and making a CMYK
+/// transform costs as much as converting a megapixel with it.
+Prepared preparedFor(const Bytes& profileBytes, Samples samples) {
+    static std::mutex mutex;
+    static Bytes lastProfile;
+    static Samples lastSamples = Samples::Rgb;
+    static Prepared last;
+    const std::lock_guard lock(mutex);
+    if (last.usable && lastSamples == samples && lastProfile == profileBytes) return last;
+    Prepared made = prepare(profileBytes, samples);
+    if (made.usable) {
+        lastProfile = profileBytes;
+        lastSamples = samples;
+        last = made;
+    }
+    return made;
+}
+
+Transform builtInInkTransform() {
+    static std::mutex mutex;
+    static Transform kept;
+    const std::lock_guard lock(mutex);
+    if (!kept) {
+        const Profile inks(makeInkProfile());
+        if (inks) kept = makeTransform(inks.get(), Samples::Cmyk);
+    }
+    return kept;
+}
+
+void divideByAlpha(SourcePicture& picture) {
+    const MutablePixelView view = picture.pixels.view();
+    for (int y = 0; y < view.height; ++y) {
+        unpremultiplyRow(view.row(y), view.row(y), static_cast<std::size_t>(view.width));
+    }
+    picture.alpha = Alpha::Straight;
+}
+
+void applyTransform(SourcePicture& picture, cmsHTRANSFORM transform) {
+    const MutablePixelView view = picture.pixels.view();
+    const auto width = static_cast<cmsUInt32Number>(view.width);
+    for (int y = 0; y < view.height; ++y) {
+        cmsDoTransform(transform, view.row(y), view.row(y), width);
+    }
+}
+
+/// After the conversion the fourth byte, which was ink, becomes alpha.
+void settleCmykAlpha(SourcePicture& picture) {
+    const MutablePixelView view = picture.pixels.view();
+    const bool hasAlpha = !picture.cmykAlpha.empty();
+    const std::uint8_t* alpha = picture.cmykAlpha.data();
+    for (int y = 0; y < view.height; ++y) {
+        std::uint8_t* row = view.row(y);
+        for (int x = 0; x < view.width; ++x) {
+            row[std::size_t{4} * x + 3] = hasAlpha ? *alpha++ : std::uint8_t{255};
+        }
+    }
+    picture.cmykAlpha = {};
+    picture.samples = Samples::Rgb;
+    if (!hasAlpha) picture.alpha = Alpha::Opaque;
+}
+
+}  // namespace
+
+Result<void> convertToSrgb(SourcePicture& picture) {
+    Prepared prepared;
+    if (!picture.profile.empty()) prepared = preparedFor(picture.profile, picture.samples);
+    if (!prepared.usable && picture.samples == Samples::Cmyk) {
+        prepared = {builtInInkTransform(), true};
+        if (!prepared.transform) return {ErrorCode::OutOfMemory, "Not enough memory for colours"};
+    }
+    if (prepared.transform) {
+        if (picture.samples != Samples::Cmyk && picture.alpha == Alpha::Premultiplied) {
+            divideByAlpha(picture);
+        }
+        applyTransform(picture, prepared.transform.get());
+    }
+    if (picture.samples == Samples::Cmyk) settleCmykAlpha(picture);
+    picture.samples = Samples::Rgb;
+    return {};
+}
+
+std::string profileName(ByteView bytes) {
+    if (bytes.empty()) return {};
+    const Profile profile(
+        cmsOpenProfileFromMem(bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
+    if (!profile) return {};
+    std::array<char, 256> text{};
+    cmsGetProfileInfoASCII(profile.get(), cmsInfoDescription, "en", "US", text.data(),
+                           text.size() - 1);
+    return text.data();
+}
+
+}  // namespace skarnel::io

@@ -1,0 +1,22 @@
+// From a file's own colours to sRGB.
+#pragma once
+
+#include <string>
+
+#include "imaging/io/image_io.h"
+#include "imaging/io/readers.h"
+#include "util/log/result.h"
+
+namespace skarnel::io {
+
+/// Converts a picture in place to sRGB by its profile, or by the built-in inks for CMYK without
+/// one: relative colorimetric, with black-point compensation, on straight colours. Premultiplied
+/// pictures are divided first. Afterwards the samples are Rgb, and alpha is Opaque or Straight
+/// (or as it was, where nothing had to be done). A profile that is damaged or of another kind of
+/// colour than the picture counts as none: the pixels are right, only their tint is unsure.
+Result<void> convertToSrgb(SourcePicture& picture);
+
+/// The description in the profile, empty when there is none.
+std::string profileName(ByteView profile);
+
+}  // namespace skarnel::io

@@ -1,0 +1,105 @@
+// From bytes of any format to the picture that the program works with.
+#include <cmath>
+#include <cstdio>
+#include <new>
+#include <stdexcept>
+
+#include "imaging/io/image_io.h"
+#include "imaging/io/readers.h"
+
+namespace skarnel {
+namespace io {
+
+std::optional<Error> checkPictureSize(std::int64_t width, std::int64_t height,
+                                      const DecodeLimits& limits, std::int64_t formatPixels) {
+    if (width < 1 || height < 1) return Error{ErrorCode::Damaged, "The picture has no pixels"};
+    // A row of four bytes a pixel is counted in 32-bit signed arithmetic.
+    constexpr std::int64_t kMaxSide = INT32_MAX / 4;
+    const std::int64_t maxPixels = std::min(limits.maxPixels, formatPixels);
+    if (width > kMaxSide || height > kMaxSide || width > maxPixels / height) {
+        char text[160];
+        std::snprintf(text, sizeof text,
+                      "The picture says it has %lld x %lld pixels, above the limit of %lld",
+                      static_cast<long long>(width), static_cast<long long>(height),
+                      static_cast<long long>(maxPixels));
+        return Error{ErrorCode::TooLarge, text};
+    }
+    return std::nullopt;
+}
+
+Result<PixelBuffer> allocatePicture(std::int64_t width, std::int64_t height,
+                                    const DecodeLimits& limits, std::int64_t formatPixels) {
+    if (auto error = checkPictureSize(width, height, limits, formatPixels)) return *error;
+    auto buffer = PixelBuffer::uninitialized(static_cast<int>(width), static_cast<int>(height));
+    if (!buffer) return {ErrorCode::OutOfMemory, "Not enough memory for the picture"};
+    return *std::move(buffer);
+}
+
+void describePicture(SourcePicture& picture, std::string_view colorModel, int depthBits,
+                     bool hasAlpha) {
+    auto set = [&](std::string_view key, PropertyValue value) {
+        picture.properties.insert_or_assign(std::string(key), std::move(value));
+    };
+    set(kPropertyPixelWidth, std::int64_t{picture.pixels.width()});
+    set(kPropertyPixelHeight, std::int64_t{picture.pixels.height()});
+    set(kPropertyColorModel, std::string(colorModel));
+    set(kPropertyDepth, std::int64_t{depthBits});
+    set(kPropertyHasAlpha, std::int64_t{hasAlpha ? 1 : 0});
+    set(kPropertyOrientation, std::int64_t{picture.orientation});
+}
+
+void setResolution(ImageProperties& properties, double horizontal, double vertical) {
+    auto usable = [](double value) { return std::isfinite(value) && value > 0; };
+    if (!usable(horizontal) || !usable(vertical)) return;
+    properties.insert_or_assign(std::string(kPropertyDpiWidth), horizontal);
+    properties.insert_or_assign(std::string(kPropertyDpiHeight), vertical);
+}
+
+namespace {
+
+using Reader = Result<SourcePicture> (*)(ByteView, const DecodeLimits&);
+
+Reader readerOfType(std::string_view type) {
+    if (type == kUTTypeJPEG) return readJpeg;
+    if (type == kUTTypePNG) return readPng;
+    if (type == kUTTypeTIFF) return readTiff;
+    if (type == kUTTypeBMP) return readBmp;
+#ifdef SKARNEL_IO_ALL_READERS
+    if (type == kUTTypePSD) return readPsd;
+    if (type == kUTTypeJPEG2000) return readJpeg2000;
+    if (type == kUTTypeWebP) return readWebP;
+#endif
+#ifdef SKARNEL_HAVE_GIF
+    if (type == kUTTypeGIF) return readGif;
+#endif
+#ifdef SKARNEL_HAVE_JXL
+    if (type == kUTTypeJPEGXL) return readJpegXL;
+#endif
+#ifdef SKARNEL_HAVE_HEIF
+    if (type == kUTTypeHEIF || type == kUTTypeAVIF) return readHeif;
+#endif
+    return nullptr;
+}
+
+}  // namespace
+}  // namespace io
+
+Result<DecodedImage> decodeImage(ByteView bytes, const DecodeLimits& limits) try {
+    if (bytes.empty()) return {ErrorCode::UnknownFormat, "The file is empty"};
+    const ImageType* type = imageTypeOfContent(bytes);
+    if (type == nullptr) return {ErrorCode::UnknownFormat, "Not a picture of a known format"};
+    const io::Reader reader = io::readerOfType(type->identifier);
+    if (reader == nullptr) {
+        return {ErrorCode::Unsupported,
+                "This build cannot read pictures of type " + std::string(type->name)};
+    }
+    auto picture = reader(bytes, limits);
+    if (!picture) return picture.error();
+    return io::finishPicture(*std::move(picture), type->identifier);
+} catch (const std::bad_alloc&) {
+    return {ErrorCode::OutOfMemory, "Not enough memory for the picture"};
+} catch (const std::length_error&) {
+    return {ErrorCode::OutOfMemory, "Not enough memory for the picture"};
+}
+
+}  // namespace skarnel

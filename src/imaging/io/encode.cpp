@@ -1,0 +1,83 @@
+// From a picture to the bytes of a file.
+#include <cmath>
+#include <new>
+#include <stdexcept>
+
+#include "imaging/io/image_io.h"
+#include "imaging/io/writers.h"
+
+namespace skarnel {
+namespace io {
+
+std::optional<double> numberProperty(const ImageProperties& properties, std::string_view key) {
+    const auto found = properties.find(key);
+    if (found == properties.end()) return std::nullopt;
+    if (const auto* whole = std::get_if<std::int64_t>(&found->second)) {
+        return static_cast<double>(*whole);
+    }
+    const auto* number = std::get_if<double>(&found->second);
+    return number != nullptr && !std::isnan(*number) ? std::optional(*number) : std::nullopt;
+}
+
+std::optional<Resolution> resolutionOf(const ImageProperties& properties) {
+    auto usable = [&](std::string_view key) -> std::optional<double> {
+        const auto value = numberProperty(properties, key);
+        return value && std::isfinite(*value) && *value > 0 ? value : std::nullopt;
+    };
+    const auto horizontal = usable(kPropertyDpiWidth);
+    const auto vertical = usable(kPropertyDpiHeight);
+    if (!horizontal && !vertical) return std::nullopt;
+    return Resolution{horizontal ? *horizontal : *vertical, vertical ? *vertical : *horizontal};
+}
+
+double qualityOf(const ImageProperties& properties, double fallback) {
+    const double quality = numberProperty(properties, kPropertyLossyQuality).value_or(fallback);
+    return quality < 0 ? 0 : quality > 1 ? 1 : quality;
+}
+
+std::array<std::uint8_t, 3> matteOf(const ImageProperties& properties) {
+    std::array<std::uint8_t, 3> color = {255, 255, 255};
+    const auto found = properties.find(kPropertyMatteColor);
+    const auto* text =
+        found == properties.end() ? nullptr : std::get_if<std::string>(&found->second);
+    if (text == nullptr || text->size() != 7 || (*text)[0] != '#') return color;
+    std::array<std::uint8_t, 3> parsed{};
+    for (std::size_t i = 1; i < 7; ++i) {
+        const char c = (*text)[i];
+        int digit = 0;
+        if (c >= '0' && c <= '9') {
+            digit = c - '0';
+        } else if (c >= 'a' && c <= 'f') {
+            digit = c - 'a' + 10;
+        } else if (c >= 'A' && c <= 'F') {
+            digit = c - 'A' + 10;
+        } else {
+            return color;
+        }
+        auto& channel = parsed[(i - 1) / 2];
+        channel = static_cast<std::uint8_t>(channel * 16 + digit);
+    }
+    return parsed;
+}
+
+}  // namespace io
+
+Result<Bytes> encodeImage(const CGImage& image, std::string_view typeIdentifier,
+                          const ImageProperties& properties) try {
+    if (typeIdentifier == kUTTypeTIFF) return io::writeTiff(image, properties);
+    if (typeIdentifier == kUTTypePNG) return io::writePng(image, properties);
+    if (typeIdentifier == kUTTypeJPEG) return io::writeJpeg(image, properties);
+    if (typeIdentifier == kUTTypeBMP) return io::writeBmp(image, properties);
+#ifdef SKARNEL_IO_ALL_READERS
+    if (typeIdentifier == kUTTypeJPEG2000) return io::writeJpeg2000(image, properties);
+    if (typeIdentifier == kUTTypeWebP) return io::writeWebP(image, properties);
+#endif
+    return {ErrorCode::Unsupported,
+            "Pictures of type " + std::string(typeIdentifier) + " cannot be written"};
+} catch (const std::bad_alloc&) {
+    return {ErrorCode::OutOfMemory, "Not enough memory to encode the picture"};
+} catch (const std::length_error&) {
+    return {ErrorCode::OutOfMemory, "Not enough memory to encode the picture"};
+}
+
+}  // namespace skarnel

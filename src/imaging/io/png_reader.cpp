@@ -1,0 +1,143 @@
+// PNG through libpng: every colour type and depth to 8-bit RGBA.
+#include <png.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <vector>
+
+#include "imaging/io/exif.h"
+#include "imaging/io/readers.h"
+
+namespace skarnel::io {
+namespace {
+
+/// Bounds for what a chunk may unpack to, far above any honest profile or comment.
+constexpr png_alloc_size_t kMaxChunkBytes = 32U << 20U;
+constexpr png_uint_32 kMaxChunks = 1000;
+constexpr double kInchesPerMetre = 39.37007874015748;
+
+class PngDecoder {
+  public:
+    explicit PngDecoder(ByteView bytes) : rest_(bytes) {
+        png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, onError, onWarning);
+        if (png_ != nullptr) info_ = png_create_info_struct(png_);
+    }
+    ~PngDecoder() { png_destroy_read_struct(&png_, &info_, nullptr); }
+    PngDecoder(const PngDecoder&) = delete;
+    PngDecoder& operator=(const PngDecoder&) = delete;
+
+    bool readHeader() {
+        if (info_ == nullptr) return fail("Not enough memory");
+        if (setjmp(png_jmpbuf(png_)) != 0) return false;
+        png_set_read_fn(png_, this, onRead);
+        png_set_user_limits(png_, INT32_MAX / 4, INT32_MAX / 4);
+        png_set_chunk_malloc_max(png_, kMaxChunkBytes);
+        png_set_chunk_cache_max(png_, kMaxChunks);
+        png_read_info(png_, info_);
+        return true;
+    }
+
+    /// Samples are scaled and never corrected for gAMA or cHRM: viewers of photos ignore both.
+    bool readRows(MutablePixelView view) {
+        rows_.resize(static_cast<std::size_t>(view.height));
+        for (int y = 0; y < view.height; ++y) rows_[static_cast<std::size_t>(y)] = view.row(y);
+        if (setjmp(png_jmpbuf(png_)) != 0) return false;
+        png_set_expand(png_);
+        png_set_scale_16(png_);
+        png_set_gray_to_rgb(png_);
+        png_set_add_alpha(png_, 0xFF, PNG_FILLER_AFTER);
+        png_set_interlace_handling(png_);
+        png_read_update_info(png_, info_);
+        if (png_get_rowbytes(png_, info_) != std::size_t{4} * view.width) {
+            png_error(png_, "unexpected row size");
+        }
+        png_read_image(png_, rows_.data());
+        png_read_end(png_, info_);
+        return true;
+    }
+
+    png_structp png() const { return png_; }
+    png_infop info() const { return info_; }
+    const char* message() const { return message_.data(); }
+
+  private:
+    static void onError(png_structp png, png_const_charp text) {
+        static_cast<PngDecoder*>(png_get_error_ptr(png))->fail(text);
+        png_longjmp(png, 1);
+    }
+    static void onWarning(png_structp, png_const_charp) {}
+    static void onRead(png_structp png, png_bytep target, std::size_t count) {
+        auto* self = static_cast<PngDecoder*>(png_get_io_ptr(png));
+        if (count > self->rest_.size()) png_error(png, "The file ends too early");
+        std::memcpy(target, self->rest_.data(), count);
+        self->rest_ = self->rest_.subspan(count);
+    }
+    bool fail(const char* text) {
+        std::snprintf(message_.data(), message_.size(), "%s", text);
+        return false;
+    }
+
+    ByteView rest_;
+    png_structp png_ = nullptr;
+    png_infop info_ = nullptr;
+    std::vector<png_bytep> rows_;
+    std::array<char, 160> message_{};
+};
+
+void readProfile(const PngDecoder& decoder, SourcePicture& picture) {
+    png_charp name = nullptr;
+    int method = 0;
+    png_bytep data = nullptr;
+    png_uint_32 size = 0;
+    if (png_get_iCCP(decoder.png(), decoder.info(), &name, &method, &data, &size) != 0) {
+        picture.profile.assign(data, data + size);
+    }
+}
+
+void readResolution(const PngDecoder& decoder, SourcePicture& picture) {
+    png_uint_32 x = 0;
+    png_uint_32 y = 0;
+    int unit = 0;
+    if (png_get_pHYs(decoder.png(), decoder.info(), &x, &y, &unit) != 0 &&
+        unit == PNG_RESOLUTION_METER) {
+        setResolution(picture.properties, x / kInchesPerMetre, y / kInchesPerMetre);
+    }
+}
+
+void readExifChunk(const PngDecoder& decoder, SourcePicture& picture) {
+    png_bytep data = nullptr;
+    png_uint_32 size = 0;
+    if (png_get_eXIf_1(decoder.png(), decoder.info(), &size, &data) == 0) return;
+    const ExifFacts facts = readExif({data, size}, picture.properties);
+    picture.orientation = facts.orientation;
+    setResolution(picture.properties, facts.dpiHorizontal, facts.dpiVertical);
+}
+
+}  // namespace
+
+Result<SourcePicture> readPng(ByteView bytes, const DecodeLimits& limits) {
+    PngDecoder decoder(bytes);
+    if (!decoder.readHeader()) return {ErrorCode::Damaged, decoder.message()};
+    const auto width = png_get_image_width(decoder.png(), decoder.info());
+    const auto height = png_get_image_height(decoder.png(), decoder.info());
+    const int colorType = png_get_color_type(decoder.png(), decoder.info());
+    const int depth = png_get_bit_depth(decoder.png(), decoder.info());
+    const bool hasAlpha = (colorType & PNG_COLOR_MASK_ALPHA) != 0 ||
+                          png_get_valid(decoder.png(), decoder.info(), PNG_INFO_tRNS) != 0;
+    auto pixels = allocatePicture(width, height, limits);
+    if (!pixels) return pixels.error();
+    SourcePicture picture(*std::move(pixels));
+    if (!decoder.readRows(picture.pixels.view())) return {ErrorCode::Damaged, decoder.message()};
+
+    const bool gray = (colorType & PNG_COLOR_MASK_COLOR) == 0;
+    picture.samples = gray ? Samples::Gray : Samples::Rgb;
+    picture.alpha = hasAlpha ? Alpha::Straight : Alpha::Opaque;
+    readProfile(decoder, picture);
+    readExifChunk(decoder, picture);
+    readResolution(decoder, picture);
+    describePicture(picture, gray ? "Gray" : "RGB", depth, hasAlpha);
+    return picture;
+}
+
+}  // namespace skarnel::io

@@ -1,0 +1,81 @@
+// Reading a file from disk and decoding it.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "imaging/io/image_io.h"
+#include "imaging/io/read_file.h"
+
+namespace skarnel {
+namespace io {
+namespace {
+
+/// Above any picture within the pixel limit that could be decoded at all.
+constexpr std::size_t kMaxFileBytes = std::size_t{8} << 30;
+
+Error readError(int number) {
+    return {number == ENOENT || number == ENOTDIR ? ErrorCode::NotFound : ErrorCode::CannotRead,
+            std::strerror(number)};
+}
+
+}  // namespace
+
+FileDescriptor::~FileDescriptor() {
+    if (number_ >= 0) ::close(number_);
+}
+
+Result<FileDescriptor> openPicture(const std::string& path) {
+    // Not blocking, so that a pipe without a writer is refused instead of waited for.
+    FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (file.number() < 0) return readError(errno);
+    struct stat status {};
+    if (::fstat(file.number(), &status) != 0) return readError(errno);
+    if (S_ISDIR(status.st_mode)) return readError(EISDIR);
+    if (!S_ISREG(status.st_mode)) return {ErrorCode::CannotRead, "Not a regular file"};
+    return file;
+}
+
+Result<Bytes> readAll(int descriptor) {
+    struct stat status {};
+    Bytes bytes;
+    if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0) {
+        if (static_cast<std::uint64_t>(status.st_size) > kMaxFileBytes) {
+            return {ErrorCode::TooLarge, "The file is larger than 8 GB"};
+        }
+        // One more, so that the end is seen without growing.
+        bytes.resize(static_cast<std::size_t>(status.st_size) + 1);
+    } else {
+        bytes.resize(std::size_t{1} << 20U);
+    }
+    std::size_t size = 0;
+    for (;;) {
+        if (size == bytes.size()) {
+            if (size >= kMaxFileBytes) return {ErrorCode::TooLarge, "The file is larger than 8 GB"};
+            bytes.resize(bytes.size() * 2);
+        }
+        const ssize_t count = ::read(descriptor, bytes.data() + size, bytes.size() - size);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return readError(errno);
+        if (count == 0) break;
+        size += static_cast<std::size_t>(count);
+    }
+    bytes.resize(size);
+    return bytes;
+}
+
+}  // namespace io
+
+Result<DecodedImage> decodeImageFile(const std::string& path, const DecodeLimits& limits) try {
+    const auto file = io::openPicture(path);
+    if (!file) return file.error();
+    const auto bytes = io::readAll(file->number());
+    if (!bytes) return bytes.error();
+    return decodeImage(*bytes, limits);
+} catch (const std::bad_alloc&) {
+    return {ErrorCode::OutOfMemory, "Not enough memory for the picture"};
+}
+
+}  // namespace skarnel

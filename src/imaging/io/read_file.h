@@ -1,0 +1,36 @@
+// Opening and reading a picture's file.
+#pragma once
+
+#include <string>
+#include <utility>
+
+#include "imaging/io/image_io.h"
+#include "util/log/result.h"
+
+namespace skarnel::io {
+
+/// Closes its descriptor. Move-only; -1 when empty.
+class FileDescriptor {
+  public:
+    explicit FileDescriptor(int number = -1) : number_(number) {}
+    FileDescriptor(FileDescriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+        std::swap(number_, other.number_);
+        return *this;
+    }
+    ~FileDescriptor();
+
+    int number() const { return number_; }
+    int release() { return std::exchange(number_, -1); }
+
+  private:
+    int number_;
+};
+
+/// A regular file for reading; NotFound or CannotRead with the system's reason otherwise.
+Result<FileDescriptor> openPicture(const std::string& path);
+
+/// Everything from the descriptor's position to its end.
+Result<Bytes> readAll(int descriptor);
+
+}  // namespace skarnel::io

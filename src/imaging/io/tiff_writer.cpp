@@ -1,0 +1,160 @@
+// TIFF that keeps every byte: associated alpha, lossless compression, strips of about 256 KB.
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <vector>
+
+#include "imaging/io/tiff_common.h"
+#include "imaging/io/writers.h"
+
+namespace skarnel::io {
+namespace {
+
+constexpr std::int64_t kStripBytes = 256 << 10;
+
+struct MemoryFile {
+    Bytes bytes;
+    toff_t at = 0;
+    bool outOfMemory = false;
+};
+
+tmsize_t readMemory(thandle_t handle, void* target, tmsize_t count) {
+    auto& file = *static_cast<MemoryFile*>(handle);
+    if (file.at >= file.bytes.size() || count <= 0) return 0;
+    const auto left = static_cast<tmsize_t>(file.bytes.size() - file.at);
+    const tmsize_t part = std::min(count, left);
+    std::memcpy(target, file.bytes.data() + file.at, static_cast<std::size_t>(part));
+    file.at += static_cast<toff_t>(part);
+    return part;
+}
+
+tmsize_t writeMemory(thandle_t handle, void* source, tmsize_t count) try {
+    auto& file = *static_cast<MemoryFile*>(handle);
+    if (count <= 0) return 0;
+    const auto* bytes = static_cast<const std::uint8_t*>(source);
+    if (file.at > file.bytes.size()) file.bytes.resize(file.at);
+    const std::size_t over =
+        std::min<std::size_t>(file.bytes.size() - file.at, static_cast<std::size_t>(count));
+    std::copy_n(bytes, over, file.bytes.data() + file.at);
+    file.bytes.insert(file.bytes.end(), bytes + over, bytes + count);
+    file.at += static_cast<toff_t>(count);
+    return count;
+} catch (const std::bad_alloc&) {
+    static_cast<MemoryFile*>(handle)->outOfMemory = true;
+    return 0;
+}
+
+toff_t seekMemory(thandle_t handle, toff_t offset, int whence) {
+    auto& file = *static_cast<MemoryFile*>(handle);
+    if (whence == SEEK_CUR) offset += file.at;
+    if (whence == SEEK_END) offset += file.bytes.size();
+    return file.at = offset;
+}
+
+TiffHandle openMemory(MemoryFile& file, TiffErrors& errors, bool large) {
+    const TiffClient client{
+        &file, readMemory, writeMemory, seekMemory,
+        [](thandle_t handle) -> toff_t { return static_cast<MemoryFile*>(handle)->bytes.size(); }};
+    return openTiff(client, large ? "w8m" : "wm", errors, 0);
+}
+
+std::uint16_t compressionOf(const ImageProperties& properties) {
+    const double number =
+        numberProperty(properties, kPropertyTiffCompression).value_or(COMPRESSION_LZW);
+    if (number == COMPRESSION_NONE) return COMPRESSION_NONE;
+    if (number == COMPRESSION_ADOBE_DEFLATE || number == COMPRESSION_DEFLATE) {
+        return COMPRESSION_ADOBE_DEFLATE;
+    }
+    if (number == COMPRESSION_PACKBITS) return COMPRESSION_PACKBITS;
+    // LZW also for those that a photo cannot be written with (fax, old JPEG).
+    return COMPRESSION_LZW;
+}
+
+void setTags(TIFF* tiff, const CGImage& image, const ImageProperties& properties,
+             std::uint32_t rowsPerStrip) {
+    const int samples = image.bitsPerPixel() / 8;
+    const std::uint16_t compression = compressionOf(properties);
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(image.width()));
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(image.height()));
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, samples);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, rowsPerStrip);
+    TIFFSetField(tiff, TIFFTAG_COMPRESSION, compression);
+    if (samples == 4) {
+        const std::uint16_t kind = EXTRASAMPLE_ASSOCALPHA;
+        TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &kind);
+    }
+    if (compression == COMPRESSION_LZW || compression == COMPRESSION_ADOBE_DEFLATE) {
+        TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
+    }
+    if (compression == COMPRESSION_ADOBE_DEFLATE) {
+        const double level = numberProperty(properties, kPropertyCompressionLevel).value_or(1);
+        TIFFSetField(tiff, TIFFTAG_ZIPQUALITY, static_cast<int>(std::clamp(level, 1.0, 12.0)));
+    }
+    if (const auto resolution = resolutionOf(properties)) {
+        TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+        TIFFSetField(tiff, TIFFTAG_XRESOLUTION, resolution->horizontal);
+        TIFFSetField(tiff, TIFFTAG_YRESOLUTION, resolution->vertical);
+    }
+}
+
+bool writeStrips(TIFF* tiff, const CGImage& image, std::uint32_t rowsPerStrip) {
+    const PixelView view = image.pixels();
+    const std::size_t rowBytes =
+        static_cast<std::size_t>(view.width) * static_cast<std::size_t>(view.samplesPerPixel);
+    const bool packed = static_cast<std::size_t>(view.strideBytes) == rowBytes;
+    std::vector<std::uint8_t> strip;
+    std::uint32_t number = 0;
+    for (std::int64_t y = 0; y < view.height; y += rowsPerStrip, ++number) {
+        const std::int64_t rows = std::min<std::int64_t>(rowsPerStrip, view.height - y);
+        // The library does not write to what it is given; its interface is older than const.
+        auto* source = const_cast<std::uint8_t*>(view.row(static_cast<int>(y)));
+        if (!packed) {
+            strip.resize(rowBytes * static_cast<std::size_t>(rows));
+            for (std::int64_t i = 0; i < rows; ++i) {
+                std::memcpy(strip.data() + rowBytes * static_cast<std::size_t>(i),
+                            view.row(static_cast<int>(y + i)), rowBytes);
+            }
+            source = strip.data();
+        }
+        const auto size = static_cast<tmsize_t>(rowBytes * static_cast<std::size_t>(rows));
+        if (TIFFWriteEncodedStrip(tiff, number, source, size) != size) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+Result<Bytes> writeTiff(const CGImage& image, const ImageProperties& properties) {
+    const std::int64_t rowBytes = std::int64_t{image.width()} * (image.bitsPerPixel() / 8);
+    const std::int64_t allBytes = rowBytes * image.height();
+    MemoryFile file;
+    // Room for pictures that do not compress; untouched pages of it cost nothing.
+    file.bytes.reserve(static_cast<std::size_t>(allBytes + allBytes / 64 + 65536));
+    TiffErrors errors;
+    // Offsets of the classic form are 32 bits; some codecs let a picture grow by half.
+    constexpr std::int64_t kClassicBytes = std::int64_t{2600} << 20;
+    TiffHandle tiff = openMemory(file, errors, allBytes > kClassicBytes);
+    auto failure = [&]() -> Error {
+        if (!tiff || file.outOfMemory) {
+            return {ErrorCode::OutOfMemory, "Not enough memory to encode the TIFF"};
+        }
+        return {ErrorCode::Failed, errors.message.data()};
+    };
+    if (!tiff) return failure();
+    // Nothing can be gained from cutting rows that are stored as they are.
+    const std::int64_t rows =
+        compressionOf(properties) == COMPRESSION_NONE
+            ? image.height()
+            : std::clamp<std::int64_t>(kStripBytes / rowBytes, 1, image.height());
+    setTags(tiff.get(), image, properties, static_cast<std::uint32_t>(rows));
+    if (!writeStrips(tiff.get(), image, static_cast<std::uint32_t>(rows))) return failure();
+    if (TIFFWriteDirectory(tiff.get()) != 1) return failure();
+    tiff.reset();
+    return std::move(file.bytes);
+}
+
+}  // namespace skarnel::io

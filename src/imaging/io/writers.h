@@ -1,0 +1,38 @@
+// The encoders behind encodeImage; each takes a picture of RGBA8 (premultiplied) or packed RGB8.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+#include "imaging/cgimage.h"
+#include "imaging/io/image_io.h"
+#include "util/log/result.h"
+
+namespace skarnel::io {
+
+Result<Bytes> writeTiff(const CGImage& image, const ImageProperties& properties);
+Result<Bytes> writePng(const CGImage& image, const ImageProperties& properties);
+Result<Bytes> writeJpeg(const CGImage& image, const ImageProperties& properties);
+Result<Bytes> writeBmp(const CGImage& image, const ImageProperties& properties);
+Result<Bytes> writeJpeg2000(const CGImage& image, const ImageProperties& properties);
+Result<Bytes> writeWebP(const CGImage& image, const ImageProperties& properties);
+
+/// A number under the key, whole or not; none for another type or no entry.
+std::optional<double> numberProperty(const ImageProperties& properties, std::string_view key);
+
+struct Resolution {
+    double horizontal;  // pixels an inch
+    double vertical;
+};
+/// Both numbers of the dictionary where they are positive and finite; one alone counts for both.
+std::optional<Resolution> resolutionOf(const ImageProperties& properties);
+
+/// 0..1; `fallback` when absent or no number.
+double qualityOf(const ImageProperties& properties, double fallback);
+
+/// White unless the dictionary has "#RRGGBB".
+std::array<std::uint8_t, 3> matteOf(const ImageProperties& properties);
+
+}  // namespace skarnel::io

@@ -1,0 +1,185 @@
+// What is written is read back: every writable format through our own readers.
+#include <gtest/gtest.h>
+
+#include "imaging/io/image_io.h"
+#include "imaging/io/pictures.h"
+
+namespace skarnel {
+namespace {
+
+using namespace skarnel::testing;
+
+struct ExactFormat {
+    const char* name;
+    std::string_view type;
+    ImageProperties options;
+};
+
+ImageProperties with(std::string_view key, PropertyValue value) {
+    return {{std::string(key), std::move(value)}};
+}
+
+std::vector<ExactFormat> exactFormats() {
+    return {{"TiffLzw", kUTTypeTIFF, with(kPropertyTiffCompression, std::int64_t{5})},
+            {"TiffDeflate", kUTTypeTIFF, with(kPropertyTiffCompression, std::int64_t{8})},
+            {"TiffOldDeflate", kUTTypeTIFF, with(kPropertyTiffCompression, std::int64_t{32946})},
+            {"TiffPackBits", kUTTypeTIFF, with(kPropertyTiffCompression, std::int64_t{32773})},
+            {"TiffNone", kUTTypeTIFF, with(kPropertyTiffCompression, std::int64_t{1})},
+            {"TiffDefault", kUTTypeTIFF, {}},
+            {"PngDefault", kUTTypePNG, {}},
+            {"PngStored", kUTTypePNG, with(kPropertyCompressionLevel, std::int64_t{0})},
+            {"PngSmall", kUTTypePNG, with(kPropertyCompressionLevel, std::int64_t{9})},
+            {"Bmp", kUTTypeBMP, {}}};
+}
+
+class ExactRoundTrip : public ::testing::TestWithParam<ExactFormat> {};
+
+TEST_P(ExactRoundTrip, GivesTheSamePixelsAtEveryShape) {
+    for (const auto& [width, height] :
+         {std::pair{1, 1}, {1, 7}, {7, 1}, {2, 3}, {33, 17}, {300, 260}}) {
+        const CGImage image = randomValidPicture(width, height, 7U + static_cast<unsigned>(width));
+        const auto bytes = encodeImage(image, GetParam().type, GetParam().options);
+        ASSERT_TRUE(bytes) << bytes.error().message;
+        const auto back = decodeImage(*bytes);
+        ASSERT_TRUE(back) << back.error().message;
+        EXPECT_EQ(back->type, GetParam().type);
+        EXPECT_TRUE(samePixels(back->image, image));
+    }
+}
+
+TEST_P(ExactRoundTrip, GivesTheSamePixelsForEveryColourAndAlpha) {
+    // All 32,896 valid pairs of a colour and its alpha, in one picture.
+    std::vector<Rgba> pixels;
+    for (unsigned a = 0; a < 256; ++a) {
+        for (unsigned c = 0; c <= a; ++c) {
+            const auto v = static_cast<std::uint8_t>(c);
+            pixels.push_back(
+                {v, static_cast<std::uint8_t>(a - c), v, static_cast<std::uint8_t>(a)});
+        }
+    }
+    const CGImage image = picture(257, 128, pixels);
+    const auto bytes = encodeImage(image, GetParam().type, GetParam().options);
+    ASSERT_TRUE(bytes);
+    const auto back = decodeImage(*bytes);
+    ASSERT_TRUE(back);
+    EXPECT_TRUE(samePixels(back->image, image));
+}
+
+TEST_P(ExactRoundTrip, KeepsOpaquePicturesOpaqueAndExact) {
+    std::vector<Rgba> pixels;
+    for (unsigned i = 0; i < 64; ++i) {
+        const auto v = static_cast<std::uint8_t>(i * 4);
+        pixels.push_back({v, static_cast<std::uint8_t>(255 - v), 17, 255});
+    }
+    const CGImage image = picture(16, 4, pixels);
+    const auto bytes = encodeImage(image, GetParam().type, GetParam().options);
+    ASSERT_TRUE(bytes);
+    const auto back = decodeImage(*bytes);
+    ASSERT_TRUE(back);
+    EXPECT_TRUE(samePixels(back->image, image));
+}
+
+TEST_P(ExactRoundTrip, CarriesTheResolution) {
+    ImageProperties options = GetParam().options;
+    options.emplace(kPropertyDpiWidth, 300.0);
+    options.emplace(kPropertyDpiHeight, 150.0);
+    const auto bytes = encodeImage(randomValidPicture(3, 2, 1), GetParam().type, options);
+    ASSERT_TRUE(bytes);
+    const auto back = decodeImage(*bytes);
+    ASSERT_TRUE(back);
+    // Formats that count pixels a metre round: 0.02 is half a pixel a metre.
+    EXPECT_NEAR(numberProperty(back->properties, kPropertyDpiWidth), 300.0, 0.02);
+    EXPECT_NEAR(numberProperty(back->properties, kPropertyDpiHeight), 150.0, 0.02);
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, ExactRoundTrip, ::testing::ValuesIn(exactFormats()),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(TiffRoundTrip, KeepsColoursAboveTheirAlpha) {
+    const CGImage image = picture(2, 1, {{200, 9, 255, 40}, {255, 255, 255, 1}});
+    const auto back = decodeImage(*encodeImage(image, kUTTypeTIFF));
+    ASSERT_TRUE(back);
+    EXPECT_TRUE(samePixels(back->image, image));
+}
+
+TEST(TiffRoundTrip, ClearsColoursUnderNoAlpha) {
+    const CGImage image = picture(2, 1, {{200, 9, 255, 0}, {1, 2, 3, 255}});
+    const auto back = decodeImage(*encodeImage(image, kUTTypeTIFF));
+    ASSERT_TRUE(back);
+    EXPECT_EQ(pixelAt(back->image, 0, 0), (Rgba{0, 0, 0, 0}));
+    EXPECT_EQ(pixelAt(back->image, 1, 0), (Rgba{1, 2, 3, 255}));
+}
+
+TEST(TiffRoundTrip, SaysHowItIsCompressed) {
+    for (const std::int64_t compression : {1, 5, 8}) {
+        const auto bytes = encodeImage(randomValidPicture(4, 4, 2), kUTTypeTIFF,
+                                       with(kPropertyTiffCompression, compression));
+        const auto back = decodeImage(*bytes);
+        ASSERT_TRUE(back);
+        EXPECT_EQ(wholeProperty(back->properties, kPropertyTiffCompression), compression);
+        EXPECT_EQ(wholeProperty(back->properties, kPropertyOrientation), 1);
+        EXPECT_EQ(wholeProperty(back->properties, kPropertyHasAlpha), 1);
+        EXPECT_EQ(textProperty(back->properties, kPropertyColorModel), "RGB");
+    }
+}
+
+TEST(JpegRoundTrip, LaysTransparentPartsOverTheMatte) {
+    std::vector<Rgba> pixels(16 * 16, Rgba{0, 0, 0, 0});
+    for (const auto& [matte, expected] : {std::pair{"", Rgba{255, 255, 255, 255}},
+                                          {"#2040c0", Rgba{0x20, 0x40, 0xC0, 255}},
+                                          {"#2040C", Rgba{255, 255, 255, 255}},
+                                          {"#20g0c0", Rgba{255, 255, 255, 255}}}) {
+        ImageProperties options;
+        if (*matte != 0) options = with(kPropertyMatteColor, std::string(matte));
+        const auto back = decodeImage(*encodeImage(picture(16, 16, pixels), kUTTypeJPEG, options));
+        ASSERT_TRUE(back);
+        const Rgba pixel = pixelAt(back->image, 8, 8);
+        for (std::size_t k = 0; k < 4; ++k) EXPECT_NEAR(pixel[k], expected[k], 3) << matte;
+    }
+}
+
+TEST(JpegRoundTrip, QualityDecidesTheSize) {
+    const CGImage image = randomValidPicture(64, 64, 3);
+    std::size_t before = 0;
+    for (const double quality : {0.1, 0.5, 0.9, 1.0}) {
+        const auto bytes = encodeImage(image, kUTTypeJPEG, with(kPropertyLossyQuality, quality));
+        ASSERT_TRUE(bytes);
+        EXPECT_GT(bytes->size(), before);
+        before = bytes->size();
+    }
+}
+
+TEST(JpegRoundTrip, CarriesTheResolution) {
+    const auto bytes =
+        encodeImage(randomValidPicture(8, 8, 3), kUTTypeJPEG, with(kPropertyDpiWidth, 240.0));
+    const auto back = decodeImage(*bytes);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(numberProperty(back->properties, kPropertyDpiWidth), 240.0);
+    EXPECT_EQ(numberProperty(back->properties, kPropertyDpiHeight), 240.0);
+}
+
+TEST(EncodeImage, RefusesTypesThatCannotBeWritten) {
+    for (std::string_view type : {kUTTypePSD, kUTTypeGIF, std::string_view("public.nothing")}) {
+        const auto bytes = encodeImage(randomValidPicture(2, 2, 1), type);
+        ASSERT_FALSE(bytes);
+        EXPECT_EQ(bytes.error().code, ErrorCode::Unsupported);
+    }
+}
+
+TEST(EncodeImage, WritesThreePackedSamples) {
+    const std::shared_ptr<std::uint8_t> bytes(
+        new std::uint8_t[16]{10, 20, 30, 40, 50, 60, 0, 0, 70, 80, 90, 100, 110, 120, 0, 0},
+        std::default_delete<std::uint8_t[]>());
+    const auto image = CGImage::share(bytes, 2, 2, 8, 3);
+    ASSERT_TRUE(image);
+    for (std::string_view type : {kUTTypeTIFF, kUTTypePNG, kUTTypeBMP}) {
+        const auto back = decodeImage(*encodeImage(*image, type));
+        ASSERT_TRUE(back);
+        EXPECT_EQ(pixelAt(back->image, 0, 0), (Rgba{10, 20, 30, 255}));
+        EXPECT_EQ(pixelAt(back->image, 1, 1), (Rgba{100, 110, 120, 255}));
+        EXPECT_EQ(wholeProperty(back->properties, kPropertyHasAlpha), 0);
+    }
+}
+
+}  // namespace
+}  // namespace skarnel
