@@ -59,16 +59,17 @@ class EncodingDestination : public CGImageDestination {
 
 class FileDestination final : public EncodingDestination {
   public:
-    FileDestination(std::string_view path, std::string_view type)
-        : EncodingDestination(type), path_(path) {}
+    FileDestination(std::string_view path, std::string_view type, FileSystem& fileSystem)
+        : EncodingDestination(type), path_(path), fileSystem_(fileSystem) {}
 
   private:
     Result<void> store(Bytes encoded) override {
-        return writeFileSafely(path_, encoded, Overwrite::Allow);
+        return writeFileSafely(path_, encoded, Overwrite::Allow, fileSystem_);
     }
     std::string place() const override { return path_; }
 
     std::string path_;
+    FileSystem& fileSystem_;
 };
 
 class DataDestination final : public EncodingDestination {
@@ -97,7 +98,7 @@ std::unique_ptr<CGImageSource> StandardImageFiles::imageSourceCreateWithData(Byt
 std::unique_ptr<CGImageDestination> StandardImageFiles::imageDestinationCreateWithURL(
     std::string_view path, std::string_view type) {
     if (!canWrite(type)) return nullptr;
-    return std::make_unique<FileDestination>(path, type);
+    return std::make_unique<FileDestination>(path, type, fileSystem_);
 }
 
 std::shared_ptr<Bytes> StandardImageFiles::dataCreateMutable() {

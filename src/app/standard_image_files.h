@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/image_files.h"
+#include "storage/file_system.h"
 
 namespace skarnel {
 
@@ -9,6 +10,10 @@ namespace skarnel {
 /// old file as it was. Its cause goes to the system log.
 class StandardImageFiles final : public ImageFiles {
   public:
+    /// Borrows the file system.
+    explicit StandardImageFiles(FileSystem& fileSystem = systemFileSystem())
+        : fileSystem_(fileSystem) {}
+
     std::unique_ptr<CGImageSource> imageSourceCreateWithData(ByteView data) override;
     std::unique_ptr<CGImageDestination> imageDestinationCreateWithURL(
         std::string_view path, std::string_view type) override;
@@ -16,6 +21,9 @@ class StandardImageFiles final : public ImageFiles {
     std::unique_ptr<CGImageDestination> imageDestinationCreateWithData(
         std::shared_ptr<Bytes> data, std::string_view type) override;
     std::optional<std::string> preferredExtension(std::string_view type) override;
+
+  private:
+    FileSystem& fileSystem_;
 };
 
 }  // namespace skarnel

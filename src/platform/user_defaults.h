@@ -84,7 +84,7 @@ using DefaultsValue = std::variant<float, bool>;
 /// A dictionary of the store's values at the time it was asked for.
 struct DefaultsDictionary {
     DefaultsKeys keys;
-    const DefaultsKeys& allKeys() const { return keys; }
+    DefaultsKeys allKeys() const { return keys; }
 };
 
 /// Main thread only. Nothing here fails visibly: what cannot be stored is lost, and the system log

@@ -4,12 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
-
 #include "app/vantera_desktop_controller.h"
 #include "recording_controls.h"
 #include "recording_toolkit.h"
+#include "storage/temporary_folder.h"
 
 namespace skarnel::testing_app {
 
@@ -87,25 +85,6 @@ inline CGImage testPicture(int width, int height) {
 inline NSImage testImage(int width, int height) {
     return *ImageOperations().NSImageFromCGImageRef(testPicture(width, height));
 }
-
-/// A folder that goes when the test ends.
-class TestFolder {
-  public:
-    TestFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "skarnel-XXXXXX").string();
-        path_ = ::mkdtemp(name.data());
-    }
-    TestFolder(const TestFolder&) = delete;
-    TestFolder& operator=(const TestFolder&) = delete;
-    ~TestFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    std::string file(std::string_view name) const { return path_ + "/" + std::string(name); }
-
-  private:
-    std::string path_;
-};
 
 /// A controller whose outlets are recorded; nothing was called on it yet.
 class ControllerTest : public ::testing::Test {

@@ -2,9 +2,7 @@
 #pragma once
 
 #include <functional>
-#include <set>
 
-#include "app/standard_image_files.h"
 #include "call_log.h"
 #include "platform/notification_center.h"
 #include "platform/run_loop.h"

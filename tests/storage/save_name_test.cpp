@@ -21,5 +21,23 @@ TEST(SaveName, SeparatorsAtTheEndDoNotCount) {
     EXPECT_EQ(saveNameForPath("/tmp/scan.png//"), "scan Reflection");
 }
 
+TEST(SaveName, HoldsForEveryShapeOfPath) {
+    struct Row {
+        const char* name;
+        const char* path;
+        const char* expected;
+    };
+    const Row rows[] = {
+        {"full stops in folder and name", "/a.b/c.d", "c Reflection"},
+        {"full stop at the end", "/a/photo.", "photo Reflection"},
+        {"two full stops at the end", "/a/photo..", "photo. Reflection"},
+        {"nothing before the full stop", "/a/.png", " Reflection"},
+        {"spaces and other scripts", "/a/Été à la mer.tif", "Été à la mer Reflection"},
+        {"root", "/", " Reflection"},
+        {"empty", "", " Reflection"},
+    };
+    for (const Row& row : rows) EXPECT_EQ(saveNameForPath(row.path), row.expected) << row.name;
+}
+
 }  // namespace
 }  // namespace skarnel

@@ -1,0 +1,88 @@
+#include "app/standard_image_files.h"
+
+#include "controller_fixture.h"
+#include "storage/fake_file_systems.h"
+#include "util/log/system_log.h"
+
+namespace skarnel::testing_app {
+namespace {
+
+class StandardImageFilesTest : public ::testing::Test {
+  protected:
+    test::TemporaryFolder folder;
+    StandardImageFiles files;
+};
+
+TEST_F(StandardImageFilesTest, TiffDataAreASourceWithThePicturesProperties) {
+    const Bytes data = *encodeImage(testPicture(7, 5), kUTTypeTIFF);
+    const auto source = files.imageSourceCreateWithData(data);
+    ASSERT_NE(source, nullptr);
+    EXPECT_EQ(source->type(), "public.tiff");
+    const ImageProperties properties = source->copyPropertiesAtIndex(0);
+    EXPECT_EQ(std::get<std::int64_t>(properties.at(std::string(kPropertyPixelWidth))), 7);
+    EXPECT_EQ(std::get<std::int64_t>(properties.at(std::string(kPropertyPixelHeight))), 5);
+    EXPECT_TRUE(source->copyPropertiesAtIndex(1).empty());
+}
+
+TEST_F(StandardImageFilesTest, OtherDataAreNoSource) {
+    EXPECT_EQ(files.imageSourceCreateWithData(Bytes{}), nullptr);
+    EXPECT_EQ(files.imageSourceCreateWithData(Bytes{'n', 'o', 'n', 'e'}), nullptr);
+}
+
+TEST_F(StandardImageFilesTest, ATypeThatCannotBeWrittenHasNoWriter) {
+    for (const std::string_view type : {kUTTypePSD, std::string_view("no.such.type")}) {
+        EXPECT_EQ(files.imageDestinationCreateWithURL(folder / "x", type), nullptr) << type;
+        EXPECT_EQ(files.imageDestinationCreateWithData(files.dataCreateMutable(), type), nullptr)
+            << type;
+    }
+    EXPECT_TRUE(folder.names().empty());
+}
+
+TEST_F(StandardImageFilesTest, AWriterWithoutAnImageFails) {
+    EXPECT_FALSE(files.imageDestinationCreateWithURL(folder / "x", kUTTypePNG)->finalize());
+    EXPECT_TRUE(folder.names().empty());
+}
+
+TEST_F(StandardImageFilesTest, NothingIsWrittenBeforeTheWriterIsFinalized) {
+    const auto writer = files.imageDestinationCreateWithURL(folder / "x.png", kUTTypePNG);
+    writer->addImage(testPicture(3, 2), {});
+    EXPECT_TRUE(folder.names().empty());
+    EXPECT_TRUE(writer->finalize());
+    EXPECT_THAT(folder.names(), ElementsAre("x.png"));
+    EXPECT_EQ(decodeImageFile(folder / "x.png")->image.width(), 3);
+}
+
+TEST_F(StandardImageFilesTest, DataAndFileHoldTheSameBytes) {
+    const auto data = files.dataCreateMutable();
+    EXPECT_TRUE(data->empty());
+    const ImageProperties lzw{{std::string(kPropertyTiffCompression), std::int64_t{5}}};
+    const auto toData = files.imageDestinationCreateWithData(data, kUTTypeTIFF);
+    toData->addImage(testPicture(9, 9), lzw);
+    EXPECT_TRUE(toData->finalize());
+    const auto toFile = files.imageDestinationCreateWithURL(folder / "x.tif", kUTTypeTIFF);
+    toFile->addImage(testPicture(9, 9), lzw);
+    EXPECT_TRUE(toFile->finalize());
+    EXPECT_EQ(test::fileText(folder / "x.tif"), std::string(data->begin(), data->end()));
+}
+
+TEST_F(StandardImageFilesTest, AFullDiskKeepsTheOldFileWholeAndLogsTheCause) {
+    test::RefusingFileSystem disk({{"write", ENOSPC}});
+    StandardImageFiles onFullDisk(disk);
+    const std::string path = folder / "x.tif";
+    test::putFile(path, "the old file");
+    const auto writer = onFullDisk.imageDestinationCreateWithURL(path, kUTTypeTIFF);
+    writer->addImage(testPicture(3, 2), {});
+    const ScopedLogCapture captured;
+    EXPECT_FALSE(writer->finalize());
+    EXPECT_EQ(captured.text(), "Couldn't write " + path + ": No space left on device\n");
+    EXPECT_EQ(test::fileText(path), "the old file");
+    EXPECT_THAT(folder.names(), ElementsAre("x.tif"));
+}
+
+TEST_F(StandardImageFilesTest, TheExtensionIsTheTypesPreferredOne) {
+    EXPECT_EQ(files.preferredExtension(kUTTypeTIFF), "tiff");
+    EXPECT_EQ(files.preferredExtension("no.such.type"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace skarnel::testing_app
