@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace skarnel {
 
@@ -90,6 +91,10 @@ class CGImage {
     PixelView pixels() const { return view_; }
     /// Keeps the pixels alive beyond the image.
     const std::shared_ptr<const std::uint8_t>& storage() const { return bytes_; }
+
+    /// The same picture with four samples a pixel: this image where it has alpha already, otherwise
+    /// an opaque copy. None without memory.
+    std::optional<CGImage> withAlpha() const;
 
     /// True when both share one block of pixels and describe it alike.
     bool isSame(const CGImage& other) const;

@@ -1,0 +1,42 @@
+#include "imaging/kernels/resample.h"
+
+#include "imaging/kernels/dispatch.h"
+
+namespace skarnel::kernels {
+namespace scalar {
+
+void combineRows(std::uint8_t* target, const std::uint8_t* const* rows, const Taps& taps,
+                 std::size_t bytes) {
+    for (std::size_t i = 0; i < bytes; ++i) {
+        std::int32_t sum = kTapUnit / 2;
+        for (int j = 0; j < taps.count; ++j) sum += rows[j][i] * taps.weights[j];
+        target[i] = static_cast<std::uint8_t>(sum / kTapUnit);
+    }
+}
+
+void combineColumns(std::uint8_t* target, const std::uint8_t* source, const Taps* taps,
+                    std::size_t pixels) {
+    for (std::size_t x = 0; x < pixels; ++x) {
+        const std::uint8_t* from = source + std::ptrdiff_t{4} * taps[x].first;
+        for (std::size_t k = 0; k < 4; ++k) {
+            std::int32_t sum = kTapUnit / 2;
+            for (int j = 0; j < taps[x].count; ++j)
+                sum += from[static_cast<std::size_t>(4 * j) + k] * taps[x].weights[j];
+            target[4 * x + k] = static_cast<std::uint8_t>(sum / kTapUnit);
+        }
+    }
+}
+
+}  // namespace scalar
+
+void combineRows(std::uint8_t* target, const std::uint8_t* const* rows, const Taps& taps,
+                 std::size_t bytes) {
+    SKARNEL_RUN_KERNEL(combineRows, target, rows, taps, bytes);
+}
+
+void combineColumns(std::uint8_t* target, const std::uint8_t* source, const Taps* taps,
+                    std::size_t pixels) {
+    SKARNEL_RUN_KERNEL(combineColumns, target, source, taps, pixels);
+}
+
+}  // namespace skarnel::kernels

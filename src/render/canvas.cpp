@@ -1,0 +1,134 @@
+#include "render/canvas.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "imaging/row_painter.h"
+#include "util/geometry/integers.h"
+
+namespace skarnel {
+namespace {
+
+std::size_t bytesOf(int pixels) {
+    return std::size_t{4} * static_cast<std::size_t>(pixels);
+}
+
+Interval whole(int length) {
+    return {0, 1.0 * length};
+}
+
+PixelView upsideDown(PixelView picture) {
+    picture.bytes = picture.row(picture.height - 1);
+    picture.strideBytes = -picture.strideBytes;
+    return picture;
+}
+
+}  // namespace
+
+std::optional<CanvasLayout> CanvasLayout::of(int pictureWidth, int pictureHeight,
+                                             const ShapeSize& reflection, float reflectionOffset) {
+    CanvasLayout layout{};
+    layout.width = std::max(pictureWidth, reflection.outWidth);
+    layout.yTop = (static_cast<double>(reflectionOffset) / 100 + 1) * reflection.height;
+    layout.height = toInt32(pictureHeight + layout.yTop);
+    layout.x = reflection.outWidth / 2 - pictureWidth / 2;
+    if (layout.height < 1) return std::nullopt;
+    return layout;
+}
+
+std::optional<CanvasRows> CanvasRows::create(PixelView picture, const CanvasLayout& layout,
+                                             const ShapeSize& reflection, bool upright,
+                                             const FadeParameters& fade,
+                                             std::optional<kernels::Pixel> background) {
+    constexpr auto kQuality = InterpolationQuality::Default;
+    try {
+        CanvasRows rows(picture, layout);
+        rows.background_ = background;
+        rows.reflectionTop_ = layout.height - reflection.height;
+        rows.reflectionWidth_ = reflection.outWidth;
+        rows.plans_ = std::make_unique<Plans>();
+        Plans& plans = *rows.plans_;
+        const double top = layout.height - (layout.yTop + picture.height);
+        plans.pictureColumns = planAxis(whole(picture.width), picture.width,
+                                        {1.0 * layout.x, 1.0 * layout.x + picture.width},
+                                        whole(layout.width), kQuality);
+        plans.pictureRows = planAxis(whole(picture.height), picture.height,
+                                     {top, top + picture.height}, whole(layout.height), kQuality);
+        plans.mirrorColumns = planAxis(whole(picture.width), picture.width, whole(picture.width),
+                                       whole(picture.width), kQuality);
+        plans.mirrorRows = planAxis(whole(picture.height), picture.height, whole(reflection.height),
+                                    whole(reflection.height), kQuality);
+        rows.mirror_ = ImageRows::create(upright ? picture : upsideDown(picture),
+                                         plans.mirrorColumns, plans.mirrorRows);
+        rows.pictureRows_ = ImageRows::create(picture, plans.pictureColumns, plans.pictureRows);
+        rows.shaper_ = RowShaper::create(reflection, fade);
+        if (!rows.mirror_ || !rows.pictureRows_ || !rows.shaper_) return std::nullopt;
+        if (reflection.outWidth < layout.width)
+            plans.stretch = planAxis(whole(reflection.outWidth), reflection.outWidth,
+                                     whole(layout.width), whole(layout.width), kQuality);
+        rows.shaped_.resize(bytesOf(reflection.outWidth));
+        rows.layer_.resize(bytesOf(layout.width));
+        return rows;
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
+}
+
+/// Writes a whole canvas row of reflection over nothing.
+void CanvasRows::drawReflection(int row, std::uint8_t* target) {
+    const int index = row - reflectionTop_;
+    const std::uint8_t* mirrorRow = mirror_->row(index);
+    if (reflectionWidth_ == layout_.width) return shaper_->shapeRow(index, mirrorRow, target);
+    shaper_->shapeRow(index, mirrorRow, shaped_.data());
+    kernels::combineColumns(target, shaped_.data(), plans_->stretch.allTaps(),
+                            static_cast<std::size_t>(layout_.width));
+}
+
+/// Lays the picture's row over what the canvas row holds. Over nothing a composited pixel is the
+/// picture's own, so the row is written and what lies beside the picture is cleared.
+void CanvasRows::drawPicture(int row, bool overNothing, std::uint8_t* target) {
+    const AxisPlan& columns = plans_->pictureColumns;
+    const AxisPlan& rows = plans_->pictureRows;
+    const int index = row - rows.first();
+    const std::uint8_t covered = rows.coverage(index);
+    const std::uint8_t* source = pictureRows_->row(index);
+    std::uint8_t* place = target + bytesOf(columns.first());
+    const auto count = static_cast<std::size_t>(columns.size());
+    if (overNothing) {
+        std::memset(target, 0, bytesOf(columns.first()));
+        std::memset(place + 4 * count, 0, bytesOf(layout_.width - columns.end()));
+        if (covered == 255)
+            std::memcpy(place, source, 4 * count);
+        else
+            kernels::scaleRow(place, source, covered, count);
+        return;
+    }
+    if (covered != 255) {
+        kernels::scaleRow(layer_.data(), source, covered, count);
+        source = layer_.data();
+    }
+    kernels::overRow(place, source, count);
+}
+
+void CanvasRows::draw(int row, std::uint8_t* target) {
+    const auto width = static_cast<std::size_t>(layout_.width);
+    const bool hasReflection = row >= reflectionTop_;
+    const AxisPlan& pictureRows = plans_->pictureRows;
+    const bool hasPicture =
+        row >= pictureRows.first() && row < pictureRows.end() && plans_->pictureColumns.size() > 0;
+    if (background_) {
+        kernels::fillRow(target, *background_, width);
+        if (hasReflection) {
+            drawReflection(row, layer_.data());
+            kernels::overRow(target, layer_.data(), width);
+        }
+    } else if (hasReflection) {
+        drawReflection(row, target);
+    } else if (!hasPicture) {
+        std::memset(target, 0, 4 * width);
+    }
+    if (hasPicture) drawPicture(row, !background_ && !hasReflection, target);
+}
+
+}  // namespace skarnel

@@ -1,0 +1,73 @@
+// The composite as a sequence of rows: background, reflection and picture, drawn straight into
+// the bitmap that needs them. No other image is made on the way.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "imaging/axis_plan.h"
+#include "imaging/cgimage.h"
+#include "imaging/image_rows.h"
+#include "imaging/kernels/pixel_ops.h"
+#include "render/shape.h"
+
+namespace skarnel {
+
+/// Where everything lies on the canvas; bottom-up.
+///
+///      x            +-------------+
+///                   |   picture   |  H0 rows, its lower edge at yTop
+///                   +-------------+
+///                        gap
+///      0      +--------------------------+
+///             |        reflection        |  H1 rows, as wide as the canvas
+///      0      +--------------------------+
+struct CanvasLayout {
+    int width;    // max(W0, W1)
+    int height;   // trunc(H0 + yTop)
+    double yTop;  // (reflectionOffset / 100 + 1) * H1; fractional
+    int x;        // trunc(W1 / 2) - trunc(W0 / 2); negative where the reflection is narrower
+
+    /// None where the canvas has no pixel.
+    static std::optional<CanvasLayout> of(int pictureWidth, int pictureHeight,
+                                          const ShapeSize& reflection, float reflectionOffset);
+};
+
+class CanvasRows {
+  public:
+    /// Borrows the picture's pixels (four samples). None without memory.
+    static std::optional<CanvasRows> create(PixelView picture, const CanvasLayout& layout,
+                                            const ShapeSize& reflection, bool upright,
+                                            const FadeParameters& fade,
+                                            std::optional<kernels::Pixel> background);
+
+    /// Writes canvas row `row` (0 = top), layout.width pixels.
+    void draw(int row, std::uint8_t* target);
+
+  private:
+    CanvasRows(PixelView picture, const CanvasLayout& layout)
+        : picture_(picture), layout_(layout) {}
+    void drawReflection(int row, std::uint8_t* target);
+    void drawPicture(int row, bool overNothing, std::uint8_t* target);
+
+    PixelView picture_;
+    CanvasLayout layout_;
+    std::optional<kernels::Pixel> background_;
+    int reflectionTop_ = 0;  // canvas row of the reflection's first; may be negative
+    int reflectionWidth_ = 0;
+    // Plans lie on the heap so that what refers to them stays valid when this object moves.
+    struct Plans {
+        AxisPlan pictureColumns, pictureRows;
+        AxisPlan mirrorColumns, mirrorRows;
+        AxisPlan stretch;
+    };
+    std::unique_ptr<Plans> plans_;
+    std::optional<ImageRows> mirror_;
+    std::optional<ImageRows> pictureRows_;
+    std::optional<RowShaper> shaper_;
+    std::vector<std::uint8_t> shaped_;
+    std::vector<std::uint8_t> layer_;
+};
+
+}  // namespace skarnel

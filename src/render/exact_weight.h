@@ -1,0 +1,31 @@
+// Turns the fraction of an interpolation into a 16-bit weight that loses nothing.
+//
+// The interpolated byte is floor(M0 + d * f) with bytes M0, M1, d = M1 - M0 in -255..255, and a
+// fraction f in [0, 1). As a function of f it only changes where d * f is whole, that is at the
+// fractions p / q with q <= 255 (the Farey fractions of order 255). Two of them lie at least
+// 1 / (255 * 254) > 2^-16 apart, so between any two neighbours there is a multiple of 2^-16, and
+// that multiple does for every d what f does. Each interval of 2^-16 holds at most one of the
+// fractions, so one look into a table of 65,536 entries decides between its two ends.
+//
+// For negative d the boundaries belong to the other side: floor(d * f) steps just above p / q.
+// A weight that is itself such a fraction (a multiple of 1 / 128, hence of 512 in 2^-16) would
+// stand on a boundary while f stands just above it, and is therefore moved up by one.
+#pragma once
+
+#include <cstdint>
+
+namespace skarnel {
+
+struct ExactWeight {
+    std::uint16_t weight;
+    /// The double arithmetic M0 + d * f may round a sum onto a whole number that the exact value
+    /// only comes close to; such a column has to be calculated in doubles. False for every
+    /// position of 256 or more: there the fraction has at most 44 bits after the point, and
+    /// products and sums are exact.
+    bool needsDoubles;
+};
+
+/// `position` >= 0 and finite; its fraction is what is turned into a weight.
+ExactWeight exactWeight(double position);
+
+}  // namespace skarnel

@@ -1,0 +1,81 @@
+// The shaping of the reflection: its size, the fade of each row and the widening of each row.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "imaging/kernels/shape.h"
+
+namespace skarnel {
+
+/// Sizes of the rescaled mirror (w x h) and of the shaped reflection (outWidth x h).
+struct ShapeSize {
+    int width;     // w
+    int height;    // h, the scaled height truncated
+    int inset;     // trunc(w * (perspectiveW / 100)); may be negative
+    int outWidth;  // w + 2 * inset; may be 0 or less
+
+    /// None when the scaled picture has no whole row, or a size does not fit 32 bits.
+    static std::optional<ShapeSize> of(int width, int height, float perspectiveW,
+                                       float perspectiveH);
+    /// The same for a mirror that is rescaled already.
+    static std::optional<ShapeSize> ofScaled(int width, int height, float perspectiveW);
+
+    /// Whether there is a column and the pixels' byte count is a signed 32-bit number.
+    bool fits() const;
+};
+
+/// The fade of every row.
+struct FadeParameters {
+    float gradientOffset;  // lift of the ramp in percent
+    float gradient;        // exponent times 10
+    float peakOpacity;     // 0..255 and beyond
+};
+
+/// The factor of row `index` (0 = top) of `height`:
+///   hm1 = height - 1, r = height - index, fadePos = (r - 1) + (gradientOffset * hm1) / 100,
+///   factor = powf(min(fadePos, hm1) / hm1, gradient / 10) * peakOpacity / 255
+/// with the mixture of single and double precision that the look was made with: products with a
+/// setting are single, divisions by 100 and 255 double. One row alone has the base 0 / 0; a
+/// position that is not a number counts as the full ramp.
+double rowFactor(int index, int height, const FadeParameters& fade);
+
+/// What each byte becomes under a factor: the low 8 bits of the truncated product. Products above
+/// 255 wrap around on purpose; what is no 32-bit number becomes 0.
+kernels::ShapeFactor shapeFactor(double factor);
+
+/// Makes the rows of a shaped reflection, in any order; rows of equal inset in a row share the
+/// work on their columns.
+class RowShaper {
+  public:
+    /// None when the shaped reflection has no column, or without memory.
+    static std::optional<RowShaper> create(const ShapeSize& size, const FadeParameters& fade);
+
+    /// Writes outWidth pixels: row `index` (0 = top) from the mirror's same row of `width` pixels.
+    void shapeRow(int index, const std::uint8_t* mirrorRow, std::uint8_t* target);
+
+  private:
+    RowShaper(const ShapeSize& size, const FadeParameters& fade) : size_(size), fade_(fade) {}
+    void planColumns(int rowInset);
+
+    /// A column whose bytes only double arithmetic gives.
+    struct DoubleColumn {
+        int column;
+        std::int32_t from;
+        double fraction;
+    };
+    void shapeInDoubles(const std::uint8_t* mirrorRow, const kernels::ShapeFactor& factor,
+                        std::uint8_t* target) const;
+
+    ShapeSize size_;
+    FadeParameters fade_;
+    std::optional<int> plannedInset_;
+    int begin_ = 0;  // the columns [begin_, end_) have content
+    int end_ = 0;
+    std::vector<std::int32_t> from_;
+    std::vector<std::uint32_t> weight_;
+    std::vector<DoubleColumn> inDoubles_;
+};
+
+}  // namespace skarnel
