@@ -1,0 +1,29 @@
+// Recipes on their way: in a file of their own, and inside the pictures that they made.
+#pragma once
+
+#include <string>
+
+#include "imaging/io/image_io.h"
+#include "recipe/recipe.h"
+#include "util/log/result.h"
+
+namespace skarnel {
+
+/// The dictionary's entry that asks for a recipe inside the written file; its value is the recipe's
+/// text. No reader ever puts it there, so what was typed does not travel on unasked.
+inline constexpr std::string_view kPropertyRecipe = "{Skarnel}.Recipe";
+
+/// Whether a type of file can carry a recipe: TIFF, PNG and JPEG.
+bool canCarryRecipe(std::string_view typeIdentifier);
+
+/// The encoded picture with the recipe's text in its XMP packet. Fails as `withXmpPacket` does.
+Result<Bytes> embedRecipe(ByteView picture, std::string_view recipeText);
+
+/// The recipe in the bytes of a recipe file or of a picture that carries one. The bytes are
+/// hostile. NotFound for any other file; the rest as `parseRecipe`.
+Result<Recipe> readRecipe(ByteView file);
+
+/// The same with the bytes of a file of at most 4 GB; the reason where they cannot be had.
+Result<Recipe> readRecipeFile(const std::string& path);
+
+}  // namespace skarnel

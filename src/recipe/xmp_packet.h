@@ -1,0 +1,26 @@
+// The XMP packet of a TIFF, PNG or JPEG file: found and put in without decoding the picture.
+//
+// Places after the XMP specification, part 3: TIFF tag 700 of the first directory; PNG a chunk
+// iTXt with the keyword "XML:com.adobe.xmp"; JPEG a segment APP1 that begins with
+// "http://ns.adobe.com/xap/1.0/" and a zero byte.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "imaging/io/image_io.h"
+#include "util/log/result.h"
+
+namespace skarnel {
+
+/// The packet of a file of one of the three formats; none where there is none, and for every other
+/// file. The bytes are hostile; a damaged file has no packet.
+std::optional<std::string> xmpPacketOf(ByteView file);
+
+/// The same file with the packet and the same picture. The file is one that this program has
+/// encoded, so it has no packet yet. Unsupported for other formats, TooLarge for a packet above
+/// 65,504 bytes in a JPEG (one segment), Damaged where the file's structure cannot be followed.
+Result<Bytes> withXmpPacket(ByteView file, std::string_view packet);
+
+}  // namespace skarnel
