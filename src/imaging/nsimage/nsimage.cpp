@@ -38,14 +38,14 @@ std::shared_ptr<NSBitmapImageRep> NSBitmapImageRep::initWithData(ByteView data) 
 }
 
 NSCIImageRep::NSCIImageRep(CIImage image)
-    : NSImageRep(image.extent().size), image_(std::move(image)) {}
+    : NSImageRep(image.extent().size()), image_(std::move(image)) {}
 
 std::optional<CGImage> NSCIImageRep::bitmap() const {
     const CGRect extent = image_.extent();
-    const int width = pixelsOf(extent.size.width);
-    const int height = pixelsOf(extent.size.height);
+    const int width = pixelsOf(extent.width);
+    const int height = pixelsOf(extent.height);
     if (width == 0 || height == 0) return std::nullopt;
-    return image_.rasterize(extent.origin, width, height);
+    return image_.rasterize(extent.origin(), width, height);
 }
 
 struct NSImage::Object {
@@ -189,8 +189,7 @@ std::optional<CGImage> NSImage::bitmap() const {
     auto context = CGContext::create(width, height);
     if (!context) return std::nullopt;
     context->setInterpolationQuality(InterpolationQuality::High);
-    context->drawImage(*pixels,
-                       {{0, 0}, {static_cast<double>(width), static_cast<double>(height)}});
+    context->drawImage(*pixels, {0, 0, static_cast<double>(width), static_cast<double>(height)});
     return std::move(*context).takeImage();
 }
 
