@@ -34,16 +34,6 @@ void putNumber(std::uint8_t* out, std::uint32_t value) {
     for (int shift = 24; shift >= 0; shift -= 8) *out++ = static_cast<std::uint8_t>(value >> shift);
 }
 
-void appendChunk(Bytes& out, std::string_view type, ByteView data) {
-    const std::size_t at = out.size();
-    out.resize(at + 12 + data.size());
-    putNumber(out.data() + at, static_cast<std::uint32_t>(data.size()));
-    std::memcpy(out.data() + at + 4, type.data(), 4);
-    if (!data.empty()) std::memcpy(out.data() + at + 8, data.data(), data.size());
-    const std::uint32_t check = libdeflate_crc32(0, out.data() + at + 4, data.size() + 4);
-    putNumber(out.data() + at + 8 + data.size(), check);
-}
-
 int paethPredictor(int left, int up, int upLeft) {
     const int estimate = left + up - upLeft;
     const int toLeft = std::abs(estimate - left);
@@ -164,15 +154,16 @@ constexpr std::size_t kMaxChunk = 0x7FFFFFFF;
 void appendHeader(Bytes& out, const CGImage& image, bool opaque) {
     constexpr std::array<std::uint8_t, 8> kSignature = {0x89, 'P',  'N',  'G',
                                                         '\r', '\n', 0x1A, '\n'};
-    out.insert(out.end(), kSignature.begin(), kSignature.end());
+    out.resize(kSignature.size());
+    std::memcpy(out.data(), kSignature.data(), kSignature.size());
     std::array<std::uint8_t, 13> header{};
     putNumber(header.data(), static_cast<std::uint32_t>(image.width()));
     putNumber(header.data() + 4, static_cast<std::uint32_t>(image.height()));
     header[8] = 8;
     header[9] = opaque ? 2 : 6;  // RGB, RGB with alpha
-    appendChunk(out, "IHDR", header);
+    appendPngChunk(out, "IHDR", header);
     const std::array<std::uint8_t, 1> intent = {1};  // relative colorimetric
-    appendChunk(out, "sRGB", intent);
+    appendPngChunk(out, "sRGB", intent);
 }
 
 void appendResolution(Bytes& out, const ImageProperties& properties) {
@@ -187,19 +178,19 @@ void appendResolution(Bytes& out, const ImageProperties& properties) {
     putNumber(data.data(), perMetre(resolution->horizontal));
     putNumber(data.data() + 4, perMetre(resolution->vertical));
     data[8] = 1;  // the unit is the metre
-    appendChunk(out, "pHYs", data);
+    appendPngChunk(out, "pHYs", data);
 }
 
 }  // namespace
 
-Result<Bytes> writePng(const CGImage& image, const ImageProperties& properties) {
+Result<Bytes> writePng(const CGImage& image, const ImageProperties& properties, PngColor color) {
     const double wanted = numberProperty(properties, kPropertyCompressionLevel).value_or(1);
     const int level = static_cast<int>(std::clamp(wanted, 0.0, 12.0));
     const std::unique_ptr<libdeflate_compressor, FreeCompressor> compressor(
         libdeflate_alloc_compressor(level));
     if (!compressor) throw std::bad_alloc();
 
-    const bool opaque = isOpaque(image.pixels());
+    const bool opaque = color == PngColor::AlphaWhereNeeded && isOpaque(image.pixels());
     std::size_t filteredSize = 0;
     constexpr int kFirstChoosingLevel = 3;
     RawBytes filtered = filterPicture(image, opaque, level >= kFirstChoosingLevel, filteredSize);
@@ -215,9 +206,9 @@ Result<Bytes> writePng(const CGImage& image, const ImageProperties& properties) 
     appendHeader(out, image, opaque);
     appendResolution(out, properties);
     for (std::size_t at = 0; at < packedSize; at += kMaxChunk) {
-        appendChunk(out, "IDAT", {packed.get() + at, std::min(kMaxChunk, packedSize - at)});
+        appendPngChunk(out, "IDAT", {packed.get() + at, std::min(kMaxChunk, packedSize - at)});
     }
-    appendChunk(out, "IEND", {});
+    appendPngChunk(out, "IEND", {});
     return out;
 }
 

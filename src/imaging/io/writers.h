@@ -13,7 +13,14 @@
 namespace skarnel::io {
 
 Result<Bytes> writeTiff(const CGImage& image, const ImageProperties& properties);
-Result<Bytes> writePng(const CGImage& image, const ImageProperties& properties);
+
+/// An opaque picture is smaller without its alpha; the frames of an animation must be alike.
+enum class PngColor { AlphaWhereNeeded, AlwaysWithAlpha };
+Result<Bytes> writePng(const CGImage& image, const ImageProperties& properties,
+                       PngColor color = PngColor::AlphaWhereNeeded);
+/// Appends a chunk with its length and check.
+void appendPngChunk(Bytes& out, std::string_view type, ByteView data);
+
 Result<Bytes> writeJpeg(const CGImage& image, const ImageProperties& properties);
 Result<Bytes> writeBmp(const CGImage& image, const ImageProperties& properties);
 Result<Bytes> writeJpeg2000(const CGImage& image, const ImageProperties& properties);
