@@ -1,0 +1,97 @@
+#include "cli/interrupt.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <string_view>
+
+namespace skarnel::cli {
+namespace {
+
+constexpr std::array kInterrupts = {SIGINT, SIGTERM, SIGHUP};
+
+// What a signal handler may touch.
+volatile std::sig_atomic_t pendingSignal = 0;
+volatile std::sig_atomic_t openScopes = 0;
+volatile std::sig_atomic_t progressLine = 0;
+
+[[noreturn]] void endNow(int signal) {
+    if (progressLine != 0) {
+        constexpr std::string_view kWipeLine = "\r\x1b[K";
+        // Nothing can be done if even this cannot be written.
+        [[maybe_unused]] const ssize_t wiped =
+            ::write(STDERR_FILENO, kWipeLine.data(), kWipeLine.size());
+    }
+    ::_exit(128 + signal);
+}
+
+void onSignal(int signal) {
+    if (openScopes == 0) endNow(signal);
+    pendingSignal = signal;
+}
+
+sigset_t interruptSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : kInterrupts) sigaddset(&signals, signal);
+    return signals;
+}
+
+}  // namespace
+
+void installInterruptHandlers() {
+    struct sigaction action = {};
+    action.sa_handler = onSignal;  // without SA_RESTART, so that a waiting parent wakes up
+    sigemptyset(&action.sa_mask);
+    for (const int signal : kInterrupts) {
+        struct sigaction before = {};
+        // A program started with nohup keeps ignoring the hang-up.
+        if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler == SIG_IGN) continue;
+        ::sigaction(signal, &action, nullptr);
+    }
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
+UninterruptedScope::UninterruptedScope() {
+    openScopes = openScopes + 1;
+}
+
+UninterruptedScope::~UninterruptedScope() {
+    openScopes = openScopes - 1;
+    if (openScopes == 0 && pendingSignal != 0) endNow(pendingSignal);
+}
+
+int interruptingSignal() {
+    return pendingSignal;
+}
+
+void resetInterruptsInChild() {
+    openScopes = 0;
+    progressLine = 0;
+}
+
+int pollOrSignal(pollfd* descriptors, std::size_t count) {
+    // Signals are held back between the look and the wait, or one in between would be slept over.
+    const sigset_t signals = interruptSignals();
+    sigset_t before;
+    ::sigprocmask(SIG_BLOCK, &signals, &before);
+    int result = -1;
+    if (pendingSignal == 0) {
+        result = ::ppoll(descriptors, count, nullptr, &before);
+    } else {
+        errno = EINTR;
+    }
+    const int error = errno;
+    ::sigprocmask(SIG_SETMASK, &before, nullptr);
+    errno = error;
+    return result;
+}
+
+void noteProgressLine(bool stands) {
+    progressLine = stands ? 1 : 0;
+}
+
+}  // namespace skarnel::cli

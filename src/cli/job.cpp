@@ -1,0 +1,191 @@
+#include "cli/job.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <limits>
+#include <new>
+
+#include "cli/canvas_size.h"
+#include "cli/interrupt.h"
+#include "cli/preview.h"
+
+namespace skarnel::cli {
+namespace {
+
+/// The largest picture of a render may have this many times the pixels of the largest source: at
+/// the defaults a canvas has twice the source's, and a turn at most 1.4 times the canvas's rows.
+constexpr std::int64_t kResultFactor = 4;
+/// No format takes more bytes for its pixels than this, uncompressed 32-bit CMYK included.
+constexpr std::uint64_t kLargestBytesAPixel = 16;
+constexpr std::uint64_t kLargestFileOverhead = std::uint64_t{64} << 20;
+
+std::int64_t pixelsOf(PixelSize size) {
+    return std::int64_t{size.width} * size.height;
+}
+
+PixelSize sizeOf(const CGImage& image) {
+    return {image.width(), image.height()};
+}
+
+std::string megapixels(std::int64_t pixels) {
+    return std::to_string((pixels + 999'999) / 1'000'000) + " megapixels";
+}
+
+std::uint64_t mostBytes(std::int64_t maxPixels) {
+    const auto pixels = static_cast<std::uint64_t>(maxPixels);
+    const std::uint64_t room = std::numeric_limits<std::uint64_t>::max() - kLargestFileOverhead;
+    if (pixels > room / kLargestBytesAPixel) return std::numeric_limits<std::uint64_t>::max();
+    return pixels * kLargestBytesAPixel + kLargestFileOverhead;
+}
+
+Result<void> checkSizes(const CGImage& picture, const JobSettings& settings) {
+    const std::optional<RenderSizes> sizes = renderSizes(sizeOf(picture), settings.render);
+    if (!sizes) return {};  // the render itself finds out
+    const std::int64_t limit =
+        settings.maxPixels > std::numeric_limits<std::int64_t>::max() / kResultFactor
+            ? std::numeric_limits<std::int64_t>::max()
+            : settings.maxPixels * kResultFactor;
+    for (const PixelSize size : {sizes->reflection, sizes->canvas, sizes->result}) {
+        if (pixelsOf(size) > limit) {
+            return {ErrorCode::TooLarge, "The result would have " + megapixels(pixelsOf(size)) +
+                                             "; --max-pixels allows " + megapixels(limit)};
+        }
+    }
+    return {};
+}
+
+/// Why a render yields nothing, for the user.
+std::string causeOfNoResult(const CGImage& picture, const JobSettings& settings) {
+    if (settings.render.number("perspectiveHeight") == 0) {
+        return "A reflection without height gives no result";
+    }
+    if (!renderSizes(sizeOf(picture), settings.render)) {
+        return "These settings leave no picture of a possible size";
+    }
+    return "There is not enough memory for the result, or it is too large";
+}
+
+bool isThere(const std::string& path) {
+    struct stat status = {};
+    return ::lstat(path.c_str(), &status) == 0 && !S_ISCHR(status.st_mode) &&
+           !S_ISFIFO(status.st_mode) && !S_ISLNK(status.st_mode);
+}
+
+/// Everything but the clock.
+void tryJob(const Job& job, const JobSettings& settings, JobReport& report) {
+    if (!job.refusal.empty()) {
+        report.error = job.refusal;
+        return;
+    }
+    // Looking first saves the work; the writing itself looks again, in one step with the naming.
+    if (settings.overwrite == Overwrite::Refuse && job.output != kStandardStream &&
+        isThere(job.output)) {
+        report.error = job.output + ": The file already exists (--force replaces it)";
+        return;
+    }
+    Result<DecodedImage> picture = loadPicture(job.input, settings.maxPixels);
+    if (!picture) {
+        report.error = picture.error().message;
+        return;
+    }
+    report.inputSize = sizeOf(picture->image);
+    const Result<ReflectionResult> rendered = renderWithin(picture->image, settings);
+    if (!rendered) {
+        report.error = rendered.error().message;
+        return;
+    }
+    const Result<void> written = encodeAndWrite(
+        rendered->image, job, outputProperties(picture->properties, settings), settings.overwrite);
+    if (!written) {
+        report.error = (job.output == kStandardStream ? "standard output" : job.output) + ": " +
+                       written.error().message;
+        return;
+    }
+    report.output = job.output;
+    report.outputSize = sizeOf(rendered->image);
+    if (rendered->turn == TurnOutcome::Unturned) {
+        report.error = "The turn could not be made; the result was written without it";
+    }
+}
+
+}  // namespace
+
+Result<DecodedImage> loadPicture(const std::string& input, std::int64_t maxPixels) {
+    const DecodeLimits limits{maxPixels};
+    if (input != kStandardStream) return decodeImageFile(input, limits);
+    const Result<Bytes> bytes = readDescriptor(STDIN_FILENO, mostBytes(maxPixels));
+    if (!bytes) return bytes.error();
+    if (bytes->empty()) return {ErrorCode::CannotRead, "Nothing came from standard input"};
+    return decodeImage(*bytes, limits);
+}
+
+Result<ReflectionResult> renderWithin(const CGImage& picture, const JobSettings& settings) {
+    std::optional<CGImage> source = picture;
+    if (settings.preview) source = shrinkToFit(picture, *settings.preview);
+    if (!source) return {ErrorCode::OutOfMemory, "There is not enough memory for the preview"};
+    if (Result<void> fits = checkSizes(*source, settings); !fits) return fits.error();
+    std::optional<ReflectionResult> result = renderPicture(*source, settings.render);
+    if (!result) return {ErrorCode::Failed, causeOfNoResult(*source, settings)};
+    if (!settings.preview) return *std::move(result);
+    const std::optional<CGImage> shrunk = shrinkToFit(result->image, *settings.preview);
+    if (!shrunk) return {ErrorCode::OutOfMemory, "There is not enough memory for the preview"};
+    return ReflectionResult{*shrunk, result->turn};
+}
+
+ImageProperties outputProperties(const ImageProperties& source, const JobSettings& settings) {
+    ImageProperties properties;
+    for (const std::string_view kept :
+         {kPropertyDpiWidth, kPropertyDpiHeight, kPropertyExifBlock}) {
+        if (const auto found = source.find(kept); found != source.end()) properties.insert(*found);
+    }
+    properties.emplace(kPropertyOrientation, std::int64_t{1});
+    if (settings.format.tiffCompression) {
+        properties.emplace(kPropertyTiffCompression,
+                           std::int64_t{*settings.format.tiffCompression});
+    }
+    if (settings.format.level) {
+        properties.emplace(kPropertyCompressionLevel, std::int64_t{*settings.format.level});
+    }
+    if (settings.format.quality) {
+        properties.emplace(kPropertyLossyQuality, *settings.format.quality / 100.0);
+    }
+    const DeviceColor& matte = settings.render.backgroundColor;
+    char text[8];
+    std::snprintf(text, sizeof text, "#%02X%02X%02X", int(matte.red * 255 + 0.5) & 0xFF,
+                  int(matte.green * 255 + 0.5) & 0xFF, int(matte.blue * 255 + 0.5) & 0xFF);
+    properties.emplace(kPropertyMatteColor, std::string(text));
+    return properties;
+}
+
+Result<void> encodeAndWrite(const CGImage& image, const Job& job, const ImageProperties& properties,
+                            Overwrite overwrite) {
+    const Result<Bytes> bytes = encodeImage(image, job.type, properties);
+    if (!bytes) return bytes.error();
+    const ImageType* type = imageTypeOfContent(*bytes);
+    if (type == nullptr || type->identifier != job.type) {
+        return {ErrorCode::Failed, "The encoded picture is not of its format"};
+    }
+    const UninterruptedScope whole;  // a file or a stream that was begun is ended
+    if (job.output == kStandardStream) return writeDescriptor(STDOUT_FILENO, *bytes);
+    return writeFileSafely(job.output, *bytes, overwrite);
+}
+
+JobReport runJob(const Job& job, const JobSettings& settings) {
+    const auto start = std::chrono::steady_clock::now();
+    JobReport report;
+    report.input = job.input;
+    try {
+        tryJob(job, settings, report);
+    } catch (const std::bad_alloc&) {
+        report.error = "There is not enough memory";
+    }
+    const std::chrono::duration<double, std::milli> taken =
+        std::chrono::steady_clock::now() - start;
+    report.milliseconds = taken.count();
+    return report;
+}
+
+}  // namespace skarnel::cli

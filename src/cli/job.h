@@ -1,0 +1,61 @@
+// One picture in, one reflection out, with a report that tells what became of it.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "cli/numbers.h"
+#include "cli/options.h"
+#include "cli/render_settings.h"
+#include "imaging/io/image_io.h"
+#include "storage/safe_file.h"
+
+namespace skarnel::cli {
+
+struct Job {
+    std::string input;    // a path, or "-"
+    std::string output;   // a path, or "-"
+    std::string type;     // identifier of the format to write
+    std::string refusal;  // not empty: why this job cannot even be tried
+};
+
+/// What all jobs of a run share.
+struct JobSettings {
+    RenderSettings render;
+    OutputFormat format;
+    std::optional<PixelSize> preview;
+    std::int64_t maxPixels = 500'000'000;
+    Overwrite overwrite = Overwrite::Refuse;
+};
+
+struct JobReport {
+    std::string input;
+    std::optional<std::string> output;  // what was written
+    std::optional<PixelSize> inputSize;
+    std::optional<PixelSize> outputSize;
+    double milliseconds = 0;
+    std::optional<std::string> error;  // a result may be written all the same (an unmade turn)
+};
+
+/// The picture of a job's input; '-' is standard input.
+Result<DecodedImage> loadPicture(const std::string& input, std::int64_t maxPixels);
+
+/// A picture rendered and, with a preview size, shrunk before and after. `turn` tells whether the
+/// turn could be made. Refuses (TooLarge) when a picture of the render would have more than four
+/// times `maxPixels` pixels, before it takes memory.
+Result<ReflectionResult> renderWithin(const CGImage& picture, const JobSettings& settings);
+
+/// The properties to write a result with: what the user asked for and what is kept of the source
+/// (resolution and the camera's notes; the picture itself stands upright).
+ImageProperties outputProperties(const ImageProperties& source, const JobSettings& settings);
+
+/// Encodes, checks that the bytes are of that format, and writes them safely; "-" is standard
+/// output.
+Result<void> encodeAndWrite(const CGImage& image, const Job& job, const ImageProperties& properties,
+                            Overwrite overwrite);
+
+/// Does the whole job. Never throws and never leaves half a file.
+JobReport runJob(const Job& job, const JobSettings& settings);
+
+}  // namespace skarnel::cli

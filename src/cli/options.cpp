@@ -1,0 +1,292 @@
+#include "cli/options.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <functional>
+
+#include "imaging/io/image_io.h"
+
+namespace skarnel::cli {
+namespace {
+
+struct NumberOption {
+    const char* name;
+    std::string_view key;
+    const char* help;
+};
+
+/// In the order in which they act, which is the order of --help.
+constexpr std::array<NumberOption, kReflectionSettings.size()> kNumberOptions{{
+    {"--perspective-height", "perspectiveHeight",
+     "Height of the reflection, percent of the picture"},
+    {"--perspective-width", "perspectiveWidth", "Widening at its far edge, percent a side"},
+    {"--offset", "offset", "Gap below the picture, percent of the reflection"},
+    {"--start", "start", "Lift of the fade, percent of the reflection"},
+    {"--gradient", "gradient", "Fade exponent times ten"},
+    {"--alpha", "alpha", "Opacity at the seam, 0 to 255"},
+    {"--image-perspective", "imagePerspective", "Turn of the whole, 0 to 100; none at 0, 50, 100"},
+}};
+
+constexpr int kLargestQuality = 100;
+constexpr int kLargestLevel = 12;
+constexpr int kLargestJobs = 1024;
+constexpr int kLargestFrameCount = 10'000;
+constexpr int kLargestFrameMilliseconds = 60'000;
+
+/// What a value must be, when it is not.
+CLI::ValidationError wrongValue(const std::string& option, const std::string& value,
+                                const std::string& wanted) {
+    return CLI::ValidationError(option, "'" + value + "' is not " + wanted);
+}
+
+std::string lowerCase(std::string text) {
+    for (char& c : text) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return text;
+}
+
+/// "tiff, png, jpeg, ..." of the formats that this build writes.
+std::string writableFormats() {
+    std::string names;
+    for (const ImageType& type : imageTypes()) {
+        if (!type.canWrite) continue;
+        names += (names.empty() ? "" : ", ") + std::string(type.extensions.front());
+    }
+    return names;
+}
+
+std::string typeOfFormatName(const std::string& name) {
+    const ImageType* type = imageTypeWithExtension(lowerCase(name));
+    if (type == nullptr || !type->canWrite) {
+        throw wrongValue("--format", name, "a format that can be written: " + writableFormats());
+    }
+    return std::string(type->identifier);
+}
+
+void setCompression(OutputFormat& format, const std::string& name) {
+    const std::string lower = lowerCase(name);
+    if (lower == "none") format.tiffCompression = 1;
+    if (lower == "lzw") format.tiffCompression = 5;
+    if (lower == "deflate") format.tiffCompression = 8;
+    if (format.tiffCompression) return;
+    const auto level = parseCount(name, kLargestLevel);
+    if (!level) throw wrongValue("--compression", name, "none, lzw, deflate, or a level 0 to 12");
+    format.level = static_cast<int>(*level);
+}
+
+int countOption(const char* option, const std::string& value, int smallest, int largest) {
+    const auto count = parseCount(value, largest);
+    if (!count || *count < smallest) {
+        throw wrongValue(
+            option, value,
+            "a whole number from " + std::to_string(smallest) + " to " + std::to_string(largest));
+    }
+    return static_cast<int>(*count);
+}
+
+/// "image-perspective=0:100:60": the option's name without its dashes, from, to, frames.
+Sweep parseSweep(const std::string& text) {
+    const auto fail = [&] {
+        return wrongValue("--sweep", text,
+                          "SETTING=FROM:TO:COUNT, such as image-perspective=0:100:60");
+    };
+    const std::size_t equals = text.find('=');
+    const std::size_t first = text.find(':', equals == std::string::npos ? 0 : equals);
+    const std::size_t second = first == std::string::npos ? first : text.find(':', first + 1);
+    if (equals == std::string::npos || second == std::string::npos) throw fail();
+    const std::string name = "--" + text.substr(0, equals);
+    const auto option = std::find_if(kNumberOptions.begin(), kNumberOptions.end(),
+                                     [&](const NumberOption& each) { return name == each.name; });
+    const auto from = parseNumber(text.substr(equals + 1, first - equals - 1));
+    const auto to = parseNumber(text.substr(first + 1, second - first - 1));
+    const auto count = parseCount(text.substr(second + 1), kLargestFrameCount);
+    if (option == kNumberOptions.end() || !from || !to || !count || *count < 2) throw fail();
+    return {indexOfSetting(option->key), *from, *to, static_cast<int>(*count)};
+}
+
+/// The options of one run on a CLI::App, bound to the fields of `options`.
+class Binding {
+  public:
+    Binding(CLI::App& app, Options& options) : app_(app), options_(options) {
+        addFiles();
+        addSettings();
+        addFormat();
+        addMany();
+        addGeneral();
+    }
+
+    bool version() const { return version_; }
+    bool quiet() const { return quiet_; }
+    bool verbose() const { return verbose_; }
+
+  private:
+    using Reader = std::function<void(const std::string&)>;
+
+    /// An option whose text `read` takes; what it throws becomes the message.
+    CLI::Option* add(const std::string& names, const char* value, const char* help, Reader read) {
+        return app_.add_option_function<std::string>(names, std::move(read), help)
+            ->option_text(value)
+            ->group(group_);
+    }
+    CLI::Option* flag(const std::string& names, bool& target, const char* help) {
+        return app_.add_flag(names, target, help)->group(group_);
+    }
+
+    void addFiles() {
+        group_ = "Files";
+        app_.add_option("PICTURE", options_.pictures, "Pictures to reflect; '-' is standard input")
+            ->option_text(" ")
+            ->group(group_);
+        add("-o,--output", "OUT", "File or folder to write; '-' is standard output",
+            [this](const std::string& path) { options_.output = path; });
+        flag("-f,--force", options_.force, "Replace files that are there");
+    }
+
+    void addSettings() {
+        group_ = "Settings";
+        for (const NumberOption& each : kNumberOptions) {
+            add(each.name, "NUMBER", each.help, [this, each](const std::string& text) {
+                const std::optional<float> value = parseNumber(text);
+                if (!value) throw wrongValue(each.name, text, "a number");
+                options_.settings.numbers[indexOfSetting(each.key)] = value;
+            });
+        }
+        flag("--apply-background-color", options_.settings.applyBackgroundColor,
+             "Lay the background colour under the whole");
+        add("--background-color", "#RRGGBB", "Background, also under JPEGs (default: #000000)",
+            [this](const std::string& text) {
+                options_.settings.backgroundColor = parseColor(text);
+                if (!options_.settings.backgroundColor) {
+                    throw wrongValue("--background-color", text, "a colour of the form #RRGGBB");
+                }
+            });
+        flag("--user-settings", options_.userSettings, "Start from the application's settings");
+    }
+
+    void addFormat() {
+        group_ = "Result";
+        add("--format", "NAME", "tiff, png, jpeg, jp2, webp, bmp (default: by OUT, else tiff)",
+            [this](const std::string& name) { options_.format.type = typeOfFormatName(name); });
+        add("--quality", "N", "0 to 100, for JPEG, JPEG 2000 and WebP",
+            [this](const std::string& text) {
+                options_.format.quality = countOption("--quality", text, 0, kLargestQuality);
+            });
+        add("--compression", "NAME", "TIFF: lzw, deflate, none; PNG: a level 0 to 12",
+            [this](const std::string& name) { setCompression(options_.format, name); });
+        add("--preview", "WxH", "Shrink the picture, then the result, to fit",
+            [this](const std::string& text) {
+                options_.preview = parsePixelSize(text);
+                if (!options_.preview) {
+                    throw wrongValue("--preview", text, "a size such as 800x600");
+                }
+            });
+        add("--max-pixels", "N", "Refuse larger pictures (default: 500M)",
+            [this](const std::string& text) {
+                const auto pixels = parsePixelCount(text);
+                if (!pixels) throw wrongValue("--max-pixels", text, "a number of pixels");
+                options_.maxPixels = *pixels;
+            });
+    }
+
+    void addMany() {
+        group_ = "Many";
+        add("-j,--jobs", "N", "Pictures at a time (default: by processors and memory)",
+            [this](const std::string& text) {
+                options_.jobs = countOption("--jobs", text, 1, kLargestJobs);
+            });
+        add("--watch", "FOLDER", "Render what appears there, until interrupted",
+            [this](const std::string& path) { options_.watch = path; });
+        add("--sweep", "SETTING=FROM:TO:COUNT", "Numbered frames, one setting running",
+            [this](const std::string& text) { options_.sweep = parseSweep(text); });
+        add("--animate", "FILE", "The frames of --sweep as one animated PNG or WebP",
+            [this](const std::string& path) { options_.animate = path; });
+        add("--frame-time", "MS", "Milliseconds a frame of --animate (default: 40)",
+            [this](const std::string& text) {
+                options_.frameMilliseconds =
+                    countOption("--frame-time", text, 1, kLargestFrameMilliseconds);
+            });
+    }
+
+    void addGeneral() {
+        group_ = "General";
+        flag("-q,--quiet", quiet_, "Only errors");
+        flag("-v,--verbose", verbose_, "Sizes and times too");
+        flag("--json", options_.json, "One JSON object a picture");
+        app_.set_help_flag("-h,--help", "This text")->group(group_);
+        flag("--version", version_, "The version, with --json also what the build can do");
+    }
+
+    CLI::App& app_;
+    Options& options_;
+    std::string group_;
+    bool version_ = false;
+    bool quiet_ = false;
+    bool verbose_ = false;
+};
+
+/// The library's help with a usage line that tells the usual order of arguments.
+class HelpFormatter final : public CLI::Formatter {
+    std::string make_usage(const CLI::App*, std::string) const override {
+        return "Usage: skarnel-render [OPTIONS] PICTURE... [-o OUT]\n";
+    }
+};
+
+/// What single options cannot see: which of them go together. Empty when all is well.
+std::string contradiction(const Options& options) {
+    const auto streams =
+        std::count(options.pictures.begin(), options.pictures.end(), kStandardStream);
+    const bool toStream = options.output == kStandardStream;
+    if (options.watch && !options.pictures.empty()) return "--watch takes no pictures";
+    if (options.watch && toStream) return "--watch cannot write to standard output";
+    if (options.watch && options.sweep) return "--watch and --sweep do not go together";
+    if (!options.watch && options.pictures.empty()) return "no picture was given";
+    if (streams > 1) return "standard input can be read only once";
+    if (toStream && options.pictures.size() > 1) {
+        return "standard output takes only one picture";
+    }
+    if (options.animate && !options.sweep) return "--animate needs --sweep";
+    if (options.animate && options.output) return "--animate and --output do not go together";
+    if (options.sweep && options.pictures.size() > 1) return "--sweep takes only one picture";
+    if (options.sweep && toStream) return "--sweep cannot write to standard output";
+    return {};
+}
+
+EarlyEnd usageError(const std::string& message) {
+    return {"skarnel-render: " + message + "\nTry 'skarnel-render --help'.\n", 2};
+}
+
+std::string describe(const CLI::App& app) {
+    std::string text = app.help();
+    while (text.size() > 1 && text.ends_with("\n\n")) text.pop_back();
+    return text +
+           "\nExample: skarnel-render photo.jpg --offset 2 --image-perspective 30 -o out.png\n"
+           "Exit codes: 0 all well, 1 a picture failed, 2 wrong usage, 130 interrupted.\n";
+}
+
+}  // namespace
+
+ParsedCommandLine parseCommandLine(const std::vector<std::string>& arguments) {
+    Options options;
+    CLI::App app("Turns pictures into their reflections.", "skarnel-render");
+    const auto formatter = std::make_shared<HelpFormatter>();
+    formatter->column_width(38);
+    app.formatter(formatter);
+    const Binding binding(app, options);
+    try {
+        // The library takes the arguments last first.
+        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    } catch (const CLI::CallForHelp&) {
+        return EarlyEnd{describe(app), 0};
+    } catch (const CLI::ParseError& error) {
+        return usageError(error.what());
+    }
+    if (binding.version()) return VersionRequest{options.json};
+    if (binding.verbose()) options.verbosity = Verbosity::Verbose;
+    if (binding.quiet()) options.verbosity = Verbosity::Quiet;
+    if (const std::string message = contradiction(options); !message.empty()) {
+        return usageError(message);
+    }
+    return options;
+}
+
+}  // namespace skarnel::cli

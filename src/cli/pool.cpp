@@ -1,0 +1,328 @@
+#include "cli/pool.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <thread>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "cli/interrupt.h"
+
+namespace skarnel::cli {
+namespace {
+
+constexpr std::uint64_t kBytesAWorker = std::uint64_t{1} << 30;
+
+/// Memory that can be had without swapping, or none where the kernel does not say.
+std::optional<std::uint64_t> availableMemory() {
+    struct CloseFile {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
+    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen("/proc/meminfo", "re"));
+    char line[128];
+    unsigned long long kilobytes = 0;
+    while (file && std::fgets(line, sizeof line, file.get()) != nullptr) {
+        if (std::sscanf(line, "MemAvailable: %llu kB", &kilobytes) == 1) return kilobytes * 1024;
+    }
+    return std::nullopt;
+}
+
+template <typename Number>
+requires std::is_arithmetic_v<Number>
+void put(std::string& bytes, Number value) {
+    bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
+}
+
+void put(std::string& bytes, const std::optional<std::string>& text) {
+    put(bytes, text ? static_cast<std::int64_t>(text->size()) : std::int64_t{-1});
+    if (text) bytes += *text;
+}
+
+void put(std::string& bytes, const std::optional<PixelSize>& size) {
+    put(bytes, size ? size->width : 0);
+    put(bytes, size ? size->height : 0);
+}
+
+/// Takes values off the front of bytes; `ok` goes false when they end too early.
+struct Unpacker {
+    std::string_view bytes;
+    bool ok = true;
+
+    template <typename Number>
+    Number number() {
+        Number value{};
+        ok = ok && bytes.size() >= sizeof value;
+        if (!ok) return value;
+        std::memcpy(&value, bytes.data(), sizeof value);
+        bytes.remove_prefix(sizeof value);
+        return value;
+    }
+    std::optional<std::string> text() {
+        const auto length = number<std::int64_t>();
+        if (!ok || length < 0) return std::nullopt;
+        ok = static_cast<std::uint64_t>(length) <= bytes.size();
+        if (!ok) return std::nullopt;
+        const std::string_view taken = bytes.substr(0, static_cast<std::size_t>(length));
+        bytes.remove_prefix(taken.size());
+        return std::string(taken);
+    }
+    std::optional<PixelSize> size() {
+        const int width = number<int>();
+        const int height = number<int>();
+        return width > 0 && height > 0 ? std::optional(PixelSize{width, height}) : std::nullopt;
+    }
+};
+
+struct Worker {
+    pid_t process = 0;
+    int jobs = -1;     // the parent's end: numbers of jobs to do
+    int reports = -1;  // the parent's end: their reports, each after its length
+    std::optional<std::size_t> job;
+    std::string received;
+};
+
+bool writeAll(int descriptor, const std::string& bytes) {
+    return bool(writeDescriptor(
+        descriptor, {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}));
+}
+
+bool readExactly(int descriptor, void* bytes, std::size_t count) {
+    auto* at = static_cast<char*>(bytes);
+    while (count > 0) {
+        const ssize_t got = ::read(descriptor, at, count);
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) return false;
+        at += got;
+        count -= static_cast<std::size_t>(got);
+    }
+    return true;
+}
+
+/// What a worker process does until there are no more jobs or nobody listens.
+[[noreturn]] void work(int jobs, int reports, const PoolCallbacks& callbacks) {
+    std::uint64_t job = 0;
+    while (readExactly(jobs, &job, sizeof job)) {
+        const std::string packed = packReport(callbacks.run(static_cast<std::size_t>(job)));
+        const UninterruptedScope whole;
+        std::string message;
+        put(message, static_cast<std::uint64_t>(packed.size()));
+        if (!writeAll(reports, message + packed)) break;
+    }
+    ::_exit(0);
+}
+
+std::string causeOfDeath(int status) {
+    if (WIFSIGNALED(status)) {
+        return "The process that rendered it was ended by signal " +
+               std::to_string(WTERMSIG(status));
+    }
+    return "The process that rendered it ended too early";
+}
+
+class Pool {
+  public:
+    using Lost = std::function<JobReport(std::size_t, const std::string&)>;
+    Pool(std::size_t count, const PoolCallbacks& callbacks, const Lost& lost)
+        : count_(count), callbacks_(callbacks), lost_(lost) {}
+    Pool(const Pool&) = delete;
+    Pool& operator=(const Pool&) = delete;
+    ~Pool() {
+        for (Worker& worker : workers_) dismiss(worker);
+    }
+
+    bool start(int workers) {
+        workers_.resize(static_cast<std::size_t>(workers));
+        return std::all_of(workers_.begin(), workers_.end(),
+                           [this](Worker& worker) { return hire(worker); });
+    }
+
+    /// Until all is reported or a signal came.
+    void run() {
+        for (Worker& worker : workers_) give(worker);
+        while (reported_ < count_ && interruptingSignal() == 0) {
+            std::vector<pollfd> waiting;
+            for (const Worker& worker : workers_) {
+                // poll passes over what has no descriptor.
+                waiting.push_back({worker.job ? worker.reports : -1, POLLIN, 0});
+            }
+            if (pollOrSignal(waiting.data(), waiting.size()) < 0) continue;
+            for (std::size_t i = 0; i < waiting.size(); ++i) {
+                if (waiting[i].revents != 0) listen(workers_[i]);
+            }
+        }
+        if (interruptingSignal() == 0) return;
+        for (const Worker& worker : workers_) {
+            if (worker.process > 0) ::kill(worker.process, SIGTERM);
+        }
+    }
+
+  private:
+    bool hire(Worker& worker) {
+        int jobs[2];
+        int reports[2];
+        if (::pipe2(jobs, O_CLOEXEC) != 0) return false;
+        if (::pipe2(reports, O_CLOEXEC) != 0) {
+            ::close(jobs[0]);
+            ::close(jobs[1]);
+            return false;
+        }
+        worker = {::fork(), jobs[1], reports[0], {}, {}};
+        if (worker.process == 0) {
+            // The ends of the others must not live on here, or their pipes would never end.
+            for (const Worker& other : workers_) {
+                if (other.jobs >= 0) ::close(other.jobs);
+                if (other.reports >= 0) ::close(other.reports);
+            }
+            resetInterruptsInChild();
+            work(jobs[0], reports[1], callbacks_);
+        }
+        ::close(jobs[0]);
+        ::close(reports[1]);
+        if (worker.process < 0) dismiss(worker);
+        return worker.process > 0;
+    }
+
+    /// Ends a worker by ending its list of jobs; gives how it ended.
+    static int dismiss(Worker& worker) {
+        if (worker.jobs >= 0) ::close(std::exchange(worker.jobs, -1));
+        if (worker.reports >= 0) ::close(std::exchange(worker.reports, -1));
+        int status = 0;
+        if (worker.process > 0) {
+            while (::waitpid(worker.process, &status, 0) < 0 && errno == EINTR) {
+            }
+        }
+        worker.process = 0;
+        return status;
+    }
+
+    void give(Worker& worker) {
+        if (next_ >= count_) return;
+        worker.job = next_++;
+        std::string message;
+        put(message, static_cast<std::uint64_t>(*worker.job));
+        // A worker that cannot be told has died; its pipe's end tells so.
+        writeAll(worker.jobs, message);
+    }
+
+    void listen(Worker& worker) {
+        char buffer[4096];
+        const ssize_t got = ::read(worker.reports, buffer, sizeof buffer);
+        if (got < 0 && errno == EINTR) return;
+        if (got <= 0) {
+            replaceDead(worker);
+            return;
+        }
+        worker.received.append(buffer, static_cast<std::size_t>(got));
+        std::uint64_t length = 0;
+        if (worker.received.size() < sizeof length) return;
+        std::memcpy(&length, worker.received.data(), sizeof length);
+        if (worker.received.size() - sizeof length < length) return;
+        const std::optional<JobReport> report =
+            unpackReport(std::string_view(worker.received).substr(sizeof length));
+        const std::size_t job = *std::exchange(worker.job, std::nullopt);
+        worker.received.clear();
+        finish(job, report ? *report : lost_(job, "The report of its process was damaged"));
+        give(worker);
+    }
+
+    void replaceDead(Worker& worker) {
+        const std::size_t job = *worker.job;
+        const std::string cause = causeOfDeath(dismiss(worker));
+        if (interruptingSignal() != 0) return;  // it was interrupted as well
+        finish(job, lost_(job, cause));
+        if (next_ < count_ && hire(worker)) give(worker);
+        // Without any worker left, the rest is done here.
+        const bool idle = std::none_of(workers_.begin(), workers_.end(),
+                                       [](const Worker& each) { return each.job.has_value(); });
+        while (idle && next_ < count_ && interruptingSignal() == 0) {
+            const std::size_t own = next_++;
+            finish(own, callbacks_.run(own));
+        }
+    }
+
+    void finish(std::size_t job, JobReport report) {
+        early_.emplace(job, std::move(report));
+        callbacks_.progress(reported_ + early_.size());
+        for (auto first = early_.begin(); first != early_.end() && first->first == reported_;
+             first = early_.begin()) {
+            callbacks_.report(first->second);
+            early_.erase(first);
+            ++reported_;
+        }
+    }
+
+    std::size_t count_;
+    const PoolCallbacks& callbacks_;
+    const Lost& lost_;
+    std::vector<Worker> workers_;
+    std::size_t next_ = 0;
+    std::size_t reported_ = 0;
+    std::map<std::size_t, JobReport> early_;  // done before an earlier one
+};
+
+void runHere(std::size_t count, const PoolCallbacks& callbacks) {
+    for (std::size_t job = 0; job < count && interruptingSignal() == 0; ++job) {
+        callbacks.progress(job);
+        callbacks.report(callbacks.run(job));
+    }
+}
+
+}  // namespace
+
+int defaultWorkers() {
+    const unsigned processors = std::max(1U, std::thread::hardware_concurrency());
+    const std::uint64_t byMemory = availableMemory().value_or(kBytesAWorker) / kBytesAWorker;
+    return static_cast<int>(std::clamp<std::uint64_t>(byMemory, 1, processors));
+}
+
+void runPool(std::size_t count, int workers, const PoolCallbacks& callbacks,
+             const std::function<JobReport(std::size_t, const std::string&)>& lost) {
+    if (static_cast<std::size_t>(workers) > count) workers = static_cast<int>(count);
+    if (workers < 2) {
+        runHere(count, callbacks);
+        return;
+    }
+    const UninterruptedScope endWorkersFirst;
+    Pool pool(count, callbacks, lost);
+    if (pool.start(workers)) {
+        pool.run();
+    } else {
+        runHere(count, callbacks);  // no more processes are to be had
+    }
+}
+
+std::string packReport(const JobReport& report) {
+    std::string bytes;
+    put(bytes, std::optional(report.input));
+    put(bytes, report.output);
+    put(bytes, report.inputSize);
+    put(bytes, report.outputSize);
+    put(bytes, report.milliseconds);
+    put(bytes, report.error);
+    return bytes;
+}
+
+std::optional<JobReport> unpackReport(std::string_view bytes) {
+    Unpacker unpacker{bytes};
+    JobReport report;
+    report.input = unpacker.text().value_or("");
+    report.output = unpacker.text();
+    report.inputSize = unpacker.size();
+    report.outputSize = unpacker.size();
+    report.milliseconds = unpacker.number<double>();
+    report.error = unpacker.text();
+    return unpacker.ok && unpacker.bytes.empty() ? std::optional(report) : std::nullopt;
+}
+
+}  // namespace skarnel::cli

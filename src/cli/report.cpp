@@ -1,0 +1,157 @@
+#include "cli/report.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+
+#include "cli/interrupt.h"
+
+namespace skarnel::cli {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json sizeOrNull(const std::optional<PixelSize>& size) {
+    return size ? Json::array({size->width, size->height}) : Json(nullptr);
+}
+
+template <typename Value>
+Json valueOrNull(const std::optional<Value>& value) {
+    return value ? Json(*value) : Json(nullptr);
+}
+
+std::string dump(const Json& json) {
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+double rounded(double milliseconds) {
+    return std::round(milliseconds * 1000) / 1000;
+}
+
+std::string describe(PixelSize size) {
+    return std::to_string(size.width) + "x" + std::to_string(size.height);
+}
+
+std::string detailsOf(const JobReport& report) {
+    std::string text = report.input;
+    if (report.inputSize) text += " " + describe(*report.inputSize);
+    if (report.output) text += " -> " + *report.output;
+    if (report.outputSize) text += " " + describe(*report.outputSize);
+    return text + ", " + std::to_string(std::lround(report.milliseconds)) + " ms";
+}
+
+bool hasVariable(const char* name) {
+    const char* value = std::getenv(name);
+    return value != nullptr && *value != '\0';
+}
+
+std::size_t terminalColumns() {
+    winsize size = {};
+    const bool known = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return known ? size.ws_col : 80;
+}
+
+}  // namespace
+
+std::string jsonOfReport(const JobReport& report) {
+    Json json;
+    json["input"] = report.input;
+    json["output"] = valueOrNull(report.output);
+    json["inputSize"] = sizeOrNull(report.inputSize);
+    json["outputSize"] = sizeOrNull(report.outputSize);
+    json["milliseconds"] = rounded(report.milliseconds);
+    json["error"] = valueOrNull(report.error);
+    return dump(json);
+}
+
+std::string textOfVersion() {
+    return "skarnel-render " SKARNEL_VERSION;
+}
+
+std::string jsonOfVersion() {
+    Json json;
+    json["name"] = "skarnel-render";
+    json["version"] = SKARNEL_VERSION;
+    Json& reads = json["reads"] = Json::array();
+    Json& writes = json["writes"] = Json::array();
+    for (const ImageType& type : imageTypes()) {
+        if (type.canRead) reads.push_back(type.name);
+        if (type.canWrite) writes.push_back(type.name);
+    }
+    return dump(json);
+}
+
+Console::Style Console::styleFor(const Options& options) {
+    Style style;
+    style.verbosity = options.verbosity;
+    style.json = options.json;
+    style.pictureOnStandardOutput =
+        options.output == kStandardStream ||
+        (!options.output && options.pictures == std::vector<std::string>{"-"} && !options.sweep);
+    const char* terminal = std::getenv("TERM");
+    const bool capable =
+        ::isatty(STDERR_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
+    style.progress = capable && options.verbosity != Verbosity::Quiet;
+    style.colour = capable && !hasVariable("NO_COLOR");
+    return style;
+}
+
+void Console::report(const JobReport& report) {
+    wipeProgress();
+    if (report.error) {
+        // With JSON the reason stands in the object; people see it on a terminal all the same.
+        message((report.input == kStandardStream ? "standard input" : report.input) + ": " +
+                *report.error);
+    }
+    if (style_.verbosity == Verbosity::Verbose) message(detailsOf(report));
+    if (style_.json) {
+        print(style_.pictureOnStandardOutput ? STDERR_FILENO : STDOUT_FILENO,
+              jsonOfReport(report) + "\n");
+    } else if (report.output && style_.verbosity != Verbosity::Quiet &&
+               !style_.pictureOnStandardOutput) {
+        print(STDOUT_FILENO, *report.output + "\n");
+    }
+}
+
+void Console::message(std::string_view text) {
+    wipeProgress();
+    const std::string name = style_.colour ? "\x1b[31mskarnel-render:\x1b[0m " : "skarnel-render: ";
+    print(STDERR_FILENO, name + std::string(text) + "\n");
+}
+
+void Console::progress(std::size_t done, std::size_t total, std::string_view name) {
+    if (!style_.progress || total < 2) return;
+    constexpr std::size_t kBarWidth = 24;
+    const std::size_t filled = kBarWidth * done / total;
+    std::string line = "[" + std::string(filled, '#') + std::string(kBarWidth - filled, '.') +
+                       "] " + std::to_string(done) + "/" + std::to_string(total) + " " +
+                       std::string(name);
+    // A line that wraps could not be wiped. Cutting inside a UTF-8 sequence must not happen.
+    std::size_t length = std::min(line.size(), terminalColumns() - 1);
+    while (length > 0 && length < line.size() && (line[length] & 0xC0) == 0x80) --length;
+    noteProgressLine(true);
+    progressStands_ = true;
+    print(STDERR_FILENO, "\r\x1b[K" + line.substr(0, length));
+}
+
+void Console::wipeProgress() {
+    if (!progressStands_) return;
+    print(STDERR_FILENO, "\r\x1b[K");
+    progressStands_ = false;
+    noteProgressLine(false);
+}
+
+void Console::print(int descriptor, std::string_view text) {
+    const UninterruptedScope whole;
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    const Result<void> printed = writeDescriptor(descriptor, {bytes, text.size()});
+    if (printed || descriptor != STDOUT_FILENO || outputFailed_) return;
+    outputFailed_ = true;
+    message("standard output: " + printed.error().message);
+}
+
+}  // namespace skarnel::cli

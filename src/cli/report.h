@@ -1,0 +1,51 @@
+// What a run says: lines for people, JSON for programs, a progress line for a terminal.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "cli/job.h"
+
+namespace skarnel::cli {
+
+/// One line of JSON without its line end: input, output, inputSize and outputSize ([width,
+/// height]), milliseconds, error. What there is not is null; bytes that are no UTF-8 are replaced.
+std::string jsonOfReport(const JobReport& report);
+
+/// The version and what this build can do, as one line of JSON.
+std::string jsonOfVersion();
+std::string textOfVersion();
+
+/// Where the lines go. Standard output has the results, standard error everything else; with a
+/// picture on standard output the JSON goes to standard error too.
+class Console {
+  public:
+    struct Style {
+        Verbosity verbosity = Verbosity::Normal;
+        bool json = false;
+        bool pictureOnStandardOutput = false;
+        bool progress = false;  // standard error is a terminal that can wipe a line
+        bool colour = false;
+    };
+    explicit Console(const Style& style) : style_(style) {}
+
+    /// The style for these options on the present streams and environment (NO_COLOR, TERM).
+    static Style styleFor(const Options& options);
+
+    void report(const JobReport& report);
+    void message(std::string_view text);  // on standard error, after the program's name
+    void progress(std::size_t done, std::size_t total, std::string_view name);
+    void wipeProgress();
+
+    /// True once standard output did not take a line; the cause was said on standard error.
+    bool outputFailed() const { return outputFailed_; }
+
+  private:
+    void print(int descriptor, std::string_view text);
+    bool outputFailed_ = false;
+    Style style_;
+    bool progressStands_ = false;
+};
+
+}  // namespace skarnel::cli

@@ -1,0 +1,154 @@
+#include "cli/run.h"
+
+#include <cstdio>
+#include <type_traits>
+#include <variant>
+
+#include "cli/interrupt.h"
+#include "cli/job.h"
+#include "cli/options.h"
+#include "cli/plan.h"
+#include "cli/pool.h"
+#include "cli/report.h"
+#include "cli/sweep.h"
+#include "cli/watch.h"
+#include "storage/settings_store.h"
+
+namespace skarnel::cli {
+namespace {
+
+constexpr int kAllWell = 0;
+constexpr int kSomeFailed = 1;
+constexpr int kWrongUsage = 2;
+
+JobSettings jobSettings(const Options& options) {
+    JobSettings settings;
+    const RenderSettings base = options.userSettings
+                                    ? storedSettings(SettingsStore(SettingsStore::defaultPath()))
+                                    : defaultSettings();
+    settings.render = withOverrides(base, options.settings);
+    settings.format = options.format;
+    settings.preview = options.preview;
+    settings.maxPixels = options.maxPixels;
+    settings.overwrite = options.force ? Overwrite::Allow : Overwrite::Refuse;
+    return settings;
+}
+
+/// One run with everything that its parts share.
+class Run {
+  public:
+    explicit Run(const Options& options)
+        : options_(options),
+          settings_(jobSettings(options)),
+          console_(Console::styleFor(options)) {}
+
+    int pictures() {
+        const auto planned = planJobs(options_);
+        if (const auto* problem = std::get_if<UsageProblem>(&planned)) return usage(*problem);
+        const auto& jobs = std::get<std::vector<Job>>(planned);
+        const auto run = [&](std::size_t index) { return runJob(jobs[index], settings_); };
+        const auto lost = [&](std::size_t index, const std::string& cause) {
+            JobReport report;
+            report.input = jobs[index].input;
+            report.error = cause;
+            return report;
+        };
+        const auto progress = [&](std::size_t done) {
+            console_.progress(done, jobs.size(), done < jobs.size() ? jobs[done].input : "");
+        };
+        runPool(jobs.size(), workers(), {run, reporter(), progress}, lost);
+        return ending();
+    }
+
+    int watch() {
+        const std::string folder = *options_.watch;
+        const std::string into = options_.output.value_or(folder);
+        const auto type = outputType(options_.format, "");
+        if (const auto* problem = std::get_if<UsageProblem>(&type)) return usage(*problem);
+        const Result<void> ended = watchFolder(folder, [&](const std::string& path) {
+            const Job job{path,
+                          proposedOutput(path, into, std::get<std::string>(type)),
+                          std::get<std::string>(type),
+                          {}};
+            const JobReport report = runJob(job, settings_);
+            reporter()(report);
+            return report.output.value_or("");
+        });
+        console_.message(folder + ": " + ended.error().message);
+        return kSomeFailed;
+    }
+
+    int sweep() {
+        // The frames' common name is what a single result would be called.
+        Options named = options_;
+        if (options_.animate) named.output = options_.animate;
+        const auto planned = planJobs(named);
+        if (const auto* problem = std::get_if<UsageProblem>(&planned)) return usage(*problem);
+        SweepRequest request{std::get<std::vector<Job>>(planned).front(), settings_,
+                             *options_.sweep, workers(), options_.frameMilliseconds};
+        if (request.job.output == kStandardStream) {
+            request.job.output = proposedOutput(request.job.input, "", request.job.type);
+        }
+        const auto frames = static_cast<std::size_t>(request.sweep.count);
+        const auto progress = [&](std::size_t done) {
+            console_.progress(done, frames, request.job.input);
+        };
+        if (options_.animate) {
+            runAnimation(request, reporter(), progress);
+        } else {
+            runSweep(request, reporter(), progress);
+        }
+        return ending();
+    }
+
+  private:
+    std::function<void(const JobReport&)> reporter() {
+        return [this](const JobReport& report) {
+            failed_ = failed_ || report.error.has_value();
+            console_.report(report);
+        };
+    }
+
+    int workers() const { return options_.jobs.value_or(defaultWorkers()); }
+
+    int usage(const UsageProblem& problem) {
+        console_.message(problem.message);
+        return kWrongUsage;
+    }
+
+    int ending() {
+        console_.wipeProgress();
+        return failed_ || console_.outputFailed() ? kSomeFailed : kAllWell;
+    }
+
+    const Options& options_;
+    JobSettings settings_;
+    Console console_;
+    bool failed_ = false;
+};
+
+int run(const EarlyEnd& end) {
+    std::FILE* stream = end.exitCode == kAllWell ? stdout : stderr;
+    const bool printed = std::fputs(end.text.c_str(), stream) >= 0 && std::fflush(stream) == 0;
+    return printed ? end.exitCode : kSomeFailed;
+}
+
+int run(const VersionRequest& request) {
+    return run(EarlyEnd{(request.json ? jsonOfVersion() : textOfVersion()) + "\n", kAllWell});
+}
+
+int run(const Options& options) {
+    Run whole(options);
+    if (options.watch) return whole.watch();
+    if (options.sweep) return whole.sweep();
+    return whole.pictures();
+}
+
+}  // namespace
+
+int runCommandLine(const std::vector<std::string>& arguments) {
+    installInterruptHandlers();
+    return std::visit([](const auto& parsed) { return run(parsed); }, parseCommandLine(arguments));
+}
+
+}  // namespace skarnel::cli

@@ -1,0 +1,207 @@
+#include "cli/sweep.h"
+
+#include <algorithm>
+#include <chrono>
+#include <new>
+
+#include "cli/canvas_size.h"
+#include "cli/interrupt.h"
+#include "cli/plan.h"
+#include "cli/preview.h"
+#include "imaging/cgcontext.h"
+#include "imaging/io/animation.h"
+
+namespace skarnel::cli {
+namespace {
+
+PixelSize sizeOf(const CGImage& image) {
+    return {image.width(), image.height()};
+}
+
+/// The picture as the frames are made from it, shrunk once when a preview is asked for.
+Result<DecodedImage> loadSource(const SweepRequest& request) {
+    Result<DecodedImage> picture = loadPicture(request.job.input, request.settings.maxPixels);
+    if (!picture || !request.settings.preview) return picture;
+    const std::optional<CGImage> shrunk = shrinkToFit(picture->image, *request.settings.preview);
+    if (!shrunk) return {ErrorCode::OutOfMemory, "There is not enough memory for the preview"};
+    picture->image = *shrunk;
+    return picture;
+}
+
+/// One frame at the size of all.
+Result<ReflectionResult> renderFrame(const CGImage& source, const SweepRequest& request,
+                                     PixelSize size, int index) {
+    JobSettings settings = request.settings;
+    settings.preview.reset();  // the source is shrunk already; the frame is, after the centring
+    settings.render = frameSettings(settings.render, request.sweep, index);
+    Result<ReflectionResult> rendered = renderWithin(source, settings);
+    if (!rendered) return rendered;
+    std::optional<CGImage> frame = centredIn(rendered->image, size);
+    if (frame && request.settings.preview) frame = shrinkToFit(*frame, *request.settings.preview);
+    if (!frame) return {ErrorCode::OutOfMemory, "There is not enough memory for the frame"};
+    return ReflectionResult{*frame, rendered->turn};
+}
+
+constexpr const char* kUnturned = "The turn could not be made; the frame was written without it";
+
+/// Does `work` with the clock running and memory's end caught.
+template <typename Work>
+JobReport timed(const std::string& input, Work work) {
+    const auto start = std::chrono::steady_clock::now();
+    JobReport report;
+    report.input = input;
+    try {
+        work(report);
+    } catch (const std::bad_alloc&) {
+        report.error = "There is not enough memory";
+    }
+    const std::chrono::duration<double, std::milli> taken =
+        std::chrono::steady_clock::now() - start;
+    report.milliseconds = taken.count();
+    return report;
+}
+
+/// The picture and the frames' size, or none after a report of the reason.
+struct Prepared {
+    DecodedImage picture;
+    PixelSize size;
+};
+
+std::optional<Prepared> prepare(const SweepRequest& request,
+                                const std::function<void(const JobReport&)>& report) {
+    JobReport failure;
+    failure.input = request.job.input;
+    const Result<DecodedImage> picture = loadSource(request);
+    if (!picture) {
+        failure.error = picture.error().message;
+        report(failure);
+        return std::nullopt;
+    }
+    const std::optional<PixelSize> size =
+        largestFrame(sizeOf(picture->image), request.settings.render, request.sweep);
+    if (!size) {
+        failure.error = "These settings leave no picture of a possible size";
+        report(failure);
+        return std::nullopt;
+    }
+    return Prepared{*picture, *size};
+}
+
+/// All frames into the encoder; the first failure ends it.
+Result<Bytes> encodeFrames(const SweepRequest& request, const Prepared& prepared, JobReport& report,
+                           const std::function<void(std::size_t done)>& progress) {
+    std::unique_ptr<AnimationEncoder> encoder;
+    for (int index = 0; index < request.sweep.count; ++index) {
+        progress(static_cast<std::size_t>(index));
+        const Result<ReflectionResult> frame =
+            renderFrame(prepared.picture.image, request, prepared.size, index);
+        if (!frame) return frame.error();
+        if (frame->turn == TurnOutcome::Unturned) report.error = kUnturned;
+        if (!encoder) {
+            report.outputSize = sizeOf(frame->image);
+            encoder = AnimationEncoder::create(
+                request.job.type, frame->image.width(), frame->image.height(),
+                request.frameMilliseconds,
+                outputProperties(prepared.picture.properties, request.settings));
+            if (!encoder) return {ErrorCode::Unsupported, "Only PNG and WebP can be animated"};
+        }
+        if (Result<void> added = encoder->add(frame->image); !added) return added.error();
+    }
+    return encoder->finish();
+}
+
+}  // namespace
+
+RenderSettings frameSettings(const RenderSettings& settings, const Sweep& sweep, int index) {
+    RenderSettings frame = settings;
+    const double position = static_cast<double>(index) / (sweep.count - 1);
+    const double from = sweep.from;
+    const double to = sweep.to;
+    frame.numbers[sweep.setting] =
+        index == sweep.count - 1 ? sweep.to : static_cast<float>(from + (to - from) * position);
+    return frame;
+}
+
+std::optional<CGImage> centredIn(const CGImage& picture, PixelSize size) {
+    if (sizeOf(picture) == size) return picture;
+    const std::unique_ptr<CGContext> context = CGContext::create(size.width, size.height);
+    if (!context) return std::nullopt;
+    const int left = (size.width - picture.width()) / 2;
+    const int bottom = (size.height - picture.height()) / 2;
+    context->setCompositeOperation(CompositeOperation::Copy);
+    context->drawImage(
+        picture, {double(left), double(bottom), double(picture.width()), double(picture.height())});
+    return std::move(*context).takeImage();
+}
+
+std::optional<PixelSize> largestFrame(PixelSize picture, const RenderSettings& settings,
+                                      const Sweep& sweep) {
+    PixelSize largest;
+    for (int index = 0; index < sweep.count; ++index) {
+        const auto sizes = renderSizes(picture, frameSettings(settings, sweep, index));
+        if (!sizes) continue;  // this frame will report why
+        largest.width = std::max(largest.width, sizes->result.width);
+        largest.height = std::max(largest.height, sizes->result.height);
+    }
+    return largest.width > 0 ? std::optional(largest) : std::nullopt;
+}
+
+void runSweep(const SweepRequest& request, const std::function<void(const JobReport&)>& report,
+              const std::function<void(std::size_t)>& progress) {
+    const std::optional<Prepared> prepared = prepare(request, report);
+    if (!prepared) return;
+    const auto oneFrame = [&](std::size_t index) {
+        return timed(request.job.input, [&](JobReport& frameReport) {
+            frameReport.inputSize = sizeOf(prepared->picture.image);
+            const int number = static_cast<int>(index);
+            const auto frame =
+                renderFrame(prepared->picture.image, request, prepared->size, number);
+            if (!frame) {
+                frameReport.error = frame.error().message;
+                return;
+            }
+            Job job = request.job;
+            job.output = frameName(job.output, number + 1, request.sweep.count);
+            const Result<void> written = encodeAndWrite(
+                frame->image, job, outputProperties(prepared->picture.properties, request.settings),
+                request.settings.overwrite);
+            if (!written) {
+                frameReport.error = job.output + ": " + written.error().message;
+                return;
+            }
+            frameReport.output = job.output;
+            frameReport.outputSize = sizeOf(frame->image);
+            if (frame->turn == TurnOutcome::Unturned) frameReport.error = kUnturned;
+        });
+    };
+    const auto lost = [&](std::size_t, const std::string& cause) {
+        return timed(request.job.input, [&](JobReport& lostReport) { lostReport.error = cause; });
+    };
+    runPool(static_cast<std::size_t>(request.sweep.count), request.workers,
+            {oneFrame, report, progress}, lost);
+}
+
+void runAnimation(const SweepRequest& request, const std::function<void(const JobReport&)>& report,
+                  const std::function<void(std::size_t)>& progress) {
+    const std::optional<Prepared> prepared = prepare(request, report);
+    if (!prepared) return;
+    report(timed(request.job.input, [&](JobReport& whole) {
+        whole.inputSize = sizeOf(prepared->picture.image);
+        const Result<Bytes> bytes = encodeFrames(request, *prepared, whole, progress);
+        if (!bytes) {
+            whole.error = bytes.error().message;
+            whole.outputSize.reset();
+            return;
+        }
+        const UninterruptedScope untilNamed;
+        const Result<void> written =
+            writeFileSafely(request.job.output, *bytes, request.settings.overwrite);
+        if (written) {
+            whole.output = request.job.output;
+        } else {
+            whole.error = request.job.output + ": " + written.error().message;
+        }
+    }));
+}
+
+}  // namespace skarnel::cli
