@@ -12,7 +12,7 @@
 namespace skarnel {
 namespace {
 
-constexpr double kLargestSize = 100'000;      // pixels
+constexpr double kLargestSize = 1'000'000;    // pixels
 constexpr double kSmallestSize = 1.0 / 1024;  // below it nothing would be seen
 constexpr double kLeastMargin = 8;            // pixels
 
@@ -91,6 +91,12 @@ const char* alignmentClass(TextAlignment alignment) {
     return "";
 }
 
+std::string attributesOf(TextAlignment alignment, const double* height) {
+    std::string attributes = alignmentClass(alignment);
+    if (height != nullptr) attributes += " style=\"height:" + decimal(usableSize(*height)) + "px\"";
+    return attributes;
+}
+
 // Draws nothing, and some of these would end the parser's patience with the document.
 bool isSilent(char16_t unit) {
     return (unit < 0x20 && unit != u'\t' && !isLineSeparator(unit)) ||
@@ -154,8 +160,9 @@ void appendSpan(std::u16string& out, std::size_t rule, std::u16string_view chara
 // `firstRun` moves on to the run in which the paragraph ends, so that all paragraphs together take
 // one pass over the runs.
 void appendParagraph(std::u16string& out, std::u16string_view characters, TextRange paragraph,
-                     TextAlignment alignment, const StyleSheet& sheet, std::size_t& firstRun) {
-    appendAscii(out, std::string("<p dir=\"auto\"") + alignmentClass(alignment) + ">");
+                     const std::string& attributes, const StyleSheet& sheet,
+                     std::size_t& firstRun) {
+    appendAscii(out, "<p dir=\"auto\"" + attributes + ">");
     while (firstRun + 1 < sheet.runs.size() &&
            sheet.runs[firstRun].range.end() <= paragraph.location)
         ++firstRun;
@@ -204,7 +211,8 @@ void appendHead(std::u16string& out, const StyledText& text, std::string_view ch
 
 }  // namespace
 
-std::u16string htmlDocument(const StyledText& text, std::string_view charset) {
+std::u16string htmlDocument(const StyledText& text, std::string_view charset,
+                            std::span<const double> paragraphHeights) {
     const StyledText paired = [&] {
         StyledText copy =
             StyledText::fromRuns(withPairedSurrogates(text.characters()), text.runs());
@@ -220,18 +228,22 @@ std::u16string htmlDocument(const StyledText& text, std::string_view charset) {
     if (!paired.isEmpty()) {
         std::size_t firstRun = 0;
         const std::vector<TextRange> paragraphs = paired.paragraphs();
+        const bool hasHeights = paragraphHeights.size() == paragraphs.size();
         for (std::size_t i = 0; i < paragraphs.size(); ++i)
-            appendParagraph(out, paired.characters(), paragraphs[i], paired.alignments()[i], sheet,
-                            firstRun);
+            appendParagraph(
+                out, paired.characters(), paragraphs[i],
+                attributesOf(paired.alignments()[i], hasHeights ? &paragraphHeights[i] : nullptr),
+                sheet, firstRun);
     }
     appendAscii(out, "</body>\n</html>\n");
     return out;
 }
 
-std::optional<Bytes> htmlData(const StyledText& text, std::int32_t encoding) {
+std::optional<Bytes> htmlData(const StyledText& text, std::int32_t encoding,
+                              std::span<const double> paragraphHeights) {
     const std::optional<std::string_view> charset = charsetOfEncoding(encoding);
     if (!charset) return std::nullopt;
-    return encodeString(htmlDocument(text, *charset), encoding);
+    return encodeString(htmlDocument(text, *charset, paragraphHeights), encoding);
 }
 
 std::u16string withBodyBackground(std::u16string_view document, std::string_view colorText) {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -24,10 +25,16 @@ namespace skarnel {
 ///   accented letters that reach beyond their line do not touch the page's first pixel.
 /// - A character that draws nothing (the control characters besides tab and line ends) is left out;
 ///   an unpaired surrogate becomes U+FFFD.
-std::u16string htmlDocument(const StyledText& text, std::string_view charset);
+/// - With `paragraphHeights` (pixels, one for each paragraph; another number of them counts as
+/// none)
+///   every paragraph is exactly as high, so that many lines of a page stand where the text view has
+///   them, whose metrics are rounded in another way.
+std::u16string htmlDocument(const StyledText& text, std::string_view charset,
+                            std::span<const double> paragraphHeights = {});
 
 /// The document as bytes of an encoding; none when it cannot hold the text or is not known.
-std::optional<Bytes> htmlData(const StyledText& text, std::int32_t encoding);
+std::optional<Bytes> htmlData(const StyledText& text, std::int32_t encoding,
+                              std::span<const double> paragraphHeights = {});
 
 /// Replaces every "<body>", compared without regard to letter case, by `<body bgcolor="COLOR">`. A
 /// tag with attributes is another tag and stays.

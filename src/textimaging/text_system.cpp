@@ -10,7 +10,9 @@ std::optional<Bytes> TextSystem::dataFromRange(const StyledText& text, TextRange
                                                const DocumentAttributes& attributes) {
     const StyledText part = text.subtext(range);
     if (attributes.NSDocumentTypeDocumentAttribute == DocumentType::NSHTMLTextDocumentType)
-        return htmlData(part, attributes.NSCharacterEncodingDocumentAttribute);
+        return htmlData(
+            part, attributes.NSCharacterEncodingDocumentAttribute,
+            layout_.paragraphHeights ? layout_.paragraphHeights(part) : std::vector<double>{});
     // The serialised form is binary and has an encoding of its own.
     return serializeText(part);
 }

@@ -2,27 +2,34 @@
 #pragma once
 
 #include <functional>
+#include <utility>
+#include <vector>
 
 #include "platform/attributed_text.h"
 
 namespace skarnel {
 
-/// Serialises, writes HTML and decodes with the code of this folder; the natural size comes from
-/// the layout that it is given.
+/// How the text view lays a text out without a width limit; pixels.
+struct TextLayout {
+    std::function<CGSize(const StyledText&)> naturalSize;
+    /// One for each paragraph. May be empty: a page then has its renderer's own.
+    std::function<std::vector<double>(const StyledText&)> paragraphHeights;
+};
+
+/// Serialises, writes HTML and decodes with the code of this folder; sizes come from the layout
+/// that it is given.
 class TextSystem final : public AttributedTextServices {
   public:
-    using NaturalSize = std::function<CGSize(const StyledText&)>;
-
-    explicit TextSystem(NaturalSize naturalSize) : naturalSize_(std::move(naturalSize)) {}
+    explicit TextSystem(TextLayout layout) : layout_(std::move(layout)) {}
 
     std::optional<Bytes> dataFromRange(const StyledText& text, TextRange range,
                                        const DocumentAttributes& attributes) override;
     Result<StyledText> initWithData(ByteView data) override;
-    CGSize size(const StyledText& text) override { return naturalSize_(text); }
+    CGSize size(const StyledText& text) override { return layout_.naturalSize(text); }
     std::optional<std::u16string> stringWithData(ByteView data, std::int32_t encoding) override;
 
   private:
-    NaturalSize naturalSize_;
+    TextLayout layout_;
 };
 
 }  // namespace skarnel

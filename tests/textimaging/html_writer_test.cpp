@@ -188,13 +188,23 @@ TEST(HtmlWriter, SizesArePlainDecimals) {
         double size;
         const char* text;
     } rows[] = {{48, "font-size:48px"},    {0.5, "font-size:0.5px"},
-                {1e-300, "font-size:0px"}, {1e300, "font-size:100000px"},
+                {1e-300, "font-size:0px"}, {1e300, "font-size:1000000px"},
                 {-3, "font-size:0px"},     {33.333333333333336, "font-size:33.333333333333336px"}};
     for (const auto& row : rows) {
         TextStyle style;
         style.size = row.size;
         EXPECT_NE(document(StyledText(u"a", style)).find(row.text), std::string::npos) << row.text;
     }
+}
+
+TEST(HtmlWriter, AParagraphIsAsHighAsItIsSaidToBe) {
+    const StyledText text(u"a\nb", {}, TextAlignment::Center);
+    const std::vector<double> heights{56, 55.5};
+    const std::string html = utf8FromUtf16(htmlDocument(text, "utf-8", heights));
+    EXPECT_NE(html.find("<p dir=\"auto\" class=\"c\" style=\"height:56px\">"), std::string::npos);
+    EXPECT_NE(html.find("<p dir=\"auto\" class=\"c\" style=\"height:55.5px\">"), std::string::npos);
+    EXPECT_EQ(htmlDocument(text, "utf-8", std::span(heights).first(1)),
+              htmlDocument(text, "utf-8"));
 }
 
 TEST(HtmlWriter, TheDocumentNamesItsEncodingAndIsWrittenInIt) {

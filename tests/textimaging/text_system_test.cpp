@@ -12,7 +12,7 @@ namespace {
 using enum DocumentType;
 
 TEST(TextSystem, SerialisesTheRangeAndReadsItBack) {
-    TextSystem system([](const StyledText&) { return CGSize{1, 2}; });
+    TextSystem system({});
     const StyledText text(u"Summer Sale");
     const std::optional<Bytes> data =
         system.dataFromRange(text, {0, 6}, {NSRTFDTextDocumentType, kEncodingUTF8});
@@ -24,7 +24,7 @@ TEST(TextSystem, SerialisesTheRangeAndReadsItBack) {
 }
 
 TEST(TextSystem, WritesHtmlInTheAskedEncodingOrNone) {
-    TextSystem system([](const StyledText&) { return CGSize{}; });
+    TextSystem system({});
     const StyledText text(u"\u00E9");
     for (const std::int32_t code : {kEncodingUTF8, kEncodingISOLatin1, kEncodingMacRoman}) {
         const std::optional<Bytes> data =
@@ -42,12 +42,20 @@ TEST(TextSystem, WritesHtmlInTheAskedEncodingOrNone) {
 
 TEST(TextSystem, TheSizeIsTheLayouts) {
     StyledText asked;
-    TextSystem system([&](const StyledText& text) {
-        asked = text;
-        return CGSize{150, 30};
-    });
+    TextSystem system({[&](const StyledText& text) {
+                           asked = text;
+                           return CGSize{150, 30};
+                       },
+                       {}});
     EXPECT_EQ(system.size(StyledText(u"x")), (CGSize{150, 30}));
     EXPECT_EQ(asked, StyledText(u"x"));
+}
+
+TEST(TextSystem, ThePageHasTheParagraphHeightsOfTheLayout) {
+    TextSystem system({{}, [](const StyledText&) { return std::vector<double>{7, 9}; }});
+    const StyledText text(u"a\nb");
+    EXPECT_EQ(system.dataFromRange(text, {0, 3}, {NSHTMLTextDocumentType, kEncodingUTF8}),
+              htmlData(text, kEncodingUTF8, std::vector<double>{7, 9}));
 }
 
 }  // namespace

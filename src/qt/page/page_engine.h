@@ -1,0 +1,97 @@
+// One page of the web engine in a view that is never shown: load, measure, size, draw.
+#pragma once
+
+#include <QColor>
+#include <QImage>
+#include <QObject>
+#include <QSizeF>
+#include <QUrl>
+#include <QWebEngineUrlRequestInterceptor>
+#include <functional>
+#include <memory>
+#include <string_view>
+
+class QWebEnginePage;
+class QWebEngineProfile;
+class QWebEngineView;
+
+namespace skarnel {
+
+/// Lets the one page through that was asked for, and data; everything else is blocked.
+class OwnPageOnly final : public QWebEngineUrlRequestInterceptor {
+    Q_OBJECT
+  public:
+    using QWebEngineUrlRequestInterceptor::QWebEngineUrlRequestInterceptor;
+    void setPage(const QUrl& page) { page_ = page; }
+    void interceptRequest(QWebEngineUrlRequestInfo& info) override;
+
+  signals:
+    void requested(const QUrl& url, bool allowed);
+
+  private:
+    QUrl page_;
+};
+
+class PageEngine final : public QObject {
+    Q_OBJECT
+  public:
+    using Log = std::function<void(std::string_view)>;
+
+    /// `profile` is borrowed. Sizes are device pixels, one for each unit of the page, whatever the
+    /// screen's scale.
+    PageEngine(QWebEngineProfile& profile, Log log);
+    ~PageEngine() override;
+
+    /// Loads in a view of about that size (the page's layout does not depend on it, so a very large
+    /// one is held down) and returns at once.
+    void load(const QUrl& url, QSize size);
+
+    /// The laid-out document, known when the load has finished.
+    QSizeF documentSize() const { return documentSize_; }
+
+    /// What the page shows in a view of that size, or a null image when it did not show its final
+    /// state in a bounded time, its renderer died, or the program is quitting. Lets no user input
+    /// in while it waits.
+    QImage capture(QSize size);
+
+    /// Whether another page can be loaded as into a new engine.
+    bool isReusable() const { return !isLoading_ && !isDead_ && !isQuitting_; }
+
+  signals:
+    void requested(const QUrl& url, bool allowed);
+    void started();
+    void titleReceived(const QString& title);
+    /// Once for each load, also when it failed, its renderer died a second time, or the program
+    /// quits. The document's size has been measured where there is a document.
+    void finished(bool ok);
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void makeView();
+    void applySettings();
+    void resizeView(QSize devicePixels);
+    double scale() const;
+    void loadEnded(bool ok);
+    void rendererEnded();
+    void finish(bool ok);
+    void showSentinel(const QColor& color);
+    bool waitFor(const std::function<bool()>& isDone, int limitMilliseconds);
+    bool drawUntilSentinel(QImage& image, QSize wanted, const QColor& sentinel);
+
+    QWebEngineProfile& profile_;
+    Log log_;
+    OwnPageOnly* interceptor_;
+    std::unique_ptr<QWebEngineView> view_;
+    QWebEnginePage* page_ = nullptr;  // the view's child
+    QUrl url_;
+    QSizeF documentSize_;
+    int loadRound_ = 0;  // tells answers to an earlier load from those to this one
+    bool isLoading_ = false;
+    bool hasRetried_ = false;
+    bool isDead_ = false;
+    bool isQuitting_ = false;
+};
+
+}  // namespace skarnel

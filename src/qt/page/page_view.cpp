@@ -1,0 +1,127 @@
+#include "qt/page/page_view.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+#include "util/geometry/integers.h"
+
+namespace skarnel {
+namespace {
+
+NSURLRequest requestFor(const QUrl& url) {
+    return {url.toString(QUrl::FullyEncoded).toStdString()};
+}
+
+QSize wholeSize(CGSize size) {
+    return {std::max(0, toInt32(size.width)), std::max(0, toInt32(size.height))};
+}
+
+}  // namespace
+
+PageView::PageView(std::unique_ptr<PageEngine> engine, GiveBack giveBack,
+                   const PageModuleContext& context, const CGRect& frame)
+    : engine_(std::move(engine)), giveBack_(std::move(giveBack)), context_(context), frame_(frame) {
+    QObject::connect(engine_.get(), &PageEngine::requested, engine_.get(),
+                     [this](const QUrl& url, bool allowed) { resourceRequested(url, allowed); });
+    QObject::connect(engine_.get(), &PageEngine::started, engine_.get(), [this] {
+        if (frameLoadDelegate_ != nullptr)
+            frameLoadDelegate_->webViewDidStartProvisionalLoad(*this);
+    });
+    QObject::connect(engine_.get(), &PageEngine::titleReceived, engine_.get(),
+                     [this](const QString& title) {
+                         if (frameLoadDelegate_ != nullptr)
+                             frameLoadDelegate_->webViewDidReceiveTitle(*this, title.toStdString());
+                     });
+    QObject::connect(engine_.get(), &PageEngine::finished, engine_.get(),
+                     [this](bool ok) { loadFinished(ok); });
+}
+
+PageView::~PageView() {
+    engine_->disconnect(engine_.get());
+    giveBack_(std::move(engine_));
+}
+
+void PageView::setFrameLoadDelegate(WebFrameLoadDelegate* delegate) {
+    frameLoadDelegate_ = delegate;
+}
+
+// None of what it could be asked is asked.
+void PageView::setUIDelegate(WebUIDelegate*) {}
+
+void PageView::setResourceLoadDelegate(WebResourceLoadDelegate* delegate) {
+    resourceLoadDelegate_ = delegate;
+}
+
+void PageView::loadRequest(const NSURLRequest& request) {
+    engine_->load(QUrl::fromEncoded(QByteArray::fromStdString(request.url), QUrl::StrictMode),
+                  wholeSize(frame_.size()));
+}
+
+CGRect PageView::frameViewDocumentViewFrame() {
+    if (!hasLoaded_) return rectFromSize(frame_.size());
+    const QSizeF size = engine_->documentSize();
+    return {0, 0, size.width(), size.height()};
+}
+
+void PageView::resourceRequested(const QUrl& url, bool allowed) {
+    if (resourceLoadDelegate_ == nullptr) return;
+    const NSURLRequest request = requestFor(url);
+    const std::int32_t identifier =
+        resourceLoadDelegate_->webViewIdentifierForInitialRequest(*this, request);
+    resourceLoadDelegate_->webViewResourceWillSendRequest(*this, identifier, request);
+    if (allowed) {
+        loading_.push_back({identifier, url});
+    } else {
+        context_.log("Blocked: " + request.url);
+        resourceLoadDelegate_->webViewResourceDidFailLoading(
+            *this, identifier, Error{ErrorCode::Unsupported, "Pages load nothing but themselves"});
+    }
+}
+
+void PageView::loadFinished(bool ok) {
+    hasLoaded_ = true;
+    for (const Resource& resource : std::exchange(loading_, {})) {
+        if (resourceLoadDelegate_ == nullptr) break;
+        if (ok)
+            resourceLoadDelegate_->webViewResourceDidFinishLoading(*this, resource.identifier);
+        else
+            resourceLoadDelegate_->webViewResourceDidFailLoading(
+                *this, resource.identifier, Error{ErrorCode::CannotRead, "The page did not load"});
+    }
+    if (ok && frameLoadDelegate_ != nullptr) frameLoadDelegate_->webViewDidFinishLoad(*this);
+    context_.notificationCenter->postNotification({WebViewProgressFinishedNotification, this});
+}
+
+void PageView::setFrame(const CGRect& frame) {
+    frame_ = frame;
+}
+
+CGRect PageView::visibleRect() {
+    return rectFromSize(frame_.size());
+}
+
+std::optional<PixelBuffer> PageView::bitmapImageRepForCachingDisplayInRect(const CGRect& rect) {
+    const QSize size = wholeSize(rect.size());
+    if (size.width() > kLargestCaptureSide || size.height() > kLargestCaptureSide) {
+        context_.log("A page of " + std::to_string(size.width()) + " by " +
+                     std::to_string(size.height()) + " pixels is too large to capture; at most " +
+                     std::to_string(kLargestCaptureSide) + " by " +
+                     std::to_string(kLargestCaptureSide) + " are");
+        return std::nullopt;
+    }
+    return PixelBuffer::zeroed(size.width(), size.height());
+}
+
+PaintOutcome PageView::cacheDisplayInRect(const CGRect& rect, PixelBuffer& bitmap) {
+    // The engine draws the whole view; every rectangle that is asked for is the visible one.
+    const QImage image = engine_->capture(wholeSize(rect.size()));
+    const MutablePixelView target = bitmap.view();
+    if (image.width() != target.width || image.height() != target.height)
+        return PaintOutcome::NotPainted;
+    for (int y = 0; y < target.height; ++y)
+        std::memcpy(target.row(y), image.constScanLine(y), std::size_t{4} * target.width);
+    return PaintOutcome::Painted;
+}
+
+}  // namespace skarnel
