@@ -12,7 +12,7 @@ constexpr std::string_view kOutputImage = "outputImage";
 
 std::vector<FilterEntry> joinedTables() {
     std::vector<FilterEntry> all;
-    for (auto table : {geometryFilters}) {
+    for (auto table : {geometryFilters, colorFilters, areaFilters}) {
         std::vector<FilterEntry> entries = table();
         all.insert(all.end(), entries.begin(), entries.end());
     }

@@ -56,5 +56,7 @@ const std::vector<FilterEntry>& filterEntries();
 
 // The tables, one a source file; filter_registry.cpp joins them.
 std::vector<FilterEntry> geometryFilters();
+std::vector<FilterEntry> colorFilters();
+std::vector<FilterEntry> areaFilters();
 
 }  // namespace skarnel
