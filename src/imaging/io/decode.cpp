@@ -64,11 +64,9 @@ Reader readerOfType(std::string_view type) {
     if (type == kUTTypePNG) return readPng;
     if (type == kUTTypeTIFF) return readTiff;
     if (type == kUTTypeBMP) return readBmp;
-#ifdef SKARNEL_IO_ALL_READERS
     if (type == kUTTypePSD) return readPsd;
     if (type == kUTTypeJPEG2000) return readJpeg2000;
     if (type == kUTTypeWebP) return readWebP;
-#endif
 #ifdef SKARNEL_HAVE_GIF
     if (type == kUTTypeGIF) return readGif;
 #endif

@@ -68,10 +68,8 @@ Result<Bytes> encodeImage(const CGImage& image, std::string_view typeIdentifier,
     if (typeIdentifier == kUTTypePNG) return io::writePng(image, properties);
     if (typeIdentifier == kUTTypeJPEG) return io::writeJpeg(image, properties);
     if (typeIdentifier == kUTTypeBMP) return io::writeBmp(image, properties);
-#ifdef SKARNEL_IO_ALL_READERS
     if (typeIdentifier == kUTTypeJPEG2000) return io::writeJpeg2000(image, properties);
     if (typeIdentifier == kUTTypeWebP) return io::writeWebP(image, properties);
-#endif
     return {ErrorCode::Unsupported,
             "Pictures of type " + std::string(typeIdentifier) + " cannot be written"};
 } catch (const std::bad_alloc&) {

@@ -12,10 +12,15 @@ void settleAlpha(SourcePicture& picture) {
     const MutablePixelView view = picture.pixels.view();
     const auto count = static_cast<std::size_t>(view.width);
     for (int y = 0; y < view.height; ++y) {
-        if (picture.alpha == Alpha::Straight) {
-            premultiplyRow(view.row(y), count);
-        } else {
-            clearTransparentRow(view.row(y), count);
+        switch (picture.alpha) {
+            case Alpha::Straight:
+                premultiplyRow(view.row(y), count);
+                break;
+            case Alpha::OverWhite:
+                removeWhiteRow(view.row(y), count);
+                break;
+            default:
+                clearTransparentRow(view.row(y), count);
         }
     }
 }

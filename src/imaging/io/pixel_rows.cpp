@@ -36,6 +36,15 @@ void clearTransparentRow(std::uint8_t* pixels, std::size_t count) {
     }
 }
 
+void removeWhiteRow(std::uint8_t* pixels, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i, pixels += 4) {
+        const int white = 255 - pixels[3];
+        for (int k = 0; k < 3; ++k) {
+            pixels[k] = static_cast<std::uint8_t>(pixels[k] > white ? pixels[k] - white : 0);
+        }
+    }
+}
+
 void unpremultiplyRow(const std::uint8_t* source, std::uint8_t* target, std::size_t count) {
     const std::uint8_t* table = straightTable();
     for (std::size_t i = 0; i < count; ++i, source += 4, target += 4) {

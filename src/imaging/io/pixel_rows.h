@@ -28,6 +28,9 @@ void premultiplyRow(std::uint8_t* pixels, std::size_t count);
 /// In place: colours become 0 where alpha is 0, nothing else changes.
 void clearTransparentRow(std::uint8_t* pixels, std::size_t count);
 
+/// In place: what shows over white becomes premultiplied, c - (255 - a), at least 0.
+void removeWhiteRow(std::uint8_t* pixels, std::size_t count);
+
 /// From premultiplied to straight; the rows may be the same.
 void unpremultiplyRow(const std::uint8_t* source, std::uint8_t* target, std::size_t count);
 

@@ -40,6 +40,7 @@ enum class Alpha {
     Opaque,         // the fourth byte is 255 in every pixel (or is ink)
     Straight,       // colour is not multiplied yet
     Premultiplied,  // colour is multiplied already
+    OverWhite,      // colour is what shows when the picture lies on white
 };
 
 /// A decoded picture as its file has it: not turned upright, in its own colours.

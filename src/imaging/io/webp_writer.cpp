@@ -1,0 +1,85 @@
+// WebP: lossless unless a quality below 1 is asked for.
+#include <webp/encode.h>
+
+#include <algorithm>
+#include <memory>
+#include <new>
+
+#include "imaging/io/pixel_rows.h"
+#include "imaging/io/writers.h"
+
+namespace skarnel::io {
+namespace {
+
+struct PictureHolder : WebPPicture {
+    PictureHolder() : WebPPicture() {}
+    ~PictureHolder() { WebPPictureFree(this); }
+    PictureHolder(const PictureHolder&) = delete;
+    PictureHolder& operator=(const PictureHolder&) = delete;
+};
+
+struct WriterHolder : WebPMemoryWriter {
+    WriterHolder() : WebPMemoryWriter() { WebPMemoryWriterInit(this); }
+    ~WriterHolder() { WebPMemoryWriterClear(this); }
+    WriterHolder(const WriterHolder&) = delete;
+    WriterHolder& operator=(const WriterHolder&) = delete;
+};
+
+bool configure(WebPConfig& config, double quality) {
+    if (WebPConfigInit(&config) == 0) return false;
+    config.exact = 1;  // colours under no alpha are zeros already and must stay so
+    if (quality >= 1) return WebPConfigLosslessPreset(&config, 2) != 0;
+    config.quality = static_cast<float>(quality * 100);
+    return WebPValidateConfig(&config) != 0;
+}
+
+/// The codec's own pixels: alpha, red, green, blue from the highest byte down.
+bool fillPixels(const CGImage& image, WebPPicture& target) {
+    target.use_argb = 1;
+    target.width = image.width();
+    target.height = image.height();
+    if (WebPPictureAlloc(&target) == 0) return false;
+    const PixelView view = image.pixels();
+    const auto samples = static_cast<std::size_t>(view.samplesPerPixel);
+    Bytes straight(static_cast<std::size_t>(view.width) * 4);
+    for (int y = 0; y < view.height; ++y) {
+        const std::uint8_t* row = view.row(y);
+        if (samples == 4) {
+            unpremultiplyRow(row, straight.data(), static_cast<std::size_t>(view.width));
+            row = straight.data();
+        }
+        std::uint32_t* out = target.argb + std::ptrdiff_t{y} * target.argb_stride;
+        for (int x = 0; x < view.width; ++x, row += samples) {
+            const std::uint32_t alpha = samples == 4 ? row[3] : 255;
+            out[x] = alpha << 24U | std::uint32_t{row[0]} << 16U | std::uint32_t{row[1]} << 8U | row[2];
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+Result<Bytes> writeWebP(const CGImage& image, const ImageProperties& properties) {
+    if (image.width() > WEBP_MAX_DIMENSION || image.height() > WEBP_MAX_DIMENSION) {
+        return {ErrorCode::TooLarge, "WebP pictures have at most 16383 pixels a side"};
+    }
+    WebPConfig config;
+    PictureHolder picture;
+    WriterHolder writer;
+    if (!configure(config, std::clamp(qualityOf(properties, 1.0), 0.0, 1.0)) ||
+        WebPPictureInit(&picture) == 0) {
+        return {ErrorCode::Failed, "The WebP encoder cannot be used"};
+    }
+    if (!fillPixels(image, picture)) throw std::bad_alloc();
+    picture.writer = WebPMemoryWrite;
+    picture.custom_ptr = &writer;
+    if (WebPEncode(&config, &picture) == 0) {
+        const bool memory = picture.error_code == VP8_ENC_ERROR_OUT_OF_MEMORY ||
+                            picture.error_code == VP8_ENC_ERROR_BITSTREAM_OUT_OF_MEMORY;
+        return {memory ? ErrorCode::OutOfMemory : ErrorCode::Failed,
+                "The picture could not be encoded as WebP"};
+    }
+    return Bytes(writer.mem, writer.mem + writer.size);
+}
+
+}  // namespace skarnel::io
