@@ -50,7 +50,8 @@ using Palette = std::array<std::array<std::uint8_t, 4>, 256>;
 Palette makePalette(const GifFileType& gif, int transparent) {
     Palette palette;
     palette.fill({0, 0, 0, 255});
-    const ColorMapObject* colors = gif.Image.ColorMap != nullptr ? gif.Image.ColorMap : gif.SColorMap;
+    const ColorMapObject* colors =
+        gif.Image.ColorMap != nullptr ? gif.Image.ColorMap : gif.SColorMap;
     for (int i = 0; colors != nullptr && i < std::min(colors->ColorCount, 256); ++i) {
         const GifColorType& color = colors->Colors[i];
         palette[static_cast<std::size_t>(i)] = {color.Red, color.Green, color.Blue, 255};
@@ -94,8 +95,10 @@ Result<SourcePicture> readGif(ByteView bytes, const DecodeLimits& limits) {
     const GifImageDesc& frame = gif->Image;
     if (frame.Width < 1 || frame.Height < 1 || frame.Left < 0 || frame.Top < 0) return damaged;
     // A frame that reaches beyond its canvas enlarges it, as all viewers have it.
-    const std::int64_t width = std::max<std::int64_t>(gif->SWidth, std::int64_t{frame.Left} + frame.Width);
-    const std::int64_t height = std::max<std::int64_t>(gif->SHeight, std::int64_t{frame.Top} + frame.Height);
+    const std::int64_t width =
+        std::max<std::int64_t>(gif->SWidth, std::int64_t{frame.Left} + frame.Width);
+    const std::int64_t height =
+        std::max<std::int64_t>(gif->SHeight, std::int64_t{frame.Top} + frame.Height);
     if (auto tooLarge = checkPictureSize(width, height, limits)) return *tooLarge;
     auto buffer = PixelBuffer::zeroed(static_cast<int>(width), static_cast<int>(height));
     if (!buffer) return {ErrorCode::OutOfMemory, "Not enough memory for the picture"};

@@ -77,8 +77,10 @@ void JpMessages::listenTo(opj_codec_t* codec) {
             }
         },
         this);
-    opj_set_warning_handler(codec, [](const char*, void*) {}, nullptr);
-    opj_set_info_handler(codec, [](const char*, void*) {}, nullptr);
+    opj_set_warning_handler(
+        codec, [](const char*, void*) {}, nullptr);
+    opj_set_info_handler(
+        codec, [](const char*, void*) {}, nullptr);
 }
 
 Error JpMessages::error() const {

@@ -59,7 +59,9 @@ JpStream openMemory(MemoryFile& file) {
     return stream;
 }
 
-bool isCodeStream(ByteView bytes) { return bytes.size() > 1 && bytes[0] == 0xFF && bytes[1] == 0x4F; }
+bool isCodeStream(ByteView bytes) {
+    return bytes.size() > 1 && bytes[0] == 0xFF && bytes[1] == 0x4F;
+}
 
 std::optional<Error> checkComponents(const opj_image_t& image) {
     if (image.numcomps < 1 || image.numcomps > kMaxComponents) {
@@ -79,15 +81,17 @@ std::optional<Error> checkComponents(const opj_image_t& image) {
 class ComponentBytes {
   public:
     ComponentBytes(const opj_image_t& image, const opj_image_comp_t& component)
-        : component_(component), offsetX_(image.x0 / component.dx), offsetY_(image.y0 / component.dy),
-          x0_(image.x0), y0_(image.y0) {
+        : component_(component),
+          offsetX_(image.x0 / component.dx),
+          offsetY_(image.y0 / component.dy),
+          x0_(image.x0),
+          y0_(image.y0) {
         maximum_ = (std::int64_t{1} << component.prec) - 1;
         bias_ = component.sgnd != 0 ? std::int64_t{1} << (component.prec - 1) : 0;
     }
 
     void row(OPJ_UINT32 y, OPJ_UINT32 width, std::uint8_t* out, std::size_t step) const {
-        const OPJ_UINT32 sampleY =
-            std::min((y0_ + y) / component_.dy - offsetY_, component_.h - 1);
+        const OPJ_UINT32 sampleY = std::min((y0_ + y) / component_.dy - offsetY_, component_.h - 1);
         const OPJ_INT32* samples = component_.data + std::size_t{sampleY} * component_.w;
         for (OPJ_UINT32 x = 0; x < width; ++x, out += step) {
             const OPJ_UINT32 sampleX =
@@ -152,9 +156,8 @@ Roles rolesOf(const opj_image_t& image) {
     }
     const bool subsampled = roles.colors == 3 && (image.comps[1].dx > image.comps[0].dx ||
                                                   image.comps[1].dy > image.comps[0].dy);
-    roles.ycc = roles.colors == 3 &&
-                (image.color_space == OPJ_CLRSPC_SYCC ||
-                 (subsampled && image.color_space != OPJ_CLRSPC_SRGB));
+    roles.ycc = roles.colors == 3 && (image.color_space == OPJ_CLRSPC_SYCC ||
+                                      (subsampled && image.color_space != OPJ_CLRSPC_SRGB));
     return roles;
 }
 
@@ -189,8 +192,7 @@ Result<JpImage> decode(ByteView bytes, const DecodeLimits& limits) {
     MemoryFile file{bytes};
     JpMessages messages;
     const JpStream stream = openMemory(file);
-    const JpCodec codec(
-        opj_create_decompress(isCodeStream(bytes) ? OPJ_CODEC_J2K : OPJ_CODEC_JP2));
+    const JpCodec codec(opj_create_decompress(isCodeStream(bytes) ? OPJ_CODEC_J2K : OPJ_CODEC_JP2));
     if (!stream || !codec) return {ErrorCode::OutOfMemory, "Not enough memory for the picture"};
     messages.listenTo(codec.get());
     opj_dparameters_t parameters;

@@ -37,7 +37,9 @@ struct Header {
     std::uint16_t mode = 0;
 
     int colors() const { return mode == kRgb ? 3 : mode == kCmyk ? 4 : 1; }
-    std::size_t rowBytes() const { return (std::size_t{width} * static_cast<unsigned>(depth) + 7) / 8; }
+    std::size_t rowBytes() const {
+        return (std::size_t{width} * static_cast<unsigned>(depth) + 7) / 8;
+    }
 };
 
 std::optional<Error> readHeader(ByteReader& in, Header& header) {
@@ -57,10 +59,10 @@ std::optional<Error> readHeader(ByteReader& in, Header& header) {
     const bool known = header.mode == kBitmap || header.mode == kGray || header.mode == kIndexed ||
                        header.mode == kRgb || header.mode == kCmyk || header.mode == kDuotone;
     if (!known) return Error{ErrorCode::Unsupported, "This Photoshop colour mode is not handled"};
-    const bool depthFits =
-        header.mode == kBitmap    ? header.depth == 1
-        : header.mode == kIndexed ? header.depth == 8
-                                  : header.depth == 8 || header.depth == 16 || header.depth == 32;
+    const bool depthFits = header.mode == kBitmap ? header.depth == 1
+                           : header.mode == kIndexed
+                               ? header.depth == 8
+                               : header.depth == 8 || header.depth == 16 || header.depth == 32;
     if (!depthFits || header.channels < header.colors()) {
         return Error{ErrorCode::Damaged, "The Photoshop header states an impossible picture"};
     }
@@ -213,13 +215,15 @@ class ZipRows final : public RowSource {
         const std::size_t size = header_.rowBytes();
         if (header_.depth == 16) {
             for (std::size_t i = 2; i + 1 < size; i += 2) {
-                const unsigned sum = (row[i - 2] * 256U + row[i - 1]) + (row[i] * 256U + row[i + 1]);
+                const unsigned sum =
+                    (row[i - 2] * 256U + row[i - 1]) + (row[i] * 256U + row[i + 1]);
                 row[i] = static_cast<std::uint8_t>(sum >> 8U);
                 row[i + 1] = static_cast<std::uint8_t>(sum);
             }
             return;
         }
-        for (std::size_t i = 1; i < size; ++i) row[i] = static_cast<std::uint8_t>(row[i] + row[i - 1]);
+        for (std::size_t i = 1; i < size; ++i)
+            row[i] = static_cast<std::uint8_t>(row[i] + row[i - 1]);
         if (header_.depth != 32) return;
         scratch_.assign(row, row + size);
         const std::size_t width = header_.width;
@@ -300,8 +304,10 @@ bool readChannels(RowSource& rows, const Header& header, bool hasAlpha, SourcePi
             if (!rows.next(row.data())) return false;
             const bool isColor = channel < colors;
             if (!isColor && header.mode == kCmyk) {
-                spreadRow(row.data(), header, false,
-                          picture.cmykAlpha.data() + std::size_t{header.width} * static_cast<unsigned>(y), 1);
+                spreadRow(
+                    row.data(), header, false,
+                    picture.cmykAlpha.data() + std::size_t{header.width} * static_cast<unsigned>(y),
+                    1);
             } else {
                 spreadRow(row.data(), header, isColor, view.row(y) + (isColor ? channel : 3), 4);
             }
@@ -344,8 +350,11 @@ void describe(const Header& header, const Resources& resources, bool hasAlpha,
     const ExifFacts facts = readExif(resources.exif, picture.properties);
     setResolution(picture.properties, facts.dpiHorizontal, facts.dpiVertical);
     setResolution(picture.properties, resources.dpiHorizontal, resources.dpiVertical);
-    describePicture(picture, header.mode == kCmyk ? "CMYK" : gray ? "Gray" : "RGB", header.depth,
-                    hasAlpha);
+    describePicture(picture,
+                    header.mode == kCmyk ? "CMYK"
+                    : gray               ? "Gray"
+                                         : "RGB",
+                    header.depth, hasAlpha);
 }
 
 }  // namespace

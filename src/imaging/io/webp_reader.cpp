@@ -65,8 +65,9 @@ Result<SourcePicture> readWebP(ByteView bytes, const DecodeLimits& limits) {
     const MutablePixelView view = picture.pixels.view();
     const bool whole = frame.width == view.width && frame.height == view.height;
     if (!whole) {
-        std::memset(view.bytes, 0,
-                    static_cast<std::size_t>(view.strideBytes) * static_cast<std::size_t>(view.height));
+        std::memset(
+            view.bytes, 0,
+            static_cast<std::size_t>(view.strideBytes) * static_cast<std::size_t>(view.height));
     }
     if (!decodeFrame(frame, view)) return damaged;
 

@@ -51,7 +51,8 @@ bool fillPixels(const CGImage& image, WebPPicture& target) {
         std::uint32_t* out = target.argb + std::ptrdiff_t{y} * target.argb_stride;
         for (int x = 0; x < view.width; ++x, row += samples) {
             const std::uint32_t alpha = samples == 4 ? row[3] : 255;
-            out[x] = alpha << 24U | std::uint32_t{row[0]} << 16U | std::uint32_t{row[1]} << 8U | row[2];
+            out[x] =
+                alpha << 24U | std::uint32_t{row[0]} << 16U | std::uint32_t{row[1]} << 8U | row[2];
         }
     }
     return true;

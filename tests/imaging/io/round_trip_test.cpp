@@ -29,7 +29,10 @@ std::vector<ExactFormat> exactFormats() {
             {"PngDefault", kUTTypePNG, {}},
             {"PngStored", kUTTypePNG, with(kPropertyCompressionLevel, std::int64_t{0})},
             {"PngSmall", kUTTypePNG, with(kPropertyCompressionLevel, std::int64_t{9})},
-            {"Bmp", kUTTypeBMP, {}}};
+            {"Bmp", kUTTypeBMP, {}},
+            {"WebP", kUTTypeWebP, {}},
+            {"WebPFullQuality", kUTTypeWebP, with(kPropertyLossyQuality, 1.0)},
+            {"Jpeg2000", kUTTypeJPEG2000, {}}};
 }
 
 class ExactRoundTrip : public ::testing::TestWithParam<ExactFormat> {};
@@ -80,6 +83,7 @@ TEST_P(ExactRoundTrip, KeepsOpaquePicturesOpaqueAndExact) {
 }
 
 TEST_P(ExactRoundTrip, CarriesTheResolution) {
+    if (GetParam().type == kUTTypeWebP) GTEST_SKIP() << "WebP has no place of its own for it";
     ImageProperties options = GetParam().options;
     options.emplace(kPropertyDpiWidth, 300.0);
     options.emplace(kPropertyDpiHeight, 150.0);
@@ -138,14 +142,35 @@ TEST(JpegRoundTrip, LaysTransparentPartsOverTheMatte) {
     }
 }
 
-TEST(JpegRoundTrip, QualityDecidesTheSize) {
+TEST(LossyRoundTrip, QualityDecidesTheSize) {
     const CGImage image = randomValidPicture(64, 64, 3);
-    std::size_t before = 0;
-    for (const double quality : {0.1, 0.5, 0.9, 1.0}) {
-        const auto bytes = encodeImage(image, kUTTypeJPEG, with(kPropertyLossyQuality, quality));
-        ASSERT_TRUE(bytes);
-        EXPECT_GT(bytes->size(), before);
-        before = bytes->size();
+    for (const std::string_view type : {kUTTypeJPEG, kUTTypeJPEG2000, kUTTypeWebP}) {
+        std::size_t before = 0;
+        for (const double quality : {0.1, 0.5, 0.9, 1.0}) {
+            const auto bytes = encodeImage(image, type, with(kPropertyLossyQuality, quality));
+            ASSERT_TRUE(bytes);
+            EXPECT_GT(bytes->size(), before) << type << " " << quality;
+            before = bytes->size();
+        }
+    }
+}
+
+TEST(LossyRoundTrip, StaysNearThePicture) {
+    // A smooth slope in all channels: at quality 0.9 no format may be off by more than 8 steps.
+    std::vector<Rgba> pixels;
+    for (int i = 0; i < 64 * 64; ++i) {
+        const auto v = static_cast<std::uint8_t>(i % 64 * 2 + i / 64);
+        pixels.push_back({v, static_cast<std::uint8_t>(255 - v), 90, 255});
+    }
+    const CGImage image = picture(64, 64, pixels);
+    for (const std::string_view type : {kUTTypeJPEG, kUTTypeJPEG2000, kUTTypeWebP}) {
+        const auto back = decodeImage(*encodeImage(image, type, with(kPropertyLossyQuality, 0.9)));
+        ASSERT_TRUE(back);
+        for (int i = 0; i < 64 * 64; ++i) {
+            const Rgba is = pixelAt(back->image, i % 64, i / 64);
+            const Rgba was = pixelAt(image, i % 64, i / 64);
+            for (std::size_t k = 0; k < 4; ++k) ASSERT_NEAR(is[k], was[k], 8) << type << " " << i;
+        }
     }
 }
 
