@@ -44,12 +44,17 @@ std::vector<Boundary> boundariesByCell() {
 }
 
 bool isNear(double fraction, double boundary) {
-    return fraction != boundary && std::abs(fraction - boundary) < kNear;
+    return std::abs(fraction - boundary) < kNear;
 }
 
+/// The cell's edges are fractions that a double holds; on them the arithmetic is exact. Those
+/// inside the cell are none, so what looks equal is only close.
 bool nearAnyBoundary(double fraction, int cell, Boundary inside) {
-    if (cell % kDyadicStep == 0 && isNear(fraction, cell * 0x1p-16)) return true;
-    if ((cell + 1) % kDyadicStep == 0 && isNear(fraction, (cell + 1) * 0x1p-16)) return true;
+    for (const int edge : {cell, cell + 1}) {
+        const double boundary = edge * 0x1p-16;
+        if (edge % kDyadicStep == 0 && fraction != boundary && isNear(fraction, boundary))
+            return true;
+    }
     return inside.denominator != 0 &&
            isNear(fraction, static_cast<double>(inside.numerator) / inside.denominator);
 }

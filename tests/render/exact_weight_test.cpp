@@ -1,0 +1,68 @@
+#include "render/exact_weight.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+namespace skarnel {
+namespace {
+
+/// floor(d * weight / 65536) against the double arithmetic, for every pair of bytes that differ
+/// by d. From 256 on products and sums of the doubles are exact.
+void expectExact(double position) {
+    const ExactWeight exact = exactWeight(position);
+    if (exact.needsDoubles) return;
+    const double fraction = position - std::floor(position);
+    for (int d = -255; d <= 255; ++d) {
+        const int least = d < 0 ? -d : 0;
+        const int most = d < 0 ? 255 : 255 - d;
+        const int shift = (d * exact.weight) >> 16;
+        for (const int first : {least, (least + most) / 2, most}) {
+            const auto value = static_cast<int>(first + d * fraction);
+            ASSERT_EQ(first + shift, value) << "position " << position << " d " << d;
+        }
+    }
+}
+
+TEST(ExactWeight, DoesWhatTheFractionDoesOnEverySideOfEveryBoundary) {
+    for (int q = 1; q <= 255; ++q)
+        for (int p = 0; p < q; p += 1 + q / 40)
+            for (const double whole : {0.0, 200.0, 256.0, 3000.0, 65536.0}) {
+                const double at = whole + static_cast<double>(p) / q;
+                for (const double position :
+                     {at, std::nextafter(at, 1e9), std::nextafter(at, -1.0), at + 1e-7, at - 1e-7})
+                    if (position >= 0) expectExact(position);
+            }
+}
+
+TEST(ExactWeight, DoesWhatTheFractionDoesAtRandom) {
+    std::mt19937 random(11);
+    std::uniform_real_distribution<double> positions(0, 5000);
+    for (int i = 0; i < 20000; ++i) expectExact(positions(random));
+}
+
+TEST(ExactWeight, OnlySmallPositionsAsDoublesForHelp) {
+    const double third = 1.0 / 3;
+    EXPECT_TRUE(exactWeight(third).needsDoubles);
+    EXPECT_TRUE(exactWeight(0.5 + 0x1p-50).needsDoubles);
+    EXPECT_FALSE(exactWeight(0.5).needsDoubles);
+    EXPECT_FALSE(exactWeight(0.0).needsDoubles);
+    EXPECT_FALSE(exactWeight(0.3337).needsDoubles);
+    EXPECT_FALSE(exactWeight(256 + third).needsDoubles);
+}
+
+TEST(ExactWeight, AWholePositionHasNoWeight) {
+    EXPECT_EQ(exactWeight(0.0).weight, 0);
+    EXPECT_EQ(exactWeight(17.0).weight, 0);
+    EXPECT_EQ(exactWeight(300.5).weight, 32768);
+}
+
+// A fraction just above a half: for d = -1 the exact product lies below -1/2, and nothing changes;
+// for d = -2 it lies below -1, so the floor is -2, which the weight of a half would miss.
+TEST(ExactWeight, AFractionJustAboveABoundaryLeavesTheBoundary) {
+    EXPECT_EQ(exactWeight(std::nextafter(300.5, 301.0)).weight, 32769);
+}
+
+}  // namespace
+}  // namespace skarnel
