@@ -11,6 +11,8 @@
 #include "cli/canvas_size.h"
 #include "cli/interrupt.h"
 #include "cli/preview.h"
+#include "cli/recipe_settings.h"
+#include "recipe/recipe_file.h"
 
 namespace skarnel::cli {
 namespace {
@@ -72,6 +74,14 @@ bool isThere(const std::string& path) {
     struct stat status = {};
     return ::lstat(path.c_str(), &status) == 0 && !S_ISCHR(status.st_mode) &&
            !S_ISFIFO(status.st_mode) && !S_ISLNK(status.st_mode);
+}
+
+Result<Bytes> encodeWithRecipe(const CGImage& image, const std::string& type,
+                               const ImageProperties& properties) {
+    Result<Bytes> bytes = encodeImage(image, type, properties);
+    const auto recipe = properties.find(kPropertyRecipe);
+    if (!bytes || recipe == properties.end()) return bytes;
+    return embedRecipe(*bytes, std::get<std::string>(recipe->second));
 }
 
 /// Everything but the clock.
@@ -152,6 +162,9 @@ ImageProperties outputProperties(const ImageProperties& source, const JobSetting
     if (settings.format.quality) {
         properties.emplace(kPropertyLossyQuality, *settings.format.quality / 100.0);
     }
+    if (settings.embedRecipe) {
+        properties.emplace(kPropertyRecipe, recipeOfSettings(settings.render));
+    }
     const DeviceColor& matte = settings.render.backgroundColor;
     char text[8];
     std::snprintf(text, sizeof text, "#%02X%02X%02X", int(matte.red * 255 + 0.5) & 0xFF,
@@ -162,7 +175,7 @@ ImageProperties outputProperties(const ImageProperties& source, const JobSetting
 
 Result<void> encodeAndWrite(const CGImage& image, const Job& job, const ImageProperties& properties,
                             Overwrite overwrite) {
-    const Result<Bytes> bytes = encodeImage(image, job.type, properties);
+    const Result<Bytes> bytes = encodeWithRecipe(image, job.type, properties);
     if (!bytes) return bytes.error();
     const ImageType* type = imageTypeOfContent(*bytes);
     if (type == nullptr || type->identifier != job.type) {

@@ -24,6 +24,7 @@ struct Job {
 struct JobSettings {
     RenderSettings render;
     OutputFormat format;
+    bool embedRecipe = false;
     std::optional<PixelSize> preview;
     std::int64_t maxPixels = 500'000'000;
     Overwrite overwrite = Overwrite::Refuse;
@@ -50,8 +51,8 @@ Result<ReflectionResult> renderWithin(const CGImage& picture, const JobSettings&
 /// (resolution and the camera's notes; the picture itself stands upright).
 ImageProperties outputProperties(const ImageProperties& source, const JobSettings& settings);
 
-/// Encodes, checks that the bytes are of that format, and writes them safely; "-" is standard
-/// output.
+/// Encodes, puts the recipe in where the properties ask for it, checks that the bytes are of that
+/// format, and writes them safely; "-" is standard output.
 Result<void> encodeAndWrite(const CGImage& image, const Job& job, const ImageProperties& properties,
                             Overwrite overwrite);
 

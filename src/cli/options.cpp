@@ -161,6 +161,8 @@ class Binding {
                 }
             });
         flag("--user-settings", options_.userSettings, "Start from the application's settings");
+        add("--recipe", "FILE", "Start from a recipe, or from a picture that carries one",
+            [this](const std::string& path) { options_.recipe = path; });
     }
 
     void addFormat() {
@@ -180,6 +182,8 @@ class Binding {
                     throw wrongValue("--preview", text, "a size such as 800x600");
                 }
             });
+        flag("--embed-recipe", options_.embedRecipe,
+             "Keep the settings inside the TIFF, PNG or JPEG");
         add("--max-pixels", "N", "Refuse larger pictures (default: 500M)",
             [this](const std::string& text) {
                 const auto pixels = parsePixelCount(text);
@@ -243,6 +247,12 @@ std::string contradiction(const Options& options) {
     if (streams > 1) return "standard input can be read only once";
     if (toStream && options.pictures.size() > 1) {
         return "standard output takes only one picture";
+    }
+    if (options.recipe && options.userSettings) {
+        return "--recipe and --user-settings do not go together";
+    }
+    if (options.embedRecipe && options.sweep) {
+        return "--embed-recipe and --sweep do not go together";
     }
     if (options.animate && !options.sweep) return "--animate needs --sweep";
     if (options.animate && options.output) return "--animate and --output do not go together";

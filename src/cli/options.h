@@ -39,6 +39,8 @@ struct Options {
     std::optional<std::string> output;  // a file, a folder, or "-"
     SettingOverrides settings;
     bool userSettings = false;
+    std::optional<std::string> recipe;  // a recipe file, or a picture that carries one
+    bool embedRecipe = false;
     OutputFormat format;
     std::optional<PixelSize> preview;
     std::int64_t maxPixels = 500'000'000;

@@ -9,6 +9,7 @@
 #include "cli/options.h"
 #include "cli/plan.h"
 #include "cli/pool.h"
+#include "cli/recipe_settings.h"
 #include "cli/report.h"
 #include "cli/sweep.h"
 #include "cli/watch.h"
@@ -21,12 +22,17 @@ constexpr int kAllWell = 0;
 constexpr int kSomeFailed = 1;
 constexpr int kWrongUsage = 2;
 
-JobSettings jobSettings(const Options& options) {
+/// What the options start from.
+Result<RenderSettings> baseSettings(const Options& options) {
+    if (options.recipe) return settingsFromRecipe(*options.recipe);
+    if (options.userSettings) return storedSettings(SettingsStore(SettingsStore::defaultPath()));
+    return defaultSettings();
+}
+
+JobSettings jobSettings(const Options& options, const RenderSettings& base) {
     JobSettings settings;
-    const RenderSettings base = options.userSettings
-                                    ? storedSettings(SettingsStore(SettingsStore::defaultPath()))
-                                    : defaultSettings();
     settings.render = withOverrides(base, options.settings);
+    settings.embedRecipe = options.embedRecipe;
     settings.format = options.format;
     settings.preview = options.preview;
     settings.maxPixels = options.maxPixels;
@@ -37,9 +43,9 @@ JobSettings jobSettings(const Options& options) {
 /// One run with everything that its parts share.
 class Run {
   public:
-    explicit Run(const Options& options)
+    Run(const Options& options, const RenderSettings& base)
         : options_(options),
-          settings_(jobSettings(options)),
+          settings_(jobSettings(options, base)),
           console_(Console::styleFor(options)) {}
 
     int pictures() {
@@ -138,7 +144,12 @@ int run(const VersionRequest& request) {
 }
 
 int run(const Options& options) {
-    Run whole(options);
+    const Result<RenderSettings> base = baseSettings(options);
+    if (!base) {
+        std::fprintf(stderr, "skarnel-render: %s\n", base.error().message.c_str());
+        return kSomeFailed;
+    }
+    Run whole(options, *base);
     if (options.watch) return whole.watch();
     if (options.sweep) return whole.sweep();
     return whole.pictures();
