@@ -9,15 +9,6 @@ function(skarnel_install_programs component folder)
     endforeach()
 endfunction()
 
-# Installs every target that was announced with skarnel_module(): libraries that
-# a program opens at run time, so that it starts without what they need.
-function(skarnel_install_modules component folder)
-    get_property(modules GLOBAL PROPERTY SKARNEL_MODULES)
-    foreach(target IN LISTS modules)
-        install(TARGETS ${target} LIBRARY DESTINATION "${folder}" COMPONENT ${component})
-    endforeach()
-endfunction()
-
 # Installs a folder that the build fills below share/skarnel, if there is one.
 function(skarnel_install_built_folder component name)
     install(DIRECTORY "${CMAKE_BINARY_DIR}/share/skarnel/${name}"

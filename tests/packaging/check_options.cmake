@@ -1,0 +1,22 @@
+cmake_minimum_required(VERSION 3.25)
+# Fails unless each long option of PROGRAM --help stands in FILE, and FILE has no other.
+# The options are found as words that begin with two dashes, or after "-l " in a fish completion.
+execute_process(COMMAND "${PROGRAM}" --help OUTPUT_VARIABLE help COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "--[a-z][a-z-]+[a-z]" wanted "${help}")
+list(REMOVE_DUPLICATES wanted)
+file(READ "${FILE}" text)
+string(REPLACE "\\-" "-" text "${text}")  # as a manual page writes its dashes
+string(REGEX REPLACE "[];[]" " " text "${text}")
+string(REGEX REPLACE " -l ([a-z-]+)" " --\\1" text "${text}")
+string(REGEX MATCHALL "--[a-z][a-z-]+[a-z]" found "${text}")
+list(REMOVE_DUPLICATES found)
+foreach(option IN LISTS wanted)
+    if(NOT option IN_LIST found)
+        message(SEND_ERROR "${FILE} lacks ${option}")
+    endif()
+endforeach()
+foreach(option IN LISTS found)
+    if(NOT option IN_LIST wanted)
+        message(SEND_ERROR "${FILE} has ${option}, which the program does not know")
+    endif()
+endforeach()
