@@ -1,6 +1,8 @@
 # The Debian packages: one for each component that has something to install.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME skarnel)
+# Each component has a synopsis of its own; a common one would be put before it.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_PACKAGE_VENDOR "The Skarnel developers")
 set(CPACK_PACKAGE_CONTACT "The Skarnel developers <packages@${SKARNEL_HELP_HOST}>")
 set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
@@ -22,10 +24,10 @@ set(CPACK_DEBIAN_APP_PACKAGE_DEPENDS "skarnel-cli (= ${PROJECT_VERSION}-1)")
 set(CPACK_DEBIAN_APP_PACKAGE_RECOMMENDS "fonts-liberation, qt6-wayland")
 set(CPACK_COMPONENT_APP_DESCRIPTION
 "turn a picture or styled text into its reflection
-Skarnel stands a picture above its mirror image, which is squashed or stretched,
-widened towards its far edge and faded out. The whole can be turned in
-perspective, laid on a colour, saved at full resolution and copied to the
-clipboard with its transparency.
+Skarnel stands a picture above its mirror image, which is squashed or
+stretched, widened towards its far edge and faded out. The whole can be
+turned in perspective, laid on a colour, saved at full resolution and
+copied to the clipboard with its transparency.
 .
 This package holds the application with its window.")
 
@@ -34,9 +36,9 @@ set(CPACK_DEBIAN_CLI_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_CLI_PACKAGE_SUGGESTS "skarnel")
 set(CPACK_COMPONENT_CLI_DESCRIPTION
 "turn pictures into their reflections from the command line
-skarnel-render stands pictures above their mirror images, squashed or stretched,
-widened towards the far edge and faded out, in the same bytes as the
-application's window would save.
+skarnel-render stands pictures above their mirror images, squashed or
+stretched, widened towards the far edge and faded out, in the same bytes
+as the application's window would save.
 .
 This package needs no display and no window toolkit.")
 
