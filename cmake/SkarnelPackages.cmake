@@ -47,11 +47,10 @@ if(TARGET skarnel_util_package OR SKARNEL_UTIL_PACKAGE)
 endif()
 set(CPACK_DEBIAN_UTIL-DEV_PACKAGE_NAME libskarnel-util-dev)
 set(CPACK_DEBIAN_UTIL-DEV_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_UTIL-DEV_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_COMPONENT_UTIL-DEV_DESCRIPTION
 "geometry, string and image helpers of Skarnel (development files)
 Rectangle arithmetic, string extensions on UTF-16 and image categories as a
-general C++20 library, with its headers, static archives and a CMake package.
+general C++20 library, with its headers, a shared library and a CMake package.
 .
 Nothing in it needs a window toolkit.")
 
