@@ -1,5 +1,7 @@
 #include "app/image_operations.h"
 
+#include "textimaging/knock_out.h"
+#include "textimaging/trimming.h"
 #include "util/image/nsimage_extensions.h"
 
 namespace skarnel {
@@ -32,6 +34,29 @@ std::optional<CGImage> ImageOperations::addReflectionToCGImage(
         image, perspectiveW, perspectiveH, reflectionOffset, gradientOffset, gradient, readers);
     if (!result) return std::nullopt;
     return std::move(result->image);
+}
+
+std::optional<NSImage> ImageOperations::imageWithBitmap(const CGImage& bitmap) {
+    return skarnel::NSImageFromCGImageRef(bitmap);
+}
+
+std::optional<CIImage> ImageOperations::CIImageMakeFirtsPixelColorTransparent(
+    const CIImage& image) {
+    return skarnel::CIImageMakeFirtsPixelColorTransparent(image);
+}
+
+std::optional<CGImage> ImageOperations::CIImageGetCGImage(const CIImage& image) {
+    return skarnel::CIImageGetCGImage(image);
+}
+
+CGRect ImageOperations::usedRect(const NSImage& image, std::int32_t tolerance) {
+    return Trimming::usedRect(image, tolerance);
+}
+
+std::optional<NSImage> ImageOperations::scaleImageToSize(const NSImage& image, CGSize size,
+                                                         bool trim, std::int32_t tolerance,
+                                                         bool expand, bool scaleUp) {
+    return Trimming::scaleImageToSize(image, size, trim, tolerance, expand, scaleUp);
 }
 
 NSImage NSImageFromCGImageRef(const CGImage& image) {

@@ -40,6 +40,17 @@ class ImageOperations {
                                                           float reflectionOffset,
                                                           float gradientOffset, float gradient,
                                                           const RenderInputReaders& readers);
+
+    /// An image of a captured page, of the bitmap's size; none when it cannot be made.
+    virtual std::optional<NSImage> imageWithBitmap(const CGImage& bitmap);
+    virtual std::optional<CIImage> CIImageMakeFirtsPixelColorTransparent(const CIImage& image);
+    virtual std::optional<CGImage> CIImageGetCGImage(const CIImage& image);
+    /// Raises NSException for an image without a bitmap.
+    virtual CGRect usedRect(const NSImage& image, std::int32_t tolerance);
+    /// None when the result cannot be read back; raises NSException for an empty canvas.
+    virtual std::optional<NSImage> scaleImageToSize(const NSImage& image, CGSize size, bool trim,
+                                                    std::int32_t tolerance, bool expand,
+                                                    bool scaleUp);
 };
 
 }  // namespace skarnel

@@ -213,6 +213,9 @@ class VanteraDesktopController : public NSObject,
     static void emptyUserDefaults(NSUserDefaults& defaults);
     void resetReflectionSettings(NSUserDefaults& defaults);
     void showFitted(const NSImage& result);
+    CGImage knockedOut(const CGImage& capture);
+    void writePage(const CGImage& page, const std::string& path);
+    void trimPage(const std::string& path);
 
     Toolkit& toolkit_;
     ImageOperations& operations_;

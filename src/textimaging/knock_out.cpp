@@ -13,8 +13,7 @@ namespace skarnel {
 std::optional<CIImage> CIImageMakeFirtsPixelColorTransparent(const CIImage& image) {
     const std::optional<CGImage> bitmap = CIImageGetCGImage(image);
     if (!bitmap) return std::nullopt;
-    const std::int64_t bytes =
-        static_cast<std::int64_t>(bitmap->bytesPerRow()) * bitmap->height();
+    const std::int64_t bytes = static_cast<std::int64_t>(bitmap->bytesPerRow()) * bitmap->height();
     if (bytes > std::numeric_limits<std::int32_t>::max()) return std::nullopt;
     std::optional<PixelBuffer> result =
         PixelBuffer::uninitialized(bitmap->width(), bitmap->height());

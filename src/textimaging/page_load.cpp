@@ -38,8 +38,7 @@ void LoadURL(WebView& webView, std::string_view url, NSNotificationCenter& cente
     while (gLoaded == 0 && runLoop.runMode(NSDefaultRunLoopMode, kDistantFuture)) {
     }
     // A wait that the loop ended was never told, and its watcher goes now.
-    if (gLoaded == 0)
-        center.removeObserver(watcher, WebViewProgressFinishedNotification, nullptr);
+    if (gLoaded == 0) center.removeObserver(watcher, WebViewProgressFinishedNotification, nullptr);
 }
 
 void GetDocumentViewSize(WebView* webView, std::int64_t& width, std::int64_t& height) {

@@ -34,8 +34,8 @@ HWY_ATTR void knockOutRow(std::uint8_t* target, const std::uint8_t* source, Scan
     const auto wanted = hn::And(repeat(reference), colorBits);
     std::size_t x = 0;
     for (; x + lanes <= pixels; x += lanes) {
-        const auto pixel = load(source + 4 * x);         // r g b a
-        const auto color = hn::And(pixel, colorBits);    // r g b 0
+        const auto pixel = load(source + 4 * x);       // r g b a
+        const auto color = hn::And(pixel, colorBits);  // r g b 0
         const auto result = hn::IfThenElse(hn::Eq(color, wanted), color, pixel);
         hn::StoreU(hn::BitCast(Samples(), result), Samples(), target + 4 * x);
     }
@@ -48,7 +48,8 @@ HWY_ATTR hn::Mask<Sums> usedLanes(const std::uint8_t* pixels, hn::Vec<Samples> r
     const Sums d;
     const auto pixel = hn::LoadU(Samples(), pixels);
     const auto difference = hn::BitCast(
-        Colors(), hn::Sub(hn::Max(pixel, reference), hn::Min(pixel, reference)));  // |r| |g| |b| |a|
+        Colors(),
+        hn::Sub(hn::Max(pixel, reference), hn::Min(pixel, reference)));  // |r| |g| |b| |a|
     if (hn::AllTrue(Colors(), hn::Eq(difference, hn::Zero(Colors())))) return hn::FirstN(d, 0);
     const auto low = hn::Set(Colors(), 0xFF);
     const auto byte0 = hn::BitCast(d, hn::And(difference, low));
