@@ -1,0 +1,121 @@
+#include "qt/picture_painter.h"
+
+#include <QPainter>
+#include <QPolygonF>
+#include <algorithm>
+#include <cmath>
+
+namespace skarnel {
+namespace {
+
+int roundedSide(double length) {
+    return std::max(1, static_cast<int>(std::lround(std::min(length, 1e6))));
+}
+
+QRectF toQt(CGRect rect) {
+    return {rect.x, rect.y, rect.width, rect.height};
+}
+
+}  // namespace
+
+QImage paintableImage(const CGImage& image) {
+    const PixelView view = image.pixels();
+    const QImage::Format format =
+        view.samplesPerPixel == 4 ? QImage::Format_RGBA8888_Premultiplied : QImage::Format_RGB888;
+    // Wraps the shared bytes; the conversion below copies them before the wrapper is gone.
+    const QImage wrapped(view.bytes, view.width, view.height, view.strideBytes, format);
+    return wrapped.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}
+
+QImage straightImage(const QImage& paintable) {
+    return paintable.convertToFormat(QImage::Format_RGBA8888);
+}
+
+void PicturePainter::setImage(const CGImage& image) {
+    image_ = paintableImage(image);
+    shrunk_ = QImage();
+}
+
+void PicturePainter::paint(QPainter& painter, const ViewTransform& view) {
+    if (isEmpty() || view.isEmpty()) return;
+    painter.save();
+    if (view.rotation() == 0)
+        paintUpright(painter, view);
+    else
+        paintTurned(painter, view);
+    painter.restore();
+}
+
+const QImage& PicturePainter::shrunk(const ViewTransform& view) {
+    if (shrunk_.isNull() || shrunkFactor_ != view.factor() || !(shrunkPart_ == view.part())) {
+        shrunkFactor_ = view.factor();
+        shrunkPart_ = view.part();
+        const QRect part = toQt(shrunkPart_).toAlignedRect();
+        const QImage source = part == image_.rect() ? image_ : image_.copy(part);
+        shrunk_ = source.scaled(roundedSide(shrunkPart_.width * shrunkFactor_),
+                                roundedSide(shrunkPart_.height * shrunkFactor_),
+                                Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        ++resampleCount_;
+    }
+    return shrunk_;
+}
+
+void PicturePainter::paintUpright(QPainter& painter, const ViewTransform& view) {
+    const CGRect box = view.content();
+    const QRectF source = toQt(view.part());
+    if (view.factor() < 1) {
+        painter.drawImage(QPointF(box.x, box.y), shrunk(view));
+    } else if (view.factor() == 1.0) {
+        painter.drawImage(QPointF(box.x, box.y), image_, source);
+    } else {
+        painter.setRenderHint(QPainter::SmoothPixmapTransform, view.factor() < kSquaresFrom);
+        painter.drawImage(toQt(box), image_, source);
+    }
+}
+
+void PicturePainter::paintTurned(QPainter& painter, const ViewTransform& view) {
+    painter.setTransform(painterTransform(view), true);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, view.factor() < kSquaresFrom);
+    // A clip by the outline smooths the edges of the turned picture.
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QImage& picture = view.factor() < 1 ? shrunk(view) : image_;
+    const QRectF source = view.factor() < 1 ? QRectF(picture.rect()) : toQt(view.part());
+    painter.drawImage(toQt(view.part()), picture, source);
+}
+
+QTransform painterTransform(const ViewTransform& view) {
+    const CGPoint origin = view.toView({0, 0});
+    const CGPoint right = view.toView({1, 0});
+    const CGPoint down = view.toView({0, 1});
+    return {right.x - origin.x, right.y - origin.y, down.x - origin.x,
+            down.y - origin.y,  origin.x,           origin.y};
+}
+
+QPolygonF shownOutline(const ViewTransform& view) {
+    return painterTransform(view).map(QPolygonF(toQt(view.part())));
+}
+
+void paintCheckerboard(QPainter& painter, const ViewTransform& view, int squareDevicePixels,
+                       const QColor& first, const QColor& second) {
+    if (view.isEmpty()) return;
+    const int side = std::max(1, squareDevicePixels);
+    QImage tile(2 * side, 2 * side, QImage::Format_RGB32);
+    tile.fill(first);
+    {
+        QPainter squares(&tile);
+        squares.fillRect(side, 0, side, side, second);
+        squares.fillRect(0, side, side, side, second);
+    }
+    painter.save();
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QBrush(tile));
+    const CGRect box = view.content();
+    painter.setBrushOrigin(QPointF(box.x, box.y));
+    if (view.rotation() == 0)
+        painter.drawRect(QRectF(box.x, box.y, std::round(box.width), std::round(box.height)));
+    else
+        painter.drawPolygon(shownOutline(view));
+    painter.restore();
+}
+
+}  // namespace skarnel

@@ -1,0 +1,63 @@
+#include "qt/toast.h"
+
+#include <QAccessible>
+#include <QEvent>
+#include <QPainter>
+#include <algorithm>
+
+namespace skarnel {
+namespace {
+constexpr int kShownMilliseconds = 5000;
+constexpr int kMargin = 16;
+}  // namespace
+
+Toast::Toast(QWidget* host) : QLabel(host) {
+    setObjectName(QStringLiteral("toast"));
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    setAlignment(Qt::AlignCenter);
+    setContentsMargins(kMargin, 8, kMargin, 8);
+    QPalette light = palette();
+    light.setColor(QPalette::WindowText, Qt::white);
+    setPalette(light);
+    hide();
+    hideTimer_.setSingleShot(true);
+    connect(&hideTimer_, &QTimer::timeout, this, &QWidget::hide);
+    host->installEventFilter(this);
+}
+
+void Toast::tell(const QString& message) {
+    setText(message);
+    setAccessibleName(message);
+    place();
+    show();
+    raise();
+    QAccessibleEvent alert(this, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+    hideTimer_.start(kShownMilliseconds);
+}
+
+void Toast::place() {
+    const QWidget* host = parentWidget();
+    const int widest = std::max(80, host->width() - 2 * kMargin);
+    setWordWrap(sizeHint().width() > widest);
+    const int width = std::min(widest, sizeHint().width());
+    const int height = wordWrap() ? heightForWidth(width) : sizeHint().height();
+    setGeometry((host->width() - width) / 2, host->height() - height - kMargin, width, height);
+}
+
+bool Toast::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Resize && isVisible()) place();
+    return QLabel::eventFilter(watched, event);
+}
+
+void Toast::paintEvent(QPaintEvent* event) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(32, 32, 32, 225));
+    painter.drawRoundedRect(rect(), 8, 8);
+    painter.end();
+    QLabel::paintEvent(event);
+}
+
+}  // namespace skarnel

@@ -1,0 +1,416 @@
+#include "qt/viewer.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QMouseEvent>
+#include <QNativeGestureEvent>
+#include <QPainter>
+#include <QPinchGesture>
+#include <QScrollBar>
+#include <QWheelEvent>
+#include <cmath>
+
+#include "qt/annotate_bar.h"
+
+namespace skarnel {
+namespace {
+
+constexpr int kCheckerSquare = 8;       // logical pixels
+constexpr double kWheelDoubling = 480;  // wheel units (eighths of a degree) that double the zoom
+constexpr double kWheelNotch = 120;
+constexpr double kNotchScroll = 60;  // logical pixels a notch
+constexpr double kKeyScroll = 40;    // logical pixels an arrow key
+
+}  // namespace
+
+Viewer::Viewer(QWidget* parent)
+    : QWidget(parent),
+      tool_(ViewerTool::create(mode_)),
+      horizontal_(new QScrollBar(Qt::Horizontal, this)),
+      vertical_(new QScrollBar(Qt::Vertical, this)),
+      annotateBar_(new AnnotateBar(*this)) {
+    setFocusPolicy(Qt::StrongFocus);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setMouseTracking(true);
+    grabGesture(Qt::PinchGesture);
+    setAccessibleName(tr("Picture"));
+    setAccessibleDescription(tr("The picture with its reflection, as it would be saved"));
+    for (QScrollBar* bar : {horizontal_, vertical_}) {
+        bar->setFocusPolicy(Qt::NoFocus);
+        bar->setCursor(Qt::ArrowCursor);
+        bar->hide();
+    }
+    horizontal_->setAccessibleName(tr("Picture, sideways"));
+    vertical_->setAccessibleName(tr("Picture, up and down"));
+    const auto scroll = [this] {
+        const ViewerSheet before = sheet_;
+        sheet_.view.setScroll(
+            {static_cast<double>(horizontal_->value()), static_cast<double>(vertical_->value())});
+        changed(before);
+    };
+    connect(horizontal_, &QScrollBar::valueChanged, this, scroll);
+    connect(vertical_, &QScrollBar::valueChanged, this, scroll);
+    annotateBar_->hide();
+    sheet_.view.zoomToFit();
+    showCursor();
+}
+
+Viewer::~Viewer() = default;
+
+CGSize Viewer::viewportSize() const {
+    const double ratio = devicePixelRatioF();
+    return {ViewTransform::devicePixels(width(), ratio),
+            ViewTransform::devicePixels(height(), ratio)};
+}
+
+void Viewer::setImage(const CGImage& image) {
+    const ViewerSheet before = sheet_;
+    painter_.setImage(image);
+    sheet_.setImageSize({static_cast<double>(image.width()), static_cast<double>(image.height())});
+    update();
+    changed(before);
+}
+
+void Viewer::changed(const ViewerSheet& before) {
+    if (before == sheet_) return;
+    update();
+    placeScrollBars();
+    if (before.view.factor() != sheet_.view.factor() || before.view.fits() != sheet_.view.fits())
+        emit zoomChanged();
+    if (before.selection != sheet_.selection) emit selectionChanged();
+}
+
+void Viewer::setZoomFactor(double factor) {
+    const ViewerSheet before = sheet_;
+    sheet_.view.setFactor(factor);
+    changed(before);
+}
+
+void Viewer::zoomToFit() {
+    const ViewerSheet before = sheet_;
+    sheet_.view.zoomToFit();
+    changed(before);
+}
+
+void Viewer::zoomToActualSize() {
+    setZoomFactor(1.0);
+}
+
+void Viewer::zoomAround(double factor, QPointF logical) {
+    const ViewerSheet before = sheet_;
+    sheet_.view.zoomAt(factor, toolPoint(logical, {}).view);
+    changed(before);
+}
+
+void Viewer::setToolMode(IKToolMode mode) {
+    if (mode == mode_) return;
+    const ViewerSheet before = sheet_;
+    if (pressed_) tool_->cancel(sheet_);
+    pressed_ = false;
+    endText(true);
+    mode_ = mode;
+    tool_ = ViewerTool::create(mode);
+    annotateBar_->setVisible(mode == IKToolModeAnnotate);
+    placeAnnotateBar();
+    showCursor();
+    changed(before);
+    emit toolModeChanged();
+}
+
+void Viewer::setBackground(const QColor& color) {
+    if (color == background_) return;
+    background_ = color;
+    update();
+}
+
+void Viewer::setCheckerboard(bool shown) {
+    if (shown == checkerboard_) return;
+    checkerboard_ = shown;
+    update();
+}
+
+void Viewer::setAutohidesScrollers(bool hides) {
+    if (hides == autohides_) return;
+    autohides_ = hides;
+    placeScrollBars();
+}
+
+void Viewer::discardEdits() {
+    const ViewerSheet before = sheet_;
+    endText(false);
+    sheet_.discardEdits();
+    changed(before);
+}
+
+void Viewer::setAnnotationShape(AnnotationShape shape) {
+    sheet_.nextShape = shape;
+}
+
+void Viewer::setAnnotationColor(const QColor& color) {
+    sheet_.nextColor = color;
+}
+
+void Viewer::clearAnnotations() {
+    const ViewerSheet before = sheet_;
+    endText(false);
+    sheet_.annotations.clear();
+    changed(before);
+}
+
+void Viewer::selectAll() {
+    if (painter_.isEmpty()) return;
+    const ViewerSheet before = sheet_;
+    sheet_.selection = sheet_.view.part();
+    changed(before);
+}
+
+QImage Viewer::selectedPicture() const {
+    if (painter_.isEmpty() || !sheet_.selection) return {};
+    const CGRect& part = *sheet_.selection;
+    return straightImage(
+        painter_.image().copy(QRectF(part.x, part.y, part.width, part.height).toAlignedRect()));
+}
+
+// Painting -----------------------------------------------------------------------------------
+
+void Viewer::paintGround(QPainter& painter) {
+    const CGSize port = viewportSize();
+    const QRectF all(0, 0, port.width + 1, port.height + 1);
+    if (background_.alpha() < 255) painter.fillRect(all, palette().window());
+    painter.fillRect(all, background_);
+    if (!checkerboard_) return;
+    const double ratio = devicePixelRatioF();
+    const bool dark = palette().window().color().lightness() < 128;
+    paintCheckerboard(painter, sheet_.view, static_cast<int>(std::lround(kCheckerSquare * ratio)),
+                      dark ? QColor(0x4A, 0x4A, 0x4A) : QColor(Qt::white),
+                      dark ? QColor(0x5E, 0x5E, 0x5E) : QColor(0xD4, 0xD4, 0xD4));
+}
+
+void Viewer::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    const double ratio = devicePixelRatioF();
+    painter.scale(1 / ratio, 1 / ratio);
+    paintGround(painter);
+    painter_.paint(painter, sheet_.view);
+    const CGSize port = sheet_.view.viewport();
+    painter.setClipRect(QRectF(0, 0, port.width, port.height));
+    for (const Annotation& annotation : sheet_.annotations)
+        paintAnnotation(painter, sheet_.view, annotation, ratio);
+    if (sheet_.selection) paintMarquee(painter, sheet_.view, *sheet_.selection, ratio);
+    tool_->paint(painter, sheet_, ratio);
+    emit painted();
+}
+
+void Viewer::followViewport() {
+    const CGSize port = viewportSize();
+    if (port == sheet_.view.viewport()) return;
+    const ViewerSheet before = sheet_;
+    if (!autoresizes_ && sheet_.view.fits()) sheet_.view.setFactor(sheet_.view.factor());
+    sheet_.view.setViewport(port);
+    changed(before);
+}
+
+void Viewer::resizeEvent(QResizeEvent* /*event*/) {
+    followViewport();
+    placeScrollBars();
+    placeAnnotateBar();
+}
+
+void Viewer::placeScrollBars() {
+    const CGPoint range = sheet_.view.scrollRange();
+    const CGPoint place = sheet_.view.scroll();
+    const CGSize port = sheet_.view.viewport();
+    const bool across = range.x > 0 || !autohides_;
+    const bool down = range.y > 0 || !autohides_;
+    const int thickness = vertical_->sizeHint().width();
+    const auto set = [](QScrollBar* bar, double most, double value, double page) {
+        const QSignalBlocker quiet(bar);
+        bar->setRange(0, static_cast<int>(std::min(most, 1e9)));
+        bar->setPageStep(static_cast<int>(page));
+        bar->setSingleStep(std::max(1, static_cast<int>(page / 20)));
+        bar->setValue(static_cast<int>(std::lround(std::min(value, 1e9))));
+    };
+    set(horizontal_, range.x, place.x, port.width);
+    set(vertical_, range.y, place.y, port.height);
+    horizontal_->setGeometry(0, height() - thickness, width() - (down ? thickness : 0), thickness);
+    vertical_->setGeometry(width() - thickness, 0, thickness, height() - (across ? thickness : 0));
+    horizontal_->setVisible(across);
+    vertical_->setVisible(down);
+}
+
+void Viewer::placeAnnotateBar() {
+    const QSize size = annotateBar_->sizeHint();
+    annotateBar_->setGeometry((width() - size.width()) / 2, 8, size.width(), size.height());
+    annotateBar_->raise();
+}
+
+// Input --------------------------------------------------------------------------------------
+
+ToolPoint Viewer::toolPoint(QPointF logical, Qt::KeyboardModifiers modifiers) const {
+    const double ratio = devicePixelRatioF();
+    return {{logical.x() * ratio, logical.y() * ratio}, modifiers};
+}
+
+void Viewer::showCursor() {
+    setCursor(painter_.isEmpty() ? Qt::ArrowCursor : tool_->cursor(pressed_));
+}
+
+void Viewer::mousePressEvent(QMouseEvent* event) {
+    endText(true);
+    if (event->button() != Qt::LeftButton || painter_.isEmpty()) return event->ignore();
+    const ViewerSheet before = sheet_;
+    pressed_ = true;
+    tool_->press(sheet_, toolPoint(event->position(), event->modifiers()));
+    showCursor();
+    changed(before);
+    if (const auto place = tool_->takeTextPlace()) beginText(*place);
+}
+
+void Viewer::mouseMoveEvent(QMouseEvent* event) {
+    if (!pressed_) return showCursor();
+    const ViewerSheet before = sheet_;
+    tool_->drag(sheet_, toolPoint(event->position(), event->modifiers()));
+    changed(before);
+}
+
+void Viewer::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton || !pressed_) return event->ignore();
+    const ViewerSheet before = sheet_;
+    pressed_ = false;
+    tool_->release(sheet_, toolPoint(event->position(), event->modifiers()));
+    showCursor();
+    update();
+    changed(before);
+}
+
+void Viewer::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (mode_ == IKToolModeAnnotate) return mousePressEvent(event);
+    if (event->button() != Qt::LeftButton) return event->ignore();
+    if (fits())
+        zoomAround(1.0, event->position());
+    else
+        zoomToFit();
+}
+
+void Viewer::wheelEvent(QWheelEvent* event) {
+    const QPoint turned = event->angleDelta();
+    if (event->modifiers().testFlag(Qt::ControlModifier)) {
+        if (turned.y() != 0)
+            zoomAround(zoomFactor() * std::exp2(turned.y() / kWheelDoubling), event->position());
+        return event->accept();
+    }
+    const double ratio = devicePixelRatioF();
+    QPointF moved = event->pixelDelta();
+    if (moved.isNull()) moved = QPointF(turned) / kWheelNotch * kNotchScroll;
+    if (event->modifiers().testFlag(Qt::ShiftModifier) && moved.x() == 0)
+        moved = QPointF(moved.y(), 0);
+    const ViewerSheet before = sheet_;
+    sheet_.view.scrollBy(moved.x() * ratio, moved.y() * ratio);
+    changed(before);
+    event->accept();
+}
+
+bool Viewer::gesture(QEvent* event) {
+    if (event->type() == QEvent::NativeGesture) {
+        auto* native = static_cast<QNativeGestureEvent*>(event);
+        if (native->gestureType() != Qt::ZoomNativeGesture) return false;
+        zoomAround(zoomFactor() * (1 + native->value()), native->position());
+        return true;
+    }
+    auto* pinch =
+        static_cast<QPinchGesture*>(static_cast<QGestureEvent*>(event)->gesture(Qt::PinchGesture));
+    if (pinch == nullptr) return false;
+    if (pinch->changeFlags().testFlag(QPinchGesture::ScaleFactorChanged))
+        zoomAround(zoomFactor() * pinch->scaleFactor(), mapFromGlobal(pinch->centerPoint()));
+    return true;
+}
+
+bool Viewer::event(QEvent* event) {
+    if (event->type() == QEvent::Gesture || event->type() == QEvent::NativeGesture) {
+        if (gesture(event)) return true;
+    }
+    // Escape and Delete mean something here before they reach a shortcut of the window.
+    if (event->type() == QEvent::ScreenChangeInternal) followViewport();
+    return QWidget::event(event);
+}
+
+bool Viewer::scrollByKey(const QKeyEvent& event) {
+    const double step = kKeyScroll * devicePixelRatioF();
+    const double page = sheet_.view.viewport().height * 0.9;
+    switch (event.key()) {
+        case Qt::Key_Left:
+            sheet_.view.scrollBy(step, 0);
+            return true;
+        case Qt::Key_Right:
+            sheet_.view.scrollBy(-step, 0);
+            return true;
+        case Qt::Key_Up:
+            sheet_.view.scrollBy(0, step);
+            return true;
+        case Qt::Key_Down:
+            sheet_.view.scrollBy(0, -step);
+            return true;
+        case Qt::Key_PageUp:
+            sheet_.view.scrollBy(0, page);
+            return true;
+        case Qt::Key_PageDown:
+            sheet_.view.scrollBy(0, -page);
+            return true;
+        default:
+            return false;
+    }
+}
+
+void Viewer::keyPressEvent(QKeyEvent* event) {
+    const ViewerSheet before = sheet_;
+    if (pressed_ && event->key() == Qt::Key_Escape) {
+        tool_->cancel(sheet_);
+        pressed_ = false;
+        showCursor();
+        update();
+        return changed(before);
+    }
+    const bool used = tool_->key(sheet_, event->key(), event->modifiers()) || scrollByKey(*event);
+    if (!used) return QWidget::keyPressEvent(event);
+    changed(before);
+}
+
+// Text on the picture ------------------------------------------------------------------------
+
+void Viewer::beginText(CGPoint place) {
+    pressed_ = false;
+    textPlace_ = place;
+    const double ratio = devicePixelRatioF();
+    const CGPoint at = sheet_.view.toView(place);
+    textLine_ = new QLineEdit(this);
+    textLine_->setAccessibleName(tr("Text on the picture"));
+    textLine_->setPlaceholderText(tr("Text"));
+    QFont font = QApplication::font();
+    font.setPixelSize(kAnnotationTextHeight);
+    textLine_->setFont(font);
+    const QSize size(220, textLine_->sizeHint().height());
+    const int x =
+        std::clamp(static_cast<int>(at.x / ratio), 0, std::max(0, width() - size.width()));
+    const int y = static_cast<int>(at.y / ratio) - size.height() + 6;
+    textLine_->setGeometry(
+        QRect(QPoint(x, std::clamp(y, 0, std::max(0, height() - size.height()))), size));
+    connect(textLine_, &QLineEdit::editingFinished, this, [this] { endText(true); });
+    textLine_->show();
+    textLine_->setFocus();
+}
+
+void Viewer::endText(bool keep) {
+    QLineEdit* line = std::exchange(textLine_, nullptr);
+    if (line == nullptr) return;
+    const QString text = line->text().trimmed();
+    line->hide();
+    line->deleteLater();
+    setFocus();
+    if (!keep || text.isEmpty()) return;
+    sheet_.annotations.push_back(
+        {AnnotationShape::Text, textPlace_, textPlace_, text, sheet_.nextColor});
+    update();
+}
+
+}  // namespace skarnel

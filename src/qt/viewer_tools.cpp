@@ -1,0 +1,303 @@
+#include "qt/viewer_tools.h"
+
+#include <QGuiApplication>
+#include <QPainter>
+#include <QPainterPath>
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "qt/picture_painter.h"
+
+namespace skarnel {
+namespace {
+
+CGRect scaledRect(CGRect rect, double x, double y) {
+    const double left = std::round(rect.minX() * x);
+    const double top = std::round(rect.minY() * y);
+    return {left, top, std::max(1.0, std::round(rect.maxX() * x) - left),
+            std::max(1.0, std::round(rect.maxY() * y) - top)};
+}
+
+double angleAt(const ViewTransform& view, CGPoint point) {
+    const CGRect box = view.content();
+    return std::atan2(point.y - box.midY(), point.x - box.midX()) * 180 / std::numbers::pi;
+}
+
+bool isWhole(const ViewTransform& view) {
+    return view.part() == CGRect{0, 0, view.imageSize().width, view.imageSize().height};
+}
+
+/// Drags the picture about.
+class MoveTool final : public ViewerTool {
+  public:
+    void press(ViewerSheet& sheet, ToolPoint point) override {
+        before_ = sheet.view;
+        last_ = point.view;
+    }
+    void drag(ViewerSheet& sheet, ToolPoint point) override {
+        sheet.view.scrollBy(point.view.x - last_.x, point.view.y - last_.y);
+        last_ = point.view;
+    }
+    void cancel(ViewerSheet& sheet) override { sheet.view = before_; }
+    Qt::CursorShape cursor(bool pressed) const override {
+        return pressed ? Qt::ClosedHandCursor : Qt::OpenHandCursor;
+    }
+
+  private:
+    ViewTransform before_;
+    CGPoint last_;
+};
+
+/// Draws a marquee; a click without a drag takes it away.
+class SelectTool : public ViewerTool {
+  public:
+    void press(ViewerSheet& sheet, ToolPoint point) override {
+        before_ = sheet.selection;
+        start_ = sheet.view.toImage(point.view);
+        sheet.selection.reset();
+    }
+    void drag(ViewerSheet& sheet, ToolPoint point) override {
+        CGPoint end = sheet.view.toImage(point.view);
+        if (point.modifiers.testFlag(Qt::ShiftModifier)) end = squareCorner(end);
+        sheet.selection = pixelsBetween(start_, end, sheet.view.part());
+    }
+    void cancel(ViewerSheet& sheet) override { sheet.selection = before_; }
+    bool key(ViewerSheet& sheet, int key, Qt::KeyboardModifiers /*modifiers*/) override {
+        if (key != Qt::Key_Escape || !sheet.selection) return false;
+        sheet.selection.reset();
+        return true;
+    }
+    Qt::CursorShape cursor(bool /*pressed*/) const override { return Qt::CrossCursor; }
+
+  protected:
+    CGPoint squareCorner(CGPoint end) const {
+        const double side = std::min(std::abs(end.x - start_.x), std::abs(end.y - start_.y));
+        return {start_.x + std::copysign(side, end.x - start_.x),
+                start_.y + std::copysign(side, end.y - start_.y)};
+    }
+    CGPoint start_;
+    std::optional<CGRect> before_;
+};
+
+/// Shows only what the drag enclosed; Escape shows the whole picture again.
+class CropTool final : public SelectTool {
+  public:
+    void press(ViewerSheet& sheet, ToolPoint point) override {
+        kept_ = sheet.selection;
+        SelectTool::press(sheet, point);
+        dragging_ = true;
+    }
+    void release(ViewerSheet& sheet, ToolPoint /*point*/) override {
+        dragging_ = false;
+        const std::optional<CGRect> crop = sheet.selection;
+        sheet.selection.reset();
+        // A stray click of a few pixels is no crop.
+        if (crop && std::min(crop->width, crop->height) * sheet.view.factor() >= 4)
+            sheet.view.setPart(*crop);
+    }
+    void cancel(ViewerSheet& sheet) override {
+        dragging_ = false;
+        sheet.selection = kept_;
+    }
+    bool key(ViewerSheet& sheet, int key, Qt::KeyboardModifiers /*modifiers*/) override {
+        if (key != Qt::Key_Escape || isWhole(sheet.view)) return false;
+        sheet.view.setPart({});
+        return true;
+    }
+    void paint(QPainter& painter, const ViewerSheet& sheet, double /*deviceRatio*/) const override {
+        if (!dragging_ || !sheet.selection) return;
+        const CGRect& crop = *sheet.selection;
+        QPainterPath veil;
+        veil.addPolygon(shownOutline(sheet.view));
+        QPainterPath hole;
+        hole.addPolygon(painterTransform(sheet.view)
+                            .map(QPolygonF(QRectF(crop.x, crop.y, crop.width, crop.height))));
+        painter.fillPath(veil.subtracted(hole), QColor(0, 0, 0, 120));
+    }
+
+  private:
+    std::optional<CGRect> kept_;
+    bool dragging_ = false;
+};
+
+/// Turns the picture about its centre.
+class RotateTool final : public ViewerTool {
+  public:
+    void press(ViewerSheet& sheet, ToolPoint point) override {
+        before_ = sheet.view;
+        grip_ = angleAt(sheet.view, point.view) - sheet.view.rotation();
+        dragging_ = true;
+    }
+    void drag(ViewerSheet& sheet, ToolPoint point) override {
+        const bool steps = point.modifiers.testFlag(Qt::ShiftModifier);
+        sheet.view.setRotation(snappedAngle(angleAt(sheet.view, point.view) - grip_, steps));
+    }
+    void release(ViewerSheet& /*sheet*/, ToolPoint /*point*/) override { dragging_ = false; }
+    void cancel(ViewerSheet& sheet) override {
+        dragging_ = false;
+        sheet.view = before_;
+    }
+    bool key(ViewerSheet& sheet, int key, Qt::KeyboardModifiers modifiers) override {
+        const double step = modifiers.testFlag(Qt::ShiftModifier) ? 15 : 1;
+        const double now = sheet.view.rotation();
+        if (key == Qt::Key_Left)
+            sheet.view.setRotation(now - step);
+        else if (key == Qt::Key_Right)
+            sheet.view.setRotation(now + step);
+        else if (key == Qt::Key_Escape && now != 0)
+            sheet.view.setRotation(0);
+        else
+            return false;
+        return true;
+    }
+    void paint(QPainter& painter, const ViewerSheet& sheet, double deviceRatio) const override {
+        if (!dragging_) return;
+        const QString text = QString::number(sheet.view.rotation(), 'f', 1) + QChar(0xB0);
+        QFont font = QGuiApplication::font();
+        font.setPixelSize(static_cast<int>(std::lround(13 * deviceRatio)));
+        painter.setFont(font);
+        const CGSize port = sheet.view.viewport();
+        const QRectF badge(port.width / 2 - 34 * deviceRatio, port.height - 40 * deviceRatio,
+                           68 * deviceRatio, 26 * deviceRatio);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(QColor(0, 0, 0, 170));
+        painter.drawRoundedRect(badge, badge.height() / 2, badge.height() / 2);
+        painter.setPen(Qt::white);
+        painter.drawText(badge, Qt::AlignCenter, text);
+    }
+    Qt::CursorShape cursor(bool pressed) const override {
+        return pressed ? Qt::ClosedHandCursor : Qt::PointingHandCursor;
+    }
+
+  private:
+    ViewTransform before_;
+    double grip_ = 0;
+    bool dragging_ = false;
+};
+
+/// Puts marks on the picture; a text is typed where the click was.
+class AnnotateTool final : public ViewerTool {
+  public:
+    void press(ViewerSheet& sheet, ToolPoint point) override {
+        const CGPoint place = sheet.view.toImage(point.view);
+        pressed_ = point.view;
+        if (sheet.nextShape == AnnotationShape::Text) {
+            textPlace_ = place;
+            return;
+        }
+        sheet.annotations.push_back({sheet.nextShape, place, place, {}, sheet.nextColor});
+        drawing_ = true;
+    }
+    void drag(ViewerSheet& sheet, ToolPoint point) override {
+        if (drawing_) sheet.annotations.back().to = sheet.view.toImage(point.view);
+    }
+    void release(ViewerSheet& sheet, ToolPoint point) override {
+        const double moved = std::hypot(point.view.x - pressed_.x, point.view.y - pressed_.y);
+        if (drawing_ && moved < 3) sheet.annotations.pop_back();
+        drawing_ = false;
+    }
+    void cancel(ViewerSheet& sheet) override {
+        if (drawing_) sheet.annotations.pop_back();
+        drawing_ = false;
+        textPlace_.reset();
+    }
+    bool key(ViewerSheet& sheet, int key, Qt::KeyboardModifiers /*modifiers*/) override {
+        if (key != Qt::Key_Delete && key != Qt::Key_Backspace) return false;
+        if (drawing_ || sheet.annotations.empty()) return false;
+        sheet.annotations.pop_back();
+        return true;
+    }
+    std::optional<CGPoint> takeTextPlace() override { return std::exchange(textPlace_, {}); }
+    Qt::CursorShape cursor(bool /*pressed*/) const override { return Qt::CrossCursor; }
+
+  private:
+    CGPoint pressed_;
+    std::optional<CGPoint> textPlace_;
+    bool drawing_ = false;
+};
+
+}  // namespace
+
+void ViewerSheet::setImageSize(CGSize size) {
+    const CGSize before = view.imageSize();
+    if (before == size) return;
+    if (before.width > 0 && before.height > 0 && size.width > 0 && size.height > 0) {
+        const double x = size.width / before.width;
+        const double y = size.height / before.height;
+        const bool whole = isWhole(view);
+        const CGRect part = view.part();
+        for (Annotation& annotation : annotations) annotation = scaledAnnotation(annotation, x, y);
+        view.setImageSize(size);
+        if (!whole) view.setPart(scaledRect(part, x, y));
+        if (selection) {
+            const CGRect scaled = scaledRect(*selection, x, y);
+            selection = pixelsBetween({scaled.minX(), scaled.minY()},
+                                      {scaled.maxX(), scaled.maxY()}, view.part());
+        }
+        return;
+    }
+    view.setImageSize(size);
+}
+
+void ViewerSheet::discardEdits() {
+    selection.reset();
+    annotations.clear();
+    view.setPart({});
+    view.setRotation(0);
+}
+
+bool ViewerSheet::hasEdits() const {
+    return selection || !annotations.empty() || view.rotation() != 0 || !isWhole(view);
+}
+
+double snappedAngle(double degrees, bool steps) {
+    double angle = std::remainder(degrees, 360.0);
+    const double grid = steps ? 15.0 : 90.0;
+    const double nearest = std::round(angle / grid) * grid;
+    if (steps || std::abs(angle - nearest) < 4) angle = nearest;
+    return angle >= 180 ? angle - 360 : angle;
+}
+
+std::optional<CGRect> pixelsBetween(CGPoint a, CGPoint b, CGRect bounds) {
+    const double left = std::max(bounds.minX(), std::floor(std::min(a.x, b.x)));
+    const double top = std::max(bounds.minY(), std::floor(std::min(a.y, b.y)));
+    const double right = std::min(bounds.maxX(), std::ceil(std::max(a.x, b.x)));
+    const double bottom = std::min(bounds.maxY(), std::ceil(std::max(a.y, b.y)));
+    if (!(right > left && bottom > top)) return std::nullopt;
+    return CGRect{left, top, right - left, bottom - top};
+}
+
+void paintMarquee(QPainter& painter, const ViewTransform& view, CGRect selection,
+                  double deviceRatio) {
+    const QPolygonF outline = painterTransform(view).map(
+        QPolygonF(QRectF(selection.x, selection.y, selection.width, selection.height)));
+    painter.save();
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(Qt::white, deviceRatio));
+    painter.drawPolygon(outline);
+    QPen dashes(Qt::black, deviceRatio, Qt::CustomDashLine);
+    dashes.setDashPattern({4, 4});
+    painter.setPen(dashes);
+    painter.drawPolygon(outline);
+    painter.restore();
+}
+
+std::unique_ptr<ViewerTool> ViewerTool::create(IKToolMode mode) {
+    switch (mode) {
+        case IKToolModeMove:
+            return std::make_unique<MoveTool>();
+        case IKToolModeSelect:
+            return std::make_unique<SelectTool>();
+        case IKToolModeCrop:
+            return std::make_unique<CropTool>();
+        case IKToolModeRotate:
+            return std::make_unique<RotateTool>();
+        case IKToolModeAnnotate:
+            return std::make_unique<AnnotateTool>();
+    }
+    return std::make_unique<MoveTool>();
+}
+
+}  // namespace skarnel
