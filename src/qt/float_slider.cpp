@@ -1,0 +1,87 @@
+#include "qt/float_slider.h"
+
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QStyleOptionSlider>
+#include <QWheelEvent>
+#include <cmath>
+
+namespace skarnel {
+
+FloatSlider::FloatSlider(const SettingRange& range, QWidget* parent)
+    : QSlider(Qt::Horizontal, parent), range_(range), value_(range.travelMin) {
+    setFocusPolicy(Qt::StrongFocus);
+    setRange(0, travelPositions(range));
+    setSingleStep(1);
+    setPageStep(static_cast<int>(std::lround(range.pageStep / range.step)));
+    setMinimumWidth(90);
+    connect(this, &QSlider::valueChanged, this, [this](int position) {
+        value_ = valueAtPosition(range_, position);
+        emit edited(value_);
+    });
+}
+
+void FloatSlider::setFloatValue(float value) {
+    const QSignalBlocker quiet(this);
+    setValue(positionOfValue(range_, value));
+    value_ = value;
+}
+
+bool FloatSlider::onHandle(const QPoint& place) const {
+    QStyleOptionSlider option;
+    initStyleOption(&option);
+    return style()
+        ->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, this)
+        .contains(place);
+}
+
+void FloatSlider::mousePressEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton) emit gestureBegan();
+    QSlider::mousePressEvent(event);
+}
+
+void FloatSlider::mouseReleaseEvent(QMouseEvent* event) {
+    QSlider::mouseReleaseEvent(event);
+    if (event->button() == Qt::LeftButton) emit gestureEnded();
+}
+
+void FloatSlider::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton && onHandle(event->position().toPoint()))
+        emit defaultAsked();
+    else
+        mousePressEvent(event);
+}
+
+void FloatSlider::wheelEvent(QWheelEvent* event) {
+    // Scrolling a panel must not change a setting that happens to pass under the pointer.
+    if (!hasFocus()) return event->ignore();
+    emit wheelTurning();
+    QSlider::wheelEvent(event);
+    event->accept();
+}
+
+void FloatSlider::keyPressEvent(QKeyEvent* event) {
+    if (!event->isAutoRepeat() && !keyHeld_) {
+        keyHeld_ = true;
+        emit gestureBegan();
+    }
+    QSlider::keyPressEvent(event);
+}
+
+void FloatSlider::endKeyGesture() {
+    if (!keyHeld_) return;
+    keyHeld_ = false;
+    emit gestureEnded();
+}
+
+void FloatSlider::keyReleaseEvent(QKeyEvent* event) {
+    if (!event->isAutoRepeat()) endKeyGesture();
+    QSlider::keyReleaseEvent(event);
+}
+
+void FloatSlider::focusOutEvent(QFocusEvent* event) {
+    endKeyGesture();
+    QSlider::focusOutEvent(event);
+}
+
+}  // namespace skarnel

@@ -1,0 +1,40 @@
+// A field for one number, paired with a slider.
+#pragma once
+
+#include <QLineEdit>
+
+#include "qt/setting_ranges.h"
+
+namespace skarnel {
+
+/// Return and leaving the field take what was typed; nonsense and Escape put the number back.
+/// Up and Down step. Numbers beyond the field's range are brought to its end.
+class NumberField final : public QLineEdit {
+    Q_OBJECT
+  public:
+    explicit NumberField(const SettingRange& range, QWidget* parent = nullptr);
+
+    /// Shows a number in its shortest form; emits nothing.
+    void setNumber(float value);
+    /// Shows a text as it stands, which stands for `value`.
+    void setTextFor(const QString& text, float value);
+
+  signals:
+    void committed(float value);
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+
+  private:
+    void commit();
+    void putBack();
+    void step(float by);
+
+    const SettingRange& range_;
+    float value_ = 0;
+    QString shown_;
+};
+
+}  // namespace skarnel
