@@ -1,0 +1,109 @@
+#include "qt/appearance.h"
+
+#include <QApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QPalette>
+#include <QStyle>
+
+namespace skarnel {
+namespace {
+
+constexpr int kPortalPatience = 150;  // milliseconds; start-up does not wait longer
+constexpr uint kPreferDark = 1;
+
+struct Tones {
+    QColor window, base, alternate, text, button, disabled, highlight, link, mid, toolTip;
+};
+
+const Tones kLight{QColor(0xF4, 0xF4, 0xF5), QColor(0xFF, 0xFF, 0xFF), QColor(0xF7, 0xF7, 0xF8),
+                   QColor(0x1D, 0x1D, 0x20), QColor(0xF9, 0xF9, 0xFA), QColor(0x96, 0x96, 0x9B),
+                   QColor(0x2F, 0x6F, 0xDE), QColor(0x1F, 0x5C, 0xC4), QColor(0xC9, 0xC9, 0xCE),
+                   QColor(0xFF, 0xFF, 0xFF)};
+const Tones kDark{QColor(0x2A, 0x2B, 0x2E), QColor(0x1E, 0x1F, 0x22), QColor(0x26, 0x27, 0x2A),
+                  QColor(0xE8, 0xE8, 0xEA), QColor(0x38, 0x39, 0x3D), QColor(0x7C, 0x7D, 0x83),
+                  QColor(0x3D, 0x7D, 0xEA), QColor(0x7F, 0xAE, 0xF7), QColor(0x17, 0x18, 0x1A),
+                  QColor(0x3A, 0x3B, 0x40)};
+
+QPalette paletteOf(const Tones& tones) {
+    QPalette palette(tones.button, tones.window);
+    palette.setColor(QPalette::WindowText, tones.text);
+    palette.setColor(QPalette::Base, tones.base);
+    palette.setColor(QPalette::AlternateBase, tones.alternate);
+    palette.setColor(QPalette::Text, tones.text);
+    palette.setColor(QPalette::ButtonText, tones.text);
+    palette.setColor(QPalette::BrightText, Qt::white);
+    palette.setColor(QPalette::Mid, tones.mid);
+    palette.setColor(QPalette::ToolTipBase, tones.toolTip);
+    palette.setColor(QPalette::ToolTipText, tones.text);
+    palette.setColor(QPalette::Highlight, tones.highlight);
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Link, tones.link);
+    palette.setColor(QPalette::PlaceholderText, tones.disabled);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, tones.disabled);
+    palette.setColor(QPalette::Disabled, QPalette::Highlight, tones.mid);
+    return palette;
+}
+
+bool desktopAsksForDark() {
+    if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS")) return false;
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.portal.Desktop"),
+        QStringLiteral("/org/freedesktop/portal/desktop"),
+        QStringLiteral("org.freedesktop.portal.Settings"), QStringLiteral("Read"));
+    call << QStringLiteral("org.freedesktop.appearance") << QStringLiteral("color-scheme");
+    const QDBusMessage answer =
+        QDBusConnection::sessionBus().call(call, QDBus::Block, kPortalPatience);
+    if (answer.type() != QDBusMessage::ReplyMessage || answer.arguments().isEmpty()) return false;
+    QVariant value = answer.arguments().front();
+    // The answer is a variant in a variant.
+    while (value.canConvert<QDBusVariant>()) value = value.value<QDBusVariant>().variant();
+    return value.toUInt() == kPreferDark;
+}
+
+bool isDark(const QPalette& palette) {
+    return palette.color(QPalette::Window).lightness() <
+           palette.color(QPalette::WindowText).lightness();
+}
+
+const QPalette& platformPalette() {
+    static const QPalette first = QApplication::palette();
+    return first;
+}
+
+}  // namespace
+
+Appearance appearanceNamed(const QString& name) {
+    if (name == QLatin1String("light")) return Appearance::Light;
+    return name == QLatin1String("dark") ? Appearance::Dark : Appearance::System;
+}
+
+QString appearanceName(Appearance appearance) {
+    return appearance == Appearance::Light  ? QStringLiteral("light")
+           : appearance == Appearance::Dark ? QStringLiteral("dark")
+                                            : QString();
+}
+
+void applyAppearance(Appearance appearance) {
+    const QPalette platform = platformPalette();
+    switch (appearance) {
+        case Appearance::Light:
+            QApplication::setPalette(paletteOf(kLight));
+            return;
+        case Appearance::Dark:
+            QApplication::setPalette(paletteOf(kDark));
+            return;
+        case Appearance::System:
+            break;
+    }
+    const bool dark = !isDark(platform) && desktopAsksForDark();
+    QApplication::setPalette(dark ? paletteOf(kDark) : platform);
+}
+
+bool isDarkPalette() {
+    return isDark(QApplication::palette());
+}
+
+}  // namespace skarnel

@@ -1,0 +1,211 @@
+#include "qt/application.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QSplitter>
+#include <QWindow>
+
+#include "qt/appearance.h"
+#include "qt/color_well.h"
+#include "qt/float_slider.h"
+#include "qt/icons.h"
+#include "qt/number_field.h"
+#include "qt/settings_panel.h"
+#include "qt/text_bar.h"
+#include "qt/text_editor.h"
+#include "qt/viewer.h"
+
+#ifndef SKARNEL_HELP_HOST
+#error "the build says on which host the help is"
+#endif
+
+namespace skarnel {
+namespace {
+
+constexpr int kStoreDelay = 1000;     // milliseconds after the last change
+constexpr int kExposePatience = 300;  // milliseconds that start-up waits for the window manager
+
+}  // namespace
+
+Application::Application(const ApplicationParts& parts)
+    : state_(parts.statePath),
+      store_(parts.settingsPath),
+      defaults_(store_),
+      toolkit_({defaults_, state_, parts.attributedText, parts.textFiles, parts.makeWebView}),
+      controller_(toolkit_, operations_, SKARNEL_HELP_HOST),
+      model_((controller_.init(), defaults_), [this] { controller_.sliderChanged(nullptr); }),
+      window_(model_),
+      actions_(window_),
+      nsWindow_(window_),
+      imageView_(window_.viewer()),
+      textView_(window_.textEditor(), toolkit_.defaultNotificationCenter()),
+      colorText_(window_.settings().colorText()),
+      applyBackground_(window_.settings().applyBackground()) {
+    toolkit_.setMainWindow(&window_);
+    window_.setWindowIcon(applicationIcon());
+    setOutlets();
+    connectWindow();
+    connectSettings();
+    connectColors();
+    connectFile();
+    connectEdit();
+    connectView();
+    connectText();
+}
+
+Application::~Application() = default;
+
+void Application::setOutlets() {
+    controller_.resultWindow = &nsWindow_;
+    controller_.textView = &textView_;
+    controller_.resultView = &imageView_;
+    controller_.resultViewBackgroundColorTextField = &colorText_;
+    controller_.applyBackgroundColorButton = &applyBackground_;
+    SettingsPanel& panel = window_.settings();
+    for (std::size_t i = 0; i < kSettingRanges.size(); ++i) {
+        sliders_[i] = std::make_unique<QtSlider>(panel.slider(kSettingRanges[i].key));
+        fields_[i] = std::make_unique<QtNumberTextField>(panel.field(kSettingRanges[i].key));
+        nsWindow_.setResponder(panel.slider(kSettingRanges[i].key), *sliders_[i]);
+        nsWindow_.setResponder(panel.field(kSettingRanges[i].key), *fields_[i]);
+    }
+    // In the table's order: height, width, gap, start, gradient, opacity, turn.
+    NSSlider** const sliders[] = {&controller_.perspectiveHeightSlider,
+                                  &controller_.perspectiveWidthSlider,
+                                  &controller_.offsetSlider,
+                                  &controller_.startSlider,
+                                  &controller_.gradientSlider,
+                                  &controller_.alphaSlider,
+                                  &controller_.imagePerspectiveSlider};
+    NSTextField** const fields[] = {&controller_.perspectiveHeightTextField,
+                                    &controller_.perspectiveWidthTextField,
+                                    &controller_.offsetTextField,
+                                    &controller_.startTextField,
+                                    &controller_.gradientTextField,
+                                    &controller_.alphaTextField,
+                                    &controller_.imagePerspectiveTextField};
+    for (std::size_t i = 0; i < kSettingRanges.size(); ++i) {
+        *sliders[i] = sliders_[i].get();
+        *fields[i] = fields_[i].get();
+    }
+    nsWindow_.setResponder(window_.viewer(), imageView_);
+    nsWindow_.setResponder(window_.textEditor(), textView_);
+    nsWindow_.setResponder(panel.colorText(), colorText_);
+    nsWindow_.setResponder(panel.colorWell(), colorWell_);
+    nsWindow_.setResponder(panel.applyBackground(), applyBackground_);
+}
+
+void Application::connectWindow() {
+    connect(&window_, &MainWindow::resized, this, [this] {
+        if (awake_) controller_.windowDidResize({"NSWindowDidResizeNotification", &nsWindow_});
+    });
+    connect(&window_, &MainWindow::enteredFullScreen, this, [this] {
+        controller_.windowDidEnterFullScreen(
+            {"NSWindowDidEnterFullScreenNotification", &nsWindow_});
+    });
+    connect(&window_, &MainWindow::closing, this, [this] {
+        persist();
+        QApplication::quit();
+    });
+    connect(&window_, &MainWindow::pictureDropped, this, &Application::openPicture);
+    connect(&window_, &MainWindow::dropRefused, this, [this] {
+        window_.tell(tr("Only a picture file of this computer can be dropped here."));
+    });
+    connect(QApplication::instance(), &QApplication::aboutToQuit, this, &Application::persist);
+    window_.textEditor().setMayEdit(
+        [this](const std::vector<NSRange>& ranges, const std::vector<std::u16string>& texts) {
+            return controller_.textViewShouldChangeTextInRanges(textView_, ranges, texts);
+        });
+}
+
+void Application::connectSettings() {
+    storeTimer_.setSingleShot(true);
+    storeTimer_.setInterval(kStoreDelay);
+    connect(&storeTimer_, &QTimer::timeout, this, [this] { defaults_.synchronize(); });
+    const auto storeSoon = [this] { storeTimer_.start(); };
+    connect(&model_, &SettingsModel::numberChanged, this, storeSoon);
+    connect(&model_, &SettingsModel::applyBackgroundChanged, this, storeSoon);
+    connect(&model_, &SettingsModel::refreshed, this, storeSoon);
+}
+
+void Application::connectColors() {
+    SettingsPanel& panel = window_.settings();
+    imageView_.followBackground([this, &panel](const QColor& color) {
+        panel.colorWell().setColor(color);
+        window_.textEditor().setGround(color);
+    });
+    connect(&panel.colorWell(), &ColorWell::clicked, this, [this, &panel] {
+        panel.colorWell().setFocus();
+        toolkit_.colorPanel().showColor(window_.viewer().background());
+        controller_.backgroundColor(&colorWell_);
+    });
+    connect(&panel.colorText(), &QLineEdit::editingFinished, this, &Application::commitColorText);
+    toolkit_.colorPanel().setColorText([this](const QColor& color) {
+        if (nsWindow_.firstResponder() != &textView_) return false;
+        QTextCharFormat format;
+        format.setForeground(color);
+        window_.textEditor().mergeStyle(format);
+        return true;
+    });
+}
+
+void Application::restoreWindow() {
+    applyAppearance(appearanceNamed(state_.appearance()));
+    if (!window_.restoreGeometry(state_.geometry())) window_.resize(window_.sizeHint());
+    window_.splitter().restoreState(state_.splitter());
+    window_.splitter().setChildrenCollapsible(false);
+    window_.setTextShown(state_.textShown());
+    window_.viewer().setCheckerboard(state_.checkerboard());
+    actions_.showText->setChecked(state_.textShown());
+    actions_.checkerboard->setChecked(state_.checkerboard());
+    actions_.playCue->setChecked(!state_.cueMuted());
+    actions_.appearance[static_cast<std::size_t>(appearanceNamed(state_.appearance()))]->setChecked(
+        true);
+    window_.settings().refresh();
+}
+
+/// The first working copy gets the size that the viewer has by then; a window manager may give
+/// the window another size than asked for (a maximised one above all) before it shows it.
+void Application::laidOut() {
+    window_.show();
+    QElapsedTimer waited;
+    waited.start();
+    while (window_.windowHandle() != nullptr && !window_.windowHandle()->isExposed() &&
+           waited.elapsed() < kExposePatience) {
+        QApplication::processEvents(QEventLoop::ExcludeUserInputEvents, 10);
+    }
+    QApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+}
+
+void Application::start(const QStringList& pictures) {
+    restoreWindow();
+    window_.viewer().setFocus();
+    laidOut();
+    controller_.awakeFromNib();
+    awake_ = true;
+    controller_.applicationWillFinishLaunching(
+        {"NSApplicationWillFinishLaunchingNotification", nullptr});
+    sourceChanged();
+    for (const QString& picture : pictures.mid(1)) state_.addRecentFile(picture);
+    if (!pictures.isEmpty()) openPicture(pictures.front());
+}
+
+void Application::raise() {
+    if (window_.isMinimized())
+        window_.showNormal();
+    else
+        window_.show();
+    window_.raise();
+    window_.activateWindow();
+}
+
+void Application::persist() {
+    model_.flush();
+    defaults_.synchronize();
+    state_.setGeometry(window_.saveGeometry());
+    state_.setSplitter(window_.splitter().saveState());
+    state_.save();
+}
+
+}  // namespace skarnel

@@ -1,0 +1,111 @@
+// The application: the controller with its toolkit, the window, and the wires between them.
+#pragma once
+
+#include <QObject>
+#include <QStringList>
+#include <QTimer>
+#include <array>
+#include <memory>
+
+#include "app/image_operations.h"
+#include "app/stored_user_defaults.h"
+#include "app/vantera_desktop_controller.h"
+#include "qt/main_actions.h"
+#include "qt/main_window.h"
+#include "qt/settings_model.h"
+#include "qt/toolkit.h"
+#include "qt/toolkit_controls.h"
+#include "qt/toolkit_views.h"
+#include "qt/window_state.h"
+#include "storage/settings_store.h"
+
+namespace skarnel {
+
+/// Where the application keeps what outlives it, and the text system it stands on (borrowed).
+struct ApplicationParts {
+    std::string settingsPath;
+    QString statePath;
+    AttributedTextServices& attributedText;
+    TextFiles& textFiles;
+    std::function<std::unique_ptr<WebView>(const CGRect&, NSNotificationCenter&)> makeWebView;
+};
+
+class Application final : public QObject {
+    Q_OBJECT
+  public:
+    /// Makes everything up to the point where the controller has its outlets.
+    explicit Application(const ApplicationParts& parts);
+    ~Application() override;
+
+    /// Restores the window's place, shows it, sets the controller up and shows the logo's
+    /// reflection, then the first of the pictures.
+    void start(const QStringList& pictures);
+
+    /// Makes a file the source picture. A file that is no picture is answered with a word to the
+    /// user and changes nothing. Paths and file addresses.
+    bool openPicture(const QString& path);
+
+    /// Brings the window to the front, also after it was hidden.
+    void raise();
+    /// Stores what is to be found again at the next start.
+    void persist();
+
+    MainWindow& window() { return window_; }
+    MainActions& actions() { return actions_; }
+    SettingsModel& model() { return model_; }
+    VanteraDesktopController& controller() { return controller_; }
+    QtToolkit& toolkit() { return toolkit_; }
+    QtWindow& resultWindow() { return nsWindow_; }
+    QtTextView& textView() { return textView_; }
+    QtImageView& imageView() { return imageView_; }
+    StoredUserDefaults& defaults() { return defaults_; }
+    WindowState& state() { return state_; }
+
+  private:
+    // application.cpp: the outlets and the window's own events
+    void setOutlets();
+    void connectWindow();
+    void connectSettings();
+    void connectColors();
+    void restoreWindow();
+    void laidOut();
+
+    // commands.cpp: what the actions do
+    void connectFile();
+    void connectEdit();
+    void connectView();
+    void connectText();
+    void fillRecent();
+    void copyAsPng();
+    void copySelection();
+    void pastePicture();
+    void commitColorText();
+    void showTextColor();
+    void showAbout();
+    template <typename Command>
+    void changingSource(Command command);
+    void sourceChanged();
+
+    WindowState state_;
+    SettingsStore store_;
+    StoredUserDefaults defaults_;
+    QtToolkit toolkit_;
+    ImageOperations operations_;
+    VanteraDesktopController controller_;
+    SettingsModel model_;
+    MainWindow window_;
+    MainActions actions_;
+
+    QtWindow nsWindow_;
+    QtImageView imageView_;
+    QtTextView textView_;
+    QtTextField colorText_;
+    QtTaggedSender colorWell_{0};
+    QtButton applyBackground_;
+    std::array<std::unique_ptr<QtSlider>, kSettingRanges.size()> sliders_;
+    std::array<std::unique_ptr<QtNumberTextField>, kSettingRanges.size()> fields_;
+    QTimer storeTimer_;
+    bool awake_ = false;
+};
+
+}  // namespace skarnel

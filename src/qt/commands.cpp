@@ -1,0 +1,302 @@
+// What the window's commands do: each goes to the controller, or serves the window alone.
+#include <QAction>
+#include <QApplication>
+#include <QBuffer>
+#include <QClipboard>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QImage>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPushButton>
+#include <QTextCursor>
+#include <QUrl>
+
+#include "qt/appearance.h"
+#include "qt/application.h"
+#include "qt/icons.h"
+#include "qt/picture_painter.h"
+#include "qt/settings_panel.h"
+#include "qt/text_bar.h"
+#include "qt/text_editor.h"
+#include "qt/viewer.h"
+#include "storage/safe_file.h"
+
+namespace skarnel {
+namespace {
+
+constexpr qint64 kRecognitionBytes = 4096;  // enough of a file to know its format
+
+QByteArray toQt(const Bytes& bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size())};
+}
+
+ByteView view(const QByteArray& bytes) {
+    return {reinterpret_cast<const std::uint8_t*>(bytes.constData()),
+            static_cast<std::size_t>(bytes.size())};
+}
+
+QString localPath(const QString& pathOrAddress) {
+    const QUrl url(pathOrAddress);
+    const QString path = url.isLocalFile() ? url.toLocalFile() : pathOrAddress;
+    return QFileInfo(path).absoluteFilePath();
+}
+
+/// The clipboard's picture in one of the formats that are read here, the exact ones first.
+std::optional<DecodedImage> clipboardPicture(const QMimeData& data) {
+    for (const std::string_view type :
+         {kUTTypeTIFF, kUTTypePNG, kUTTypeWebP, kUTTypeBMP, kUTTypeJPEG}) {
+        const ImageType* known = imageTypeWithIdentifier(type);
+        if (known == nullptr || !known->canRead) continue;
+        const QString mime = QString::fromUtf8(known->mimeType.data(),
+                                               static_cast<qsizetype>(known->mimeType.size()));
+        const QByteArray bytes = data.data(mime);
+        if (bytes.isEmpty()) continue;
+        if (auto decoded = decodeImage(view(bytes))) return *std::move(decoded);
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+// The source picture -------------------------------------------------------------------------
+
+template <typename Command>
+void Application::changingSource(Command command) {
+    const std::optional<NSImage> before = controller_.image;
+    command();
+    const std::optional<NSImage>& now = controller_.image;
+    if (now && (!before || !now->isSame(*before))) sourceChanged();
+}
+
+void Application::sourceChanged() {
+    window_.viewer().discardEdits();
+    window_.setWindowTitle(
+        QStringLiteral("%1 — Skarnel").arg(QString::fromStdString(controller_.saveFilename)));
+}
+
+bool Application::openPicture(const QString& pathOrAddress) {
+    const QString path = localPath(pathOrAddress);
+    const QString name = QFileInfo(path).fileName();
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {
+        window_.tell(tr("“%1” cannot be read.").arg(name));
+        return false;
+    }
+    const ImageType* type = imageTypeOfContent(view(file.read(kRecognitionBytes)));
+    if (type == nullptr || !type->canRead) {
+        window_.tell(tr("“%1” is no picture that can be opened.").arg(name));
+        return false;
+    }
+    changingSource([&] { controller_.imagePathChanged(path.toStdString()); });
+    if (!controller_.image || !controller_.image->isValid()) {
+        window_.tell(tr("“%1” is damaged and cannot be opened.").arg(name));
+        return false;
+    }
+    state_.addRecentFile(path);
+    return true;
+}
+
+void Application::pastePicture() {
+    const QMimeData* data = QApplication::clipboard()->mimeData();
+    if (data == nullptr) return;
+    for (const QUrl& url : data->urls()) {
+        if (!url.isLocalFile()) continue;
+        openPicture(url.toLocalFile());
+        return;
+    }
+    const auto picture = clipboardPicture(*data);
+    const auto bytes = picture ? encodeImage(picture->image, kUTTypeTIFF, picture->properties)
+                               : Result<Bytes>(ErrorCode::UnknownFormat, "no picture");
+    const auto folder = toolkit_.temporaryDirectory();
+    if (!bytes || !folder) return window_.tell(tr("There is no picture on the clipboard."));
+    // A folder of its own lets the file have a name that suits the one proposed for saving.
+    const QString own = QString::fromStdString(*folder) + QLatin1Char('/') +
+                        QFileInfo(QString::fromStdString(toolkit_.temporaryName())).fileName();
+    const std::string path = own.toStdString() + "/" + tr("Pasted Picture").toStdString() + ".tiff";
+    if (!makeFolders(own.toStdString()) || !writeFileSafely(path, *bytes, Overwrite::Refuse))
+        return window_.tell(tr("The picture cannot be pasted."));
+    changingSource([&] { controller_.imagePathChanged(path); });
+}
+
+// File ---------------------------------------------------------------------------------------
+
+void Application::connectFile() {
+    connect(actions_.open, &QAction::triggered, this, [this] {
+        changingSource([this] { controller_.browse(nullptr); });
+        const QStringList chosen = state_.takeChosen();
+        for (const QString& path : chosen) state_.addRecentFile(path);
+    });
+    connect(actions_.save, &QAction::triggered, this, [this] { controller_.save(nullptr); });
+    connect(actions_.saveAndEdit, &QAction::triggered, this,
+            [this] { controller_.saveAndEdit(nullptr); });
+    connect(actions_.closeNoSave, &QAction::triggered, this,
+            [this] { controller_.closeNoSave(nullptr); });
+    connect(actions_.quit, &QAction::triggered, &window_, &QWidget::close);
+    connect(actions_.recent, &QMenu::aboutToShow, this, &Application::fillRecent);
+    fillRecent();
+}
+
+void Application::fillRecent() {
+    actions_.recent->clear();
+    const QStringList files = state_.recentFiles();
+    for (const QString& path : files) {
+        QString name = QFileInfo(path).fileName();
+        QAction* each =
+            actions_.recent->addAction(name.replace(QLatin1Char('&'), QLatin1String("&&")));
+        each->setToolTip(path);
+        connect(each, &QAction::triggered, this, [this, path] { openPicture(path); });
+    }
+    actions_.recent->addSeparator();
+    QAction* clear = actions_.recent->addAction(tr("&Clear Menu"));
+    clear->setEnabled(!files.isEmpty());
+    connect(clear, &QAction::triggered, this, [this] { state_.clearRecentFiles(); });
+}
+
+// Edit ---------------------------------------------------------------------------------------
+
+void Application::connectEdit() {
+    connect(actions_.copy, &QAction::triggered, this, [this] {
+        model_.flush();
+        controller_.putImageOnClipboard(nullptr);
+    });
+    connect(actions_.copyAsPng, &QAction::triggered, this, &Application::copyAsPng);
+    connect(actions_.copySelection, &QAction::triggered, this, &Application::copySelection);
+    connect(actions_.paste, &QAction::triggered, this, &Application::pastePicture);
+    connect(actions_.selectAll, &QAction::triggered, this,
+            [this] { window_.viewer().selectAll(); });
+    connect(&window_.viewer(), &Viewer::selectionChanged, this, [this] {
+        actions_.copySelection->setEnabled(window_.viewer().sheet().selection.has_value());
+    });
+    connect(actions_.undo, &QAction::triggered, &model_, &SettingsModel::undo);
+    connect(actions_.redo, &QAction::triggered, &model_, &SettingsModel::redo);
+    connect(&model_, &SettingsModel::historyChanged, this,
+            [this] { actions_.showHistory(model_); });
+    actions_.showHistory(model_);
+    const auto reset = [this] {
+        model_.recordChange(tr("Reset"), [this] { controller_.reset(nullptr); });
+    };
+    connect(actions_.reset, &QAction::triggered, this, reset);
+    connect(&window_.settings().resetButton(), &QPushButton::clicked, this, reset);
+    connect(actions_.playCue, &QAction::toggled, this,
+            [this](bool on) { state_.setCueMuted(!on); });
+}
+
+void Application::copyAsPng() {
+    model_.flush();
+    controller_.sliderChanged(nullptr);
+    if (!controller_.image) return;
+    const auto source = operations_.getCGImageRef(*controller_.image);
+    const auto result = source ? controller_.reflectedImage(*source) : std::nullopt;
+    if (!result) return;
+    const auto bytes = encodeImage(*result, kUTTypePNG);
+    if (!bytes) return;
+    QtPasteboard::putOnly(QStringLiteral("image/png"), toQt(*bytes));
+    if (const auto sound = controller_.completionSound()) sound->play();
+}
+
+void Application::copySelection() {
+    const QImage selected = window_.viewer().selectedPicture();
+    if (selected.isNull()) return;
+    QBuffer png;
+    png.open(QIODevice::WriteOnly);
+    if (selected.save(&png, "PNG")) QtPasteboard::putOnly(QStringLiteral("image/png"), png.data());
+}
+
+// View and tools -----------------------------------------------------------------------------
+
+void Application::connectView() {
+    for (std::size_t i = 0; i < actions_.zoom.size(); ++i)
+        connect(actions_.zoom[i], &QAction::triggered, this, [this, i] {
+            const QtTaggedSender sender(static_cast<std::int64_t>(i));
+            controller_.doZoom(&sender);
+        });
+    for (std::size_t i = 0; i < actions_.tools.size(); ++i)
+        connect(actions_.tools[i], &QAction::triggered, this, [this, i] {
+            const QtTaggedSender sender(static_cast<std::int64_t>(i));
+            controller_.switchToolMode(&sender);
+        });
+    Viewer& viewer = window_.viewer();
+    connect(&viewer, &Viewer::zoomChanged, this,
+            [this, &viewer] { actions_.showZoom(viewer.zoomFactor()); });
+    connect(&viewer, &Viewer::toolModeChanged, this, [this, &viewer] {
+        actions_.tools[static_cast<std::size_t>(viewer.toolMode())]->setChecked(true);
+    });
+    connect(actions_.discardEdits, &QAction::triggered, &viewer, &Viewer::discardEdits);
+    connect(actions_.checkerboard, &QAction::toggled, this, [this](bool on) {
+        window_.viewer().setCheckerboard(on);
+        state_.setCheckerboard(on);
+    });
+    connect(actions_.showText, &QAction::toggled, this, [this](bool on) {
+        window_.setTextShown(on);
+        state_.setTextShown(on);
+    });
+    connect(actions_.fullScreen, &QAction::triggered, this, [this](bool on) {
+        window_.setWindowState(window_.windowState().setFlag(Qt::WindowFullScreen, on));
+    });
+    for (std::size_t i = 0; i < actions_.appearance.size(); ++i)
+        connect(actions_.appearance[i], &QAction::triggered, this, [this, i] {
+            state_.setAppearance(appearanceName(static_cast<Appearance>(i)));
+            applyAppearance(static_cast<Appearance>(i));
+            window_.textEditor().setGround(window_.viewer().background());
+        });
+}
+
+// Text and colours ---------------------------------------------------------------------------
+
+void Application::connectText() {
+    const auto imageText = [this] { changingSource([this] { controller_.imageText(nullptr); }); };
+    connect(actions_.imageText, &QAction::triggered, this, imageText);
+    connect(&window_.textBar().imageButton(), &QPushButton::clicked, this, imageText);
+    connect(&window_.textBar(), &TextBar::colorAsked, this, &Application::showTextColor);
+    connect(actions_.textColor, &QAction::triggered, this, &Application::showTextColor);
+    connect(actions_.backgroundColor, &QAction::triggered, this, [this] {
+        if (nsWindow_.firstResponder() == &textView_) window_.viewer().setFocus();
+        toolkit_.colorPanel().showColor(window_.viewer().background());
+        controller_.backgroundColor(nullptr);
+    });
+    connect(actions_.help, &QAction::triggered, this, [this] { controller_.vanteraHelp(nullptr); });
+    connect(actions_.about, &QAction::triggered, this, &Application::showAbout);
+}
+
+void Application::showTextColor() {
+    TextEditor& editor = window_.textEditor();
+    actions_.showText->setChecked(true);
+    editor.setFocus();
+    toolkit_.colorPanel().showColor(editor.currentCharFormat().foreground().color());
+    toolkit_.colorPanel().orderFront(nullptr);
+}
+
+void Application::commitColorText() {
+    QLineEdit& field = window_.settings().colorText();
+    if (!field.isModified()) return;
+    field.setModified(false);
+    QString typed = field.text().trimmed();
+    if (!typed.startsWith(QLatin1Char('#'))) typed.prepend(QLatin1Char('#'));
+    QColor color = typed.size() == 7 ? QColor(typed) : QColor();
+    if (!color.isValid()) {
+        field.setText(QString::fromStdString(controller_.backgroundColorString()));
+        return;
+    }
+    // Its text says nothing of opacity, which stays.
+    color.setAlpha(window_.viewer().background().alpha());
+    nsWindow_.setStandIn(&colorText_);
+    toolkit_.colorPanel().showColor(window_.viewer().background());
+    toolkit_.colorPanel().pick(color);
+    nsWindow_.setStandIn(nullptr);
+    field.setText(QString::fromStdString(controller_.backgroundColorString()));
+}
+
+void Application::showAbout() {
+    QMessageBox box(&window_);
+    box.setWindowTitle(tr("About Skarnel"));
+    box.setIconPixmap(applicationIcon().pixmap(96, 96));
+    box.setText(QStringLiteral("<b>Skarnel %1</b>").arg(QApplication::applicationVersion()));
+    box.setInformativeText(tr("Turns a picture into its reflection."));
+    box.exec();
+}
+
+}  // namespace skarnel

@@ -1,0 +1,136 @@
+// The program `skarnel`: the window.
+#include <unistd.h>
+
+#include <QApplication>
+#include <QFileInfo>
+#include <QUrl>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "qt/application.h"
+#include "qt/program_parts.h"
+#include "qt/single_instance.h"
+
+namespace {
+
+enum ExitCode { kAllWell = 0, kUsage = 2, kNoDisplay = 3 };
+
+constexpr const char kUsageText[] =
+    "Usage: skarnel [PICTURE...]\n"
+    "Turns a picture into its reflection, in a window.\n"
+    "\n"
+    "  PICTURE        a picture to open; more than one go to Open Recent\n"
+    "  -h, --help     show this text and end\n"
+    "      --version  show the version and end\n"
+    "\n"
+    "Without a display use skarnel-render, which writes the result to a file.\n";
+
+void sayNoDisplay() {
+    std::fputs(
+        "skarnel: there is no display to open a window on; "
+        "skarnel-render PICTURE makes the result without one\n",
+        stderr);
+}
+
+/// The toolkit ends the process in its own words when it cannot reach a display; these are ours.
+void onMessage(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+    static const QtMessageHandler before = qInstallMessageHandler(onMessage);
+    if (type == QtFatalMsg && message.contains(QLatin1String("platform plugin"))) {
+        sayNoDisplay();
+        std::_Exit(kNoDisplay);
+    }
+    before(type, context, message);
+}
+
+bool displayNamed() {
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        const char* value = std::getenv(name);
+        if (value != nullptr && *value != 0) return true;
+    }
+    return false;
+}
+
+bool isOption(const char* argument, const char* name) {
+    return std::strcmp(argument, name) == 0;
+}
+
+QStringList pictureArguments(const QStringList& arguments) {
+    QStringList pictures;
+    bool options = true;
+    for (const QString& argument : arguments.mid(1)) {
+        if (options && argument == QLatin1String("--")) {
+            options = false;
+            continue;
+        }
+        const QUrl url(argument);
+        pictures << QFileInfo(url.isLocalFile() ? url.toLocalFile() : argument).absoluteFilePath();
+    }
+    return pictures;
+}
+
+/// The exit code when an option settles the run without a window.
+std::optional<int> settledByOptions(int argc, char** argv) {
+    for (int i = 1; i < argc && !isOption(argv[i], "--"); ++i) {
+        if (isOption(argv[i], "-h") || isOption(argv[i], "--help")) {
+            std::fputs(kUsageText, stdout);
+            return kAllWell;
+        }
+        if (isOption(argv[i], "--version")) {
+            std::puts("skarnel " SKARNEL_VERSION);
+            return kAllWell;
+        }
+    }
+    return std::nullopt;
+}
+
+/// The first option that neither we nor the toolkit know; null when there is none. The toolkit has
+/// taken its own out of the arguments by then.
+const QString* unknownOption(const QStringList& arguments) {
+    for (qsizetype i = 1; i < arguments.size(); ++i) {
+        if (arguments[i] == QLatin1String("--")) return nullptr;
+        if (arguments[i].size() > 1 && arguments[i].startsWith(QLatin1Char('-')))
+            return &arguments[i];
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (const auto code = settledByOptions(argc, argv)) return *code;
+    if (!displayNamed()) {
+        sayNoDisplay();
+        return kNoDisplay;
+    }
+    qInstallMessageHandler(nullptr);
+    onMessage(QtDebugMsg, {}, {});
+    skarnel::ProgramParts program;
+    QApplication toolkit(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("skarnel"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Skarnel"));
+    QApplication::setApplicationVersion(QStringLiteral(SKARNEL_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral(SKARNEL_DESKTOP_ID));
+    // A hidden window or a closed panel is no reason to end; closing the main window is.
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    const QStringList arguments = QApplication::arguments();
+    if (const QString* option = unknownOption(arguments)) {
+        std::fprintf(stderr, "skarnel: unknown option %s\n%s", qPrintable(*option), kUsageText);
+        return kUsage;
+    }
+    const QStringList pictures = pictureArguments(arguments);
+    const QString door = skarnel::SingleInstance::doorName();
+    if (skarnel::SingleInstance::handOver(door, pictures)) return kAllWell;
+    skarnel::SingleInstance instance;
+    instance.listen(door);
+
+    skarnel::Application application(program.parts());
+    QObject::connect(&instance, &skarnel::SingleInstance::called, &application,
+                     [&application](const QStringList& called) {
+                         application.raise();
+                         if (!called.isEmpty()) application.openPicture(called.front());
+                     });
+    application.start(pictures);
+    return QApplication::exec();
+}

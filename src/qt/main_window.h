@@ -1,0 +1,68 @@
+// The main window: what is in it and how its parts are laid out. Commands are in MainActions.
+#pragma once
+
+#include <QMainWindow>
+#include <functional>
+
+class QSplitter;
+
+namespace skarnel {
+
+class SettingsModel;
+class SettingsPanel;
+class TextBar;
+class TextEditor;
+class Toast;
+class Viewer;
+
+class MainWindow final : public QMainWindow {
+    Q_OBJECT
+  public:
+    explicit MainWindow(SettingsModel& model);
+
+    Viewer& viewer() const { return *viewer_; }
+    TextEditor& textEditor() const { return *textEditor_; }
+    TextBar& textBar() const { return *textBar_; }
+    SettingsPanel& settings() const { return *settings_; }
+    QSplitter& splitter() const { return *splitter_; }
+
+    /// A word to the user over the picture, which goes by itself.
+    void tell(const QString& message);
+
+    /// Shows and hides the text below the picture.
+    void setTextShown(bool shown);
+    bool textShown() const;
+
+    QSize sizeHint() const override { return {1100, 760}; }
+
+  signals:
+    void resized();
+    /// The window is full screen and has the screen's size.
+    void enteredFullScreen();
+    /// The user closes the window; nobody can prevent it any more.
+    void closing();
+    void pictureDropped(const QString& path);
+    /// Something was dropped that is no file of this machine.
+    void dropRefused();
+
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+  private:
+    QWidget* textArea();
+    void noticeFullScreen();
+
+    Viewer* viewer_;
+    TextEditor* textEditor_;
+    TextBar* textBar_ = nullptr;
+    SettingsPanel* settings_;
+    QSplitter* splitter_;
+    Toast* toast_;
+    bool fullScreenAwaited_ = false;
+};
+
+}  // namespace skarnel

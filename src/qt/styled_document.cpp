@@ -1,0 +1,129 @@
+#include "qt/styled_document.h"
+
+#include <QFont>
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextDocument>
+#include <cmath>
+
+namespace skarnel {
+namespace {
+
+/// A paragraph remembers here which characters end it, as a text.
+constexpr int kEndProperty = QTextFormat::UserProperty + 1;
+
+TextSlant slant(const QFont& font) {
+    if (font.style() == QFont::StyleOblique) return TextSlant::Oblique;
+    return font.style() == QFont::StyleItalic ? TextSlant::Italic : TextSlant::Upright;
+}
+
+TextAlignment alignmentOf(const QTextBlockFormat& format) {
+    if (!format.hasProperty(QTextFormat::BlockAlignment)) return TextAlignment::Natural;
+    switch (format.alignment() & Qt::AlignHorizontal_Mask) {
+        case Qt::AlignLeft:
+            return TextAlignment::Left;
+        case Qt::AlignRight:
+            return TextAlignment::Right;
+        case Qt::AlignHCenter:
+            return TextAlignment::Center;
+        case Qt::AlignJustify:
+            return TextAlignment::Justified;
+        default:
+            return TextAlignment::Natural;
+    }
+}
+
+/// The length of a paragraph's end at `place`; 0 where there is none.
+std::size_t endLength(std::u16string_view text, std::size_t place) {
+    const char16_t unit = text[place];
+    if (unit == u'\r') return place + 1 < text.size() && text[place + 1] == u'\n' ? 2 : 1;
+    return unit == u'\n' || unit == u'\u2029' ? 1 : 0;
+}
+
+QString toQt(std::u16string_view text) {
+    return QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+}  // namespace
+
+QTextCharFormat charFormat(const TextStyle& style) {
+    QFont font(QString::fromStdString(style.family));
+    font.setPixelSize(std::max(1, static_cast<int>(std::lround(style.size))));
+    font.setWeight(static_cast<QFont::Weight>(style.weight));
+    font.setStyle(style.slant == TextSlant::Italic    ? QFont::StyleItalic
+                  : style.slant == TextSlant::Oblique ? QFont::StyleOblique
+                                                      : QFont::StyleNormal);
+    font.setUnderline(style.underline == TextUnderline::Single);
+    QTextCharFormat format;
+    format.setFont(font, QTextCharFormat::FontPropertiesSpecifiedOnly);
+    const TextColor& color = style.color;
+    format.setForeground(QColor(color.red, color.green, color.blue, color.alpha));
+    return format;
+}
+
+TextStyle textStyle(const QTextCharFormat& format) {
+    TextStyle style;
+    const QFont font = format.font();
+    const QStringList families = font.families();
+    if (!families.isEmpty()) style.family = families.front().toStdString();
+    if (font.pixelSize() > 0) style.size = font.pixelSize();
+    style.weight = static_cast<int>(font.weight());
+    style.slant = slant(font);
+    style.underline = font.underline() ? TextUnderline::Single : TextUnderline::None;
+    if (format.hasProperty(QTextFormat::ForegroundBrush)) {
+        const QColor color = format.foreground().color();
+        style.color = {
+            static_cast<std::uint8_t>(color.red()), static_cast<std::uint8_t>(color.green()),
+            static_cast<std::uint8_t>(color.blue()), static_cast<std::uint8_t>(color.alpha())};
+    }
+    return style;
+}
+
+StyledText styledText(const QTextDocument& document) {
+    StyledText text;
+    std::vector<TextAlignment> alignments;
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+        alignments.push_back(alignmentOf(block.blockFormat()));
+        for (auto it = block.begin(); !it.atEnd(); ++it) {
+            const QTextFragment fragment = it.fragment();
+            text.append(fragment.text().toStdU16String(), textStyle(fragment.charFormat()));
+        }
+        if (!block.next().isValid()) break;
+        const QString end = block.blockFormat().stringProperty(kEndProperty);
+        const QTextCharFormat format = block.charFormat();
+        text.append(end.isEmpty() ? std::u16string(u"\n") : end.toStdU16String(),
+                    textStyle(format));
+    }
+    for (std::size_t i = 0; i < alignments.size(); ++i) text.setAlignment(i, alignments[i]);
+    return text;
+}
+
+void setPlainCharacters(QTextDocument& document, std::u16string_view characters,
+                        const QTextCharFormat& format) {
+    QTextCursor cursor(&document);
+    cursor.beginEditBlock();
+    cursor.select(QTextCursor::Document);
+    cursor.removeSelectedText();
+    QTextBlockFormat plain = cursor.blockFormat();
+    plain.clearProperty(kEndProperty);
+    cursor.setBlockFormat(plain);
+    cursor.setBlockCharFormat(format);
+    std::size_t start = 0;
+    for (std::size_t i = 0; i < characters.size();) {
+        const std::size_t end = endLength(characters, i);
+        if (end == 0) {
+            ++i;
+            continue;
+        }
+        cursor.insertText(toQt(characters.substr(start, i - start)), format);
+        QTextBlockFormat ended = cursor.blockFormat();
+        ended.setProperty(kEndProperty, toQt(characters.substr(i, end)));
+        cursor.setBlockFormat(ended);
+        cursor.insertBlock(plain, format);
+        start = i += end;
+    }
+    cursor.insertText(toQt(characters.substr(start)), format);
+    cursor.endEditBlock();
+}
+
+}  // namespace skarnel

@@ -1,0 +1,178 @@
+#include "qt/text_editor.h"
+
+#include <QInputMethodEvent>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QTextBlock>
+
+#include "qt/styled_document.h"
+
+namespace skarnel {
+namespace {
+
+bool deletes(const QKeyEvent& event) {
+    for (const auto key :
+         {QKeySequence::Cut, QKeySequence::DeleteStartOfWord, QKeySequence::DeleteEndOfWord,
+          QKeySequence::DeleteEndOfLine, QKeySequence::DeleteCompleteLine, QKeySequence::Undo,
+          QKeySequence::Redo})
+        if (event.matches(key)) return true;
+    return event.key() == Qt::Key_Backspace || event.key() == Qt::Key_Delete;
+}
+
+bool types(const QKeyEvent& event) {
+    if (event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter) return true;
+    if (event.modifiers() & (Qt::ControlModifier | Qt::MetaModifier)) return false;
+    return !event.text().isEmpty() && event.text().front().isPrint();
+}
+
+std::size_t unsignedPlace(int place) {
+    return static_cast<std::size_t>(std::max(0, place));
+}
+
+}  // namespace
+
+TextEditor::TextEditor(QWidget* parent) : QTextEdit(parent) {
+    setAccessibleName(tr("Text to image"));
+    setAccessibleDescription(tr("Type and style text here; Image Text makes it the picture"));
+    setTabChangesFocus(true);
+    setFrameShape(QFrame::NoFrame);
+    setAcceptDrops(true);
+    document()->setDocumentMargin(10);
+    connect(document(), &QTextDocument::contentsChange, this, &TextEditor::askedLate);
+}
+
+template <typename Change>
+void TextEditor::byProgram(Change change) {
+    const bool outer = std::exchange(byProgram_, true);
+    change();
+    byProgram_ = outer;
+}
+
+void TextEditor::setGround(const QColor& color) {
+    QPalette ground = palette();
+    const QColor opaque(color.red(), color.green(), color.blue());
+    // The caret and plain text have to be seen on any ground.
+    const bool dark = qGray(opaque.rgb()) < 128;
+    ground.setColor(QPalette::Base, opaque);
+    ground.setColor(QPalette::Text, dark ? Qt::white : Qt::black);
+    setPalette(ground);
+}
+
+StyledText TextEditor::text() const {
+    return styledText(*document());
+}
+
+void TextEditor::setWholeFont(const QString& family, double size) {
+    byProgram([&] {
+        TextStyle style = textStyle(currentCharFormat());
+        style.family = family.toStdString();
+        style.size = size;
+        const QTextCharFormat full = charFormat(style);
+        QTextCharFormat font;
+        font.setFont(full.font(), QTextCharFormat::FontPropertiesSpecifiedOnly);
+        QTextCursor all(document());
+        all.select(QTextCursor::Document);
+        all.mergeCharFormat(font);
+        all.mergeBlockCharFormat(font);
+        mergeCurrentCharFormat(font);
+    });
+}
+
+void TextEditor::replaceSelection(std::u16string_view text) {
+    byProgram([&] {
+        const auto format = currentCharFormat();
+        textCursor().insertText(
+            QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size())), format);
+    });
+}
+
+void TextEditor::colorRange(const QColor& color, NSRange range) {
+    byProgram([&] {
+        QTextCharFormat colored;
+        colored.setForeground(color);
+        QTextCursor part(document());
+        const int last = std::max(0, document()->characterCount() - 1);
+        part.setPosition(std::min(last, static_cast<int>(range.location)));
+        part.setPosition(std::min(last, static_cast<int>(range.end())), QTextCursor::KeepAnchor);
+        part.mergeCharFormat(colored);
+        // Typing goes on in the style of what stands before the caret.
+        const int caret = textCursor().position();
+        if (caret >= part.selectionStart() && caret <= part.selectionEnd()) {
+            part.mergeBlockCharFormat(colored);
+            if (!textCursor().hasSelection()) mergeCurrentCharFormat(colored);
+        }
+    });
+}
+
+void TextEditor::replaceAll(std::u16string_view text) {
+    byProgram([&] {
+        QTextCursor first(document());
+        if (document()->characterCount() > 1) first.movePosition(QTextCursor::NextCharacter);
+        const QTextCharFormat format = first.charFormat();
+        setPlainCharacters(*document(), text, format);
+        setCurrentCharFormat(format);
+    });
+}
+
+void TextEditor::mergeStyle(const QTextCharFormat& format) {
+    if (!askBeforeEdit({})) return;
+    mergeCurrentCharFormat(format);
+    asked_ = false;
+}
+
+void TextEditor::alignParagraphs(Qt::Alignment alignment) {
+    if (!askBeforeEdit({})) return;
+    setAlignment(alignment);
+    asked_ = false;
+}
+
+bool TextEditor::askBeforeEdit(const QString& replacement) {
+    const QTextCursor at = textCursor();
+    const NSRange range{unsignedPlace(at.selectionStart()),
+                        unsignedPlace(at.selectionEnd() - at.selectionStart())};
+    asked_ = true;
+    if (!mayEdit_ || mayEdit_({range}, {replacement.toStdU16String()})) return true;
+    asked_ = false;
+    return false;
+}
+
+/// The roads that none of the handlers below sees, such as the context menu, are asked for here,
+/// as soon as the edit is noticed.
+void TextEditor::askedLate(int position, int removed, int added) {
+    if (byProgram_ || asked_ || !mayEdit_ || removed + added == 0) return;
+    mayEdit_({{unsignedPlace(position), unsignedPlace(removed)}}, {std::u16string()});
+}
+
+void TextEditor::keyPressEvent(QKeyEvent* event) {
+    const bool edits = types(*event) || deletes(*event);
+    if (edits && !askBeforeEdit(types(*event) ? event->text() : QString())) return;
+    QTextEdit::keyPressEvent(event);
+    asked_ = false;
+}
+
+void TextEditor::inputMethodEvent(QInputMethodEvent* event) {
+    const bool edits = !event->commitString().isEmpty() || event->replacementLength() > 0;
+    if (edits && !askBeforeEdit(event->commitString())) return;
+    QTextEdit::inputMethodEvent(event);
+    asked_ = false;
+}
+
+bool TextEditor::canInsertFromMimeData(const QMimeData* source) const {
+    // A file that is dropped here is meant for the window, which opens it.
+    return source->hasText() && !source->hasUrls();
+}
+
+void TextEditor::insertFromMimeData(const QMimeData* source) {
+    // Text only: a pasted picture or page would bring what cannot be imaged as text.
+    if (!source->hasText() || !askBeforeEdit(source->text())) return;
+    textCursor().insertText(source->text(), currentCharFormat());
+    ensureCursorVisible();
+    asked_ = false;
+}
+
+void TextEditor::resizeEvent(QResizeEvent* event) {
+    QTextEdit::resizeEvent(event);
+    if (event->oldSize() != event->size()) emit frameChanged();
+}
+
+}  // namespace skarnel

@@ -1,0 +1,229 @@
+#include "qt/toolkit_panels.h"
+
+#include <QColorDialog>
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QGridLayout>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStandardPaths>
+
+#include "qt/save_options_view.h"
+#include "qt/toolkit_views.h"
+
+namespace skarnel {
+namespace {
+
+QString toQt(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+/// The remembered folder while it is there, else the user's pictures.
+QString startFolder(const QString& remembered) {
+    if (!remembered.isEmpty() && QFileInfo(remembered).isDir()) return remembered;
+    const QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+    return QFileInfo(pictures).isDir() ? pictures : QDir::homePath();
+}
+
+QWidget* widgetOf(NSWindow& window) {
+    auto* own = dynamic_cast<QtWindow*>(&window);
+    return own == nullptr ? nullptr : &own->widget();
+}
+
+}  // namespace
+
+// Open ---------------------------------------------------------------------------------------
+
+void QtOpenPanel::configure(QFileDialog& dialog, const std::vector<std::string>& types) const {
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    dialog.setFileMode(!files_ && directories_ ? QFileDialog::Directory
+                       : multiple_             ? QFileDialog::ExistingFiles
+                                               : QFileDialog::ExistingFile);
+    dialog.setOption(QFileDialog::ReadOnly, !createDirectories_);
+    QStringList patterns;
+    // Both spellings: a file system may tell them apart.
+    for (const std::string& type : types)
+        patterns << QStringLiteral("*.%1").arg(toQt(type))
+                 << QStringLiteral("*.%1").arg(toQt(type).toUpper());
+    dialog.setNameFilter(QCoreApplication::translate("OpenPanel", "Pictures") +
+                         QStringLiteral(" (%1)").arg(patterns.join(QLatin1Char(' '))));
+    if (!prompt_.empty()) dialog.setLabelText(QFileDialog::Accept, toQt(prompt_));
+    dialog.setDirectory(startFolder(state_.openFolder()));
+}
+
+int QtOpenPanel::runModalForTypes(const std::vector<std::string>& types) {
+    QFileDialog dialog(parent_, toQt(title_));
+    dialog.setWindowModality(Qt::ApplicationModal);
+    configure(dialog, types);
+    filenames_.clear();
+    if (dialog.exec() != QDialog::Accepted) return NSCancelButton;
+    for (const QString& path : dialog.selectedFiles()) filenames_.push_back(path.toStdString());
+    state_.setOpenFolder(dialog.directory().absolutePath());
+    state_.setChosen(dialog.selectedFiles());
+    return NSOKButton;
+}
+
+// Save ---------------------------------------------------------------------------------------
+
+void QtSavePanel::beginSheet(const std::optional<std::string>& directory, std::string_view file,
+                             NSWindow& modalForWindow, DidEnd didEnd, void* contextInfo) {
+    auto* dialog = new QFileDialog(widgetOf(modalForWindow),
+                                   QCoreApplication::translate("SavePanel", "Save Result"));
+    dialog->setObjectName(QStringLiteral("savePanel"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowModality(Qt::WindowModal);
+    // Only the toolkit's own dialog can hold the format view.
+    dialog->setOption(QFileDialog::DontUseNativeDialog);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setFileMode(QFileDialog::AnyFile);
+    dialog->setDirectory(startFolder(directory ? toQt(*directory) : state_.saveFolder()));
+    dialog->selectFile(toQt(file));
+    follow(*dialog);
+    QObject::connect(dialog, &QDialog::finished, dialog,
+                     [self = shared_from_this(), dialog, didEnd, contextInfo](int result) {
+                         self->ended(*dialog, result, didEnd, contextInfo);
+                     });
+    dialog->open();
+}
+
+void QtSavePanel::follow(QFileDialog& dialog) {
+    if (accessory_ == nullptr || accessoryGuard_ != nullptr) return;
+    SaveOptionsView* view = accessory_;
+    accessoryGuard_ = view;
+    if (auto* grid = qobject_cast<QGridLayout*>(dialog.layout()))
+        grid->addWidget(view, grid->rowCount(), 0, 1, grid->columnCount());
+    auto* name = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    const auto showType = [&dialog, view] {
+        dialog.setNameFilter(view->nameFilter());
+        dialog.setDefaultSuffix(view->extension());
+    };
+    showType();
+    QObject::connect(view, &SaveOptionsView::typeChanged, &dialog, [view, name, showType] {
+        const QString renamed = name != nullptr ? view->renamed(name->text()) : QString();
+        showType();
+        if (name != nullptr && name->text() != renamed) name->setText(renamed);
+    });
+    if (name != nullptr)
+        QObject::connect(name, &QLineEdit::textEdited, view, &SaveOptionsView::followName);
+}
+
+void QtSavePanel::ended(QFileDialog& dialog, int result, const DidEnd& didEnd, void* contextInfo) {
+    const bool saved = result == QDialog::Accepted && !dialog.selectedFiles().isEmpty();
+    if (saved) {
+        filename_ = dialog.selectedFiles().front().toStdString();
+        state_.setSaveFolder(dialog.directory().absolutePath());
+    }
+    if (didEnd) didEnd(*this, saved ? NSOKButton : NSCancelButton, contextInfo);
+}
+
+void QtSaveOptions::addSaveOptionsAccessoryViewToSavePanel(NSSavePanel& panel) {
+    auto* own = dynamic_cast<QtSavePanel*>(&panel);
+    if (own == nullptr) return;
+    auto* view = new SaveOptionsView(properties_, type_);
+    // The view belongs to the sheet, which may outlive these options by a moment.
+    QObject::connect(view, &SaveOptionsView::changed, view, [weak = weak_from_this(), view] {
+        const auto self = weak.lock();
+        if (!self) return;
+        self->type_ = view->type();
+        self->properties_ = view->properties();
+    });
+    type_ = view->type();
+    properties_ = view->properties();
+    own->setAccessoryView(view);
+}
+
+// Colours ------------------------------------------------------------------------------------
+
+QtColorPanel::QtColorPanel(NSNotificationCenter& center, QWidget* parent)
+    : center_(center), parent_(parent) {}
+
+QtColorPanel::~QtColorPanel() = default;
+
+QColorDialog& QtColorPanel::made() {
+    if (!dialog_) {
+        dialog_ = std::make_unique<QColorDialog>(color_, parent_);
+        dialog_->setObjectName(QStringLiteral("colorPanel"));
+        dialog_->setWindowTitle(QCoreApplication::translate("ColorPanel", "Colours"));
+        dialog_->setOptions(QColorDialog::ShowAlphaChannel | QColorDialog::NoButtons |
+                            QColorDialog::DontUseNativeDialog);
+        dialog_->setModal(false);
+        dialog_->setAttribute(Qt::WA_QuitOnClose, false);
+        QObject::connect(dialog_.get(), &QColorDialog::currentColorChanged, dialog_.get(),
+                         [this](const QColor& color) { changed(color); });
+    }
+    return *dialog_;
+}
+
+void QtColorPanel::changed(const QColor& color) {
+    if (!color.isValid() || color == color_) return;
+    color_ = color;
+    if (colorText_) colorText_(color);
+    center_.postNotification({NSColorPanelColorDidChangeNotification, this});
+}
+
+NSColor QtColorPanel::color() const {
+    return toNSColor(color_);
+}
+
+void QtColorPanel::orderFront(const NSObject* /*sender*/) {
+    made().show();
+    made().raise();
+    made().activateWindow();
+}
+
+void QtColorPanel::showColor(const QColor& color) {
+    color_ = color;
+    if (!dialog_) return;
+    const QSignalBlocker quiet(dialog_.get());
+    dialog_->setCurrentColor(color);
+}
+
+void QtColorPanel::pick(const QColor& color) {
+    if (dialog_) {
+        const QSignalBlocker quiet(dialog_.get());
+        dialog_->setCurrentColor(color);
+    }
+    changed(color);
+}
+
+// Alerts -------------------------------------------------------------------------------------
+
+std::unique_ptr<QMessageBox> QtAlert::box(QWidget* parent) const {
+    auto made = std::make_unique<QMessageBox>(parent);
+    made->setObjectName(QStringLiteral("alert"));
+    made->setText(toQt(message_));
+    made->setInformativeText(toQt(informative_));
+    made->setIcon(style_ == NSAlertStyle::Critical        ? QMessageBox::Critical
+                  : style_ == NSAlertStyle::Informational ? QMessageBox::Information
+                                                          : QMessageBox::Warning);
+    for (std::size_t i = 0; i < buttons_.size(); ++i)
+        made->addButton(toQt(buttons_[i]),
+                        i == 0 ? QMessageBox::AcceptRole : QMessageBox::RejectRole);
+    return made;
+}
+
+int QtAlert::runModal() {
+    const auto shown = box(nullptr);
+    shown->setWindowModality(Qt::ApplicationModal);
+    shown->exec();
+    return shown->clickedButton() == shown->buttons().value(0) ? NSOKButton : NSCancelButton;
+}
+
+void QtAlert::beginSheet(NSWindow& modalForWindow, const NSObject* /*modalDelegate*/, DidEnd didEnd,
+                         void* contextInfo) {
+    QMessageBox* sheet = box(widgetOf(modalForWindow)).release();
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    sheet->setWindowModality(Qt::WindowModal);
+    QObject::connect(sheet, &QDialog::finished, sheet,
+                     [self = shared_from_this(), didEnd, contextInfo](int /*result*/) {
+                         if (didEnd) didEnd(*self, NSOKButton, contextInfo);
+                     });
+    sheet->show();
+}
+
+}  // namespace skarnel

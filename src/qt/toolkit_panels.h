@@ -1,0 +1,135 @@
+// The open and save panels, the colour panel and alerts on Qt's dialogs.
+#pragma once
+
+#include <QColor>
+#include <QPointer>
+#include <QWidget>
+#include <functional>
+#include <memory>
+
+#include "platform/notification_center.h"
+#include "platform/panels.h"
+#include "qt/window_state.h"
+
+class QColorDialog;
+class QFileDialog;
+class QMessageBox;
+
+namespace skarnel {
+
+class SaveOptionsView;
+
+/// Remembers its folder in the window's state, which is borrowed.
+class QtOpenPanel final : public NSOpenPanel {
+  public:
+    QtOpenPanel(WindowState& state, QWidget* parent) : state_(state), parent_(parent) {}
+
+    void setAllowsMultipleSelection(bool allows) override { multiple_ = allows; }
+    void setCanChooseDirectories(bool can) override { directories_ = can; }
+    void setCanChooseFiles(bool can) override { files_ = can; }
+    void setCanCreateDirectories(bool can) override { createDirectories_ = can; }
+    void setTitle(std::string_view title) override { title_ = title; }
+    void setPrompt(std::string_view prompt) override { prompt_ = prompt; }
+    int runModalForTypes(const std::vector<std::string>& types) override;
+    std::vector<std::string> filenames() const override { return filenames_; }
+
+  private:
+    void configure(QFileDialog& dialog, const std::vector<std::string>& types) const;
+
+    WindowState& state_;
+    QWidget* parent_;
+    bool multiple_ = false;
+    bool directories_ = false;
+    bool files_ = true;
+    bool createDirectories_ = true;
+    std::string title_;
+    std::string prompt_;
+    std::vector<std::string> filenames_;
+};
+
+/// A sheet: modal for its window alone. Asks before it overwrites.
+class QtSavePanel final : public NSSavePanel, public std::enable_shared_from_this<QtSavePanel> {
+  public:
+    explicit QtSavePanel(WindowState& state) : state_(state) {}
+
+    void setAccessoryView(SaveOptionsView* view) { accessory_ = view; }
+    void beginSheet(const std::optional<std::string>& directory, std::string_view file,
+                    NSWindow& modalForWindow, DidEnd didEnd, void* contextInfo) override;
+    std::string filename() const override { return filename_; }
+
+  private:
+    void follow(QFileDialog& dialog);
+    void ended(QFileDialog& dialog, int result, const DidEnd& didEnd, void* contextInfo);
+
+    WindowState& state_;
+    QPointer<QWidget> accessoryGuard_;
+    SaveOptionsView* accessory_ = nullptr;
+    std::string filename_;
+};
+
+class QtSaveOptions final : public IKSaveOptions,
+                            public std::enable_shared_from_this<QtSaveOptions> {
+  public:
+    QtSaveOptions(const ImageProperties& properties, std::string_view type)
+        : properties_(properties), type_(type) {}
+
+    void addSaveOptionsAccessoryViewToSavePanel(NSSavePanel& panel) override;
+    std::string imageUTType() const override { return type_; }
+    ImageProperties imageProperties() const override { return properties_; }
+
+  private:
+    ImageProperties properties_;
+    std::string type_;
+};
+
+/// The one colour panel. While `focusedText` gives an editor, its colour goes to the text there.
+class QtColorPanel final : public NSColorPanel {
+  public:
+    using ColorText = std::function<bool(const QColor&)>;
+    QtColorPanel(NSNotificationCenter& center, QWidget* parent);
+    ~QtColorPanel() override;
+
+    /// Called first on every change: colours the text in focus and says whether there was one.
+    void setColorText(ColorText colorText) { colorText_ = std::move(colorText); }
+
+    NSColor color() const override;
+    void orderFront(const NSObject* sender) override;
+
+    /// Shows a colour without announcing it as a change.
+    void showColor(const QColor& color);
+    /// As if the user had picked it.
+    void pick(const QColor& color);
+    QColorDialog* dialog() const { return dialog_.get(); }
+
+  private:
+    QColorDialog& made();
+    void changed(const QColor& color);
+
+    NSNotificationCenter& center_;
+    QWidget* parent_;
+    ColorText colorText_;
+    QColor color_ = Qt::black;
+    std::unique_ptr<QColorDialog> dialog_;
+};
+
+class QtAlert final : public NSAlert, public std::enable_shared_from_this<QtAlert> {
+  public:
+    QtAlert(std::string_view message, std::vector<std::string> buttons,
+            std::string_view informative)
+        : message_(message), buttons_(std::move(buttons)), informative_(informative) {}
+
+    void setAlertStyle(NSAlertStyle style) override { style_ = style; }
+    int runModal() override;
+    void beginSheet(NSWindow& modalForWindow, const NSObject* modalDelegate, DidEnd didEnd,
+                    void* contextInfo) override;
+
+  private:
+    std::unique_ptr<QMessageBox> box(QWidget* parent) const;
+
+    std::string message_;
+    std::vector<std::string> buttons_;
+    std::string informative_;
+    NSAlertStyle style_ = NSAlertStyle::Warning;
+};
+
+}  // namespace skarnel

@@ -1,0 +1,79 @@
+// Notifications, timers, the run loop, resources, the browser and the clipboard on Qt.
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/notification_center.h"
+#include "platform/run_loop.h"
+#include "platform/services.h"
+
+namespace skarnel {
+
+class QtNotificationCenter final : public NSNotificationCenter {
+  public:
+    void addObserver(const NSObject& observer, Handler handler, std::string_view name,
+                     const NSObject* object) override;
+    void removeObserver(const NSObject& observer, std::string_view name,
+                        const NSObject* object) override;
+    void postNotification(const NSNotification& notification) override;
+
+  private:
+    struct Registration {
+        const NSObject* observer;
+        Handler handler;
+        std::string_view name;
+        const NSObject* object;
+        bool removed = false;
+    };
+    std::vector<std::shared_ptr<Registration>> registrations_;
+};
+
+class QtRunLoop final : public NSRunLoop {
+  public:
+    QtRunLoop();
+    ~QtRunLoop() override;
+    NSTimer* scheduledTimerWithTimeInterval(double seconds, TimerAction action,
+                                            bool repeats) override;
+    bool runMode(std::string_view mode, double beforeDate) override;
+
+  private:
+    class Timer;
+    void forget(Timer& timer);
+    std::vector<std::unique_ptr<Timer>> timers_;
+};
+
+class QtBundle final : public NSBundle {
+  public:
+    std::optional<std::string> pathForSoundResource(std::string_view name) override;
+};
+
+class QtWorkspace final : public NSWorkspace {
+  public:
+    bool openURL(std::string_view url) override;
+};
+
+class QtPasteboard final : public NSPasteboard {
+  public:
+    void declareTypes(const std::vector<std::string_view>& types, const NSObject* owner) override;
+    bool setData(const Bytes& data, std::string_view type) override;
+
+    /// Puts one item of one kind on the clipboard, in place of what was there.
+    static void putOnly(const QString& mimeType, const QByteArray& bytes);
+
+  private:
+    std::vector<std::string> declared_;
+    QHash<QString, QByteArray> given_;  // by kind, since the last declaration
+};
+
+/// A directory of the user's own (0700) for temporary files; none when there can be none. Made at
+/// first need below `parent` and the same for the rest of the run.
+std::optional<std::string> privateTemporaryDirectory(const std::string& parent);
+
+/// A path that nothing stands at, with a name that cannot be guessed.
+std::string freshTemporaryName();
+
+}  // namespace skarnel

@@ -1,0 +1,65 @@
+// What the window remembers for convenience, apart from the settings and untouched by reset.
+#pragma once
+
+#include <QByteArray>
+#include <QJsonObject>
+#include <QString>
+#include <QStringList>
+#include <utility>
+
+namespace skarnel {
+
+/// One small JSON file. Nothing here is worth an error message: what cannot be read counts as not
+/// there, what cannot be written is lost and logged.
+class WindowState {
+  public:
+    /// $XDG_STATE_HOME/skarnel/window.json, with ~/.local/state where that is not set; empty when
+    /// the user has no home, and then nothing is kept.
+    static QString defaultPath();
+
+    explicit WindowState(QString path);
+
+    static constexpr int kMostRecent = 10;
+
+    QByteArray geometry() const;
+    void setGeometry(const QByteArray& geometry);
+    QByteArray splitter() const;
+    void setSplitter(const QByteArray& sizes);
+    QString openFolder() const;
+    void setOpenFolder(const QString& folder);
+    QString saveFolder() const;
+    void setSaveFolder(const QString& folder);
+    bool cueMuted() const;
+    void setCueMuted(bool muted);
+    bool checkerboard() const;
+    void setCheckerboard(bool shown);
+    bool textShown() const;
+    void setTextShown(bool shown);
+    /// "light", "dark", or empty for the system's own.
+    QString appearance() const;
+    void setAppearance(const QString& name);
+
+    /// Absolute paths, the latest first.
+    QStringList recentFiles() const;
+    void addRecentFile(const QString& path);
+    void clearRecentFiles();
+
+    /// What the open panel chose, handed over once; not stored.
+    void setChosen(const QStringList& paths) { chosen_ = paths; }
+    QStringList takeChosen() { return std::exchange(chosen_, {}); }
+
+    /// Values that other parts of the window keep, by a name of their own.
+    QJsonValue value(const QString& name) const { return values_.value(name); }
+    void setValue(const QString& name, const QJsonValue& value);
+
+    /// Writes what changed since the last time. False when that failed.
+    bool save();
+
+  private:
+    QString path_;
+    QJsonObject values_;
+    QStringList chosen_;
+    bool changed_ = false;
+};
+
+}  // namespace skarnel
