@@ -1,5 +1,6 @@
 #include "qt/program_parts.h"
 
+#include "app/standard_text_files.h"
 #include "platform/page_module.h"
 #include "qt/page/text_layout.h"
 #include "textimaging/page_module_loader.h"
@@ -7,22 +8,10 @@
 #include "util/log/system_log.h"
 
 namespace skarnel {
-namespace {
-
-class NoTextFiles final : public TextFiles {
-  public:
-    TextWriteOutcome writeStringToFile(std::u16string_view, std::string_view, Atomically,
-                                       std::int32_t) override {
-        return {};
-    }
-    bool writeDataToFile(ByteView, std::string_view, Atomically) override { return false; }
-};
-
-}  // namespace
 
 struct ProgramParts::Impl {
     TextSystem textSystem{TextLayout{naturalTextSize, paragraphHeights}};
-    NoTextFiles textFiles;
+    StandardTextFiles textFiles;
     std::unique_ptr<PageModule> pageModule;
 
     std::unique_ptr<WebView> webView(const CGRect& frame, NSNotificationCenter& center) {
