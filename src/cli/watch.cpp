@@ -64,7 +64,7 @@ Result<void> watchFolder(const std::string& folder,
     if (queue.number() < 0) return lastError();
     if (::inotify_add_watch(queue.number(), folder.c_str(), kEvents) < 0) return lastError();
     const std::string prefix = folder.ends_with('/') ? folder : folder + "/";
-    std::set<std::string> ownResults;  // whose appearance is still to be passed over
+    std::set<std::string> ownResults;  // each appears twice: renamed, then closed
     std::array<char, 1 << 16> buffer;
     for (;;) {
         const ssize_t got = ::read(queue.number(), buffer.data(), buffer.size());
@@ -76,7 +76,7 @@ Result<void> watchFolder(const std::string& folder,
                          gone = gone || (mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_IGNORED)) != 0;
                          if ((mask & (IN_CLOSE_WRITE | IN_MOVED_TO)) == 0) return;
                          const std::string path = prefix + name;
-                         if (ownResults.erase(path) > 0 || !isPictureName(name)) return;
+                         if (ownResults.contains(path) || !isPictureName(name)) return;
                          const std::string result = appeared(path);
                          if (!result.empty()) ownResults.insert(result);
                      });

@@ -1,0 +1,159 @@
+// Standard streams: pipes, closed ends, terminals.
+#include <gmock/gmock.h>
+#include <pty.h>
+#include <sys/ioctl.h>
+
+#include "cli/pictures.h"
+#include "cli/process.h"
+#include "storage/temporary_folder.h"
+
+namespace skarnel {
+namespace {
+
+using test::Finished;
+using test::render;
+using test::TemporaryFolder;
+using testing::HasSubstr;
+using testing::Not;
+
+std::string pictureBytes(int width, int height) {
+    return test::textOf(*encodeImage(test::gradientPicture(width, height), kUTTypePNG));
+}
+
+std::optional<std::string> typeOf(const std::string& text) {
+    const ImageType* type =
+        imageTypeOfContent({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+    return type == nullptr ? std::nullopt : std::optional<std::string>(type->identifier);
+}
+
+TEST(Streams, APipeGoesThrough) {
+    const Finished finished = render({"-"}, pictureBytes(30, 20));
+    EXPECT_EQ(finished.exitCode, 0) << finished.err;
+    EXPECT_EQ(typeOf(finished.out), kUTTypeTIFF);
+    EXPECT_EQ(finished.err, "");
+}
+
+TEST(Streams, AFormatMayBeNamedForAPipe) {
+    const Finished finished = render({"-", "-o", "-", "--format", "png"}, pictureBytes(30, 20));
+    EXPECT_EQ(typeOf(finished.out), kUTTypePNG);
+}
+
+TEST(Streams, AFileGoesToAPipeAndAPipeToAFile) {
+    const TemporaryFolder folder;
+    test::putPicture(folder / "in.png", 30, 20);
+    EXPECT_EQ(typeOf(render({folder / "in.png", "-o", "-"}).out), kUTTypeTIFF);
+    EXPECT_EQ(render({"-", "-o", folder / "out.png"}, pictureBytes(30, 20)).exitCode, 0);
+    EXPECT_TRUE(decodeImageFile(folder / "out.png"));
+}
+
+TEST(Streams, TheJsonOfAPipedPictureGoesToStandardError) {
+    const Finished finished = render({"-", "--json"}, pictureBytes(30, 20));
+    EXPECT_EQ(typeOf(finished.out), kUTTypeTIFF);
+    EXPECT_THAT(finished.err, HasSubstr("\"input\":\"-\",\"output\":\"-\""));
+}
+
+TEST(Streams, NothingFromStandardInputIsAFailure) {
+    const Finished finished = render({"-"});
+    EXPECT_EQ(finished.exitCode, 1);
+    EXPECT_EQ(finished.err, "skarnel-render: standard input: Nothing came from standard input\n");
+    EXPECT_EQ(finished.out, "");
+}
+
+TEST(Streams, AReaderThatGoesAwayIsAFailureNotACrash) {
+    const Finished finished = render({"-", "--compression", "none"}, pictureBytes(400, 400), [] {
+        std::array<int, 2> pipe{};
+        if (::pipe(pipe.data()) != 0) ::_exit(126);
+        ::dup2(pipe[1], 1);
+        ::close(pipe[0]);
+        ::close(pipe[1]);
+    });
+    EXPECT_EQ(finished.exitCode, 1);
+    EXPECT_THAT(finished.err, HasSubstr("standard output: Broken pipe"));
+}
+
+TEST(Streams, AFullStandardOutputIsAFailure) {
+    const TemporaryFolder folder;
+    test::putPicture(folder / "in.png", 30, 20);
+    const auto toFullDevice = [] {
+        const int full = ::open("/dev/full", O_WRONLY);
+        ::dup2(full, 1);
+    };
+    const Finished picture = render({folder / "in.png", "-o", "-"}, {}, toFullDevice);
+    EXPECT_EQ(picture.exitCode, 1);
+    EXPECT_THAT(picture.err, HasSubstr("No space left on device"));
+    const Finished line = render({folder / "in.png"}, {}, toFullDevice);
+    EXPECT_EQ(line.exitCode, 1);
+    EXPECT_THAT(line.err, HasSubstr("standard output: No space left on device"));
+    EXPECT_EQ(render({"--help"}, {}, toFullDevice).exitCode, 1);
+}
+
+TEST(Streams, ClosedStreamsAreNoReasonToCrash) {
+    const TemporaryFolder folder;
+    test::putPicture(folder / "in.png", 30, 20);
+    const Finished finished = render({folder / "in.png", "-o", folder / "out.png", "-q"}, {}, [] {
+        ::close(0);
+        ::close(1);
+        ::close(2);
+    });
+    EXPECT_EQ(finished.exitCode, 0);
+    EXPECT_TRUE(decodeImageFile(folder / "out.png"));
+}
+
+/// What the program shows on a terminal of 60 columns, with standard error on it.
+std::string onTerminal(const std::vector<std::string>& arguments, const char* noColor) {
+    int terminal = -1;
+    int screen = -1;
+    const winsize size = {20, 60, 0, 0};
+    if (::openpty(&terminal, &screen, nullptr, nullptr, &size) != 0) return "(no terminal)";
+    {
+        test::Process process(arguments, [&] {
+            ::setenv("TERM", "xterm", 1);
+            ::unsetenv("NO_COLOR");
+            if (noColor != nullptr) ::setenv("NO_COLOR", noColor, 1);
+            ::dup2(screen, 2);
+        });
+        process.finish();
+    }
+    ::close(screen);
+    std::string shown;
+    std::array<char, 4096> buffer;
+    for (;;) {
+        const ssize_t count = ::read(terminal, buffer.data(), buffer.size());
+        if (count <= 0) break;
+        shown.append(buffer.data(), static_cast<std::size_t>(count));
+    }
+    ::close(terminal);
+    return shown;
+}
+
+TEST(Streams, ProgressIsShownOnATerminalOnlyAndWipedAtTheEnd) {
+    const TemporaryFolder folder;
+    test::putPicture(folder / "a.png", 30, 20);
+    test::putPicture(folder / "b.png", 30, 20);
+    const std::string shown = onTerminal({folder / "a.png", folder / "b.png", "-f"}, nullptr);
+    EXPECT_THAT(shown, HasSubstr("1/2"));
+    EXPECT_THAT(shown, testing::EndsWith("\r\x1b[K"));
+    EXPECT_EQ(onTerminal({folder / "a.png", folder / "b.png", "-f", "-q"}, nullptr), "");
+    EXPECT_EQ(render({folder / "a.png", folder / "b.png", "-f"}).err, "");
+}
+
+TEST(Streams, ColourObeysNoColor) {
+    const TemporaryFolder folder;
+    EXPECT_THAT(onTerminal({folder / "missing.png"}, nullptr), HasSubstr("\x1b[31m"));
+    EXPECT_THAT(onTerminal({folder / "missing.png"}, "1"), Not(HasSubstr("\x1b[31m")));
+    EXPECT_THAT(render({folder / "missing.png"}).err, Not(HasSubstr("\x1b")));
+}
+
+TEST(Streams, APictureIsNotWrittenToATerminal) {
+    int terminal = -1;
+    int screen = -1;
+    ASSERT_EQ(::openpty(&terminal, &screen, nullptr, nullptr, nullptr), 0);
+    const Finished finished = render({"-"}, pictureBytes(3, 3), [&] { ::dup2(screen, 1); });
+    EXPECT_EQ(finished.exitCode, 2);
+    EXPECT_THAT(finished.err, HasSubstr("standard output is a terminal"));
+    ::close(screen);
+    ::close(terminal);
+}
+
+}  // namespace
+}  // namespace skarnel

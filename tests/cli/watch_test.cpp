@@ -1,0 +1,88 @@
+// A watched folder.
+#include <gmock/gmock.h>
+
+#include "cli/pictures.h"
+#include "cli/process.h"
+#include "storage/temporary_folder.h"
+
+namespace skarnel {
+namespace {
+
+using test::Finished;
+using test::Process;
+using test::TemporaryFolder;
+using testing::HasSubstr;
+
+bool hasLines(const Finished& so, int count) {
+    return std::count(so.out.begin(), so.out.end(), '\n') >= count;
+}
+
+/// Whether the kernel watches a folder for the process; what appears before that is not seen.
+void waitUntilWatching(const Process& process) {
+    const std::string folder = "/proc/" + std::to_string(process.id()) + "/fdinfo";
+    for (;;) {
+        std::error_code ignored;
+        for (const auto& entry : std::filesystem::directory_iterator(folder, ignored)) {
+            if (test::fileText(entry.path().string()).find("inotify wd:") != std::string::npos) {
+                return;
+            }
+        }
+        ::usleep(1000);
+    }
+}
+
+TEST(Watch, RendersWhatAppearsAndEndsWith130) {
+    const TemporaryFolder folder;
+    const TemporaryFolder elsewhere;
+    test::putPicture(folder / "before.png", 10, 10);
+    Process process({"--watch", folder.path(), "--format", "png"});
+    waitUntilWatching(process);
+    test::putPicture(folder / "written.png", 10, 10);
+    ASSERT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 1); }));
+    test::putPicture(elsewhere / "moved.jpg", 10, 10, kUTTypeJPEG);
+    std::filesystem::rename(elsewhere / "moved.jpg", folder / "moved.jpg");
+    ASSERT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 2); }));
+    test::putFile(folder / "notes.txt", "no picture");
+    test::putPicture(folder / ".hidden.png", 10, 10);
+    test::putPicture(folder / "last.png", 10, 10);
+    ASSERT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 3); }));
+    process.signal(SIGINT);
+    const Finished finished = process.finish();
+    EXPECT_EQ(finished.exitCode, 130);
+    EXPECT_EQ(finished.out, folder / "written Reflection.png\n" +
+                                (folder / "moved Reflection.png\n") +
+                                (folder / "last Reflection.png\n"));
+    EXPECT_EQ(finished.err, "");
+}
+
+TEST(Watch, WritesIntoAnotherFolderAndNamesBadFiles) {
+    const TemporaryFolder folder;
+    const TemporaryFolder results;
+    Process process({"--watch", folder.path(), "-o", results.path()});
+    waitUntilWatching(process);
+    test::putFile(folder / "bad.png", "no picture");
+    test::putPicture(folder / "good.png", 10, 10);
+    ASSERT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 1); }));
+    process.signal(SIGTERM);
+    const Finished finished = process.finish();
+    EXPECT_EQ(finished.exitCode, 143);
+    EXPECT_THAT(finished.err, HasSubstr("bad.png: "));
+    EXPECT_EQ(finished.out, results / "good Reflection.tiff\n");
+}
+
+TEST(Watch, AFolderThatIsNotThereOrGoesAwayIsAFailure) {
+    const TemporaryFolder parent;
+    const Finished missing = test::render({"--watch", parent / "missing"});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_THAT(missing.err, HasSubstr("No such file or directory"));
+    std::filesystem::create_directory(parent / "folder");
+    Process process({"--watch", parent / "folder"});
+    waitUntilWatching(process);
+    std::filesystem::remove(parent / "folder");
+    const Finished gone = process.finish();
+    EXPECT_EQ(gone.exitCode, 1);
+    EXPECT_THAT(gone.err, HasSubstr("no longer there"));
+}
+
+}  // namespace
+}  // namespace skarnel
