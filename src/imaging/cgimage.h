@@ -48,6 +48,12 @@ class PixelBuffer {
     /// As `zeroed`, with undefined contents: for callers that write every byte.
     static std::optional<PixelBuffer> uninitialized(int width, int height);
 
+    /// Takes over memory of at least 4 * width * height bytes that came from elsewhere; width and
+    /// height are at least 1.
+    static PixelBuffer adopt(std::shared_ptr<std::uint8_t> bytes, int width, int height) {
+        return PixelBuffer(std::move(bytes), width, height);
+    }
+
     PixelBuffer(PixelBuffer&&) noexcept = default;
     PixelBuffer& operator=(PixelBuffer&&) noexcept = default;
 

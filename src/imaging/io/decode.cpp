@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "imaging/io/image_io.h"
+#include "imaging/io/picture_memory.h"
 #include "imaging/io/readers.h"
 
 namespace skarnel {
@@ -30,7 +31,8 @@ std::optional<Error> checkPictureSize(std::int64_t width, std::int64_t height,
 Result<PixelBuffer> allocatePicture(std::int64_t width, std::int64_t height,
                                     const DecodeLimits& limits, std::int64_t formatPixels) {
     if (auto error = checkPictureSize(width, height, limits, formatPixels)) return *error;
-    auto buffer = PixelBuffer::uninitialized(static_cast<int>(width), static_cast<int>(height));
+    auto buffer = newPictureBuffer(static_cast<int>(width), static_cast<int>(height),
+                                   PictureContents::Undefined);
     if (!buffer) return {ErrorCode::OutOfMemory, "Not enough memory for the picture"};
     return *std::move(buffer);
 }

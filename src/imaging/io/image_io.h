@@ -89,8 +89,22 @@ struct DecodedImage {
 /// breach of a format's rules is an Error, never a partial picture.
 Result<DecodedImage> decodeImage(ByteView bytes, const DecodeLimits& limits = {});
 
-/// Reads and decodes a file, behind the decoder's wall where that is installed.
+/// Reads and decodes a file, behind the decoder's wall where its helper program is installed. A
+/// helper that dies gives Damaged.
 Result<DecodedImage> decodeImageFile(const std::string& path, const DecodeLimits& limits = {});
+
+/// The same for bytes that came from elsewhere (standard input, the pasteboard).
+Result<DecodedImage> decodeForeignImage(ByteView bytes, const DecodeLimits& limits = {});
+
+/// For the program's own resources: always in this process.
+Result<DecodedImage> decodeOwnImageFile(const std::string& path, const DecodeLimits& limits = {});
+
+/// What stands between a decoder and the system when a file is decoded.
+struct DecoderWall {
+    std::string name;  // "helper program", "seccomp", "landlock", ...
+    bool stands = false;
+};
+std::vector<DecoderWall> decoderWalls();
 
 /// Encodes one picture. `properties` may hold options (quality, compression, matte) and facts to
 /// carry over (resolution, EXIF); keys that the format has no place for are left out.

@@ -1,4 +1,5 @@
-// Reading a file from disk and decoding it.
+#include "imaging/io/read_file.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -6,11 +7,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "imaging/io/image_io.h"
-#include "imaging/io/read_file.h"
-
-namespace skarnel {
-namespace io {
+namespace skarnel::io {
 namespace {
 
 /// Above any picture within the pixel limit that could be decoded at all.
@@ -39,14 +36,16 @@ Result<FileDescriptor> openPicture(const std::string& path) {
 }
 
 Result<Bytes> readAll(int descriptor) {
-    struct stat status {};
     Bytes bytes;
-    if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0) {
-        if (static_cast<std::uint64_t>(status.st_size) > kMaxFileBytes) {
+    // By seeking, not by asking for the file's status: the decoder's cell allows no such call.
+    const off_t here = ::lseek(descriptor, 0, SEEK_CUR);
+    const off_t end = here < 0 ? -1 : ::lseek(descriptor, 0, SEEK_END);
+    if (end >= here && here >= 0 && ::lseek(descriptor, here, SEEK_SET) == here) {
+        if (static_cast<std::uint64_t>(end - here) > kMaxFileBytes) {
             return {ErrorCode::TooLarge, "The file is larger than 8 GB"};
         }
         // One more, so that the end is seen without growing.
-        bytes.resize(static_cast<std::size_t>(status.st_size) + 1);
+        bytes.resize(static_cast<std::size_t>(end - here) + 1);
     } else {
         bytes.resize(std::size_t{1} << 20U);
     }
@@ -66,16 +65,4 @@ Result<Bytes> readAll(int descriptor) {
     return bytes;
 }
 
-}  // namespace io
-
-Result<DecodedImage> decodeImageFile(const std::string& path, const DecodeLimits& limits) try {
-    const auto file = io::openPicture(path);
-    if (!file) return file.error();
-    const auto bytes = io::readAll(file->number());
-    if (!bytes) return bytes.error();
-    return decodeImage(*bytes, limits);
-} catch (const std::bad_alloc&) {
-    return {ErrorCode::OutOfMemory, "Not enough memory for the picture"};
-}
-
-}  // namespace skarnel
+}  // namespace skarnel::io

@@ -1,0 +1,122 @@
+#include "decoder/cell.h"
+
+#include <seccomp.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <ctime>
+#include <memory>
+
+#include "util/walls/landlock.h"
+
+namespace skarnel {
+namespace {
+
+struct ReleaseFilter {
+    void operator()(void* filter) const { seccomp_release(filter); }
+};
+using Filter = std::unique_ptr<void, ReleaseFilter>;
+
+void limitTo(__rlimit_resource resource, std::uint64_t value) {
+    rlimit limit{};
+    if (::getrlimit(resource, &limit) != 0) return;
+    limit.rlim_cur = limit.rlim_max = std::min<rlim_t>(limit.rlim_max, value);
+    ::setrlimit(resource, &limit);
+}
+
+void limitResources(const CellLimits& limits) {
+    limitTo(RLIMIT_AS, limits.memoryBytes);
+    limitTo(RLIMIT_FSIZE, limits.fileBytes);
+    limitTo(RLIMIT_CPU, limits.seconds);
+    limitTo(RLIMIT_CORE, 0);
+    limitTo(RLIMIT_NPROC, 0);
+    limitTo(RLIMIT_MEMLOCK, 0);
+}
+
+/// All but the standard three and the two that are needed.
+void closeOthers(int picture, int answer) {
+    const unsigned first = static_cast<unsigned>(std::min(picture, answer));
+    const unsigned second = static_cast<unsigned>(std::max(picture, answer));
+    if (first > 3) ::syscall(SYS_close_range, 3U, first - 1, 0U);
+    if (second > first + 1) ::syscall(SYS_close_range, first + 1, second - 1, 0U);
+    ::syscall(SYS_close_range, second + 1, ~0U, 0U);
+}
+
+int allow(scmp_filter_ctx filter, int call) {
+    return seccomp_rule_add(filter, SCMP_ACT_ALLOW, call, 0);
+}
+
+int allowOn(scmp_filter_ctx filter, int call, int descriptor) {
+    return seccomp_rule_add(filter, SCMP_ACT_ALLOW, call, 1,
+                            SCMP_A0(SCMP_CMP_EQ, static_cast<scmp_datum_t>(descriptor)));
+}
+
+/// Memory may be had, never such that can be executed.
+int allowMemory(scmp_filter_ctx filter) {
+    int failed = 0;
+    for (const int call : {SCMP_SYS(mmap), SCMP_SYS(mprotect)}) {
+        failed |= seccomp_rule_add(filter, SCMP_ACT_ALLOW, call, 1,
+                                   SCMP_A2(SCMP_CMP_MASKED_EQ, PROT_EXEC, 0));
+    }
+    for (const int call : {SCMP_SYS(munmap), SCMP_SYS(mremap), SCMP_SYS(madvise), SCMP_SYS(brk)}) {
+        failed |= allow(filter, call);
+    }
+    return failed;
+}
+
+int allowTheRest(scmp_filter_ctx filter) {
+    int failed = 0;
+    // What the run-time library does by itself: locks, clocks, the end of the process.
+    for (const int call : {SCMP_SYS(futex), SCMP_SYS(clock_gettime), SCMP_SYS(gettimeofday),
+                           SCMP_SYS(time), SCMP_SYS(getrandom), SCMP_SYS(rt_sigreturn),
+                           SCMP_SYS(restart_syscall), SCMP_SYS(exit), SCMP_SYS(exit_group)}) {
+        failed |= allow(filter, call);
+    }
+    // Sorting asks how much memory the machine has, and does without an answer.
+    failed |= seccomp_rule_add(filter, SCMP_ACT_ERRNO(EPERM), SCMP_SYS(sysinfo), 0);
+    return failed;
+}
+
+bool raiseSeccomp(int picture, int answer) {
+    const Filter filter(seccomp_init(SCMP_ACT_KILL_PROCESS));
+    if (!filter) return false;
+    int failed = allowMemory(filter.get()) | allowTheRest(filter.get());
+    for (const int call : {SCMP_SYS(read), SCMP_SYS(lseek), SCMP_SYS(pread64)}) {
+        failed |= allowOn(filter.get(), call, picture);
+    }
+    for (const int call : {SCMP_SYS(pwrite64), SCMP_SYS(ftruncate), SCMP_SYS(fallocate)}) {
+        failed |= allowOn(filter.get(), call, answer);
+    }
+    return failed == 0 && seccomp_load(filter.get()) == 0;
+}
+
+}  // namespace
+
+Result<void> lockIn(int picture, int answer, const CellLimits& limits) {
+    // The C library reads the time zone's file at the first broken-down time, which the colour
+    // library asks for; there will be no files then.
+    ::tzset();
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL, 0, 0, 0);
+    ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
+    closeOthers(picture, answer);
+    if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
+        return {ErrorCode::Failed, "New privileges cannot be given up"};
+    }
+    // Missing on old kernels; the system calls are taken away below in any case.
+    (void)restrictFileAccess(FileAccess::Execute | FileAccess::Read | FileAccess::Change, {});
+    limitResources(limits);
+    // After Landlock, whose rule set is a descriptor for a moment.
+    limitTo(RLIMIT_NOFILE, static_cast<std::uint64_t>(std::max(picture, answer)) + 1);
+    if (!raiseSeccomp(picture, answer)) {
+        return {ErrorCode::Failed, "The system calls cannot be restricted"};
+    }
+    return {};
+}
+
+}  // namespace skarnel

@@ -1,0 +1,27 @@
+// The cell that a decoder is locked into: nothing can be reached but two descriptors and memory.
+#pragma once
+
+#include <cstdint>
+
+#include "util/log/result.h"
+
+namespace skarnel {
+
+struct CellLimits {
+    std::uint64_t memoryBytes;  // address space
+    std::uint64_t fileBytes;    // any file written, the answer included
+    unsigned seconds;           // of processor time
+};
+
+/// Locks the calling process in for good; it must have one thread:
+/// - every descriptor but 0 to 2 and the two given is closed, and no new one can be had;
+/// - memory, written files and processor time are bounded, there are no core files;
+/// - no privileges can be gained, the process dies with its parent and cannot be traced;
+/// - Landlock, where the kernel has it, takes the whole file system away;
+/// - seccomp kills the process at any system call but those that reading `picture`, writing
+///   `answer` and memory need.
+///
+/// Fails only when the last wall cannot be raised; a decoder must not run then.
+Result<void> lockIn(int picture, int answer, const CellLimits& limits);
+
+}  // namespace skarnel

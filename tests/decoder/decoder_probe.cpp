@@ -1,0 +1,177 @@
+// decoder_probe ACT: locks itself into the decoder's cell and then tries one forbidden act. Exits
+// with 0 when the act succeeded, 10 when it was refused; a cell that kills ends it by a signal.
+// The act "nothing" does only what a decoder may. `FREE ACT` tries the act without the cell, to
+// show that it could succeed at all.
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <sched.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <sys/ptrace.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/uio.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <map>
+#include <string>
+
+#include "decoder/cell.h"
+
+namespace {
+
+constexpr int kPicture = 3;
+constexpr int kAnswer = 4;
+
+bool nothing() {
+    char byte = 0;
+    const bool canRead = ::read(kPicture, &byte, 1) >= 0;
+    const bool canWrite = ::pwrite(kAnswer, &byte, 1, 0) == 1;
+    void* memory =
+        ::mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    return canRead && canWrite && memory != MAP_FAILED;
+}
+
+bool openFile() {
+    return ::open("/etc/passwd", O_RDONLY) >= 0;
+}
+bool openForWriting() {
+    return ::open("/tmp", O_TMPFILE | O_WRONLY, 0600) >= 0;
+}
+bool listFolder() {
+    return ::open("/", O_RDONLY | O_DIRECTORY) >= 0;
+}
+bool statFile() {
+    struct stat status {};
+    return ::stat("/etc/passwd", &status) == 0;
+}
+bool makeFolder() {
+    return ::mkdir(("/tmp/probe" + std::to_string(::getpid())).c_str(), 0700) == 0;
+}
+bool removeFile() {
+    return ::unlink("/tmp/no-such-file-of-the-probe") == 0 || errno == ENOENT;
+}
+bool openSocket() {
+    return ::socket(AF_INET, SOCK_STREAM, 0) >= 0;
+}
+bool openLocalSocket() {
+    return ::socket(AF_UNIX, SOCK_STREAM, 0) >= 0;
+}
+bool execute() {
+    char name[] = "/bin/true";
+    char* arguments[] = {name, nullptr};
+    ::execv(name, arguments);
+    return false;
+}
+bool forkProcess() {
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(0);
+    return child > 0;
+}
+bool startThread() {
+    return ::syscall(SYS_clone,
+                     CLONE_VM | CLONE_FS | CLONE_FILES | CLONE_SIGHAND | CLONE_THREAD | 0L,
+                     nullptr) >= 0;
+}
+bool killParent() {
+    return ::kill(::getppid(), 0) == 0;
+}
+bool traceParent() {
+    return ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) == 0;
+}
+bool readParentMemory() {
+    char target = 0;
+    char source = 1;
+    iovec local{&target, 1};
+    iovec remote{&source, 1};
+    return ::process_vm_readv(::getpid(), &local, 1, &remote, 1, 0) == 1;
+}
+bool writeToStandardOutput() {
+    return ::write(1, "", 0) == 0;
+}
+bool writeToPicture() {
+    return ::pwrite(kPicture, "x", 1, 0) == 1;
+}
+bool readAnswer() {
+    char byte = 0;
+    return ::read(kAnswer, &byte, 1) >= 0;
+}
+bool executableMemory() {
+    return ::mmap(nullptr, 4096, PROT_READ | PROT_WRITE | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS,
+                  -1, 0) != MAP_FAILED;
+}
+bool makeExecutable() {
+    void* memory =
+        ::mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    return ::mprotect(memory, 4096, PROT_READ | PROT_EXEC) == 0;
+}
+bool duplicateDescriptor() {
+    return ::dup(kPicture) >= 0;
+}
+bool raiseLimits() {
+    rlimit limit{};
+    return ::getrlimit(RLIMIT_AS, &limit) == 0;
+}
+bool makeMemoryFile() {
+    return ::memfd_create("probe", 0) >= 0;
+}
+bool changeRoot() {
+    return ::chdir("/") == 0;
+}
+bool askForNames() {
+    return ::syscall(SYS_io_uring_setup, 1, nullptr) != -1 || errno == EFAULT;
+}
+bool useInheritedDescriptor() {
+    // Stands in a third descriptor that the parent forgot to close.
+    char byte = 0;
+    return ::read(9, &byte, 1) >= 0;
+}
+
+const std::map<std::string, bool (*)()>& acts() {
+    static const std::map<std::string, bool (*)()> all = {
+        {"nothing", nothing},
+        {"open a file", openFile},
+        {"open a file for writing", openForWriting},
+        {"list a folder", listFolder},
+        {"ask for a file's status", statFile},
+        {"make a folder", makeFolder},
+        {"remove a file", removeFile},
+        {"open a network socket", openSocket},
+        {"open a local socket", openLocalSocket},
+        {"execute a program", execute},
+        {"fork", forkProcess},
+        {"signal its parent", killParent},
+        {"trace", traceParent},
+        {"read a process's memory", readParentMemory},
+        {"write to standard output", writeToStandardOutput},
+        {"write to the picture", writeToPicture},
+        {"read the answer's descriptor", readAnswer},
+        {"have executable memory", executableMemory},
+        {"make memory executable", makeExecutable},
+        {"duplicate a descriptor", duplicateDescriptor},
+        {"ask for limits", raiseLimits},
+        {"make a memory file", makeMemoryFile},
+        {"change the folder", changeRoot},
+        {"set up kernel queues", askForNames},
+        {"use an inherited descriptor", useInheritedDescriptor},
+        {"start a thread", startThread}};
+    return all;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    const bool free = count == 3 && std::strcmp(arguments[1], "FREE") == 0;
+    if (count != 2 && !free) return 2;
+    const auto act = acts().find(arguments[count - 1]);
+    if (act == acts().end()) return 2;
+    if (!free) {
+        if (!skarnel::lockIn(kPicture, kAnswer, {1U << 30U, 1U << 20U, 10})) return 3;
+    }
+    return act->second() ? 0 : 10;
+}

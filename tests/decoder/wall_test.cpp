@@ -1,0 +1,190 @@
+// Decoding through the helper program gives what decoding here gives, and survives its death.
+#include "imaging/io/decoder_wall.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "imaging/io/pictures.h"
+#include "imaging/io/read_file.h"
+
+namespace skarnel {
+namespace {
+
+using namespace skarnel::testing;
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kSanitized = true;
+#else
+constexpr bool kSanitized = false;
+#endif
+
+io::FileDescriptor memoryFile(ByteView bytes) {
+    io::FileDescriptor file(::memfd_create("test", MFD_CLOEXEC));
+    EXPECT_EQ(::pwrite(file.number(), bytes.data(), bytes.size(), 0),
+              static_cast<ssize_t>(bytes.size()));
+    return file;
+}
+
+Result<DecodedImage> throughHelper(ByteView bytes, const DecodeLimits& limits = {}) {
+    return io::decodeBehindWall(DECODER_PROGRAM, memoryFile(bytes).number(), limits);
+}
+
+/// A program in the helper's place: a shell script, so that each way of ending badly is one line.
+class FalseHelper {
+  public:
+    explicit FalseHelper(const std::string& body) {
+        std::string pattern = (std::filesystem::temp_directory_path() / "helperXXXXXX").string();
+        folder_ = ::mkdtemp(pattern.data());
+        std::ofstream(path()) << "#!/bin/sh\n" << body << "\n";
+        ::chmod(path().c_str(), 0700);
+    }
+    ~FalseHelper() { std::filesystem::remove_all(folder_); }
+    FalseHelper(const FalseHelper&) = delete;
+    FalseHelper& operator=(const FalseHelper&) = delete;
+    std::string path() const { return (folder_ / "helper").string(); }
+
+  private:
+    std::filesystem::path folder_;
+};
+
+class Wall : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        if (kSanitized) GTEST_SKIP() << "a sanitizer's run-time needs system calls of its own";
+    }
+};
+
+TEST_F(Wall, GivesThePictureOfEveryFormat) {
+    for (const ImageType& type : imageTypes()) {
+        if (!type.canWrite) continue;
+        const Bytes bytes = *encodeImage(randomValidPicture(61, 47, 3), type.identifier,
+                                         {{std::string(kPropertyDpiWidth), 300.0}});
+        const auto behind = throughHelper(bytes);
+        ASSERT_TRUE(behind) << type.name << ": " << behind.error().message;
+        const auto here = decodeImage(bytes);
+        EXPECT_TRUE(samePixels(behind->image, here->image)) << type.name;
+        EXPECT_EQ(behind->properties, here->properties) << type.name;
+        EXPECT_EQ(behind->type, here->type);
+    }
+}
+
+TEST_F(Wall, PassesErrorsOnWithTheirReason) {
+    const Bytes text = {'h', 'e', 'l', 'l', 'o'};
+    const auto unknown = throughHelper(text);
+    ASSERT_FALSE(unknown);
+    EXPECT_EQ(unknown.error().code, ErrorCode::UnknownFormat);
+    EXPECT_EQ(unknown.error().message, decodeImage(text).error().message);
+
+    const Bytes png = *encodeImage(randomValidPicture(40, 40, 3), kUTTypePNG);
+    const auto large = throughHelper(png, {1599});
+    ASSERT_FALSE(large);
+    EXPECT_EQ(large.error().code, ErrorCode::TooLarge);
+    const auto cut = throughHelper(ByteView(png).first(png.size() / 2));
+    ASSERT_FALSE(cut);
+    EXPECT_EQ(cut.error().code, ErrorCode::Damaged);
+    EXPECT_FALSE(throughHelper(ByteView()));
+}
+
+TEST_F(Wall, OutlivesAHelperThatDies) {
+    const Bytes png = *encodeImage(randomValidPicture(4, 4, 3), kUTTypePNG);
+    for (const char* body : {"kill -SEGV $$", "kill -KILL $$", "exit 1", "exit 0", "echo x >&4",
+                             "head -c 64 /dev/zero >&4"}) {
+        const FalseHelper helper(body);
+        const auto decoded = io::decodeBehindWall(helper.path(), memoryFile(png).number(), {});
+        ASSERT_FALSE(decoded) << body;
+        EXPECT_EQ(decoded.error().code, ErrorCode::Damaged) << body;
+    }
+}
+
+TEST_F(Wall, SaysWhenTheHelperCannotBeStarted) {
+    const auto decoded = io::decodeBehindWall("/nonexistent/helper", memoryFile({}).number(), {});
+    ASSERT_FALSE(decoded);
+    EXPECT_EQ(decoded.error().code, ErrorCode::Failed);
+    EXPECT_FALSE(decoded.error().message.empty());
+}
+
+TEST_F(Wall, LeavesNoDescriptorOpen) {
+    auto openDescriptors = [] {
+        const std::filesystem::directory_iterator all("/proc/self/fd");
+        return std::distance(begin(all), end(all));
+    };
+    const Bytes png = *encodeImage(randomValidPicture(4, 4, 3), kUTTypePNG);
+    (void)throughHelper(png);
+    const auto before = openDescriptors();
+    for (int i = 0; i < 20; ++i) {
+        (void)throughHelper(png);
+        (void)throughHelper(ByteView(png).first(20));
+    }
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(Wall, TurnsAndCopiesNothingOfThePictureAway) {
+    // A quarter turn needs a second buffer; the answer then holds the turned one.
+    const CGImage image = randomValidPicture(130, 70, 9);
+    Bytes tiff = *encodeImage(image, kUTTypeTIFF);
+    bool changed = false;
+    for (std::size_t i = 0; i + 12 <= tiff.size(); ++i) {
+        // The orientation's entry: tag 274, type 3, count 1, value 1.
+        const std::uint8_t entry[] = {0x12, 0x01, 3, 0, 1, 0, 0, 0, 1, 0};
+        if (std::equal(std::begin(entry), std::end(entry), tiff.begin() + static_cast<long>(i))) {
+            tiff[i + 8] = 6;
+            changed = true;
+        }
+    }
+    ASSERT_TRUE(changed);
+    const auto behind = throughHelper(tiff);
+    ASSERT_TRUE(behind);
+    ASSERT_EQ(behind->image.width(), 70);
+    // A quarter turn clockwise: the stored top left pixel goes to the top right.
+    EXPECT_EQ(pixelAt(behind->image, 69, 0), pixelAt(image, 0, 0));
+    EXPECT_EQ(pixelAt(behind->image, 0, 0), pixelAt(image, 0, 69));
+}
+
+TEST_F(Wall, FilesAndForeignBytesGoThroughTheInstalledHelper) {
+    ASSERT_TRUE(io::decoderProgram().has_value()) << "the helper lies beside this test";
+    const CGImage image = randomValidPicture(12, 9, 2);
+    const Bytes png = *encodeImage(image, kUTTypePNG);
+    const auto foreign = decodeForeignImage(png);
+    ASSERT_TRUE(foreign);
+    EXPECT_TRUE(samePixels(foreign->image, image));
+    std::string path = (std::filesystem::temp_directory_path() / "wallXXXXXX").string();
+    const io::FileDescriptor file(::mkstemp(path.data()));
+    ASSERT_EQ(::write(file.number(), png.data(), png.size()), static_cast<ssize_t>(png.size()));
+    for (const auto& decoded : {decodeImageFile(path), decodeOwnImageFile(path)}) {
+        ASSERT_TRUE(decoded);
+        EXPECT_TRUE(samePixels(decoded->image, image));
+    }
+    std::filesystem::remove(path);
+}
+
+TEST_F(Wall, NamesTheWallsThatStand) {
+    std::vector<std::string> names;
+    for (const DecoderWall& wall : decoderWalls()) names.push_back(wall.name);
+    EXPECT_EQ(names, (std::vector<std::string>{"helper program", "no new privileges",
+                                               "resource limits", "seccomp", "landlock"}));
+    EXPECT_TRUE(decoderWalls().front().stands);
+}
+
+TEST(DecodeImageFile, NamesTheReasonWhyAFileCannotBeRead) {
+    const auto missing = decodeImageFile("/nonexistent/picture.png");
+    ASSERT_FALSE(missing);
+    EXPECT_EQ(missing.error().code, ErrorCode::NotFound);
+    EXPECT_EQ(missing.error().message, "No such file or directory");
+    const auto folder = decodeImageFile("/tmp");
+    ASSERT_FALSE(folder);
+    EXPECT_EQ(folder.error().code, ErrorCode::CannotRead);
+    EXPECT_EQ(folder.error().message, "Is a directory");
+    const auto device = decodeImageFile("/dev/zero");
+    ASSERT_FALSE(device);
+    EXPECT_EQ(device.error().code, ErrorCode::CannotRead);
+}
+
+}  // namespace
+}  // namespace skarnel
