@@ -34,8 +34,8 @@ const std::uint8_t* ImageRows::combinedRow(const kernels::Taps& taps) {
 const std::uint8_t* ImageRows::row(int i) {
     const std::uint8_t* tall = combinedRow(rows_->taps(i));
     if (const auto shift = columns_->copyShift()) return tall + std::ptrdiff_t{4} * *shift;
-    kernels::combineColumns(wide_.data(), tall, columns_->allTaps(),
-                            static_cast<std::size_t>(columns_->size()));
+    kernels::combineColumns(wide_.data(), tall, static_cast<std::size_t>(source_.width),
+                            columns_->allTaps(), static_cast<std::size_t>(columns_->size()));
     return wide_.data();
 }
 

@@ -81,8 +81,8 @@ void CanvasRows::drawReflection(int row, std::uint8_t* target) {
     const std::uint8_t* mirrorRow = mirror_->row(index);
     if (reflectionWidth_ == layout_.width) return shaper_->shapeRow(index, mirrorRow, target);
     shaper_->shapeRow(index, mirrorRow, shaped_.data());
-    kernels::combineColumns(target, shaped_.data(), plans_->stretch.allTaps(),
-                            static_cast<std::size_t>(layout_.width));
+    kernels::combineColumns(target, shaped_.data(), static_cast<std::size_t>(reflectionWidth_),
+                            plans_->stretch.allTaps(), static_cast<std::size_t>(layout_.width));
 }
 
 /// Lays the picture's row over what the canvas row holds. Over nothing a composited pixel is the

@@ -46,4 +46,15 @@ void scaleRow(std::uint8_t* target, const std::uint8_t* source, std::uint8_t fac
 void streamRow(std::uint8_t* target, const std::uint8_t* source, std::size_t pixels);
 }  // namespace scalar
 
+#if SKARNEL_VECTOR
+namespace vector {
+void overRow(std::uint8_t* target, const std::uint8_t* source, std::size_t pixels);
+void overColorRow(std::uint8_t* target, Pixel color, std::size_t pixels);
+void fillRow(std::uint8_t* target, Pixel color, std::size_t pixels);
+void scaleRow(std::uint8_t* target, const std::uint8_t* source, std::uint8_t factor,
+              std::size_t pixels);
+void streamRow(std::uint8_t* target, const std::uint8_t* source, std::size_t pixels);
+}  // namespace vector
+#endif
+
 }  // namespace skarnel::kernels

@@ -14,7 +14,8 @@ void combineRows(std::uint8_t* target, const std::uint8_t* const* rows, const Ta
     }
 }
 
-void combineColumns(std::uint8_t* target, const std::uint8_t* source, const Taps* taps,
+void combineColumns(std::uint8_t* target, const std::uint8_t* source,
+                    [[maybe_unused]] std::size_t sourcePixels, const Taps* taps,
                     std::size_t pixels) {
     for (std::size_t x = 0; x < pixels; ++x) {
         const std::uint8_t* from = source + std::ptrdiff_t{4} * taps[x].first;
@@ -34,9 +35,9 @@ void combineRows(std::uint8_t* target, const std::uint8_t* const* rows, const Ta
     SKARNEL_RUN_KERNEL(combineRows, target, rows, taps, bytes);
 }
 
-void combineColumns(std::uint8_t* target, const std::uint8_t* source, const Taps* taps,
-                    std::size_t pixels) {
-    SKARNEL_RUN_KERNEL(combineColumns, target, source, taps, pixels);
+void combineColumns(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
+                    const Taps* taps, std::size_t pixels) {
+    SKARNEL_RUN_KERNEL(combineColumns, target, source, sourcePixels, taps, pixels);
 }
 
 }  // namespace skarnel::kernels

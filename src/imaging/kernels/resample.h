@@ -22,15 +22,25 @@ struct Taps {
 void combineRows(std::uint8_t* target, const std::uint8_t* const* rows, const Taps& taps,
                  std::size_t bytes);
 
-/// Pixel x of the target = the same weighted sum over the pixels taps[x].first onwards.
-void combineColumns(std::uint8_t* target, const std::uint8_t* source, const Taps* taps,
-                    std::size_t pixels);
+/// Pixel x of the target = the same weighted sum over the pixels taps[x].first onwards of a row of
+/// sourcePixels.
+void combineColumns(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
+                    const Taps* taps, std::size_t pixels);
 
 namespace scalar {
 void combineRows(std::uint8_t* target, const std::uint8_t* const* rows, const Taps& taps,
                  std::size_t bytes);
-void combineColumns(std::uint8_t* target, const std::uint8_t* source, const Taps* taps,
-                    std::size_t pixels);
+void combineColumns(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
+                    const Taps* taps, std::size_t pixels);
 }  // namespace scalar
+
+#if SKARNEL_VECTOR
+namespace vector {
+void combineRows(std::uint8_t* target, const std::uint8_t* const* rows, const Taps& taps,
+                 std::size_t bytes);
+void combineColumns(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
+                    const Taps* taps, std::size_t pixels);
+}  // namespace vector
+#endif
 
 }  // namespace skarnel::kernels

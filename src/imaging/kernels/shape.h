@@ -36,4 +36,11 @@ void shapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t sour
               const ShapeColumns& columns, const ShapeFactor& factor, std::size_t pixels);
 }  // namespace scalar
 
+#if SKARNEL_VECTOR
+namespace vector {
+void shapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
+              const ShapeColumns& columns, const ShapeFactor& factor, std::size_t pixels);
+}  // namespace vector
+#endif
+
 }  // namespace skarnel::kernels

@@ -31,7 +31,8 @@ bool useVectors() {
 
 std::vector<Target> supportedTargets() {
     std::vector<Target> targets;
-    for (std::int64_t rest = hwy::SupportedTargets() & HWY_TARGETS; rest != 0; rest &= rest - 1)
+    for (std::int64_t rest = hwy::SupportedTargets() & HWY_TARGETS & ~HWY_SCALAR; rest != 0;
+         rest &= rest - 1)
         targets.push_back(rest & -rest);
     return targets;
 }

@@ -42,4 +42,12 @@ void squeezeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t so
 void walkColumns(std::uint8_t* target, const ColumnWalk& walk, std::size_t begin, std::size_t end);
 }  // namespace scalar
 
+#if SKARNEL_VECTOR
+namespace vector {
+void squeezeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
+                const std::int32_t* from, const std::uint32_t* weight, std::size_t pixels);
+void walkColumns(std::uint8_t* target, const ColumnWalk& walk, std::size_t begin, std::size_t end);
+}  // namespace vector
+#endif
+
 }  // namespace skarnel::kernels
