@@ -6,7 +6,7 @@
 #include <limits>
 #include <new>
 
-#include "render/exact_weight.h"
+#include "imaging/kernels/exact_weight.h"
 #include "render/reflection.h"
 #include "util/geometry/integers.h"
 
@@ -89,7 +89,7 @@ std::optional<RowShaper> RowShaper::create(const ShapeSize& size, const FadePara
         RowShaper shaper(size, fade);
         shaper.from_.resize(static_cast<std::size_t>(size.outWidth));
         shaper.weight_.resize(static_cast<std::size_t>(size.outWidth));
-        shaper.inDoubles_.reserve(1024);
+        shaper.inDoubles_.resize(static_cast<std::size_t>(size.outWidth));
         return shaper;
     } catch (const std::bad_alloc&) {
         return std::nullopt;
@@ -102,32 +102,27 @@ void RowShaper::planColumns(int rowInset) {
     plannedInset_ = rowInset;
     const double a = rowInset;
     const double b = static_cast<double>(size_.outWidth) - rowInset;
-    const double lastColumn = size_.width - 1;
     begin_ = std::max(0, rowInset);
     end_ = std::min(size_.outWidth, toInt32(b) + 1);
-    const double scale = lastColumn / (b - a);
-    inDoubles_.clear();
-    for (int x = begin_; x < end_; ++x) {
-        const double position = (x - a) * scale + 0.0;
-        const double from = std::floor(position);
-        ExactWeight exact{0, false};
-        // From the last column on, both neighbours are that column.
-        if (from < lastColumn) exact = exactWeight(position);
-        const auto i = static_cast<std::size_t>(x);
-        from_[i] = static_cast<std::int32_t>(std::min(from, lastColumn));
-        weight_[i] = exact.weight * 0x10001U;
-        if (exact.needsDoubles) inDoubles_.push_back({x, from_[i], position - from});
-    }
+    positions_ = {a, (size_.width - 1) / (b - a), size_.width - 1};
+    const auto begin = static_cast<std::size_t>(begin_);
+    const std::size_t found =
+        kernels::planShapeColumns(positions_, begin_, static_cast<std::size_t>(end_ - begin_),
+                                  from_.data() + begin, weight_.data() + begin, inDoubles_.data());
+    inDoublesCount_ = found;
 }
 
 void RowShaper::shapeInDoubles(const std::uint8_t* mirrorRow, const kernels::ShapeFactor& factor,
                                std::uint8_t* target) const {
-    for (const DoubleColumn& column : inDoubles_) {
-        const std::uint8_t* first = mirrorRow + std::ptrdiff_t{4} * column.from;
-        std::uint8_t* out = target + std::ptrdiff_t{4} * column.column;
+    for (std::size_t i = 0; i < inDoublesCount_; ++i) {
+        const std::int32_t x = inDoubles_[i];
+        const double position = (x - positions_.origin) * positions_.scale;
+        const double fraction = position - std::floor(position);
+        const std::uint8_t* first =
+            mirrorRow + std::ptrdiff_t{4} * from_[static_cast<std::size_t>(x)];
+        std::uint8_t* out = target + std::ptrdiff_t{4} * x;
         for (int k = 0; k < 4; ++k)
-            out[k] =
-                factor.table[toLowByte(first[k] + (first[k + 4] - first[k]) * column.fraction)];
+            out[k] = factor.table[toLowByte(first[k] + (first[k + 4] - first[k]) * fraction)];
     }
 }
 

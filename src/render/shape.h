@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "imaging/kernels/exact_weight.h"
 #include "imaging/kernels/shape.h"
 
 namespace skarnel {
@@ -59,12 +60,7 @@ class RowShaper {
     RowShaper(const ShapeSize& size, const FadeParameters& fade) : size_(size), fade_(fade) {}
     void planColumns(int rowInset);
 
-    /// A column whose bytes only double arithmetic gives.
-    struct DoubleColumn {
-        int column;
-        std::int32_t from;
-        double fraction;
-    };
+    /// The columns whose bytes only double arithmetic gives.
     void shapeInDoubles(const std::uint8_t* mirrorRow, const kernels::ShapeFactor& factor,
                         std::uint8_t* target) const;
 
@@ -75,7 +71,9 @@ class RowShaper {
     int end_ = 0;
     std::vector<std::int32_t> from_;
     std::vector<std::uint32_t> weight_;
-    std::vector<DoubleColumn> inDoubles_;
+    kernels::ColumnPositions positions_{};
+    std::vector<std::int32_t> inDoubles_;
+    std::size_t inDoublesCount_ = 0;
 };
 
 }  // namespace skarnel

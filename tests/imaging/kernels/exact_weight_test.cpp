@@ -1,11 +1,11 @@
-#include "render/exact_weight.h"
+#include "imaging/kernels/exact_weight.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <random>
 
-namespace skarnel {
+namespace skarnel::kernels {
 namespace {
 
 /// floor(d * weight / 65536) against the double arithmetic, for every pair of bytes that differ
@@ -65,4 +65,4 @@ TEST(ExactWeight, AFractionJustAboveABoundaryLeavesTheBoundary) {
 }
 
 }  // namespace
-}  // namespace skarnel
+}  // namespace skarnel::kernels
