@@ -129,7 +129,7 @@ Result<DecodedImage> loadPicture(const std::string& input, std::int64_t maxPixel
     const Result<Bytes> bytes = readDescriptor(STDIN_FILENO, mostBytes(maxPixels));
     if (!bytes) return bytes.error();
     if (bytes->empty()) return {ErrorCode::CannotRead, "Nothing came from standard input"};
-    return decodeImage(*bytes, limits);
+    return decodeForeignImage(*bytes, limits);
 }
 
 Result<ReflectionResult> renderWithin(const CGImage& picture, const JobSettings& settings) {

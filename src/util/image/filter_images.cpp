@@ -9,7 +9,7 @@ std::optional<CGImage> createImageWithName(std::string_view name,
                                            const std::vector<std::string>& folders) {
     const std::optional<std::string> path = findResource(name, folders);
     if (!path) return std::nullopt;
-    Result<DecodedImage> decoded = decodeImageFile(*path);
+    Result<DecodedImage> decoded = decodeOwnImageFile(*path);
     if (!decoded) return std::nullopt;
     return std::move(decoded->image);
 }
