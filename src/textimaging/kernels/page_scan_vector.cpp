@@ -9,6 +9,15 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace skarnel::kernels::HWY_NAMESPACE {
+#if HWY_TARGET == HWY_SCALAR
+
+// One lane cannot be seen as four bytes; the definition serves.
+using scalar::endOfUsed;
+using scalar::firstUsed;
+using scalar::knockOutRow;
+
+#else
+
 namespace hn = hwy::HWY_NAMESPACE;
 
 using Colors = hn::ScalableTag<std::uint32_t>;
@@ -50,7 +59,8 @@ HWY_ATTR hn::Mask<Sums> usedLanes(const std::uint8_t* pixels, hn::Vec<Samples> r
     const auto difference = hn::BitCast(
         Colors(),
         hn::Sub(hn::Max(pixel, reference), hn::Min(pixel, reference)));  // |r| |g| |b| |a|
-    if (hn::AllTrue(Colors(), hn::Eq(difference, hn::Zero(Colors())))) return hn::FirstN(d, 0);
+    if (hn::AllTrue(Colors(), hn::Eq(difference, hn::Zero(Colors()))))
+        return hn::Gt(hn::Zero(d), limit);
     const auto low = hn::Set(Colors(), 0xFF);
     const auto byte0 = hn::BitCast(d, hn::And(difference, low));
     const auto byte1 = hn::BitCast(d, hn::And(hn::ShiftRight<8>(difference), low));
@@ -87,6 +97,8 @@ HWY_ATTR std::size_t endOfUsed(const std::uint8_t* row, const UsedRule& rule, st
     }
     return scalar::endOfUsed(row, rule, end);
 }
+
+#endif
 
 }  // namespace skarnel::kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
