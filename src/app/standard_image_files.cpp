@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "app/standard_text_files.h"
 #include "storage/safe_file.h"
 #include "util/log/system_log.h"
 
@@ -57,18 +58,23 @@ class EncodingDestination : public CGImageDestination {
     ImageProperties properties_;
 };
 
+enum class Lasting { Saved, Temporary };
+
 class FileDestination final : public EncodingDestination {
   public:
-    FileDestination(std::string_view path, std::string_view type, FileSystem& fileSystem)
-        : EncodingDestination(type), path_(path), fileSystem_(fileSystem) {}
+    FileDestination(std::string_view path, std::string_view type, Lasting lasting,
+                    FileSystem& fileSystem)
+        : EncodingDestination(type), path_(path), lasting_(lasting), fileSystem_(fileSystem) {}
 
   private:
     Result<void> store(Bytes encoded) override {
+        if (lasting_ == Lasting::Temporary) return writePrivateFile(path_, encoded, fileSystem_);
         return writeFileSafely(path_, encoded, Overwrite::Allow, fileSystem_);
     }
     std::string place() const override { return path_; }
 
     std::string path_;
+    Lasting lasting_;
     FileSystem& fileSystem_;
 };
 
@@ -98,7 +104,10 @@ std::unique_ptr<CGImageSource> StandardImageFiles::imageSourceCreateWithData(Byt
 std::unique_ptr<CGImageDestination> StandardImageFiles::imageDestinationCreateWithURL(
     std::string_view path, std::string_view type) {
     if (!canWrite(type)) return nullptr;
-    return std::make_unique<FileDestination>(path, type, fileSystem_);
+    const bool isPrivate =
+        !privateFolder_.empty() && folderOfPath(std::string(path)) == privateFolder_;
+    return std::make_unique<FileDestination>(
+        path, type, isPrivate ? Lasting::Temporary : Lasting::Saved, fileSystem_);
 }
 
 std::shared_ptr<Bytes> StandardImageFiles::dataCreateMutable() {

@@ -1,6 +1,9 @@
 // The image input/output library on the program's own readers, writers and safe files.
 #pragma once
 
+#include <string>
+#include <utility>
+
 #include "platform/image_files.h"
 #include "storage/file_system.h"
 
@@ -14,6 +17,10 @@ class StandardImageFiles final : public ImageFiles {
     explicit StandardImageFiles(FileSystem& fileSystem = systemFileSystem())
         : fileSystem_(fileSystem) {}
 
+    /// Files directly in this folder are temporary: made for the user alone, never through a link,
+    /// and not flushed to the disk. Without a final separator.
+    void setPrivateFolder(std::string folder) { privateFolder_ = std::move(folder); }
+
     std::unique_ptr<CGImageSource> imageSourceCreateWithData(ByteView data) override;
     std::unique_ptr<CGImageDestination> imageDestinationCreateWithURL(
         std::string_view path, std::string_view type) override;
@@ -24,6 +31,7 @@ class StandardImageFiles final : public ImageFiles {
 
   private:
     FileSystem& fileSystem_;
+    std::string privateFolder_;
 };
 
 }  // namespace skarnel

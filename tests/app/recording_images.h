@@ -49,6 +49,37 @@ class RecordingOperations final : public ImageOperations {
             image, perspectiveW, perspectiveH, reflectionOffset, gradientOffset, gradient, readers);
     }
 
+    std::optional<NSImage> imageWithBitmap(const CGImage& bitmap) override {
+        log_.add("imageWithBitmap", shown(bitmap));
+        if (log_.fails("imageWithBitmap")) return std::nullopt;
+        return ImageOperations::imageWithBitmap(bitmap);
+    }
+    std::optional<CIImage> CIImageMakeFirtsPixelColorTransparent(const CIImage& image) override {
+        log_.add("CIImageMakeFirtsPixelColorTransparent", shown(image.extent().size()));
+        if (log_.fails("CIImageMakeFirtsPixelColorTransparent")) return std::nullopt;
+        return ImageOperations::CIImageMakeFirtsPixelColorTransparent(image);
+    }
+    std::optional<CGImage> CIImageGetCGImage(const CIImage& image) override {
+        log_.add("CIImageGetCGImage", shown(image.extent().size()));
+        if (log_.fails("CIImageGetCGImage")) return std::nullopt;
+        return ImageOperations::CIImageGetCGImage(image);
+    }
+    /// A planned failure raises what is no exception of the toolkit's.
+    CGRect usedRect(const NSImage& image, std::int32_t tolerance) override {
+        log_.add("usedRect", shown(image.size()) + " tolerance " + std::to_string(tolerance));
+        if (log_.fails("usedRect")) throw 42;
+        return ImageOperations::usedRect(image, tolerance);
+    }
+    std::optional<NSImage> scaleImageToSize(const NSImage& image, CGSize size, bool trim,
+                                            std::int32_t tolerance, bool expand,
+                                            bool scaleUp) override {
+        log_.add("scaleImageToSize", shown(image.size()) + " to " + shown(size) + " trim " +
+                                         yesNo(trim) + " tolerance " + std::to_string(tolerance) +
+                                         " expand " + yesNo(expand) + " scaleUp " + yesNo(scaleUp));
+        if (log_.fails("scaleImageToSize")) return std::nullopt;
+        return ImageOperations::scaleImageToSize(image, size, trim, tolerance, expand, scaleUp);
+    }
+
   private:
     CallLog& log_;
 };
@@ -94,6 +125,7 @@ class RecordingDestination final : public CGImageDestination {
 class RecordingImageFiles final : public ImageFiles {
   public:
     explicit RecordingImageFiles(CallLog& log) : log_(log) {}
+    void setPrivateFolder(const std::string& folder) { real_.setPrivateFolder(folder); }
 
     std::unique_ptr<CGImageSource> imageSourceCreateWithData(ByteView data) override {
         log_.add("imageSourceCreateWithData");
