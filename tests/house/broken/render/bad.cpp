@@ -1,0 +1,2 @@
+#include "qt/window.h"
+#include <QWidget>
