@@ -87,9 +87,8 @@ inline NSImage testImage(int width, int height) {
 }
 
 /// A controller whose outlets are recorded; nothing was called on it yet.
-class ControllerTest : public ::testing::Test {
-  protected:
-    ControllerTest() {
+struct RecordedController {
+    RecordedController() {
         log.name(controller, "controller");
         window.connect(controller);
         window.imagePerspectiveSlider.value = 50;
@@ -133,6 +132,8 @@ class ControllerTest : public ::testing::Test {
     RecordedWindow window{log};
     VanteraDesktopController controller{toolkit, operations, "host.example"};
 };
+
+class ControllerTest : public ::testing::Test, protected RecordedController {};
 
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;

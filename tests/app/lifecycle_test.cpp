@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <functional>
+
 #include "controller_fixture.h"
 
 namespace skarnel::testing_app {
@@ -147,6 +150,48 @@ TEST_F(Lifecycle, FullScreenRendersTheWorkingCopyAgainAndFitsItToTheLargerViewer
                                         {"NSImageFromCGImageRef 40x60", "viewer.visibleRect",
                                          "imageByScalingProportionallyToSize 40x60 to 40x60",
                                          "getCGImageRef 40x60", "viewer.setImage 40x60"}})));
+}
+
+// The order in which the fields are declared is part of the class's description.
+TEST_F(Lifecycle, TheThirtyOneFieldsLieInTheirOrder) {
+    const VanteraDesktopController& c = controller;
+    const void* const fields[] = {&c.resultWindow,
+                                  &c.textView,
+                                  &c.resultView,
+                                  &c.saveOptions,
+                                  &c.openInEditor,
+                                  &c.resultViewBackgroundColor,
+                                  &c.resultViewBackgroundColorTextField,
+                                  &c.image,
+                                  &c.scaledImage,
+                                  &c.saveFilename,
+                                  &c.progress,
+                                  &c.perspectiveHeightSlider,
+                                  &c.perspectiveWidthSlider,
+                                  &c.offsetSlider,
+                                  &c.startSlider,
+                                  &c.gradientSlider,
+                                  &c.alphaSlider,
+                                  &c.imagePerspectiveSlider,
+                                  &c.applyBackgroundColorButton,
+                                  &c.perspectiveHeightTextField,
+                                  &c.perspectiveWidthTextField,
+                                  &c.offsetTextField,
+                                  &c.startTextField,
+                                  &c.gradientTextField,
+                                  &c.alphaTextField,
+                                  &c.imagePerspectiveTextField,
+                                  &c.harpSound,
+                                  &c.resourceCount,
+                                  &c.resourceFailedCount,
+                                  &c.resourceCompletedCount,
+                                  &c.clearTextTimer};
+    EXPECT_EQ(std::size(fields), 31U);
+    EXPECT_TRUE(std::is_sorted(std::begin(fields), std::end(fields), std::less<>()));
+    static_assert(std::is_same_v<decltype(c.openInEditor), std::int8_t>);
+    static_assert(std::is_same_v<decltype(c.resourceCount), std::int32_t>);
+    static_assert(std::is_same_v<decltype(c.resourceFailedCount), std::int32_t>);
+    static_assert(std::is_same_v<decltype(c.resourceCompletedCount), std::int32_t>);
 }
 
 TEST_F(Lifecycle, TheFieldsStartEmpty) {

@@ -192,7 +192,7 @@ TEST_F(Save, AFolderThatCannotBeWrittenToIsSilentForTheUserAndLogged) {
     const ScopedLogCapture captured;
     toolkit.lastSavePanel->end(NSOKButton);
     EXPECT_THAT(log.take(), ElementsAreArray(written("public.tiff")));
-    EXPECT_EQ(captured.text(), "Couldn't write " + path + ": No such file or directory\n");
+    EXPECT_EQ(captured.text(), "Couldn't write " + path + ": The folder does not exist\n");
 }
 
 TEST_F(Save, LeavesTheViewerAlone) {
