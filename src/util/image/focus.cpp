@@ -182,20 +182,20 @@ FocusLock::~FocusLock() {
 void FocusLock::unlock() {
     assert(locked_);
     leave();
-    if (!context_.isChanged()) return;
+    const auto before = image_.representations();
+    if (!context_.isChanged() && !before.empty()) return;
     const CGSize size = context_.size();
     auto drawn = NSBitmapImageRep::initWithCGImage(std::move(*context_.context_).takeImage());
     drawn->setSize(size);
-    // The list can only be added to at its end, so it is taken down and put up again.
-    const auto before = image_.representations();
     assert(!representation_ ||
            std::find(before.begin(), before.end(), representation_) != before.end());
+    // The list can only be added to at its end, so it is taken down and put up again.
     for (const auto& one : before) image_.removeRepresentation(one);
-    if (!representation_)
+    if (!representation_) {
         image_.addRepresentation(drawn);
-    else
-        for (const auto& one : before)
-            image_.addRepresentation(one == representation_ ? drawn : one);
+        return;
+    }
+    for (const auto& one : before) image_.addRepresentation(one == representation_ ? drawn : one);
 }
 
 NSGraphicsContext* FocusLock::current() {

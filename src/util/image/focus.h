@@ -68,8 +68,8 @@ class NSGraphicsContext {
 /// end in reverse order, each on the thread that made it.
 ///
 /// The destination starts with what the image shows, transparent for a new one. `unlock` hands the
-/// drawing to the image as its only representation; nothing changes if nothing was drawn. A lock
-/// that ends without `unlock` (an exception) leaves the image as it was.
+/// drawing to the image as its only representation, unless nothing was drawn over what it showed
+/// before. A lock that ends without `unlock` (an exception) leaves the image as it was.
 class FocusLock {
   public:
     /// Raises NSException for an image whose size has no positive width and height.

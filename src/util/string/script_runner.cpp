@@ -3,9 +3,11 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/resource.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -17,20 +19,38 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+/// A script on a busy machine gets this many times its limit on the clock.
+constexpr int kClockFactor = 20;
+
 void limitResource(int resource, rlim_t value) {
     const rlimit limit{value, value};
     setrlimit(static_cast<__rlimit_resource_t>(resource), &limit);
 }
 
 /// With no descriptor to be had, nothing can be opened: no file, no socket, no device.
-void wallOff(const ScriptLimits& limits) {
+void wallOff() {
     limitResource(RLIMIT_NOFILE, 0);
     limitResource(RLIMIT_FSIZE, 0);
     limitResource(RLIMIT_CORE, 0);
-    // A second bound beside the parent's clock, should the parent be gone: whole seconds, rounded
-    // up.
-    const auto seconds = std::chrono::ceil<std::chrono::seconds>(limits.time).count();
-    limitResource(RLIMIT_CPU, static_cast<rlim_t>(seconds + 1));
+}
+
+/// The process ends when it has used up its time on the processor. Time on the clock would fail
+/// honest scripts on a busy machine, and a script cannot wait for anything.
+void limitTime(std::chrono::milliseconds time) {
+    const auto micros = std::chrono::microseconds(time).count();
+    const itimerval timer{
+        {0, 0},
+        {static_cast<time_t>(micros / 1'000'000), static_cast<suseconds_t>(micros % 1'000'000)}};
+    setitimer(ITIMER_PROF, &timer, nullptr);
+}
+
+/// Handlers and blocked signals of the host program are not for this process.
+void resetSignals() {
+    for (const int number : {SIGTERM, SIGINT, SIGSEGV, SIGBUS, SIGFPE, SIGABRT, SIGPIPE, SIGPROF})
+        std::signal(number, SIG_DFL);
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
 void writeAll(int descriptor, const std::vector<std::uint8_t>& bytes) {
@@ -44,12 +64,11 @@ void writeAll(int descriptor, const std::vector<std::uint8_t>& bytes) {
 }
 
 [[noreturn]] void runInChild(const NSString& source, const ScriptLimits& limits, int output) {
-    // Handlers of the host program are not for this process.
-    for (const int number : {SIGTERM, SIGINT, SIGSEGV, SIGABRT, SIGPIPE, SIGXCPU})
-        std::signal(number, SIG_DFL);
+    resetSignals();
     dup2(output, 0);
     close_range(1, ~0U, 0);
-    wallOff(limits);
+    wallOff();
+    limitTime(limits.time);
     writeAll(0, evaluateJavaScript(source, limits.memoryBytes));
     _exit(0);
 }
@@ -81,7 +100,8 @@ class ForkedScript final : public Script {
     std::optional<ScriptDescriptor> execute() override {
         std::array<int, 2> ends{};
         if (pipe2(ends.data(), O_CLOEXEC) != 0) return std::nullopt;
-        const Clock::time_point deadline = Clock::now() + limits_.time;
+        // Should the process hang without using its time up.
+        const Clock::time_point deadline = Clock::now() + kClockFactor * limits_.time;
         const pid_t child = fork();
         if (child == 0) runInChild(source_, limits_, ends[1]);
         close(ends[1]);
@@ -113,6 +133,11 @@ ScriptDescriptor ScriptDescriptor::list(std::vector<ScriptDescriptor> items) {
 std::optional<ScriptDescriptor> ScriptDescriptor::descriptorAtIndex(std::size_t index) const {
     if (index < 1 || index > items_.size()) return std::nullopt;
     return items_[index - 1];
+}
+
+JavaScriptRunner::JavaScriptRunner(ScriptLimits limits) : limits_(limits) {
+    limits_.time = std::clamp<std::chrono::milliseconds>(limits.time, std::chrono::milliseconds(1),
+                                                         std::chrono::hours(1));
 }
 
 std::unique_ptr<Script> JavaScriptRunner::scriptWithSource(const NSString& source) {

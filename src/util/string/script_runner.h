@@ -57,8 +57,12 @@ class ScriptRunner {
 };
 
 struct ScriptLimits {
-    std::chrono::milliseconds time{2000};        // on the clock, for one script
-    std::size_t memoryBytes = 64 * 1024 * 1024;  // of the engine, its result included
+    /// On the processor, for one script, 1 ms to an hour; the clock gives it 20 times that.
+    std::chrono::milliseconds time{2000};
+    /// Of the engine, its result included.
+    std::size_t memoryBytes = 64 * 1024 * 1024;
+};                                           // on the clock, for one script
+std::size_t memoryBytes = 64 * 1024 * 1024;  // of the engine, its result included
 };
 
 /// Runs JavaScript (ECMAScript 5.1, the engine's later parts as they come). Each script gets a
@@ -68,7 +72,8 @@ struct ScriptLimits {
 /// when it is executed.
 class JavaScriptRunner final : public ScriptRunner {
   public:
-    explicit JavaScriptRunner(ScriptLimits limits = {}) : limits_(limits) {}
+    /// A time outside its range becomes the nearest end of it.
+    explicit JavaScriptRunner(ScriptLimits limits = {});
     std::unique_ptr<Script> scriptWithSource(const NSString& source) override;
 
   private:

@@ -106,6 +106,14 @@ TEST(Focus, AnUnlockWithoutADrawingChangesNothing) {
     EXPECT_EQ(image.representations(), before);
 }
 
+TEST(Focus, ANewImageIsATransparentPictureEvenIfNothingWasDrawn) {
+    NSImage image = NSImage::initWithSize({2, 1});
+    FocusLock focus(image);
+    focus.unlock();
+    EXPECT_TRUE(image.isValid());
+    EXPECT_EQ(pixelsOf(image), std::vector<Pixel>(2, kClear));
+}
+
 TEST(Focus, DrawsOverWhatTheImageShows) {
     NSImage image = imageOf(2, {kRed, kBlue});
     FocusLock focus(image);

@@ -138,6 +138,11 @@ TEST(FitImage, WithoutABoxNothingIsAdded) {
     EXPECT_EQ(pixelsOf(plain), std::vector<Pixel>(16, kClear));
 }
 
+TEST(FitImage, OfAnImageWithNothingToDrawIsATransparentCanvas) {
+    const NSImage scaled = scaledImageToFitSize(NSImage::initWithSize({4, 2}), {2, 2}).value();
+    EXPECT_EQ(pixelsOf(scaled), std::vector<Pixel>(4, kClear));
+}
+
 TEST(FitImage, TakesTheInterpolationThatIsAskedFor) {
     const NSImage image = imageOf(2, {kBlack, kWhite, kBlack, kWhite});
     const NSImage hard = scaledImageToFitSize(image, {4, 4}, InterpolationQuality::None).value();

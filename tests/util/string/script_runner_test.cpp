@@ -15,6 +15,12 @@ std::optional<ScriptDescriptor> run(std::u16string_view source, ScriptLimits lim
     return script ? script->execute() : std::nullopt;
 }
 
+/// The result's text; "(no result)" where there is none.
+std::optional<NSString> textOf(std::u16string_view source, ScriptLimits limits = {}) {
+    const std::optional<ScriptDescriptor> result = run(source, limits);
+    return result ? result->stringValue() : u"(no result)"_ns;
+}
+
 TEST(ScriptDescriptor, ItemsCountFromOne) {
     const ScriptDescriptor list = ScriptDescriptor::list(
         {ScriptDescriptor(kDescriptorText, u"a"_ns), ScriptDescriptor(kDescriptorNull)});
@@ -28,20 +34,20 @@ TEST(ScriptDescriptor, ItemsCountFromOne) {
 }
 
 TEST(JavaScript, TextsNumbersAndBooleansHaveTheirText) {
-    EXPECT_EQ(run(u"'a' + 'b'")->stringValue(), u"ab"_ns);
-    EXPECT_EQ(run(u"6 * 7")->stringValue(), u"42"_ns);
-    EXPECT_EQ(run(u"0.5 - 1")->stringValue(), u"-0.5"_ns);
-    EXPECT_EQ(run(u"1 / 0")->stringValue(), u"Infinity"_ns);
-    EXPECT_EQ(run(u"1 < 2")->stringValue(), u"true"_ns);
-    EXPECT_EQ(run(u"''")->stringValue(), u""_ns);
+    EXPECT_EQ(textOf(u"'a' + 'b'"), u"ab"_ns);
+    EXPECT_EQ(textOf(u"6 * 7"), u"42"_ns);
+    EXPECT_EQ(textOf(u"0.5 - 1"), u"-0.5"_ns);
+    EXPECT_EQ(textOf(u"1 / 0"), u"Infinity"_ns);
+    EXPECT_EQ(textOf(u"1 < 2"), u"true"_ns);
+    EXPECT_EQ(textOf(u"''"), u""_ns);
 }
 
 TEST(JavaScript, TextIsCarriedUnitForUnit) {
     const std::u16string source = u"'\u00E9\u4E2D\U0001F600'";
-    EXPECT_EQ(run(source)->stringValue(), NSString(u"\u00E9\u4E2D\U0001F600"));
-    EXPECT_EQ(run(u"'\\uD83D'")->stringValue(), NSString(std::u16string{0xD83D}));
-    EXPECT_EQ(run(u"'\u4E2D\U0001F600'.length")->stringValue(), u"3"_ns);
-    EXPECT_EQ(run(u"'a\\u0000b'")->stringValue(), NSString(std::u16string{u'a', 0, u'b'}));
+    EXPECT_EQ(textOf(source), NSString(u"\u00E9\u4E2D\U0001F600"));
+    EXPECT_EQ(textOf(u"'\\uD83D'"), NSString(std::u16string{0xD83D}));
+    EXPECT_EQ(textOf(u"'\u4E2D\U0001F600'.length"), u"3"_ns);
+    EXPECT_EQ(textOf(u"'a\\u0000b'"), NSString(std::u16string{u'a', 0, u'b'}));
 }
 
 TEST(JavaScript, AListHasItsItems) {
@@ -54,15 +60,16 @@ TEST(JavaScript, AListHasItsItems) {
     EXPECT_EQ(list->descriptorAtIndex(3)->descriptorType(), kDescriptorNull);
     EXPECT_EQ(list->descriptorAtIndex(4)->descriptorType(), kDescriptorRecord);
     EXPECT_EQ(list->descriptorAtIndex(5)->stringValue(), std::nullopt);
+    ASSERT_TRUE(run(u"[]"));
     EXPECT_EQ(run(u"[]")->numberOfItems(), 0U);
 }
 
 TEST(JavaScript, OtherResultsHaveNoText) {
-    EXPECT_EQ(run(u"null")->stringValue(), std::nullopt);
-    EXPECT_EQ(run(u"undefined")->stringValue(), std::nullopt);
-    EXPECT_EQ(run(u"var a = 1;")->stringValue(), std::nullopt);
-    EXPECT_EQ(run(u"({a: 1})")->stringValue(), std::nullopt);
-    EXPECT_EQ(run(u"(function () {})")->stringValue(), std::nullopt);
+    EXPECT_EQ(textOf(u"null"), std::nullopt);
+    EXPECT_EQ(textOf(u"undefined"), std::nullopt);
+    EXPECT_EQ(textOf(u"var a = 1;"), std::nullopt);
+    EXPECT_EQ(textOf(u"({a: 1})"), std::nullopt);
+    EXPECT_EQ(textOf(u"(function () {})"), std::nullopt);
 }
 
 TEST(JavaScript, AnErrorGivesNothing) {
@@ -74,15 +81,14 @@ TEST(JavaScript, AnErrorGivesNothing) {
 }
 
 TEST(JavaScript, EachScriptStartsAfresh) {
-    EXPECT_EQ(run(u"leftover = 5; leftover")->stringValue(), u"5"_ns);
-    EXPECT_EQ(run(u"typeof leftover")->stringValue(), u"undefined"_ns);
+    EXPECT_EQ(textOf(u"leftover = 5; leftover"), u"5"_ns);
+    EXPECT_EQ(textOf(u"typeof leftover"), u"undefined"_ns);
 }
 
 TEST(JavaScript, ReachesNeitherFilesNorNetworkNorProcesses) {
     EXPECT_EQ(
-        run(u"[typeof require, typeof load, typeof readFile, typeof XMLHttpRequest, "
-            u"typeof fetch, typeof process, typeof print, typeof alert].join()")
-            ->stringValue(),
+        textOf(u"[typeof require, typeof load, typeof readFile, typeof XMLHttpRequest, "
+               u"typeof fetch, typeof process, typeof print, typeof alert].join()"),
         u"undefined,undefined,undefined,undefined,undefined,undefined,undefined,undefined"_ns);
 }
 
@@ -97,24 +103,29 @@ TEST(JavaScript, StopsAtTheTimeLimit) {
     EXPECT_LT(taken, 20s);
 }
 
+TEST(JavaScript, AnyTimeLimitIsTakenAsOneWithinItsRange) {
+    EXPECT_FALSE(run(u"while (true) {}", {.time = 0ms}));
+    EXPECT_FALSE(run(u"while (true) {}", {.time = -5ms}));
+    EXPECT_EQ(textOf(u"1", {.time = std::chrono::milliseconds::max()}), u"1"_ns);
+}
+
 TEST(JavaScript, StopsAtTheMemoryLimit) {
     const ScriptLimits tight{.time = 10s, .memoryBytes = 4U << 20};
     EXPECT_FALSE(run(u"var s = 'x'; while (true) s += s", tight));
     EXPECT_FALSE(run(u"var a = []; while (true) a.push({})", tight));
-    EXPECT_EQ(run(u"var s = 'x'; while (s.length < 100000) s += s; s.length", tight)->stringValue(),
+    EXPECT_EQ(textOf(u"var s = 'x'; while (s.length < 100000) s += s; s.length", tight),
               u"131072"_ns);
     EXPECT_FALSE(run(u"1", {.memoryBytes = 100})) << "the engine itself does not fit";
 }
 
 TEST(JavaScript, DeepRecursionIsAnErrorOfTheScript) {
     EXPECT_FALSE(run(u"function f() { return f() + 1; } f()"));
-    EXPECT_EQ(
-        run(u"function f() { return f() + 1; } try { f() } catch (e) { 'caught' }")->stringValue(),
-        u"caught"_ns);
+    EXPECT_EQ(textOf(u"function f() { return f() + 1; } try { f() } catch (e) { 'caught' }"),
+              u"caught"_ns);
 }
 
 TEST(JavaScript, ALongTextComesBackWhole) {
-    const auto text = run(u"new Array(1000001).join('ab')")->stringValue();
+    const auto text = textOf(u"new Array(1000001).join('ab')");
     ASSERT_TRUE(text);
     EXPECT_EQ(text->length(), 2'000'000U);
 }
