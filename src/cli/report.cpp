@@ -82,6 +82,9 @@ std::string jsonOfVersion() {
         if (type.canRead) reads.push_back(type.name);
         if (type.canWrite) writes.push_back(type.name);
     }
+    // What stands between a hostile picture and the system.
+    Json& walls = json["walls"] = Json::object();
+    for (const DecoderWall& wall : decoderWalls()) walls[wall.name] = wall.stands;
     return dump(json);
 }
 

@@ -14,6 +14,7 @@
 #include "cli/sweep.h"
 #include "cli/watch.h"
 #include "storage/settings_store.h"
+#include "util/log/system_log.h"
 
 namespace skarnel::cli {
 namespace {
@@ -46,7 +47,15 @@ class Run {
     Run(const Options& options, const RenderSettings& base)
         : options_(options),
           settings_(jobSettings(options, base)),
-          console_(Console::styleFor(options)) {}
+          console_(Console::styleFor(options)) {
+        // The log is for those who look closer; what concerns a picture is in its report.
+        setSystemLogSink([this](std::string_view line) {
+            if (options_.verbosity == Verbosity::Verbose) console_.message(line);
+        });
+    }
+    Run(const Run&) = delete;
+    Run& operator=(const Run&) = delete;
+    ~Run() { setSystemLogSink({}); }
 
     int pictures() {
         const auto planned = planJobs(options_);

@@ -37,6 +37,7 @@ TEST(Report, TheVersionNamesWhatCanBeReadAndWritten) {
     EXPECT_NE(json.find("\"version\":"), std::string::npos);
     EXPECT_NE(json.find("\"reads\":["), std::string::npos);
     EXPECT_NE(json.find("\"TIFF\""), std::string::npos);
+    EXPECT_NE(json.find("\"seccomp\":"), std::string::npos);
 }
 
 TEST(Report, StylesFollowTheStreamsAndTheOptions) {

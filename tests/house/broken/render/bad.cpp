@@ -1,2 +1,2 @@
-#include "qt/window.h"
 #include <QWidget>
+#include "qt/window.h"
