@@ -103,7 +103,8 @@ void* makeInkProfile() {
     cmsHPROFILE profile = cmsCreateProfilePlaceholder(nullptr);
     if (profile == nullptr) return nullptr;
     cmsSetProfileVersion(profile, 4.3);
-    cmsSetDeviceClass(profile, cmsSigOutputClass);
+    // An input profile's black is its darkest colour, which black-point compensation needs.
+    cmsSetDeviceClass(profile, cmsSigInputClass);
     cmsSetColorSpace(profile, cmsSigCmykData);
     cmsSetPCS(profile, cmsSigLabData);
     cmsWriteTag(profile, cmsSigMediaWhitePointTag, cmsD50_XYZ());

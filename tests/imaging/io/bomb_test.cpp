@@ -1,0 +1,197 @@
+// Small files that ask for the world are refused quickly and without much memory.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <fstream>
+
+#include "imaging/io/file_builders.h"
+#include "imaging/io/pictures.h"
+
+namespace skarnel {
+namespace {
+
+using namespace skarnel::testing;
+
+/// A JPEG header of a size, progressive or not, followed by scans that hold next to nothing.
+Bytes jpegBomb(unsigned width, unsigned height, int scans) {
+    ByteSink out(true);
+    out.u16(0xFFD8).u16(0xFFDB).u16(67).u8(0).raw(Bytes(64, 1));
+    out.u16(0xFFC2).u16(17).u8(8).u16(height).u16(width).u8(3);
+    for (unsigned c = 1; c <= 3; ++c) out.u8(c).u8(0x11).u8(0);
+    // One code of one bit, for every kind of table.
+    for (unsigned table : {0x00U, 0x10U}) out.u16(0xFFC4).u16(20).u8(table).u8(1).zeros(15).u8(0);
+    for (int i = 0; i < scans; ++i) {
+        out.u16(0xFFDA).u16(8).u8(1).u8(1).u8(0).u8(i == 0 ? 0 : 1).u8(i == 0 ? 0 : 63).u8(0).u8(0);
+    }
+    return out.u16(0xFFD9).bytes;
+}
+
+Bytes pngBomb(std::uint32_t width, std::uint32_t height) {
+    return buildPng(width, height, 8, 6, {}, {});
+}
+
+/// A compressed comment that unpacks to 500 MB.
+Bytes pngCommentBomb() {
+    Bytes chunk = {'k', 0, 0};
+    const Bytes packed = zlibBytes(Bytes(500 << 20, 'a'));
+    chunk.insert(chunk.end(), packed.begin(), packed.end());
+    return buildPng(1, 1, 8, 0, {7}, {{"zTXt", chunk}});
+}
+
+Bytes tiffBomb(std::uint32_t width, std::uint32_t height, std::uint32_t compression) {
+    TiffBuilder tiff(1, 1, 2, {8, 8, 8});
+    tiff.tags[259] = {compression};
+    tiff.blocks = {{1, 2, 3}};
+    Bytes file = tiff.build();
+    // Width and height are SHORT in the builder; enlarge them in place.
+    for (std::size_t i = 0; i + 12 <= file.size(); ++i) {
+        if (file[i + 1] == 1 && (file[i] == 0 || file[i] == 1) && file[i + 2] == 3 &&
+            file[i + 4] == 1) {
+            const std::uint32_t side = file[i] == 0 ? width : height;
+            file[i + 8] = static_cast<std::uint8_t>(side);
+            file[i + 9] = static_cast<std::uint8_t>(side >> 8);
+        }
+    }
+    return file;
+}
+
+/// Directories that follow one another, the last back to the first where `loop`.
+Bytes tiffOfDirectories(int count, bool loop) {
+    ByteSink out(false);
+    out.text("II").u16(42).u32(8);
+    for (int i = 0; i < count; ++i) {
+        const std::size_t next = out.bytes.size() + 2 + 12 + 4;
+        out.u16(1).u16(256).u16(3).u32(1).u16(1).u16(0);
+        out.u32(i + 1 < count ? next : loop ? 8 : 0);
+    }
+    return out.bytes;
+}
+
+Bytes jp2Bomb(std::uint32_t width, std::uint32_t height, unsigned components, std::uint32_t tile) {
+    ByteSink out(true);
+    out.u16(0xFF4F).u16(0xFF51).u16(38 + 3 * components).u16(0);
+    out.u32(width).u32(height).u32(0).u32(0).u32(tile).u32(tile).u32(0).u32(0).u16(components);
+    for (unsigned i = 0; i < components; ++i) out.u8(7).u8(1).u8(1);
+    out.u16(0xFF52).u16(12).u8(0).u8(0).u16(1).u8(0).u8(5).u8(4).u8(4).u8(0).u8(1);
+    out.u16(0xFF5C).u16(19).u8(0x40).zeros(16);
+    out.u16(0xFF90).u16(10).u16(0).u32(14).u8(0).u8(1).u16(0xFF93);
+    return out.u16(0xFFD9).bytes;
+}
+
+Bytes gifBomb() {
+    Bytes file = buildGif(1, 1, Bytes(768, 7), {3});
+    file[6] = file[7] = file[8] = file[9] = 0xFF;
+    return file;
+}
+
+Bytes psdBomb(std::uint32_t side, bool big, std::uint16_t packing) {
+    PsdBuilder psd;
+    psd.big = big;
+    psd.rows = {{1}, {2}, {3}};
+    psd.packing = packing;
+    Bytes file = psd.build();
+    const Bytes number = ByteSink(true).u32(side).u32(side).bytes;
+    std::copy(number.begin(), number.end(), file.begin() + 14);
+    return file;
+}
+
+Bytes bmpBomb(std::int32_t side, std::uint32_t compression) {
+    BmpBuilder bmp;
+    bmp.width = bmp.height = side;
+    bmp.bits = 8;
+    bmp.compression = compression;
+    bmp.palette = Bytes(1024, 1);
+    bmp.pixels = {255, 1, 0, 1};
+    return bmp.build();
+}
+
+struct Bomb {
+    const char* name;
+    Bytes (*make)();
+};
+
+class Bombs : public ::testing::TestWithParam<Bomb> {};
+
+long peakKilobytes() {
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    while (status >> word) {
+        if (word != "VmHWM:") continue;
+        long value = 0;
+        status >> value;
+        return value;
+    }
+    return 0;
+}
+
+/// Decodes in a child, whose peak of memory is its own: exit 0 when the file was refused, 1 when
+/// it opened, 2 when it took more than 300 MB, 3 when it took more than 2 seconds.
+int refuse(const Bytes& file) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        std::ofstream("/proc/self/clear_refs") << 5;  // the peak starts from here
+        const long before = peakKilobytes();
+        const auto start = std::chrono::steady_clock::now();
+        const auto decoded = decodeImage(file);
+        const auto time = std::chrono::steady_clock::now() - start;
+        if (peakKilobytes() - before > 300 * 1024) ::_exit(2);
+        if (time > std::chrono::seconds(2)) ::_exit(3);
+        ::_exit(decoded ? 1 : 0);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + status;
+}
+
+TEST_P(Bombs, IsRefusedQuicklyAndInLittleMemory) {
+    EXPECT_EQ(refuse(GetParam().make()), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, Bombs,
+    ::testing::Values(Bomb{"JpegOf65500", [] { return jpegBomb(65500, 65500, 1); }},
+                      Bomb{"JpegOf3000Scans", [] { return jpegBomb(14000, 14000, 3000); }},
+                      Bomb{"JpegOf3000ScansSmall", [] { return jpegBomb(8, 8, 3000); }},
+                      Bomb{"JpegCutAfterItsHeader", [] { return jpegBomb(20000, 20000, 0); }},
+                      Bomb{"PngOf65500", [] { return pngBomb(65500, 65500); }},
+                      Bomb{"PngOf20000WithoutRows", [] { return pngBomb(20000, 20000); }},
+                      Bomb{"TiffOf65500", [] { return tiffBomb(65500, 65500, 1); }},
+                      Bomb{"TiffOf20000Raw", [] { return tiffBomb(20000, 20000, 1); }},
+                      Bomb{"TiffOf20000Lzw", [] { return tiffBomb(20000, 20000, 5); }},
+                      Bomb{"TiffOf20000Deflate", [] { return tiffBomb(20000, 20000, 8); }},
+                      Bomb{"TiffOf100000Directories",
+                           [] { return tiffOfDirectories(100000, false); }},
+                      Bomb{"TiffWithALoop", [] { return tiffOfDirectories(3, true); }},
+                      Bomb{"Jpeg2000Of65500", [] { return jp2Bomb(65500, 65500, 3, 65500); }},
+                      Bomb{"Jpeg2000OfManyComponents", [] { return jp2Bomb(64, 64, 16384, 64); }},
+                      Bomb{"Jpeg2000OfManyTiles", [] { return jp2Bomb(9000, 9000, 3, 1); }},
+                      Bomb{"Jpeg2000OfOneTile", [] { return jp2Bomb(9900, 9900, 3, 9900); }},
+                      Bomb{"GifOf65535", [] { return gifBomb(); }},
+                      Bomb{"PsdOf30000", [] { return psdBomb(30000, false, 0); }},
+                      Bomb{"PsdOf20000Runs", [] { return psdBomb(20000, false, 1); }},
+                      Bomb{"PsdOf20000Zip", [] { return psdBomb(20000, false, 2); }},
+                      Bomb{"PsbOf300000", [] { return psdBomb(300000, true, 1); }},
+                      Bomb{"BmpOf65500", [] { return bmpBomb(65500, 0); }},
+                      Bomb{"BmpOf20000Raw", [] { return bmpBomb(20000, 0); }},
+                      Bomb{"BmpOf20000Runs", [] { return bmpBomb(20000, 1); }}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(Bombs, ACommentThatUnpacksToMuchIsNotUnpacked) {
+    const int result = refuse(pngCommentBomb());
+    EXPECT_TRUE(result == 0 || result == 1) << result;
+}
+
+TEST(Bombs, TheLimitOfPixelsIsKeptToThePixel) {
+    const Bytes file = *encodeImage(randomValidPicture(30, 20, 1), kUTTypePNG);
+    EXPECT_TRUE(decodeImage(file, {600}));
+    const auto over = decodeImage(file, {599});
+    ASSERT_FALSE(over);
+    EXPECT_EQ(over.error().code, ErrorCode::TooLarge);
+    EXPECT_NE(over.error().message.find("30 x 20"), std::string::npos) << over.error().message;
+}
+
+}  // namespace
+}  // namespace skarnel
