@@ -61,8 +61,6 @@ struct ScriptLimits {
     std::chrono::milliseconds time{2000};
     /// Of the engine, its result included.
     std::size_t memoryBytes = 64 * 1024 * 1024;
-};                                           // on the clock, for one script
-std::size_t memoryBytes = 64 * 1024 * 1024;  // of the engine, its result included
 };
 
 /// Runs JavaScript (ECMAScript 5.1, the engine's later parts as they come). Each script gets a
