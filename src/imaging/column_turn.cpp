@@ -8,6 +8,8 @@
 
 #include "imaging/kernels/pixel_ops.h"
 #include "imaging/kernels/turn.h"
+#include "imaging/readable.h"
+#include "imaging/streaming.h"
 
 namespace skarnel {
 namespace {
@@ -67,9 +69,9 @@ void ColumnTurn::planColumn(double position, double top, double length) {
     bottom_.push_back(top + length);
 }
 
-void ColumnTurn::squeezeRow(const std::uint8_t* source, std::uint8_t* target) const {
-    kernels::squeezeRow(target, source, static_cast<std::size_t>(width_), from_.data(),
-                        weight_.data(), from_.size());
+void ColumnTurn::squeezeRow(const std::uint8_t* source, std::size_t readablePixels,
+                            std::uint8_t* target) const {
+    kernels::squeezeRow(target, source, readablePixels, from_.data(), weight_.data(), from_.size());
 }
 
 namespace {
@@ -119,9 +121,18 @@ void ColumnTurn::walkRows(PixelView squeezed, MutablePixelView target) const {
                              centre_.data(),
                              step_.data(),
                              0,
-                             static_cast<float>(height_ - 1)};
+                             static_cast<float>(height_ - 1),
+                             usesStreaming(target)};
     const auto pixels = [](int count) { return std::size_t{4} * static_cast<std::size_t>(count); };
+    const Columns all{0, target.width};
+    const double fullFrom = std::max(top_.front(), top_.back());
+    const double fullTo = std::min(bottom_.front(), bottom_.back());
     for (int row = 0; row < target.height; ++row) {
+        walk.rowOffset = static_cast<float>(row - middleRow_);
+        if (row >= fullFrom && row + 1 <= fullTo) {
+            kernels::walkColumns(target.row(row), walk, 0, static_cast<std::size_t>(all.end));
+            continue;
+        }
         const double upper = row;
         const double lower = row + 1.0;
         const Columns touched =
@@ -131,7 +142,6 @@ void ColumnTurn::walkRows(PixelView squeezed, MutablePixelView target) const {
             common(common(passing(top_, [&](double top) { return top <= upper; }),
                           passing(bottom_, [&](double bottom) { return bottom >= lower; })),
                    touched);
-        walk.rowOffset = static_cast<float>(row - middleRow_);
         std::uint8_t* out = target.row(row);
         std::memset(out, 0, pixels(touched.begin));
         std::memset(out + pixels(touched.end), 0, pixels(target.width - touched.end));
@@ -162,7 +172,7 @@ std::optional<CGImage> drawColumnTurn(const CGImage& picture, const Quad& quad, 
     if (!squeezed || !target) return std::nullopt;
     const MutablePixelView rows = squeezed->view();
     for (int y = 0; y < picture.height(); ++y)
-        turn->squeezeRow(source->pixels().row(y), rows.row(y));
+        turn->squeezeRow(source->pixels().row(y), readablePixels(source->pixels(), y), rows.row(y));
     std::memset(rows.row(picture.height()), 0,
                 std::size_t{4} * static_cast<std::size_t>(targetWidth));
     turn->walkRows(rows, target->view());

@@ -29,8 +29,10 @@ class ColumnTurn {
 
     int targetWidth() const { return static_cast<int>(from_.size()); }
 
-    /// First pass: one source row to one row of targetWidth() pixels.
-    void squeezeRow(const std::uint8_t* source, std::uint8_t* target) const;
+    /// First pass: one source row to one row of targetWidth() pixels. Of the memory behind `source`
+    /// `readablePixels` may be read, at least a row; what lies beyond the row plays no part.
+    void squeezeRow(const std::uint8_t* source, std::size_t readablePixels,
+                    std::uint8_t* target) const;
 
     /// Second pass. `squeezed` holds the squeezed rows, top row first, and after them one readable
     /// row whose content plays no part. Writes every byte of the target.

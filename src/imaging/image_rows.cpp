@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <new>
 
+#include "imaging/readable.h"
+
 namespace skarnel {
 
 std::optional<ImageRows> ImageRows::create(PixelView source, const AxisPlan& columns,
@@ -12,9 +14,9 @@ std::optional<ImageRows> ImageRows::create(PixelView source, const AxisPlan& col
         int most = 0;
         for (int i = 0; i < rows.size(); ++i) most = std::max(most, rows.taps(i).count);
         made.tapRows_.resize(static_cast<std::size_t>(most));
-        if (most > 1) made.tall_.resize(std::size_t{4} * static_cast<std::size_t>(source.width));
+        if (most > 1) made.tall_.resize(4 * (static_cast<std::size_t>(source.width) + kPadding));
         if (!columns.copyShift())
-            made.wide_.resize(std::size_t{4} * static_cast<std::size_t>(columns.size()));
+            made.wide_.resize(4 * (static_cast<std::size_t>(columns.size()) + kPadding));
         return made;
     } catch (const std::bad_alloc&) {
         return std::nullopt;
@@ -37,6 +39,13 @@ const std::uint8_t* ImageRows::row(int i) {
     kernels::combineColumns(wide_.data(), tall, static_cast<std::size_t>(source_.width),
                             columns_->allTaps(), static_cast<std::size_t>(columns_->size()));
     return wide_.data();
+}
+
+std::size_t ImageRows::readableFrom(int i) const {
+    if (!columns_->copyShift()) return static_cast<std::size_t>(columns_->size()) + kPadding;
+    const auto shift = static_cast<std::size_t>(*columns_->copyShift());
+    if (rows_->taps(i).count > 1) return static_cast<std::size_t>(source_.width) + kPadding - shift;
+    return readablePixels(source_, rows_->taps(i).first) - shift;
 }
 
 }  // namespace skarnel

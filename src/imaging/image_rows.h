@@ -23,6 +23,12 @@ class ImageRows {
     /// where nothing is resampled, otherwise into scratch that the next call overwrites.
     const std::uint8_t* row(int i);
 
+    /// How many pixels from row(i) on may be read.
+    std::size_t readableFrom(int i) const;
+
+    /// Pixels that may be read behind every row of scratch.
+    static constexpr std::size_t kPadding = 64;
+
   private:
     ImageRows(PixelView source, const AxisPlan& columns, const AxisPlan& rows)
         : source_(source), columns_(&columns), rows_(&rows) {}

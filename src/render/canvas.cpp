@@ -69,6 +69,7 @@ std::optional<CanvasRows> CanvasRows::create(PixelView picture, const CanvasLayo
                                      whole(layout.width), whole(layout.width), kQuality);
         rows.shaped_.resize(bytesOf(reflection.outWidth));
         rows.layer_.resize(bytesOf(layout.width));
+        rows.row_.resize(bytesOf(layout.width));
         return rows;
     } catch (const std::bad_alloc&) {
         return std::nullopt;
@@ -79,8 +80,9 @@ std::optional<CanvasRows> CanvasRows::create(PixelView picture, const CanvasLayo
 void CanvasRows::drawReflection(int row, std::uint8_t* target) {
     const int index = row - reflectionTop_;
     const std::uint8_t* mirrorRow = mirror_->row(index);
-    if (reflectionWidth_ == layout_.width) return shaper_->shapeRow(index, mirrorRow, target);
-    shaper_->shapeRow(index, mirrorRow, shaped_.data());
+    if (reflectionWidth_ == layout_.width)
+        return shaper_->shapeRow(index, mirrorRow, mirror_->readableFrom(index), target);
+    shaper_->shapeRow(index, mirrorRow, mirror_->readableFrom(index), shaped_.data());
     kernels::combineColumns(target, shaped_.data(), static_cast<std::size_t>(reflectionWidth_),
                             plans_->stretch.allTaps(), static_cast<std::size_t>(layout_.width));
 }
@@ -129,6 +131,20 @@ void CanvasRows::draw(int row, std::uint8_t* target) {
         std::memset(target, 0, 4 * width);
     }
     if (hasPicture) drawPicture(row, !background_ && !hasReflection, target);
+}
+
+void CanvasRows::stream(int row, std::uint8_t* target) {
+    const AxisPlan& columns = plans_->pictureColumns;
+    const AxisPlan& rows = plans_->pictureRows;
+    const bool onlyPicture = !background_ && row < reflectionTop_ && row >= rows.first() &&
+                             row < rows.end() && columns.size() == layout_.width &&
+                             rows.fullyCovered();
+    const std::uint8_t* made = row_.data();
+    if (onlyPicture)
+        made = pictureRows_->row(row - rows.first());
+    else
+        draw(row, row_.data());
+    kernels::streamRow(target, made, static_cast<std::size_t>(layout_.width));
 }
 
 }  // namespace skarnel

@@ -45,6 +45,9 @@ class CanvasRows {
     /// Writes canvas row `row` (0 = top), layout.width pixels.
     void draw(int row, std::uint8_t* target);
 
+    /// The same row by stores past the caches.
+    void stream(int row, std::uint8_t* target);
+
   private:
     CanvasRows(PixelView picture, const CanvasLayout& layout)
         : picture_(picture), layout_(layout) {}
@@ -68,6 +71,7 @@ class CanvasRows {
     std::optional<RowShaper> shaper_;
     std::vector<std::uint8_t> shaped_;
     std::vector<std::uint8_t> layer_;
+    std::vector<std::uint8_t> row_;
 };
 
 }  // namespace skarnel

@@ -1,16 +1,21 @@
 // The render from the picture to the finished image.
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 #include "imaging/column_turn.h"
 #include "imaging/device_pixel.h"
+#include "imaging/streaming.h"
 #include "render/canvas.h"
 #include "render/reflection.h"
 #include "render/turn.h"
 
 namespace skarnel {
 namespace {
+
+/// Pixels behind the row that is squeezed, so that its last vectors need no special case.
+constexpr int kReadBeyond = 64;
 
 /// The canvas, turned, without ever being a bitmap itself: each of its rows is squeezed as soon as
 /// it is drawn. None when the turn cannot be made.
@@ -23,12 +28,13 @@ std::optional<CGImage> turnedCanvas(CanvasRows& rows, const CanvasLayout& layout
     if (!turn) return std::nullopt;
     auto target = PixelBuffer::uninitialized(bitmap->width, bitmap->height);
     auto squeezed = squeezedBuffer(bitmap->width, layout.height);
-    auto row = PixelBuffer::uninitialized(layout.width, 1);
+    if (layout.width > std::numeric_limits<int>::max() - kReadBeyond) return std::nullopt;
+    auto row = PixelBuffer::zeroed(layout.width + kReadBeyond, 1);
     if (!target || !squeezed || !row) return std::nullopt;
     const MutablePixelView view = squeezed->view();
     for (int y = 0; y < layout.height; ++y) {
         rows.draw(y, row->view().bytes);
-        turn->squeezeRow(row->view().bytes, view.row(y));
+        turn->squeezeRow(row->view().bytes, static_cast<std::size_t>(row->width()), view.row(y));
     }
     std::memset(view.row(layout.height), 0, static_cast<std::size_t>(view.strideBytes));
     turn->walkRows(view, target->view());
@@ -38,7 +44,14 @@ std::optional<CGImage> turnedCanvas(CanvasRows& rows, const CanvasLayout& layout
 std::optional<CGImage> plainCanvas(CanvasRows& rows, const CanvasLayout& layout) {
     auto canvas = PixelBuffer::uninitialized(layout.width, layout.height);
     if (!canvas) return std::nullopt;
-    for (int y = 0; y < layout.height; ++y) rows.draw(y, canvas->view().row(y));
+    const MutablePixelView view = canvas->view();
+    const bool streaming = usesStreaming(view);
+    for (int y = 0; y < layout.height; ++y) {
+        if (streaming)
+            rows.stream(y, view.row(y));
+        else
+            rows.draw(y, view.row(y));
+    }
     return CGImage(*std::move(canvas));
 }
 

@@ -1,4 +1,5 @@
 // The mirror and the shaped reflection as filter images.
+#include "imaging/readable.h"
 #include "render/reflection.h"
 #include "render/shape.h"
 #include "util/geometry/integers.h"
@@ -35,7 +36,8 @@ std::optional<CIImage> PerspectiveCIImage(const CIImage& image, float perspectiv
     auto shaper = RowShaper::create(*size, {gradientOffset, gradient, peakOpacity});
     if (!buffer || !shaper) return std::nullopt;
     for (int row = 0; row < size->height; ++row)
-        shaper->shapeRow(row, mirror->pixels().row(row), buffer->view().row(row));
+        shaper->shapeRow(row, mirror->pixels().row(row), readablePixels(mirror->pixels(), row),
+                         buffer->view().row(row));
     return CIImage::imageWithCGImage(CGImage(*std::move(buffer)));
 }
 

@@ -42,10 +42,6 @@ struct FadeParameters {
 /// position that is not a number counts as the full ramp.
 double rowFactor(int index, int height, const FadeParameters& fade);
 
-/// What each byte becomes under a factor: the low 8 bits of the truncated product. Products above
-/// 255 wrap around on purpose; what is no 32-bit number becomes 0.
-kernels::ShapeFactor shapeFactor(double factor);
-
 /// Makes the rows of a shaped reflection, in any order; rows of equal inset in a row share the
 /// work on their columns.
 class RowShaper {
@@ -54,7 +50,10 @@ class RowShaper {
     static std::optional<RowShaper> create(const ShapeSize& size, const FadeParameters& fade);
 
     /// Writes outWidth pixels: row `index` (0 = top) from the mirror's same row of `width` pixels.
-    void shapeRow(int index, const std::uint8_t* mirrorRow, std::uint8_t* target);
+    /// Of the memory behind mirrorRow `readablePixels` may be read, at least `width`; what lies
+    /// beyond the row plays no part.
+    void shapeRow(int index, const std::uint8_t* mirrorRow, std::size_t readablePixels,
+                  std::uint8_t* target);
 
   private:
     RowShaper(const ShapeSize& size, const FadeParameters& fade) : size_(size), fade_(fade) {}
@@ -71,8 +70,8 @@ class RowShaper {
     int end_ = 0;
     std::vector<std::int32_t> from_;
     std::vector<std::uint32_t> weight_;
-    kernels::ColumnPositions positions_{};
     std::vector<std::int32_t> inDoubles_;
+    std::vector<double> fractions_;  // of the columns in inDoubles_
     std::size_t inDoublesCount_ = 0;
 };
 

@@ -210,7 +210,7 @@ TEST(Shape, TheRowFactorsAreThesePowers) {
 TEST(Shape, AFactorsMultiplierGivesItsTable) {
     int without = 0;
     for (int step = 0; step <= 4000; ++step) {
-        const kernels::ShapeFactor factor = shapeFactor(step / 1000.0);
+        const kernels::ShapeFactor factor = kernels::shapeFactor(step / 1000.0);
         for (unsigned t = 0; t < 256; ++t)
             ASSERT_EQ(factor.table[t], static_cast<std::uint8_t>(t * (step / 1000.0)));
         if (!factor.hasMultiplier) {

@@ -12,8 +12,10 @@ namespace {
 constexpr int kOrder = 255;
 constexpr int kCells = 65536;
 constexpr int kDyadicStep = 512;  // multiples of this in 2^-16 are fractions with q <= 128
-constexpr double kExactFrom = 256;
-constexpr double kNear = 0x1p-42;  // closer than this to a boundary, rounding might cross it
+constexpr double kExactFrom = 128;
+// Product and sum are each off by 2^-46 at most. A product d * f with d a multiple of q is off the
+// whole number it stands for by at least |f * q - p|; from here on neither rounding can close that.
+constexpr double kNear = 0x1p-44;
 
 /// Walks the Farey fractions of order 255 in rising order.
 std::vector<std::int32_t> boundariesByCell() {
@@ -37,20 +39,19 @@ std::vector<std::int32_t> boundariesByCell() {
     return cells;
 }
 
-bool isNear(double fraction, double boundary) {
-    return std::abs(fraction - boundary) < kNear;
-}
-
-/// The cell's edges are fractions that a double holds; on them the arithmetic is exact. Those
-/// inside the cell are none, so what looks equal is only close.
+/// A cell's edges that are boundaries k / 128 are numbers that a double holds; on them the
+/// arithmetic is exact. The fraction inside the cell is no such number: what looks equal is close.
 bool nearAnyBoundary(double fraction, int cell, std::int32_t inside) {
     for (const int edge : {cell, cell + 1}) {
-        const double boundary = edge * 0x1p-16;
-        if (edge % kDyadicStep == 0 && fraction != boundary && isNear(fraction, boundary))
-            return true;
+        const double distance = std::abs(fraction - edge * 0x1p-16);  // its q is 1 at least
+        if (edge % kDyadicStep == 0 && distance != 0 && distance < kNear) return true;
     }
-    return inside != kNoBoundary &&
-           isNear(fraction, static_cast<double>(inside >> 8) / (inside & 0xFF));
+    return inside != kNoBoundary && std::abs(fraction * (inside & 0xFF) - (inside >> 8)) < kNear;
+}
+
+/// std::floor of what is not negative and below 2^31, without a call.
+double wholePart(double position) {
+    return static_cast<double>(static_cast<std::int32_t>(position));
 }
 
 }  // namespace
@@ -61,7 +62,7 @@ const std::int32_t* boundaryTable() {
 }
 
 ExactWeight exactWeight(double position) {
-    const double fraction = position - std::floor(position);
+    const double fraction = position - wholePart(position);
     const double scaled = fraction * kCells;
     const int cell = static_cast<int>(scaled);
     const std::int32_t inside = boundaryTable()[cell];
@@ -81,7 +82,7 @@ std::size_t planShapeColumns(const ColumnPositions& positions, std::int32_t firs
     for (std::size_t i = 0; i < count; ++i) {
         const std::int32_t x = first + static_cast<std::int32_t>(i);
         const double position = (x - positions.origin) * positions.scale;
-        const double before = std::floor(position);
+        const double before = wholePart(position);
         if (before >= positions.lastPixel) {
             from[i] = positions.lastPixel;
             weight[i] = 0;

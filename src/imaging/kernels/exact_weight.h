@@ -21,16 +21,16 @@ struct ExactWeight {
     std::uint16_t weight;
     /// The double arithmetic M0 + d * f may round a sum onto a whole number that the exact value
     /// only comes close to; such a column has to be calculated in doubles. False for every
-    /// position of 256 or more: there the fraction has at most 44 bits after the point, and
-    /// products and sums are exact.
+    /// position of 128 or more: there the fraction has at most 45 bits after the point, products
+    /// and sums below 256 have 53 bits, and all of them are exact.
     bool needsDoubles;
 };
 
-/// `position` >= 0 and finite; its fraction is what is turned into a weight.
+/// `position` >= 0 and below 2^31; its fraction is what is turned into a weight.
 ExactWeight exactWeight(double position);
 
 /// Equally spaced positions in a row of source pixels: column x lies at (x - origin) * scale, in
-/// double precision, difference and product rounded each. All are >= 0.
+/// double precision, difference and product rounded each. All are >= 0 and below 2^31.
 struct ColumnPositions {
     double origin;
     double scale;

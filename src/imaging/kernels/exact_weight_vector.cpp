@@ -64,10 +64,11 @@ std::size_t PlanShapeColumns(const ColumnPositions& positions, std::int32_t firs
         hn::StoreU(hn::Or(bits, hn::ShiftLeft<16>(bits)), d32, weight + i);
 
         // The definition decides for a group that comes close to a boundary where doubles round.
-        if (hn::GetLane(position) >= 256) continue;
-        const auto nearInside = hn::Lt(hn::Abs(above), hn::Set(df, 0x1p-33));
+        if (hn::GetLane(position) >= 128) continue;
+        const auto nearInside = hn::Lt(hn::Abs(above), hn::Set(df, 0x1p-44));
         const auto nearest = hn::Abs(hn::Sub(scaled, hn::Round(scaled)));
-        const auto nearEdge = hn::Lt(nearest, hn::Set(df, 0x1p-25));
+        const auto nearEdge =
+            hn::AndNot(hn::Eq(nearest, hn::Zero(df)), hn::Lt(nearest, hn::Set(df, 0x1p-28)));
         if (!hn::AllFalse(df, hn::Or(nearInside, nearEdge)))
             found += scalar::planShapeColumns(positions, first + static_cast<std::int32_t>(i),
                                               lanes, from + i, weight + i, inDoubles + found);

@@ -25,20 +25,31 @@ struct ShapeFactor {
     std::uint16_t fraction;
 };
 
+/// Factors from here on have no multiplier; far beyond any that makes sense.
+inline constexpr double kLargestMultiplied = 250;
+
+/// The factor's table: the low 8 bits of each truncated product t * factor. Products above 255 wrap
+/// around on purpose; what is no 32-bit number becomes 0. For a factor below 1 there always is a
+/// multiplier (see exact_weight.h for the reason), unless a double product was rounded onto a
+/// whole number.
+ShapeFactor shapeFactor(double factor);
+
 /// Target pixel x = table[first + floor((second - first) * f)] for each component, where first and
-/// second are the source pixels from[x] and from[x] + 1. After the last of the sourcePixels pixels
-/// comes that one again. Source and target are disjoint.
-void shapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
+/// second are the source pixels from[x] and from[x] + 1. Of the source, readablePixels may be read;
+/// after the last of these comes that one again. Source and target are disjoint.
+void shapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
               const ShapeColumns& columns, const ShapeFactor& factor, std::size_t pixels);
 
 namespace scalar {
-void shapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
+ShapeFactor shapeFactor(double factor);
+void shapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
               const ShapeColumns& columns, const ShapeFactor& factor, std::size_t pixels);
 }  // namespace scalar
 
 #if SKARNEL_VECTOR
 namespace vector {
-void shapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
+ShapeFactor shapeFactor(double factor);
+void shapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
               const ShapeColumns& columns, const ShapeFactor& factor, std::size_t pixels);
 }  // namespace vector
 #endif

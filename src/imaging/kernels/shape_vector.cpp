@@ -12,9 +12,13 @@ HWY_BEFORE_NAMESPACE();
 namespace skarnel::kernels::HWY_NAMESPACE {
 #if HWY_TARGET == HWY_SCALAR  // a processor without vectors runs the definition
 
-void ShapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
+void ShapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
               const ShapeColumns& columns, const ShapeFactor& factor, std::size_t pixels) {
-    scalar::shapeRow(target, source, sourcePixels, columns, factor, pixels);
+    scalar::shapeRow(target, source, readablePixels, columns, factor, pixels);
+}
+
+ShapeFactor MakeShapeFactor(double factor) {
+    return scalar::shapeFactor(factor);
 }
 
 #else
@@ -34,7 +38,7 @@ HWY_INLINE V16 Interpolated(D16 d16, V16 first, V16 second, V16 weight) {
 }
 
 void ShapeRow(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_RESTRICT source,
-              std::size_t sourcePixels, const ShapeColumns& columns, const ShapeFactor& factor,
+              std::size_t readablePixels, const ShapeColumns& columns, const ShapeFactor& factor,
               std::size_t pixels) {
     const hn::ScalableTag<std::uint32_t> d32;
     const hn::Repartition<std::uint16_t, decltype(d32)> d16;
@@ -44,23 +48,73 @@ void ShapeRow(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_RESTRIC
     const auto low = hn::Set(d16, std::uint16_t{0xFF});
     const auto whole = hn::Set(d16, factor.whole);
     const auto fraction = hn::Set(d16, factor.fraction);
+    if (!factor.hasMultiplier || pixels < lanes)
+        return scalar::shapeRow(target, source, readablePixels, columns, factor, pixels);
     const auto faded = [&](auto t) HWY_ATTR {
         return hn::And(hn::Add(hn::Mul(t, whole), hn::MulHigh(t, fraction)), low);
     };
-    for (; factor.hasMultiplier && x + lanes <= pixels; x += lanes) {
-        const auto pair = PixelPairs(d32, source, sourcePixels, columns.from + x);
-        if (!pair.found) break;
-        const auto weight = hn::BitCast(d16, hn::LoadU(d32, columns.weight + x));
+    const auto shape = [&](std::size_t at) HWY_ATTR {
+        const ShapeColumns here{columns.from + at, columns.weight + at};
+        const auto pair = PixelPairs(d32, source, readablePixels, here.from);
+        if (!pair.found)
+            return scalar::shapeRow(target + 4 * at, source, readablePixels, here, factor, lanes);
+        const auto weight = hn::BitCast(d16, hn::LoadU(d32, here.weight));
         const auto first = hn::BitCast(d16, pair.first);
         const auto second = hn::BitCast(d16, pair.second);
         const auto even =
             faded(Interpolated(d16, hn::And(first, low), hn::And(second, low), weight));
         const auto odd =
             faded(Interpolated(d16, hn::ShiftRight<8>(first), hn::ShiftRight<8>(second), weight));
-        hn::StoreU(hn::BitCast(d8, hn::Or(even, hn::ShiftLeft<8>(odd))), d8, target + 4 * x);
+        hn::StoreU(hn::BitCast(d8, hn::Or(even, hn::ShiftLeft<8>(odd))), d8, target + 4 * at);
+    };
+    for (; x + lanes <= pixels; x += lanes) shape(x);
+    // The last vector overlaps the one before; both write the same bytes.
+    if (x < pixels) shape(pixels - lanes);
+}
+
+/// True when the multiplier gives every entry of the table, kept as 16-bit numbers.
+bool MultiplierFits(const std::uint16_t* HWY_RESTRICT table, std::uint16_t wholePart,
+                    std::uint16_t fractionPart) {
+    const hn::ScalableTag<std::uint16_t> d16;
+    const auto whole = hn::Set(d16, wholePart);
+    const auto fraction = hn::Set(d16, fractionPart);
+    const auto low = hn::Set(d16, std::uint16_t{0xFF});
+    auto wrong = hn::Zero(d16);
+    for (std::size_t t = 0; t < 256; t += hn::Lanes(d16)) {
+        const auto byte = hn::Iota(d16, static_cast<std::uint16_t>(t));
+        const auto product = hn::Add(hn::Mul(byte, whole), hn::MulHigh(byte, fraction));
+        wrong = hn::Or(wrong, hn::Xor(hn::And(product, low), hn::LoadU(d16, table + t)));
     }
-    scalar::shapeRow(target + 4 * x, source, sourcePixels, {columns.from + x, columns.weight + x},
-                     factor, pixels - x);
+    return hn::AllTrue(d16, hn::Eq(wrong, hn::Zero(d16)));
+}
+
+ShapeFactor MakeShapeFactor(double factor) {
+    // Outside, products may be no 32-bit numbers, which only the definition handles.
+    if (!(factor >= 0) || factor >= kLargestMultiplied) return scalar::shapeFactor(factor);
+    const hn::ScalableTag<double> df;
+    const hn::Rebind<std::int32_t, decltype(df)> di32;
+    const auto factors = hn::Set(df, factor);
+    HWY_ALIGN std::uint16_t table[256];
+    HWY_ALIGN std::int32_t products[hn::MaxLanes(df)];
+    for (std::size_t t = 0; t < 256; t += hn::Lanes(df)) {
+        const auto byte = hn::PromoteTo(df, hn::Iota(di32, static_cast<std::int32_t>(t)));
+        hn::Store(hn::DemoteTo(di32, hn::Mul(byte, factors)), di32, products);
+        for (std::size_t i = 0; i < hn::Lanes(df); ++i)
+            table[t + i] = static_cast<std::uint16_t>(products[i] & 0xFF);
+    }
+    ShapeFactor result;
+    for (std::size_t t = 0; t < 256; ++t) result.table[t] = static_cast<std::uint8_t>(table[t]);
+    const auto whole = static_cast<std::uint32_t>(factor);
+    const auto lower = static_cast<std::uint32_t>((factor - whole) * 65536);
+    result.whole = static_cast<std::uint16_t>(whole);
+    result.fraction = static_cast<std::uint16_t>(lower);
+    result.hasMultiplier = MultiplierFits(table, result.whole, result.fraction);
+    if (!result.hasMultiplier && lower < 65535) {
+        ++result.fraction;
+        result.hasMultiplier = MultiplierFits(table, result.whole, result.fraction);
+    }
+    if (!result.hasMultiplier) result.whole = result.fraction = 0;
+    return result;
 }
 
 #endif
@@ -70,11 +124,16 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace skarnel::kernels {
 HWY_EXPORT(ShapeRow);
+HWY_EXPORT(MakeShapeFactor);
 
 namespace vector {
-void shapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
+ShapeFactor shapeFactor(double factor) {
+    return HWY_DYNAMIC_DISPATCH(MakeShapeFactor)(factor);
+}
+
+void shapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
               const ShapeColumns& columns, const ShapeFactor& factor, std::size_t pixels) {
-    HWY_DYNAMIC_DISPATCH(ShapeRow)(target, source, sourcePixels, columns, factor, pixels);
+    HWY_DYNAMIC_DISPATCH(ShapeRow)(target, source, readablePixels, columns, factor, pixels);
 }
 }  // namespace vector
 

@@ -7,12 +7,12 @@
 namespace skarnel::kernels {
 namespace scalar {
 
-void squeezeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
+void squeezeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
                 const std::int32_t* from, const std::uint32_t* weight, std::size_t pixels) {
     for (std::size_t x = 0; x < pixels; ++x) {
         const auto at = static_cast<std::size_t>(from[x]);
         const std::uint8_t* first = source + 4 * at;
-        const std::uint8_t* second = at + 1 < sourcePixels ? first + 4 : first;
+        const std::uint8_t* second = at + 1 < readablePixels ? first + 4 : first;
         const int w = static_cast<int>(weight[x] & 0xFFFF);
         for (std::size_t k = 0; k < 4; ++k) target[4 * x + k] = lerpByte(first[k], second[k], w);
     }
@@ -35,9 +35,9 @@ void walkColumns(std::uint8_t* target, const ColumnWalk& walk, std::size_t begin
 
 }  // namespace scalar
 
-void squeezeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
+void squeezeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
                 const std::int32_t* from, const std::uint32_t* weight, std::size_t pixels) {
-    SKARNEL_RUN_KERNEL(squeezeRow, target, source, sourcePixels, from, weight, pixels);
+    SKARNEL_RUN_KERNEL(squeezeRow, target, source, readablePixels, from, weight, pixels);
 }
 
 void walkColumns(std::uint8_t* target, const ColumnWalk& walk, std::size_t begin, std::size_t end) {

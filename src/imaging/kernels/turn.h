@@ -17,9 +17,10 @@ constexpr std::uint8_t lerpByte(int first, int second, int weight) {
 }
 
 /// Target pixel x = lerp of the source pixels from[x] and from[x] + 1 by weight[x], for every
-/// component. `weight` holds each weight twice, in the low and the high 16 bits. After the last of
-/// the sourcePixels pixels comes that one again. from[x] does not fall as x grows.
-void squeezeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
+/// component. `weight` holds each weight twice, in the low and the high 16 bits. Of the
+/// source, readablePixels may be read; after the last of these comes that one again. from[x] does
+/// not fall as x grows.
+void squeezeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
                 const std::int32_t* from, const std::uint32_t* weight, std::size_t pixels);
 
 /// One row's way through the columns of an image.
@@ -30,6 +31,7 @@ struct ColumnWalk {
     const float* step;            // source rows for each row offset
     float rowOffset;
     float lastRow;  // positions are clamped to 0 .. lastRow
+    bool stream;    // store past the caches, for targets that these would not hold
 };
 
 /// Target pixel x = lerp of the source rows floor(p) and floor(p) + 1 of column x, where
@@ -37,14 +39,14 @@ struct ColumnWalk {
 void walkColumns(std::uint8_t* target, const ColumnWalk& walk, std::size_t begin, std::size_t end);
 
 namespace scalar {
-void squeezeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
+void squeezeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
                 const std::int32_t* from, const std::uint32_t* weight, std::size_t pixels);
 void walkColumns(std::uint8_t* target, const ColumnWalk& walk, std::size_t begin, std::size_t end);
 }  // namespace scalar
 
 #if SKARNEL_VECTOR
 namespace vector {
-void squeezeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
+void squeezeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
                 const std::int32_t* from, const std::uint32_t* weight, std::size_t pixels);
 void walkColumns(std::uint8_t* target, const ColumnWalk& walk, std::size_t begin, std::size_t end);
 }  // namespace vector

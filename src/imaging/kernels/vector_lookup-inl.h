@@ -28,14 +28,14 @@ struct PixelPair {
 /// that would read beyond the source, or the run is so long that single loads are no slower.
 template <class D32>
 HWY_INLINE PixelPair<hn::Vec<D32>> PixelPairs(D32 d32, const std::uint8_t* HWY_RESTRICT source,
-                                              std::size_t sourcePixels,
+                                              std::size_t readablePixels,
                                               const std::int32_t* HWY_RESTRICT from) {
     const hn::Repartition<std::uint8_t, D32> d8;
     const hn::RebindToSigned<D32> di32;
     const std::size_t lanes = hn::Lanes(d32);
     const auto start = static_cast<std::size_t>(from[0]);
     const std::size_t windows = (static_cast<std::size_t>(from[lanes - 1]) - start) / lanes + 1;
-    if (windows > 4 || start + windows * lanes + 1 > sourcePixels)
+    if (windows > 4 || start + windows * lanes + 1 > readablePixels)
         return {hn::Zero(d32), hn::Zero(d32), false};
     const auto offset = hn::Sub(hn::LoadU(di32, from), hn::Set(di32, from[0]));
     const auto lane =

@@ -9,7 +9,7 @@ namespace skarnel::kernels {
 namespace {
 
 /// floor(d * weight / 65536) against the double arithmetic, for every pair of bytes that differ
-/// by d. From 256 on products and sums of the doubles are exact.
+/// by d. From 128 on products and sums of the doubles are exact.
 void expectExact(double position) {
     const ExactWeight exact = exactWeight(position);
     if (exact.needsDoubles) return;
@@ -28,7 +28,7 @@ void expectExact(double position) {
 TEST(ExactWeight, DoesWhatTheFractionDoesOnEverySideOfEveryBoundary) {
     for (int q = 1; q <= 255; ++q)
         for (int p = 0; p < q; p += 1 + q / 40)
-            for (const double whole : {0.0, 200.0, 256.0, 3000.0, 65536.0}) {
+            for (const double whole : {0.0, 100.0, 127.0, 128.0, 200.0, 256.0, 3000.0, 65536.0}) {
                 const double at = whole + static_cast<double>(p) / q;
                 for (const double position :
                      {at, std::nextafter(at, 1e9), std::nextafter(at, -1.0), at + 1e-7, at - 1e-7})
@@ -49,7 +49,7 @@ TEST(ExactWeight, OnlySmallPositionsAsDoublesForHelp) {
     EXPECT_FALSE(exactWeight(0.5).needsDoubles);
     EXPECT_FALSE(exactWeight(0.0).needsDoubles);
     EXPECT_FALSE(exactWeight(0.3337).needsDoubles);
-    EXPECT_FALSE(exactWeight(256 + third).needsDoubles);
+    EXPECT_FALSE(exactWeight(128 + third).needsDoubles);
 }
 
 TEST(ExactWeight, AWholePositionHasNoWeight) {

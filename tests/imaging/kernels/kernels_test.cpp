@@ -189,6 +189,21 @@ TEST(Kernels, ShapeRowIsTheSameOnEveryTarget) {
             });
 }
 
+TEST(Kernels, AShapeFactorIsTheSameOnEveryTarget) {
+    for (int step = -300; step < 4000; ++step)
+        for (const double factor : {step / 255.0, step * 0.7301, 1.0 / 0.0}) {
+            const ShapeFactor expected = scalar::shapeFactor(factor);
+            for (const Target target : supportedTargets()) {
+                const ScopedTarget only(target);
+                const ShapeFactor actual = shapeFactor(factor);
+                ASSERT_EQ(actual.table, expected.table) << targetName(target) << ' ' << factor;
+                ASSERT_EQ(actual.hasMultiplier, expected.hasMultiplier) << factor;
+                ASSERT_EQ(actual.whole, expected.whole) << factor;
+                ASSERT_EQ(actual.fraction, expected.fraction) << factor;
+            }
+        }
+}
+
 TEST(Kernels, WalkColumnsIsTheSameOnEveryTarget) {
     constexpr int kHeight = 40;
     std::mt19937 random(9);
@@ -198,11 +213,11 @@ TEST(Kernels, WalkColumnsIsTheSameOnEveryTarget) {
         centre.push_back(std::uniform_real_distribution<float>(-5, 45)(random));
         step.push_back(std::uniform_real_distribution<float>(0.3F, 2)(random));
     }
-    for (const float rowOffset : {-20.0F, 0.0F, 7.0F})
+    for (const float rowOffset : {-20.0F, 0.0F, 7.0F, 8.0F})
         expectEqualTargets([&](std::uint8_t* target, std::size_t pixels, std::size_t misalign) {
             const auto source = noise((kHeight + 1) * kMaxPixels * 4, 10);
-            const ColumnWalk walk{source.data(), kMaxPixels, centre.data(),
-                                  step.data(),   rowOffset,  kHeight - 1};
+            const ColumnWalk walk{source.data(), kMaxPixels,  centre.data(), step.data(),
+                                  rowOffset,     kHeight - 1, rowOffset >= 7};
             const std::size_t begin = std::min(pixels, misalign % 7);
             walkColumns(target, walk, begin, pixels);
         });
