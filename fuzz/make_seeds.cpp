@@ -1,0 +1,161 @@
+// make_seeds FOLDER: writes the readers' seeds, small files of every variety.
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+#include "imaging/io/decoder_protocol.h"
+#include "imaging/io/file_builders.h"
+#include "imaging/io/pictures.h"
+
+using namespace skarnel;
+using namespace skarnel::testing;
+
+namespace {
+
+std::filesystem::path folder;
+
+void save(const std::string& target, const std::string& name, const Bytes& bytes) {
+    std::filesystem::create_directories(folder / target);
+    std::ofstream(folder / target / name, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+}
+
+Bytes encoded(std::string_view type, const ImageProperties& properties = {}) {
+    return *encodeImage(randomValidPicture(9, 7, 3), type, properties);
+}
+
+ImageProperties with(std::string_view key, PropertyValue value) {
+    return {{std::string(key), std::move(value)}, {std::string(kPropertyDpiWidth), 300.0}};
+}
+
+void saveTiffs() {
+    for (const std::int64_t compression : {1, 5, 8, 32773}) {
+        save("tiff", "rgba" + std::to_string(compression),
+             encoded(kUTTypeTIFF, with(kPropertyTiffCompression, compression)));
+    }
+    for (const std::uint32_t photometric : {0U, 1U, 3U}) {
+        for (const std::uint32_t bits : {1U, 4U, 8U, 16U}) {
+            if (photometric == 3 && bits > 8) continue;
+            TiffBuilder tiff(4, 3, photometric, {bits});
+            tiff.blocks = {Bytes(24, 0x5A)};
+            if (photometric == 3) tiff.tags[320] = std::vector<std::uint32_t>(3U << bits, 999);
+            tiff.bigEndian = bits == 4;
+            tiff.bigTiff = bits == 8;
+            save("tiff", "grey" + std::to_string(photometric) + "_" + std::to_string(bits),
+                 tiff.build());
+        }
+    }
+    TiffBuilder tiles(20, 5, 5, {8, 8, 8, 8});
+    tiles.tags[322] = tiles.tags[323] = {16};
+    tiles.tags[274] = {6};
+    tiles.blocks.assign(2, Bytes(1024, 70));
+    save("tiff", "cmyktiles", tiles.build());
+    TiffBuilder planes(4, 2, 2, {8, 8, 8});
+    planes.tags[284] = {2};
+    planes.blocks.assign(3, Bytes(8, 70));
+    save("tiff", "planes", planes.build());
+    TiffBuilder ycc(4, 4, 6, {8, 8, 8});
+    ycc.tags[530] = {2, 2};
+    ycc.blocks = {Bytes(24, 120)};
+    save("tiff", "ycc", ycc.build());
+}
+
+void savePsds() {
+    for (const std::uint16_t packing : {0, 1, 2, 3}) {
+        for (const std::uint16_t depth : {8, 16, 32}) {
+            PsdBuilder psd;
+            psd.width = 3;
+            psd.height = 2;
+            psd.depth = depth;
+            psd.packing = packing;
+            psd.big = depth == 16;
+            psd.mode = packing == 2 ? 4 : 3;
+            psd.rows.assign(packing == 2 ? 10U : 8U, Bytes(3U * depth / 8U, 0x3E));
+            psd.resources = ByteSink(true).text("8BIM").u16(1005).u16(0).u32(16).zeros(16).bytes;
+            save("psd", std::to_string(packing) + "_" + std::to_string(depth), psd.build());
+        }
+    }
+    PsdBuilder indexed;
+    indexed.mode = 2;
+    indexed.palette = Bytes(768, 9);
+    indexed.rows = {{5}};
+    save("psd", "indexed", indexed.build());
+    PsdBuilder bitmap;
+    bitmap.mode = 0;
+    bitmap.depth = 1;
+    bitmap.rows = {{0x80}};
+    save("psd", "bitmap", bitmap.build());
+}
+
+void saveBmps() {
+    save("bmp", "alpha", encoded(kUTTypeBMP));
+    for (const std::uint16_t bits : {1, 4, 8, 16, 24, 32}) {
+        BmpBuilder bmp;
+        bmp.width = 5;
+        bmp.height = bits == 4 ? -2 : 2;
+        bmp.bits = bits;
+        bmp.headerBytes = bits == 1 ? 12 : 40;
+        if (bits <= 8) bmp.palette = Bytes((bits == 1 ? 3U : 4U) << bits, 80);
+        bmp.pixels = Bytes(60, 0x21);
+        save("bmp", std::to_string(bits), bmp.build());
+    }
+    BmpBuilder runs;
+    runs.bits = 8;
+    runs.width = 4;
+    runs.height = 3;
+    runs.compression = 1;
+    runs.colors = 4;
+    runs.palette = Bytes(16, 50);
+    runs.pixels = {2, 1, 1, 2, 0, 0, 0, 3, 3, 2, 1, 0, 0, 2, 1, 0, 1, 3, 0, 1};
+    save("bmp", "runs8", runs.build());
+    runs.bits = 4;
+    runs.compression = 2;
+    save("bmp", "runs4", runs.build());
+}
+
+void savePngs() {
+    save("png", "rgba", encoded(kUTTypePNG));
+    save("png", "palette",
+         buildPng(3, 1, 2, 3, {0x18}, {{"PLTE", Bytes(9, 90)}, {"tRNS", {255, 128}}}));
+    save("png", "grey16", buildPng(1, 2, 16, 4, Bytes(8, 0x90), {{"gAMA", {0, 1, 2, 3}}}));
+    save("png", "text",
+         buildPng(1, 1, 8, 0, {7},
+                  {{"pHYs", {0, 0, 9, 9, 0, 0, 9, 9, 1}}, {"tEXt", {'a', 0, 'b'}}}));
+}
+
+Bytes exifBlock() {
+    ByteSink out(true);
+    out.text("MM").u16(42).u32(8).u16(4);
+    out.u16(0x0112).u16(3).u32(1).u16(6).u16(0);
+    out.u16(0x011A).u16(5).u32(1).u32(62);
+    out.u16(0x0128).u16(3).u32(1).u16(2).u16(0);
+    out.u16(0x010F).u16(2).u32(4).text("Cam").u8(0).u32(0);
+    return out.u32(300).u32(1).bytes;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    if (count != 2) return 2;
+    folder = arguments[1];
+    saveTiffs();
+    savePsds();
+    saveBmps();
+    savePngs();
+    for (const double quality : {0.3, 1.0}) {
+        const std::string name = quality < 1 ? "lossy" : "best";
+        save("jpeg", name, encoded(kUTTypeJPEG, with(kPropertyLossyQuality, quality)));
+        save("webp", name, encoded(kUTTypeWebP, with(kPropertyLossyQuality, quality)));
+        save("jp2", name, encoded(kUTTypeJPEG2000, with(kPropertyLossyQuality, quality)));
+    }
+    save("gif", "clear", buildGif(7, 5, Bytes(768, 9), Bytes(35, 3), 2));
+    save("gif", "opaque", buildGif(2, 2, Bytes(768, 9), Bytes(4, 3)));
+    save("exif", "block", exifBlock());
+    Bytes answer(sizeof(io::AnswerHeader), 0);
+    const Bytes text = io::packProperties(
+        kUTTypePNG, {{"a", std::int64_t{1}}, {"b", 2.5}, {"c", std::string("x")}, {"d", Bytes{9}}});
+    answer.insert(answer.end(), text.begin(), text.end());
+    save("decoder_protocol", "properties", answer);
+    return 0;
+}
