@@ -42,13 +42,16 @@ class PageOpenerTest : public ::testing::Test {
 };
 
 TEST_F(PageOpenerTest, HandsTheAddressToTheOpener) {
-    PageOpener opener("https://skarnel.example/a b", opener_);
-    EXPECT_TRUE(opener.open());
+    PageOpener opener({"https://skarnel.example/", "https://skarnel.example/a b"}, opener_);
+    EXPECT_TRUE(opener.open("https://skarnel.example/a b"));
     EXPECT_EQ(notedAddress(), "https://skarnel.example/a b");
 }
 
-TEST_F(PageOpenerTest, NothingIsOpenedUnasked) {
-    { PageOpener opener("https://skarnel.example/", opener_); }
+TEST_F(PageOpenerTest, NothingElseIsOpenedAndNothingUnasked) {
+    {
+        PageOpener opener({"https://skarnel.example/"}, opener_);
+        EXPECT_FALSE(opener.open("https://elsewhere.example/"));
+    }
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     EXPECT_FALSE(fs::exists(note_));
 }
@@ -56,9 +59,9 @@ TEST_F(PageOpenerTest, NothingIsOpenedUnasked) {
 TEST_F(PageOpenerTest, StillOpensOnceTheWallsAreRaised) {
     if (landlockVersion() == 0) GTEST_SKIP() << "this kernel has no Landlock";
     EXPECT_EQ(testing::exitStatusOfChild([&] {
-                  PageOpener opener("https://skarnel.example/", opener_);
+                  PageOpener opener({"https://skarnel.example/"}, opener_);
                   if (!raiseWindowWalls({})) return 200;
-                  return opener.open() ? 0 : 1;
+                  return opener.open("https://skarnel.example/") ? 0 : 1;
               }),
               0);
     EXPECT_EQ(notedAddress(), "https://skarnel.example/");
