@@ -6,7 +6,6 @@
 #include <QDataStream>
 #include <QLocalServer>
 #include <QLocalSocket>
-#include <QStandardPaths>
 
 namespace skarnel {
 namespace {
@@ -26,10 +25,12 @@ QString SingleInstance::doorName() {
     QCryptographicHash hash(QCryptographicHash::Sha256);
     for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "XDG_CONFIG_HOME", "HOME"})
         hash.addData(qgetenv(name) + '\n');
-    QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
     const QString name = QStringLiteral("skarnel-%1-%2")
                              .arg(getuid())
                              .arg(QString::fromLatin1(hash.result().toHex().left(12)));
+    // Without a folder of the session's own the door stands in the temporary one, where its rights
+    // keep others out.
+    const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
     return folder.isEmpty() ? name : folder + QLatin1Char('/') + name;
 }
 

@@ -59,8 +59,11 @@ void TextBar::addFont(QHBoxLayout& row) {
     for (const int size : kSizes) size_->addItem(QString::number(size));
     size_->setMinimumContentsLength(3);
     size_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-    row.addWidget(family_);
-    row.addWidget(size_);
+    // The focus is in the fields inside, so they have the names too.
+    for (QComboBox* box : {static_cast<QComboBox*>(family_), size_}) {
+        box->lineEdit()->setAccessibleName(box->accessibleName());
+        row.addWidget(box);
+    }
     connect(family_, &QComboBox::textActivated, this, [this](const QString& family) {
         QTextCharFormat format;
         format.setFontFamilies({family});

@@ -72,8 +72,9 @@ void TextEditor::setWholeFont(const QString& family, double size) {
         font.setFont(full.font(), QTextCharFormat::FontPropertiesSpecifiedOnly);
         QTextCursor all(document());
         all.select(QTextCursor::Document);
-        all.mergeCharFormat(font);
+        // Characters last: formatting a paragraph's end leaves its lines without a layout.
         all.mergeBlockCharFormat(font);
+        all.mergeCharFormat(font);
         mergeCurrentCharFormat(font);
     });
 }
@@ -94,13 +95,13 @@ void TextEditor::colorRange(const QColor& color, NSRange range) {
         const int last = std::max(0, document()->characterCount() - 1);
         part.setPosition(std::min(last, static_cast<int>(range.location)));
         part.setPosition(std::min(last, static_cast<int>(range.end())), QTextCursor::KeepAnchor);
-        part.mergeCharFormat(colored);
-        // Typing goes on in the style of what stands before the caret.
+        // Typing goes on in the style of what stands before the caret. Characters last: formatting
+        // a paragraph's end leaves its lines without a layout.
         const int caret = textCursor().position();
-        if (caret >= part.selectionStart() && caret <= part.selectionEnd()) {
-            part.mergeBlockCharFormat(colored);
-            if (!textCursor().hasSelection()) mergeCurrentCharFormat(colored);
-        }
+        const bool typedNext = caret >= part.selectionStart() && caret <= part.selectionEnd();
+        if (typedNext) part.mergeBlockCharFormat(colored);
+        if (typedNext && !textCursor().hasSelection()) mergeCurrentCharFormat(colored);
+        part.mergeCharFormat(colored);
     });
 }
 

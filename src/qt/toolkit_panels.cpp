@@ -1,6 +1,5 @@
 #include "qt/toolkit_panels.h"
 
-#include <QColorDialog>
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDialogButtonBox>
@@ -142,18 +141,16 @@ void QtSaveOptions::addSaveOptionsAccessoryViewToSavePanel(NSSavePanel& panel) {
 QtColorPanel::QtColorPanel(NSNotificationCenter& center, QWidget* parent)
     : center_(center), parent_(parent) {}
 
-QtColorPanel::~QtColorPanel() = default;
-
 QColorDialog& QtColorPanel::made() {
     if (!dialog_) {
-        dialog_ = std::make_unique<QColorDialog>(color_, parent_);
+        dialog_ = new QColorDialog(color_, parent_);
         dialog_->setObjectName(QStringLiteral("colorPanel"));
         dialog_->setWindowTitle(QCoreApplication::translate("ColorPanel", "Colours"));
         dialog_->setOptions(QColorDialog::ShowAlphaChannel | QColorDialog::NoButtons |
                             QColorDialog::DontUseNativeDialog);
         dialog_->setModal(false);
         dialog_->setAttribute(Qt::WA_QuitOnClose, false);
-        QObject::connect(dialog_.get(), &QColorDialog::currentColorChanged, dialog_.get(),
+        QObject::connect(dialog_, &QColorDialog::currentColorChanged, dialog_,
                          [this](const QColor& color) { changed(color); });
     }
     return *dialog_;
@@ -179,13 +176,13 @@ void QtColorPanel::orderFront(const NSObject* /*sender*/) {
 void QtColorPanel::showColor(const QColor& color) {
     color_ = color;
     if (!dialog_) return;
-    const QSignalBlocker quiet(dialog_.get());
+    const QSignalBlocker quiet(dialog_);
     dialog_->setCurrentColor(color);
 }
 
 void QtColorPanel::pick(const QColor& color) {
     if (dialog_) {
-        const QSignalBlocker quiet(dialog_.get());
+        const QSignalBlocker quiet(dialog_);
         dialog_->setCurrentColor(color);
     }
     changed(color);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QColor>
+#include <QColorDialog>
 #include <QPointer>
 #include <QWidget>
 #include <functional>
@@ -11,7 +12,6 @@
 #include "platform/panels.h"
 #include "qt/window_state.h"
 
-class QColorDialog;
 class QFileDialog;
 class QMessageBox;
 
@@ -87,7 +87,6 @@ class QtColorPanel final : public NSColorPanel {
   public:
     using ColorText = std::function<bool(const QColor&)>;
     QtColorPanel(NSNotificationCenter& center, QWidget* parent);
-    ~QtColorPanel() override;
 
     /// Called first on every change: colours the text in focus and says whether there was one.
     void setColorText(ColorText colorText) { colorText_ = std::move(colorText); }
@@ -99,7 +98,7 @@ class QtColorPanel final : public NSColorPanel {
     void showColor(const QColor& color);
     /// As if the user had picked it.
     void pick(const QColor& color);
-    QColorDialog* dialog() const { return dialog_.get(); }
+    QColorDialog* dialog() const { return dialog_; }
 
   private:
     QColorDialog& made();
@@ -109,7 +108,7 @@ class QtColorPanel final : public NSColorPanel {
     QWidget* parent_;
     ColorText colorText_;
     QColor color_ = Qt::black;
-    std::unique_ptr<QColorDialog> dialog_;
+    QPointer<QColorDialog> dialog_;  // the parent's child
 };
 
 class QtAlert final : public NSAlert, public std::enable_shared_from_this<QtAlert> {
