@@ -10,7 +10,7 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
-set(CPACK_COMPONENTS_ALL app cli)
+set(CPACK_COMPONENTS_ALL window cli)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
@@ -18,11 +18,11 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
-set(CPACK_DEBIAN_APP_PACKAGE_NAME skarnel)
-set(CPACK_DEBIAN_APP_PACKAGE_SECTION graphics)
-set(CPACK_DEBIAN_APP_PACKAGE_DEPENDS "skarnel-cli (= ${PROJECT_VERSION}-1)")
-set(CPACK_DEBIAN_APP_PACKAGE_RECOMMENDS "fonts-liberation, qt6-wayland")
-set(CPACK_COMPONENT_APP_DESCRIPTION
+set(CPACK_DEBIAN_WINDOW_PACKAGE_NAME skarnel)
+set(CPACK_DEBIAN_WINDOW_PACKAGE_SECTION graphics)
+set(CPACK_DEBIAN_WINDOW_PACKAGE_DEPENDS "skarnel-cli (= ${PROJECT_VERSION}-1)")
+set(CPACK_DEBIAN_WINDOW_PACKAGE_RECOMMENDS "fonts-liberation, qt6-wayland")
+set(CPACK_COMPONENT_WINDOW_DESCRIPTION
 "turn a picture or styled text into its reflection
 Skarnel stands a picture above its mirror image, which is squashed or
 stretched, widened towards its far edge and faded out. The whole can be
@@ -61,7 +61,7 @@ configure_file("${PROJECT_SOURCE_DIR}/packaging/debian/changelog.in" "${changelo
 add_custom_command(OUTPUT "${changelog}.gz" COMMAND "${SKARNEL_GZIP}" -9nkf "${changelog}"
                    DEPENDS "${changelog}" VERBATIM)
 add_custom_target(debian_changelog ALL DEPENDS "${changelog}.gz")
-foreach(pair IN ITEMS app:skarnel cli:skarnel-cli util-dev:libskarnel-util-dev)
+foreach(pair IN ITEMS window:skarnel cli:skarnel-cli util-dev:libskarnel-util-dev)
     string(REPLACE ":" ";" pair "${pair}")
     list(GET pair 0 component)
     list(GET pair 1 package)

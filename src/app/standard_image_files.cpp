@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "app/standard_text_files.h"
+#include "recipe/recipe_file.h"
 #include "storage/safe_file.h"
 #include "util/log/system_log.h"
 
@@ -42,6 +43,10 @@ class EncodingDestination : public CGImageDestination {
     bool finalize() final {
         if (!image_) return false;
         Result<Bytes> encoded = encodeImage(*image_, type_, properties_);
+        const auto recipe = properties_.find(kPropertyRecipe);
+        if (encoded && recipe != properties_.end()) {
+            encoded = embedRecipe(*encoded, std::get<std::string>(recipe->second));
+        }
         const Result<void> stored =
             encoded ? store(*std::move(encoded)) : Result<void>(encoded.error());
         if (!stored) systemLog("Couldn't write " + place() + ": " + stored.error().message);

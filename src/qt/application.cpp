@@ -9,6 +9,7 @@
 
 #include "qt/appearance.h"
 #include "qt/color_well.h"
+#include "qt/companions.h"
 #include "qt/float_slider.h"
 #include "qt/icons.h"
 #include "qt/number_field.h"
@@ -53,6 +54,7 @@ Application::Application(const ApplicationParts& parts)
     connectEdit();
     connectView();
     connectText();
+    companions_ = new Companions(*this);
 }
 
 Application::~Application() = default;

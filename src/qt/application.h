@@ -21,6 +21,8 @@
 
 namespace skarnel {
 
+class Companions;
+
 /// Where the application keeps what outlives it, and the text system it stands on (borrowed).
 struct ApplicationParts {
     std::string settingsPath;
@@ -60,6 +62,7 @@ class Application final : public QObject {
     QtImageView& imageView() { return imageView_; }
     StoredUserDefaults& defaults() { return defaults_; }
     WindowState& state() { return state_; }
+    Companions& companions() { return *companions_; }
 
   private:
     // application.cpp: the outlets and the window's own events
@@ -106,6 +109,7 @@ class Application final : public QObject {
     std::array<std::unique_ptr<QtNumberTextField>, kSettingRanges.size()> fields_;
     QTimer storeTimer_;
     bool awake_ = false;
+    Companions* companions_ = nullptr;  // last: it holds on to all the others; a child
 };
 
 }  // namespace skarnel

@@ -17,8 +17,10 @@
 
 #include "qt/appearance.h"
 #include "qt/application.h"
+#include "qt/companions.h"
 #include "qt/icons.h"
 #include "qt/picture_painter.h"
+#include "qt/recipe_commands.h"
 #include "qt/settings_panel.h"
 #include "qt/text_bar.h"
 #include "qt/text_editor.h"
@@ -80,6 +82,7 @@ void Application::sourceChanged() {
 
 bool Application::openPicture(const QString& pathOrAddress) {
     const QString path = localPath(pathOrAddress);
+    if (RecipeCommands::isRecipeName(path)) return companions_->recipes().openFrom(path);
     const QString name = QFileInfo(path).fileName();
     QFile file(path);
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {

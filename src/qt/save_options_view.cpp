@@ -1,5 +1,6 @@
 #include "qt/save_options_view.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QFileInfo>
 #include <QFormLayout>
@@ -9,7 +10,10 @@
 #include <QSlider>
 #include <QSpinBox>
 #include <QStackedWidget>
+#include <QVBoxLayout>
 #include <cmath>
+
+#include "recipe/recipe_file.h"
 
 namespace skarnel {
 namespace {
@@ -50,10 +54,15 @@ QWidget* between(const QString& low, QWidget* slider, const QString& high) {
 
 SaveOptionsView::SaveOptionsView(const ImageProperties& properties, const std::string& type,
                                  QWidget* parent)
-    : QWidget(parent), initial_(properties), types_(new QComboBox), pages_(new QStackedWidget) {
+    : QWidget(parent),
+      initial_(properties),
+      types_(new QComboBox),
+      pages_(new QStackedWidget),
+      column_(new QVBoxLayout(this)) {
     setObjectName(QStringLiteral("saveOptions"));
-    auto* row = new QHBoxLayout(this);
-    row->setContentsMargins(0, 8, 0, 0);
+    column_->setContentsMargins(0, 8, 0, 0);
+    auto* row = new QHBoxLayout;
+    column_->addLayout(row);
     row->setSpacing(16);
     auto* form = new QFormLayout;
     types_->setAccessibleName(tr("Format"));
@@ -75,6 +84,18 @@ SaveOptionsView::SaveOptionsView(const ImageProperties& properties, const std::s
         emit changed();
         emit typeChanged();
     });
+}
+
+void SaveOptionsView::offerRecipe(const std::string& text) {
+    if (text.empty() || keepRecipe_ != nullptr) return;
+    recipe_ = text;
+    keepRecipe_ = new QCheckBox(tr("&Keep the settings inside the file"));
+    keepRecipe_->setObjectName(QStringLiteral("keepRecipe"));
+    keepRecipe_->setToolTip(
+        tr("“Take Settings From” finds them there; for a picture of text they hold the text"));
+    column_->addWidget(keepRecipe_);
+    connect(keepRecipe_, &QCheckBox::toggled, this, &SaveOptionsView::changed);
+    showPage();
 }
 
 QString SaveOptionsView::resolutionText() const {
@@ -144,6 +165,7 @@ QWidget* SaveOptionsView::qualityPage() {
 
 void SaveOptionsView::showPage() {
     const std::string chosen = type();
+    if (keepRecipe_ != nullptr) keepRecipe_->setEnabled(canCarryRecipe(chosen));
     pages_->setCurrentIndex(chosen == kUTTypeTIFF  ? kTiffPage
                             : chosen == kUTTypePNG ? kPngPage
                             : hasQuality(chosen)   ? kQualityPage
@@ -167,6 +189,8 @@ ImageProperties SaveOptionsView::properties() const {
             std::int64_t{tiffCompression_->currentData().toInt()};
     if (chosen == kUTTypePNG)
         result[std::string(kPropertyCompressionLevel)] = std::int64_t{pngLevel_->value()};
+    if (keepRecipe_ != nullptr && keepRecipe_->isChecked() && canCarryRecipe(chosen))
+        result[std::string(kPropertyRecipe)] = recipe_;
     if (hasQuality(chosen)) result[std::string(kPropertyLossyQuality)] = quality_->value() / 100.0;
     return result;
 }

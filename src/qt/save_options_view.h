@@ -6,11 +6,13 @@
 
 #include "imaging/io/image_io.h"
 
+class QCheckBox;
 class QComboBox;
 class QLabel;
 class QSlider;
 class QSpinBox;
 class QStackedWidget;
+class QVBoxLayout;
 
 namespace skarnel {
 
@@ -21,6 +23,10 @@ class SaveOptionsView final : public QWidget {
     /// shown here (the resolution above all) is kept as it is.
     SaveOptionsView(const ImageProperties& properties, const std::string& type,
                     QWidget* parent = nullptr);
+
+    /// Offers to keep this recipe inside the file, for the formats that can carry one. Not chosen
+    /// at first: it may hold what the user typed.
+    void offerRecipe(const std::string& text);
 
     std::string type() const;
     void setType(std::string_view type);
@@ -56,6 +62,9 @@ class SaveOptionsView final : public QWidget {
     QSpinBox* qualityNumber_ = nullptr;
     QComboBox* tiffCompression_ = nullptr;
     QSlider* pngLevel_ = nullptr;
+    QVBoxLayout* column_;
+    QCheckBox* keepRecipe_ = nullptr;
+    std::string recipe_;
 };
 
 }  // namespace skarnel

@@ -5,6 +5,7 @@
 #include <QTextCursor>
 #include <QTextDocument>
 #include <cmath>
+#include <optional>
 
 namespace skarnel {
 namespace {
@@ -31,6 +32,23 @@ TextAlignment alignmentOf(const QTextBlockFormat& format) {
         default:
             return TextAlignment::Natural;
     }
+}
+
+/// None for the natural one, which is no property of the document's.
+std::optional<Qt::Alignment> alignmentTo(TextAlignment alignment) {
+    switch (alignment) {
+        case TextAlignment::Left:
+            return Qt::AlignLeft | Qt::AlignAbsolute;
+        case TextAlignment::Right:
+            return Qt::AlignRight | Qt::AlignAbsolute;
+        case TextAlignment::Center:
+            return Qt::AlignHCenter;
+        case TextAlignment::Justified:
+            return Qt::AlignJustify;
+        case TextAlignment::Natural:
+            break;
+    }
+    return std::nullopt;
 }
 
 /// The length of a paragraph's end at `place`; 0 where there is none.
@@ -124,6 +142,33 @@ void setPlainCharacters(QTextDocument& document, std::u16string_view characters,
     }
     cursor.insertText(toQt(characters.substr(start)), format);
     cursor.endEditBlock();
+}
+
+void setStyledText(QTextDocument& document, const StyledText& text) {
+    const std::u16string& characters = text.characters();
+    setPlainCharacters(document, characters,
+                       charFormat(text.runs().empty() ? TextStyle() : text.styleAt(0)));
+    QTextCursor cursor(&document);
+    std::size_t place = 0;
+    for (const TextRun& run : text.runs()) {
+        // A pair that ends a paragraph is one place of the document.
+        int places = 0;
+        for (const std::size_t end = place + run.length; place < end; ++places) {
+            place += std::max<std::size_t>(1, endLength(characters, place));
+        }
+        cursor.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor, places);
+        cursor.setCharFormat(charFormat(run.style));
+        cursor.setPosition(cursor.position());
+    }
+    std::size_t paragraph = 0;
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next(), ++paragraph) {
+        if (paragraph >= text.alignments().size()) break;
+        const auto alignment = alignmentTo(text.alignments()[paragraph]);
+        if (!alignment) continue;
+        QTextBlockFormat format = block.blockFormat();
+        format.setAlignment(*alignment);
+        QTextCursor(block).setBlockFormat(format);
+    }
 }
 
 }  // namespace skarnel

@@ -20,6 +20,9 @@ TextStyle textStyle(const QTextCharFormat& format);
 /// with U+000A where the user pressed Return.
 StyledText styledText(const QTextDocument& document);
 
+/// Replaces the whole content; `styledText` gives the same text back.
+void setStyledText(QTextDocument& document, const StyledText& text);
+
 /// Replaces the whole content by characters in one format; U+000D, U+000A, the pair of both and
 /// U+2029 end paragraphs and are read back as they were.
 void setPlainCharacters(QTextDocument& document, std::u16string_view characters,

@@ -105,6 +105,10 @@ void TextEditor::colorRange(const QColor& color, NSRange range) {
     });
 }
 
+void TextEditor::setText(const StyledText& text) {
+    byProgram([&] { setStyledText(*document(), text); });
+}
+
 void TextEditor::replaceAll(std::u16string_view text) {
     byProgram([&] {
         QTextCursor first(document());

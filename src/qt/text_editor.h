@@ -29,6 +29,7 @@ class TextEditor final : public QTextEdit {
     void replaceSelection(std::u16string_view text);
     void colorRange(const QColor& color, NSRange range);
     void replaceAll(std::u16string_view text);
+    void setText(const StyledText& text);
 
     /// Styles the selection, or what is typed next, on behalf of the user.
     void mergeStyle(const QTextCharFormat& format);

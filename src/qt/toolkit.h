@@ -32,6 +32,10 @@ class QtToolkit final : public Toolkit {
     /// The window that panels belong to; before the first panel.
     void setMainWindow(QWidget* window) { window_ = window; }
     QtColorPanel& colorPanel();
+    /// Asked at each save for the text of the recipe that the file may carry.
+    void setRecipeText(std::function<std::string()> recipeText) {
+        recipeText_ = std::move(recipeText);
+    }
 
     NSUserDefaults& standardUserDefaults() override { return parts_.defaults; }
     NSNotificationCenter& defaultNotificationCenter() override { return center_; }
@@ -72,6 +76,7 @@ class QtToolkit final : public Toolkit {
     StandardImageFiles imageFiles_;
     std::unique_ptr<QtColorPanel> colorPanel_;
     std::optional<std::string> temporaryDirectory_;
+    std::function<std::string()> recipeText_;
 };
 
 }  // namespace skarnel

@@ -124,6 +124,7 @@ void QtSaveOptions::addSaveOptionsAccessoryViewToSavePanel(NSSavePanel& panel) {
     auto* own = dynamic_cast<QtSavePanel*>(&panel);
     if (own == nullptr) return;
     auto* view = new SaveOptionsView(properties_, type_);
+    view->offerRecipe(recipe_);
     // The view belongs to the sheet, which may outlive these options by a moment.
     QObject::connect(view, &SaveOptionsView::changed, view, [weak = weak_from_this(), view] {
         const auto self = weak.lock();

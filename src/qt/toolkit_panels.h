@@ -70,8 +70,9 @@ class QtSavePanel final : public NSSavePanel, public std::enable_shared_from_thi
 class QtSaveOptions final : public IKSaveOptions,
                             public std::enable_shared_from_this<QtSaveOptions> {
   public:
-    QtSaveOptions(const ImageProperties& properties, std::string_view type)
-        : properties_(properties), type_(type) {}
+    /// The recipe's text is offered to be kept inside the file; empty for no such offer.
+    QtSaveOptions(const ImageProperties& properties, std::string_view type, std::string recipe = {})
+        : properties_(properties), type_(type), recipe_(std::move(recipe)) {}
 
     void addSaveOptionsAccessoryViewToSavePanel(NSSavePanel& panel) override;
     std::string imageUTType() const override { return type_; }
@@ -80,6 +81,7 @@ class QtSaveOptions final : public IKSaveOptions,
   private:
     ImageProperties properties_;
     std::string type_;
+    std::string recipe_;
 };
 
 /// The one colour panel. While `focusedText` gives an editor, its colour goes to the text there.

@@ -1,0 +1,139 @@
+#include "qt/companions.h"
+
+#include <QAction>
+#include <QDesktopServices>
+#include <QDir>
+#include <QMenu>
+#include <QStandardPaths>
+#include <QToolBar>
+#include <QUrl>
+
+#include "qt/application.h"
+#include "qt/compare_overlay.h"
+#include "qt/picture_painter.h"
+#include "qt/preset_strip.h"
+#include "qt/recipe_commands.h"
+#include "qt/result_drag.h"
+#include "qt/viewer.h"
+#include "storage/safe_file.h"
+#include "util/resources/resource_path.h"
+
+namespace skarnel {
+namespace {
+
+constexpr int kThumbnailSource = 168;  // pixels of the longer side, twice a thumbnail's
+
+const QString kPresetsShown = QStringLiteral("presetsShown");
+
+/// The menu in which an action stands.
+QMenu* menuOf(const QAction& action) {
+    const QList<QObject*> places = action.associatedObjects();
+    for (QObject* place : places) {
+        if (auto* menu = qobject_cast<QMenu*>(place)) return menu;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+Companions::Companions(Application& application)
+    : QObject(&application),
+      application_(application),
+      userPresets_(application.state()),
+      recipes_(new RecipeCommands(application)) {
+    addPresets();
+    addGuide();
+    application_.toolkit().setRecipeText([this] { return recipes_->currentText(); });
+    Viewer& viewer = application_.window().viewer();
+    new CompareOverlay(
+        viewer, [this] { return picture(); }, [&viewer] { return viewer.background(); });
+    new ResultDrag(viewer, [this] { return makeResultFile(); });
+    connect(&viewer, &Viewer::painted, this, &Companions::noticeSource);
+}
+
+void Companions::addPresets() {
+    MainWindow& window = application_.window();
+    strip_ = new PresetStrip(application_.model(), userPresets_, [this] { return smallPicture(); });
+    presetBar_ = new QToolBar(tr("Looks"), &window);
+    presetBar_->setObjectName(QStringLiteral("presetBar"));
+    presetBar_->setMovable(false);
+    presetBar_->setFloatable(false);
+    presetBar_->setContextMenuPolicy(Qt::PreventContextMenu);
+    presetBar_->addWidget(strip_);
+    window.addToolBar(Qt::BottomToolBarArea, presetBar_);
+    showPresets_ = new QAction(tr("Show &Looks"), &window);
+    showPresets_->setCheckable(true);
+    showPresets_->setToolTip(tr("Show the looks below the picture"));
+    connect(showPresets_, &QAction::toggled, this, [this](bool shown) {
+        presetBar_->setVisible(shown);
+        application_.state().setValue(kPresetsShown, shown);
+        if (shown) strip_->sourceChanged();
+    });
+    const bool shown = application_.state().value(kPresetsShown).toBool(true);
+    showPresets_->setChecked(shown);
+    presetBar_->setVisible(shown);
+    if (QMenu* view = menuOf(*application_.actions().showText)) {
+        const QList<QAction*> all = view->actions();
+        const qsizetype at = all.indexOf(application_.actions().showText) + 1;
+        view->insertAction(at < all.size() ? all.at(at) : nullptr, showPresets_);
+    }
+}
+
+void Companions::addGuide() {
+    guide_ = new QAction(tr("User's &Guide"), &application_.window());
+    guide_->setToolTip(tr("Open the guide that came with the program"));
+    const auto page = findResource("help/index.html");
+    guide_->setEnabled(page.has_value());
+    connect(guide_, &QAction::triggered, this, [page] {
+        QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(*page)));
+    });
+    if (QMenu* help = menuOf(*application_.actions().about)) {
+        help->insertAction(application_.actions().about, guide_);
+    }
+}
+
+void Companions::noticeSource() {
+    const std::optional<NSImage>& now = application_.controller().scaledImage;
+    strip_->setGround(application_.window().viewer().background());
+    if (!now || (known_ && known_->isSame(*now))) return;
+    known_ = now;
+    strip_->sourceChanged();
+}
+
+std::optional<CGImage> Companions::picture() const {
+    const std::optional<NSImage>& now = application_.controller().scaledImage;
+    return now ? ImageOperations().getCGImageRef(*now) : std::nullopt;
+}
+
+std::optional<CGImage> Companions::smallPicture() const {
+    const std::optional<CGImage> whole = picture();
+    if (!whole) return std::nullopt;
+    QImage small = paintableImage(*whole);
+    if (small.width() > kThumbnailSource || small.height() > kThumbnailSource) {
+        small = small.scaled(kThumbnailSource, kThumbnailSource, Qt::KeepAspectRatio,
+                             Qt::SmoothTransformation);
+    }
+    small = small.convertToFormat(QImage::Format_RGBA8888_Premultiplied);
+    return CGImage::copyOf({small.constBits(), small.width(), small.height(),
+                            static_cast<std::ptrdiff_t>(small.bytesPerLine()), 4});
+}
+
+QString Companions::makeResultFile() {
+    application_.model().flush();
+    VanteraDesktopController& controller = application_.controller();
+    if (!controller.image) return {};
+    const auto source = ImageOperations().getCGImageRef(*controller.image);
+    const auto result = source ? controller.reflectedImage(*source) : std::nullopt;
+    const auto bytes =
+        result ? encodeImage(*result, kUTTypePNG) : Result<Bytes>(ErrorCode::Failed, "no result");
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
+                           QStringLiteral("/skarnel/dragged");
+    if (!bytes || !QDir().mkpath(folder)) return {};
+    QString name = QString::fromStdString(controller.saveFilename);
+    name.replace(QLatin1Char('/'), QLatin1Char('_'));
+    const QString path = folder + QLatin1Char('/') + name + QStringLiteral(".png");
+    if (!writeFileSafely(path.toStdString(), *bytes, Overwrite::Allow)) return {};
+    return path;
+}
+
+}  // namespace skarnel

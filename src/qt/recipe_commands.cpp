@@ -1,0 +1,205 @@
+#include "qt/recipe_commands.h"
+
+#include <QAction>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMenu>
+#include <QMimeData>
+#include <QPushButton>
+#include <QUrl>
+
+#include "qt/application.h"
+#include "qt/settings_panel.h"
+#include "qt/styled_document.h"
+#include "qt/text_bar.h"
+#include "qt/text_editor.h"
+#include "qt/viewer.h"
+#include "recipe/recipe_file.h"
+#include "storage/safe_file.h"
+
+namespace skarnel {
+namespace {
+
+QString suffix() {
+    return QLatin1Char('.') + QString::fromLatin1(kRecipeExtension.data(),
+                                                  static_cast<qsizetype>(kRecipeExtension.size()));
+}
+
+std::uint8_t byteOf(int component) {
+    return static_cast<std::uint8_t>(component);
+}
+
+/// The one local file of a drop; empty for anything else.
+QString droppedFile(const QMimeData& data) {
+    const QList<QUrl> urls = data.urls();
+    return urls.size() == 1 && urls.front().isLocalFile() ? urls.front().toLocalFile() : QString();
+}
+
+}  // namespace
+
+RecipeCommands::RecipeCommands(Application& application)
+    : QObject(&application), application_(application) {
+    makeActions();
+    QWidget* panel = application_.window().settings().viewport();
+    panel->setAcceptDrops(true);
+    panel->installEventFilter(this);
+    // After the application's own connections, which have made the picture by then.
+    connect(application_.actions().imageText, &QAction::triggered, this,
+            &RecipeCommands::noticeTextPicture);
+    connect(&application_.window().textBar().imageButton(), &QPushButton::clicked, this,
+            &RecipeCommands::noticeTextPicture);
+}
+
+void RecipeCommands::makeActions() {
+    MainWindow& window = application_.window();
+    save_ = new QAction(tr("Save Recipe…"), &window);
+    save_->setToolTip(tr("Save the settings, the background and the text as a file"));
+    open_ = new QAction(tr("Open Recipe…"), &window);
+    open_->setToolTip(tr("Use the settings, the background and the text of a recipe"));
+    take_ = new QAction(tr("Take Settings From…"), &window);
+    take_->setToolTip(tr("Use the settings of a recipe, or of a picture that carries one"));
+    connect(save_, &QAction::triggered, this, [this] {
+        const QString proposed =
+            QString::fromStdString(application_.controller().saveFilename) + suffix();
+        QString path = QFileDialog::getSaveFileName(&application_.window(), tr("Save Recipe"),
+                                                    proposed, tr("Recipes (*.skarnel)"));
+        if (!path.isEmpty() && QFileInfo(path).suffix().isEmpty()) path += suffix();
+        if (!path.isEmpty()) saveTo(path);
+    });
+    connect(open_, &QAction::triggered, this, [this] {
+        const QString path = chosenFile(tr("Open Recipe"), tr("Recipes (*.skarnel)"));
+        if (!path.isEmpty()) openFrom(path);
+    });
+    connect(take_, &QAction::triggered, this, [this] {
+        const QString path =
+            chosenFile(tr("Take Settings From"),
+                       tr("Recipes and pictures (*.skarnel *.tif *.tiff *.png *.jpg *.jpeg)"));
+        if (!path.isEmpty()) takeFrom(path);
+    });
+    const QList<QObject*> places = application_.actions().saveAndEdit->associatedObjects();
+    for (QObject* place : places) {
+        auto* menu = qobject_cast<QMenu*>(place);
+        if (menu == nullptr) continue;
+        const QList<QAction*> all = menu->actions();
+        const qsizetype at = all.indexOf(application_.actions().saveAndEdit) + 1;
+        QAction* before = at < all.size() ? all.at(at) : nullptr;
+        menu->insertSeparator(before);
+        menu->insertActions(before, {save_, open_, take_});
+    }
+}
+
+QString RecipeCommands::chosenFile(const QString& title, const QString& filter) {
+    return QFileDialog::getOpenFileName(&application_.window(), title, {}, filter);
+}
+
+bool RecipeCommands::isRecipeName(const QString& path) {
+    return path.endsWith(suffix(), Qt::CaseInsensitive);
+}
+
+void RecipeCommands::noticeTextPicture() {
+    const std::optional<NSImage>& now = application_.controller().image;
+    if (!now || (textPicture_ && textPicture_->isSame(*now))) return;
+    textPicture_ = now;
+    imagedText_ = application_.window().textEditor().text();
+}
+
+Recipe RecipeCommands::current() const {
+    const SettingsState state = readSettings(application_.defaults());
+    const QColor color = application_.window().viewer().background();
+    Recipe recipe;
+    recipe.settings = state.numbers;
+    recipe.applyBackgroundColor = state.applyBackgroundColor;
+    recipe.background = {byteOf(color.red()), byteOf(color.green()), byteOf(color.blue()),
+                         byteOf(color.alpha())};
+    const std::optional<NSImage>& now = application_.controller().image;
+    if (textPicture_ && now && textPicture_->isSame(*now)) recipe.text = imagedText_;
+    return recipe;
+}
+
+std::string RecipeCommands::currentText() const {
+    const Result<std::string> text = serializeRecipe(current());
+    return text ? *text : std::string();
+}
+
+bool RecipeCommands::saveTo(const QString& path) {
+    application_.model().flush();
+    const Result<std::string> text = serializeRecipe(current());
+    const Result<void> written =
+        text ? writeFileSafely(path.toStdString(),
+                               {reinterpret_cast<const std::uint8_t*>(text->data()), text->size()},
+                               Overwrite::Allow)
+             : Result<void>(text.error());
+    if (!written) {
+        application_.window().tell(tr("The recipe cannot be saved: %1.")
+                                       .arg(QString::fromStdString(written.error().message)));
+    }
+    return written.hasValue();
+}
+
+std::optional<Recipe> RecipeCommands::read(const QString& path) {
+    Result<Recipe> recipe = readRecipeFile(path.toStdString());
+    if (recipe) return *std::move(recipe);
+    application_.window().tell(
+        QStringLiteral("“%1”: %2.")
+            .arg(QFileInfo(path).fileName(), QString::fromStdString(recipe.error().message)));
+    return std::nullopt;
+}
+
+bool RecipeCommands::openFrom(const QString& path) {
+    const std::optional<Recipe> recipe = read(path);
+    if (!recipe) return false;
+    applySettings(*recipe, tr("Recipe"));
+    if (recipe->text) applyText(*recipe->text);
+    return true;
+}
+
+bool RecipeCommands::takeFrom(const QString& path) {
+    const std::optional<Recipe> recipe = read(path);
+    if (!recipe) return false;
+    applySettings(*recipe, tr("Taken Settings"));
+    return true;
+}
+
+void RecipeCommands::applySettings(const Recipe& recipe, const QString& undoName) {
+    const TextColor& to = recipe.background;
+    const QColor color(to.red, to.green, to.blue, to.alpha);
+    if (color != application_.window().viewer().background()) {
+        // The way of a colour that the user picks, for the viewer whatever has the focus.
+        QtColorPanel& panel = application_.toolkit().colorPanel();
+        application_.resultWindow().setStandIn(&application_.imageView());
+        panel.showColor(application_.window().viewer().background());
+        panel.pick(color);
+        application_.resultWindow().setStandIn(nullptr);
+    }
+    application_.model().changeAll(undoName, {recipe.settings, recipe.applyBackgroundColor});
+}
+
+void RecipeCommands::applyText(const StyledText& text) {
+    TextEditor& editor = application_.window().textEditor();
+    // As an edit by the user: a placeholder gives way, and its timer with it.
+    application_.controller().textViewShouldChangeTextInRanges(
+        application_.textView(), {{0, editor.text().length()}}, {text.characters()});
+    editor.setText(text);
+    application_.actions().imageText->trigger();
+}
+
+bool RecipeCommands::eventFilter(QObject*, QEvent* event) {
+    if (event->type() == QEvent::DragEnter || event->type() == QEvent::DragMove) {
+        auto* drag = static_cast<QDropEvent*>(event);
+        if (droppedFile(*drag->mimeData()).isEmpty()) return false;
+        drag->setDropAction(Qt::CopyAction);
+        drag->accept();
+        return true;
+    }
+    if (event->type() != QEvent::Drop) return false;
+    auto* drop = static_cast<QDropEvent*>(event);
+    const QString path = droppedFile(*drop->mimeData());
+    if (path.isEmpty()) return false;
+    drop->setDropAction(Qt::CopyAction);
+    drop->accept();
+    takeFrom(path);
+    return true;
+}
+
+}  // namespace skarnel

@@ -1,0 +1,62 @@
+// The commands for recipes: save one, open one, take the settings out of one.
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <optional>
+#include <string>
+
+#include "imaging/nsimage/nsimage.h"
+#include "recipe/recipe.h"
+
+class QAction;
+class QEvent;
+
+namespace skarnel {
+
+class Application;
+
+class RecipeCommands final : public QObject {
+    Q_OBJECT
+  public:
+    /// Adds its actions to the menu that has the save command; the application is borrowed.
+    explicit RecipeCommands(Application& application);
+
+    QAction& saveAction() const { return *save_; }
+    QAction& openAction() const { return *open_; }
+    QAction& takeAction() const { return *take_; }
+
+    /// What the window shows: settings, background, and the text where the picture was made of it.
+    Recipe current() const;
+    /// The same as a recipe's text; empty where the text has no form to keep it in.
+    std::string currentText() const;
+
+    /// Each tells the user what went wrong and gives back whether all went well.
+    bool saveTo(const QString& path);
+    bool openFrom(const QString& path);
+    bool takeFrom(const QString& path);
+
+    /// Whether the name says that a file is a recipe.
+    static bool isRecipeName(const QString& path);
+
+  protected:
+    /// Drops on the settings panel.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void makeActions();
+    void noticeTextPicture();
+    std::optional<Recipe> read(const QString& path);
+    void applySettings(const Recipe& recipe, const QString& undoName);
+    void applyText(const StyledText& text);
+    QString chosenFile(const QString& title, const QString& filter);
+
+    Application& application_;
+    QAction* save_ = nullptr;
+    QAction* open_ = nullptr;
+    QAction* take_ = nullptr;
+    std::optional<NSImage> textPicture_;  // the source picture that was made of the text
+    std::optional<StyledText> imagedText_;
+};
+
+}  // namespace skarnel

@@ -1,0 +1,48 @@
+// The looks that the user has saved: an ordered list with names, in the window's state file.
+#pragma once
+
+#include <QList>
+#include <QObject>
+#include <QString>
+
+#include "recipe/presets.h"
+
+namespace skarnel {
+
+class WindowState;
+
+struct UserPreset {
+    QString name;
+    SettingNumbers settings;
+    friend bool operator==(const UserPreset&, const UserPreset&) = default;
+};
+
+/// Names are trimmed, not empty, and differ from each other in more than letter case.
+class UserPresets final : public QObject {
+    Q_OBJECT
+  public:
+    /// The state is borrowed. Entries that cannot be read are left out.
+    explicit UserPresets(WindowState& state, QObject* parent = nullptr);
+
+    const QList<UserPreset>& all() const { return presets_; }
+
+    /// Adds a look at the end and gives back its place. An empty name becomes "My Look", and a
+    /// taken one gets a number behind it.
+    qsizetype add(const QString& name, const SettingNumbers& settings);
+    /// False, and nothing changes, for an empty name, one that another look has, or no such place.
+    bool rename(qsizetype index, const QString& name);
+    void remove(qsizetype index);
+
+  signals:
+    void changed();
+
+  private:
+    bool isTaken(const QString& name, qsizetype except) const;
+    void load();
+    void store();
+
+    WindowState& state_;
+    QList<UserPreset> presets_;
+};
+
+}  // namespace skarnel

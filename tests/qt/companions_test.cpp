@@ -1,0 +1,303 @@
+// Looks, recipes, comparing and dragging out, in the real window.
+#include "qt/companions.h"
+
+#include <QCheckBox>
+#include <QDropEvent>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QMimeData>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QUrl>
+
+#include "application_fixture.h"
+#include "qt/compare_overlay.h"
+#include "qt/preset_strip.h"
+#include "qt/recipe_commands.h"
+#include "qt/result_drag.h"
+#include "qt/save_options_view.h"
+#include "recipe/recipe_file.h"
+
+namespace skarnel {
+namespace {
+
+class CompanionsTest : public ApplicationTest {
+  protected:
+    PresetStrip& strip() { return app->companions().presets(); }
+    RecipeCommands& recipes() { return app->companions().recipes(); }
+
+    SettingNumbers settings() {
+        SettingNumbers numbers{};
+        for (std::size_t i = 0; i < numbers.size(); ++i) {
+            numbers[i] = app->model().number(kReflectionSettings[i].key);
+        }
+        return numbers;
+    }
+
+    void choose(int row) {
+        QListWidget& list = strip().list();
+        list.setFocus();
+        list.setCurrentRow(row);
+        QTest::keyClick(&list, Qt::Key_Return);
+        settle();
+    }
+
+    QString recipeFile(const Recipe& recipe, const QString& name = QStringLiteral("a.skarnel")) {
+        const QString path = folder.filePath(name);
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray::fromStdString(*serializeRecipe(recipe)));
+        return path;
+    }
+
+    static Recipe someRecipe() {
+        Recipe recipe = Recipe::defaults();
+        recipe.settings = {12, 45, 3, -5, 9, 180, 50};
+        recipe.applyBackgroundColor = true;
+        recipe.background = {0x20, 0x40, 0x60, 0xFF};
+        return recipe;
+    }
+};
+
+// Looks ----------------------------------------------------------------------------------------
+
+TEST_F(CompanionsTest, ALookSetsItsSevenNumbersAsOneEntryOfUndo) {
+    start();
+    choose(5);
+    EXPECT_EQ(settings(), builtInPresets()[5].settings);
+    EXPECT_EQ(app->model().history().undoLabel(), "Stage");
+    app->model().undo();
+    settle();
+    EXPECT_EQ(settings(), builtInPresets()[0].settings);
+    EXPECT_FALSE(app->model().history().canUndo());
+}
+
+TEST_F(CompanionsTest, ALookLeavesTheBackgroundAlone) {
+    start();
+    app->model().editApplyBackground(true);
+    choose(3);
+    EXPECT_TRUE(app->model().applyBackground());
+}
+
+TEST_F(CompanionsTest, TheLookWithTheSettingsIsMarkedAndNoneWithOthers) {
+    start();
+    choose(2);
+    ASSERT_EQ(strip().list().selectedItems().size(), 1);
+    EXPECT_EQ(strip().list().selectedItems().front()->text(), QStringLiteral("Glossy Table"));
+    app->model().editNumber("gradient", 33);
+    settle();
+    EXPECT_TRUE(strip().list().selectedItems().isEmpty());
+    app->model().editNumber("gradient", builtInPresets()[2].settings[4]);
+    settle();
+    EXPECT_EQ(strip().list().selectedItems().size(), 1);
+}
+
+TEST_F(CompanionsTest, ThumbnailsAreMadeAfterTheFirstPictureOneByOne) {
+    start();
+    EXPECT_TRUE(strip().isWorking());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !strip().isWorking(); }, kPatience));
+    const QImage first = strip().list().item(0)->icon().pixmap(84, 60).toImage();
+    const QImage twin = strip().list().item(11)->icon().pixmap(84, 60).toImage();
+    EXPECT_NE(first, twin);
+    const QImage before = first;
+    ASSERT_TRUE(app->openPicture(picture(QStringLiteral("red.png"), 300, 200, Qt::red)));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return strip().isWorking(); }, kPatience));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !strip().isWorking(); }, kPatience));
+    const QImage after = strip().list().item(0)->icon().pixmap(84, 60).toImage();
+    EXPECT_NE(after, before);
+    EXPECT_EQ(after.pixelColor(42, 20), QColor(Qt::red));
+}
+
+TEST_F(CompanionsTest, TheUsersLookIsSavedRenamedAndRemoved) {
+    start();
+    app->model().editNumber("gradient", 33);
+    settle();
+    strip().saveCurrent();
+    QListWidget& list = strip().list();
+    ASSERT_EQ(list.count(), 13);
+    EXPECT_EQ(list.item(12)->text(), QStringLiteral("My Look"));
+    list.item(12)->setText(QStringLiteral("Foggy"));
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] {
+            const QJsonArray kept = app->state().value(QStringLiteral("presets")).toArray();
+            return kept.size() == 1 &&
+                   kept.at(0).toObject().value(QStringLiteral("name")) == QStringLiteral("Foggy");
+        },
+        kPatience));
+    choose(0);
+    choose(12);
+    EXPECT_EQ(settings()[4], 33);
+    list.setCurrentRow(12);
+    QTest::keyClick(&list, Qt::Key_Delete);
+    EXPECT_EQ(list.count(), 12);
+}
+
+TEST_F(CompanionsTest, ALookOfTheProgramsCannotBeRemoved) {
+    start();
+    strip().list().setCurrentRow(0);
+    QTest::keyClick(&strip().list(), Qt::Key_Delete);
+    EXPECT_EQ(strip().list().count(), 12);
+}
+
+TEST_F(CompanionsTest, TheStripIsHiddenAndRememberedSo) {
+    start();
+    EXPECT_TRUE(strip().isVisible());
+    app->companions().showPresetsAction().trigger();
+    EXPECT_FALSE(strip().isVisible());
+    EXPECT_FALSE(app->state().value(QStringLiteral("presetsShown")).toBool(true));
+}
+
+TEST(PresetThumbnail, ALookWithoutAResultHasNoPicture) {
+    const std::vector<std::uint8_t> bytes(16, 255);
+    const CGImage source = *CGImage::copyOf({bytes.data(), 2, 2, 8, 4});
+    // A vertical scale of 0 leaves no reflection.
+    EXPECT_TRUE(presetThumbnail(source, {0, 0, 0, 0, 7, 200, 50}).isNull());
+    EXPECT_FALSE(presetThumbnail(source, {0, 100, 0, 0, 7, 200, 50}).isNull());
+}
+
+// Recipes --------------------------------------------------------------------------------------
+
+TEST_F(CompanionsTest, ASavedRecipeHoldsTheSettingsAndTheBackground) {
+    start();
+    app->model().editNumber("alpha", 123);
+    const QString path = folder.filePath(QStringLiteral("mine.skarnel"));
+    ASSERT_TRUE(recipes().saveTo(path));
+    const auto recipe = readRecipeFile(path.toStdString());
+    ASSERT_TRUE(recipe) << recipe.error().message;
+    EXPECT_EQ(recipe->settings, (std::array<float, 7>{0, 100, 0, 0, 7, 123, 50}));
+    EXPECT_FALSE(recipe->applyBackgroundColor);
+    EXPECT_EQ(recipe->background, (TextColor{0, 0, 0, 255}));
+    EXPECT_EQ(recipe->text, std::nullopt);
+}
+
+TEST_F(CompanionsTest, AnOpenedRecipeSetsEverythingAsOneEntryOfUndo) {
+    start();
+    ASSERT_TRUE(recipes().openFrom(recipeFile(someRecipe())));
+    settle();
+    EXPECT_EQ(settings(), someRecipe().settings);
+    EXPECT_TRUE(app->model().applyBackground());
+    EXPECT_EQ(viewer().background(), QColor(0x20, 0x40, 0x60));
+    EXPECT_EQ(panel().colorText().text(), QStringLiteral("#204060"));
+    app->model().undo();
+    settle();
+    EXPECT_EQ(settings(), builtInPresets()[0].settings);
+    EXPECT_FALSE(app->model().applyBackground());
+}
+
+TEST_F(CompanionsTest, TheBackgroundGoesToTheViewerThoughTheTextHasTheFocus) {
+    start();
+    window().textEditor().setFocus();
+    ASSERT_TRUE(recipes().takeFrom(recipeFile(someRecipe())));
+    EXPECT_EQ(viewer().background(), QColor(0x20, 0x40, 0x60));
+    EXPECT_EQ(window().textEditor().text().styleAt(0).color, (TextColor{255, 255, 255, 255}));
+}
+
+TEST_F(CompanionsTest, ARecipeNamedAtTheStartIsOpened) {
+    start({recipeFile(someRecipe())});
+    EXPECT_EQ(settings(), someRecipe().settings);
+    EXPECT_EQ(app->controller().saveFilename, "TavelinLogo");
+}
+
+TEST_F(CompanionsTest, ADamagedRecipeChangesNothing) {
+    start();
+    const QString path = folder.filePath(QStringLiteral("bad.skarnel"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(R"({"skarnel":"recipe","version":2})");
+    file.close();
+    EXPECT_FALSE(recipes().openFrom(path));
+    EXPECT_FALSE(recipes().takeFrom(path));
+    EXPECT_FALSE(recipes().takeFrom(folder.filePath(QStringLiteral("missing.skarnel"))));
+    settle();
+    EXPECT_EQ(settings(), builtInPresets()[0].settings);
+    EXPECT_FALSE(app->model().history().canUndo());
+}
+
+TEST_F(CompanionsTest, SettingsAreTakenFromADropOnThePanel) {
+    start();
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(recipeFile(someRecipe()))});
+    QWidget* target = panel().viewport();
+    EXPECT_TRUE(target->acceptDrops());
+    QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(target, &enter);  // makes it the drag's target
+    ASSERT_TRUE(enter.isAccepted());
+    QDropEvent drop({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(target, &drop);
+    settle();
+    EXPECT_TRUE(drop.isAccepted());
+    EXPECT_EQ(settings(), someRecipe().settings);
+    EXPECT_EQ(app->controller().saveFilename, "TavelinLogo");
+}
+
+TEST_F(CompanionsTest, TheSaveOptionsOfferTheRecipeAndDoNotChooseIt) {
+    SaveOptionsView view({}, std::string(kUTTypePNG));
+    EXPECT_EQ(view.findChild<QCheckBox*>(QStringLiteral("keepRecipe")), nullptr);
+    view.offerRecipe("{}");
+    auto* keep = view.findChild<QCheckBox*>(QStringLiteral("keepRecipe"));
+    ASSERT_NE(keep, nullptr);
+    EXPECT_FALSE(keep->isChecked());
+    EXPECT_FALSE(view.properties().contains(kPropertyRecipe));
+    QSignalSpy changes(&view, &SaveOptionsView::changed);
+    keep->click();
+    EXPECT_EQ(changes.size(), 1);
+    EXPECT_EQ(std::get<std::string>(view.properties().at(std::string(kPropertyRecipe))), "{}");
+    view.setType(kUTTypeBMP);
+    EXPECT_FALSE(keep->isEnabled());
+    EXPECT_FALSE(view.properties().contains(kPropertyRecipe));
+}
+
+TEST_F(CompanionsTest, ASavedFileCarriesTheRecipeWhereItIsAskedFor) {
+    start();
+    app->model().editNumber("alpha", 77);
+    const std::string path = folder.filePath(QStringLiteral("out.tiff")).toStdString();
+    auto destination = app->toolkit().imageFiles().imageDestinationCreateWithURL(path, kUTTypeTIFF);
+    const auto image = ImageOperations().getCGImageRef(*app->controller().image);
+    destination->addImage(*image, {{std::string(kPropertyRecipe), recipes().currentText()}});
+    ASSERT_TRUE(destination->finalize());
+    const auto recipe = readRecipeFile(path);
+    ASSERT_TRUE(recipe) << recipe.error().message;
+    EXPECT_EQ(recipe->settings[5], 77);
+}
+
+// Compare and drag -----------------------------------------------------------------------------
+
+TEST_F(CompanionsTest, ThePictureAloneIsShownWhileTheSpaceBarIsHeld) {
+    start();
+    auto* overlay = viewer().findChild<CompareOverlay*>();
+    ASSERT_NE(overlay, nullptr);
+    EXPECT_FALSE(overlay->isVisible());
+    viewer().setFocus();
+    QTest::keyPress(&viewer(), Qt::Key_Space);
+    EXPECT_TRUE(overlay->isVisible());
+    EXPECT_EQ(overlay->size(), viewer().size());
+    QTest::keyRelease(&viewer(), Qt::Key_Space);
+    EXPECT_FALSE(overlay->isVisible());
+}
+
+TEST_F(CompanionsTest, LosingTheFocusEndsTheComparison) {
+    start();
+    auto* overlay = viewer().findChild<CompareOverlay*>();
+    QTest::keyPress(&viewer(), Qt::Key_Space);
+    ASSERT_TRUE(overlay->isVisible());
+    QFocusEvent out(QEvent::FocusOut);
+    QApplication::sendEvent(&viewer(), &out);
+    EXPECT_FALSE(overlay->isVisible());
+}
+
+TEST_F(CompanionsTest, TheDraggedFileIsThePngOfTheFullResult) {
+    start();
+    ASSERT_TRUE(app->openPicture(picture(QStringLiteral("Beach.png"), 300, 200, Qt::red)));
+    const QString path = app->companions().makeResultFile();
+    EXPECT_TRUE(path.endsWith(QStringLiteral("/Beach Reflection.png"))) << path.toStdString();
+    // Picture and reflection of 200 rows each.
+    EXPECT_EQ(QImage(path).size(), QSize(300, 400));
+}
+
+TEST_F(CompanionsTest, TheGuideIsInTheHelpMenu) {
+    start();
+    EXPECT_FALSE(app->companions().guideAction().associatedObjects().isEmpty());
+}
+
+}  // namespace
+}  // namespace skarnel
