@@ -96,7 +96,7 @@ void tryJob(const Job& job, const JobSettings& settings, JobReport& report) {
         report.error = job.output + ": The file already exists (--force replaces it)";
         return;
     }
-    Result<DecodedImage> picture = loadPicture(job.input, settings.maxPixels);
+    Result<DecodedImage> picture = loadPicture(job, settings.maxPixels);
     if (!picture) {
         report.error = picture.error().message;
         return;
@@ -123,9 +123,10 @@ void tryJob(const Job& job, const JobSettings& settings, JobReport& report) {
 
 }  // namespace
 
-Result<DecodedImage> loadPicture(const std::string& input, std::int64_t maxPixels) {
+Result<DecodedImage> loadPicture(const Job& job, std::int64_t maxPixels) {
+    if (job.picture) return *job.picture;
     const DecodeLimits limits{maxPixels};
-    if (input != kStandardStream) return decodeImageFile(input, limits);
+    if (job.input != kStandardStream) return decodeImageFile(job.input, limits);
     const Result<Bytes> bytes = readDescriptor(STDIN_FILENO, mostBytes(maxPixels));
     if (!bytes) return bytes.error();
     if (bytes->empty()) return {ErrorCode::CannotRead, "Nothing came from standard input"};

@@ -14,10 +14,11 @@
 namespace skarnel::cli {
 
 struct Job {
-    std::string input;    // a path, or "-"
-    std::string output;   // a path, or "-"
-    std::string type;     // identifier of the format to write
-    std::string refusal;  // not empty: why this job cannot even be tried
+    std::string input;                         // a path, or "-"
+    std::string output;                        // a path, or "-"
+    std::string type;                          // identifier of the format to write
+    std::string refusal;                       // not empty: why this job cannot even be tried
+    std::optional<DecodedImage> picture = {};  // made already, from text; the input is its name
 };
 
 /// What all jobs of a run share.
@@ -39,8 +40,8 @@ struct JobReport {
     std::optional<std::string> error;  // a result may be written all the same (an unmade turn)
 };
 
-/// The picture of a job's input; '-' is standard input.
-Result<DecodedImage> loadPicture(const std::string& input, std::int64_t maxPixels);
+/// The job's own picture, or that of its input; '-' is standard input.
+Result<DecodedImage> loadPicture(const Job& job, std::int64_t maxPixels);
 
 /// A picture rendered and, with a preview size, shrunk before and after. `turn` tells whether the
 /// turn could be made. Refuses (TooLarge) when a picture of the render would have more than four

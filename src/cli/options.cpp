@@ -28,6 +28,7 @@ constexpr std::array<NumberOption, kReflectionSettings.size()> kNumberOptions{{
     {"--image-perspective", "imagePerspective", "Turn of the whole, 0 to 100; none at 0, 50, 100"},
 }};
 
+constexpr float kLargestTextSize = 10'000;  // pixels
 constexpr int kLargestQuality = 100;
 constexpr int kLargestLevel = 12;
 constexpr int kLargestJobs = 1024;
@@ -109,6 +110,7 @@ class Binding {
   public:
     Binding(CLI::App& app, Options& options) : app_(app), options_(options) {
         addFiles();
+        addText();
         addSettings();
         addFormat();
         addMany();
@@ -140,6 +142,32 @@ class Binding {
         add("-o,--output", "OUT", "File or folder to write; '-' is standard output",
             [this](const std::string& path) { options_.output = path; });
         flag("-f,--force", options_.force, "Replace files that are there");
+    }
+
+    void addText() {
+        group_ = "Text";
+        TextOptions& text = options_.text;
+        add("--text", "TEXT", "Reflect this text; \\\\n begins a line",
+            [&text](const std::string& value) { text.text = value; });
+        add("--html", "FILE", "Reflect the styled text of an HTML file; '-' is standard input",
+            [&text](const std::string& path) { text.html = path; });
+        add("--font", "FAMILY", "Typeface of the text (default: Times)",
+            [&text](const std::string& family) {
+                if (family.empty()) throw wrongValue("--font", family, "a typeface");
+                text.font = family;
+            });
+        add("--size", "POINTS", "Size of the text, one point one pixel (default: 48)",
+            [&text](const std::string& value) {
+                const std::optional<float> size = parseNumber(value);
+                if (!size || *size < 1 || *size > kLargestTextSize)
+                    throw wrongValue("--size", value, "a number from 1 to 10000");
+                text.size = *size;
+            });
+        add("--color", "#RRGGBB", "Colour of the text (default: #FFFFFF)",
+            [&text](const std::string& value) {
+                text.color = parseColor(value);
+                if (!text.color) throw wrongValue("--color", value, "a colour of the form #RRGGBB");
+            });
     }
 
     void addSettings() {
@@ -236,14 +264,29 @@ class HelpFormatter final : public CLI::Formatter {
 };
 
 /// What single options cannot see: which of them go together. Empty when all is well.
+std::string contradictionOfText(const Options& options) {
+    const TextOptions& text = options.text;
+    if (!text.isAsked() && (text.font || text.size || text.color)) {
+        return "--font, --size and --color need --text or --html";
+    }
+    if (!text.isAsked()) return {};
+    if (text.text && text.html) return "--text and --html do not go together";
+    if (!options.pictures.empty()) return "text and pictures do not go together";
+    if (options.watch) return "--watch takes no text";
+    return {};
+}
+
 std::string contradiction(const Options& options) {
+    if (std::string message = contradictionOfText(options); !message.empty()) return message;
     const auto streams =
         std::count(options.pictures.begin(), options.pictures.end(), kStandardStream);
     const bool toStream = options.output == kStandardStream;
     if (options.watch && !options.pictures.empty()) return "--watch takes no pictures";
     if (options.watch && toStream) return "--watch cannot write to standard output";
     if (options.watch && options.sweep) return "--watch and --sweep do not go together";
-    if (!options.watch && options.pictures.empty()) return "no picture was given";
+    if (!options.watch && options.pictures.empty() && !options.text.isAsked()) {
+        return "no picture was given";
+    }
     if (streams > 1) return "standard input can be read only once";
     if (toStream && options.pictures.size() > 1) {
         return "standard output takes only one picture";
@@ -296,6 +339,7 @@ ParsedCommandLine parseCommandLine(const std::vector<std::string>& arguments) {
     if (const std::string message = contradiction(options); !message.empty()) {
         return usageError(message);
     }
+    if (options.text.isAsked()) options.pictures = {std::string(kTextInput)};
     return options;
 }
 

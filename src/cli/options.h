@@ -9,6 +9,7 @@
 
 #include "cli/numbers.h"
 #include "cli/render_settings.h"
+#include "cli/text_source.h"
 
 namespace skarnel::cli {
 
@@ -52,6 +53,7 @@ struct Options {
     std::optional<Sweep> sweep;
     std::optional<std::string> animate;
     int frameMilliseconds = 40;
+    TextOptions text;  // asked for: the one picture is made from it
 };
 
 /// A run that ends before any picture: the text for the user and the exit code.

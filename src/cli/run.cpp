@@ -12,6 +12,7 @@
 #include "cli/recipe_settings.h"
 #include "cli/report.h"
 #include "cli/sweep.h"
+#include "cli/text_source.h"
 #include "cli/watch.h"
 #include "storage/settings_store.h"
 #include "util/log/system_log.h"
@@ -58,9 +59,10 @@ class Run {
     ~Run() { setSystemLogSink({}); }
 
     int pictures() {
-        const auto planned = planJobs(options_);
+        auto planned = planJobs(options_);
         if (const auto* problem = std::get_if<UsageProblem>(&planned)) return usage(*problem);
-        const auto& jobs = std::get<std::vector<Job>>(planned);
+        auto& jobs = std::get<std::vector<Job>>(planned);
+        if (!drawText(jobs.front())) return kSomeFailed;
         const auto run = [&](std::size_t index) { return runJob(jobs[index], settings_); };
         const auto lost = [&](std::size_t index, const std::string& cause) {
             JobReport report;
@@ -101,6 +103,7 @@ class Run {
         if (const auto* problem = std::get_if<UsageProblem>(&planned)) return usage(*problem);
         SweepRequest request{std::get<std::vector<Job>>(planned).front(), settings_,
                              *options_.sweep, workers(), options_.frameMilliseconds};
+        if (!drawText(request.job)) return kSomeFailed;
         if (request.job.output == kStandardStream) {
             request.job.output = proposedOutput(request.job.input, "", request.job.type);
         }
@@ -117,6 +120,22 @@ class Run {
     }
 
   private:
+    /// Text is drawn here, on the main thread and before any work begins.
+    bool drawText(Job& job) {
+        if (!options_.text.isAsked()) return true;
+        Result<DecodedImage> picture =
+            pictureOfText(options_.text, settings_.render.backgroundColor);
+        if (picture) {
+            job.picture = *std::move(picture);
+            return true;
+        }
+        JobReport report;
+        report.input = job.input;
+        report.error = picture.error().message;
+        reporter()(report);
+        return false;
+    }
+
     std::function<void(const JobReport&)> reporter() {
         return [this](const JobReport& report) {
             failed_ = failed_ || report.error.has_value();

@@ -20,7 +20,7 @@ PixelSize sizeOf(const CGImage& image) {
 
 /// The picture as the frames are made from it, shrunk once when a preview is asked for.
 Result<DecodedImage> loadSource(const SweepRequest& request) {
-    Result<DecodedImage> picture = loadPicture(request.job.input, request.settings.maxPixels);
+    Result<DecodedImage> picture = loadPicture(request.job, request.settings.maxPixels);
     if (!picture || !request.settings.preview) return picture;
     const std::optional<CGImage> shrunk = shrinkToFit(picture->image, *request.settings.preview);
     if (!shrunk) return {ErrorCode::OutOfMemory, "There is not enough memory for the preview"};

@@ -34,6 +34,10 @@ class PageModule {
     /// How high each paragraph is then, in order; pixels.
     virtual std::vector<double> paragraphHeights(const StyledText& text) = 0;
 
+    /// The text of somebody else's HTML; what its markup leaves open is as in `base`. Nothing that
+    /// it names is fetched.
+    virtual StyledText styledTextOfHtml(std::u16string_view html, const TextStyle& base) = 0;
+
     /// The loop of the application object, for a program that has none of its own.
     virtual NSRunLoop& runLoop() = 0;
 };

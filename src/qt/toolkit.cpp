@@ -63,8 +63,10 @@ void QtToolkit::beep() {
 }
 
 std::optional<std::string> QtToolkit::temporaryDirectory() {
-    if (!temporaryDirectory_)
+    if (!temporaryDirectory_) {
         temporaryDirectory_ = privateTemporaryDirectory(QDir::tempPath().toStdString());
+        imageFiles_.setPrivateFolder(temporaryDirectory_.value_or(""));
+    }
     return temporaryDirectory_;
 }
 

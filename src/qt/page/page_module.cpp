@@ -6,6 +6,7 @@
 #include <QWebEngineProfile>
 #include <cmath>
 
+#include "qt/page/html_reader.h"
 #include "qt/page/page_view.h"
 #include "qt/page/renderer_environment.h"
 #include "qt/page/text_layout.h"
@@ -47,8 +48,8 @@ class ModuleRunLoop final : public NSRunLoop {
 class QtPageModule final : public PageModule {
   public:
     explicit QtPageModule(const PageModuleContext& context) : context_(context) {
-        prepareRenderer(context_.log);
         application_ = makeApplicationIfMissing();
+        prepareRenderer(context_.log);
         useLiberationFonts();
     }
 
@@ -65,6 +66,9 @@ class QtPageModule final : public PageModule {
     }
     std::vector<double> paragraphHeights(const StyledText& text) override {
         return skarnel::paragraphHeights(text);
+    }
+    StyledText styledTextOfHtml(std::u16string_view html, const TextStyle& base) override {
+        return skarnel::styledTextOfHtml(html, base);
     }
     NSRunLoop& runLoop() override { return runLoop_; }
 

@@ -1,6 +1,7 @@
 #include "qt/page/page_view.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -15,6 +16,22 @@ NSURLRequest requestFor(const QUrl& url) {
 
 QSize wholeSize(CGSize size) {
     return {std::max(0, toInt32(size.width)), std::max(0, toInt32(size.height))};
+}
+
+// The engine's blending of a colour over itself is a step off in some pixels. They are the ground's
+// again here, so that text in the colour of the ground is no text; the first pixel is the ground.
+void settleOnGround(MutablePixelView page) {
+    const std::uint8_t* ground = page.bytes;
+    const auto isStepOff = [&](const std::uint8_t* pixel) {
+        for (int k = 0; k < 3; ++k)
+            if (std::abs(pixel[k] - ground[k]) > 1) return false;
+        return true;
+    };
+    for (int y = 0; y < page.height; ++y)
+        for (int x = 0; x < page.width; ++x) {
+            std::uint8_t* pixel = page.row(y) + std::ptrdiff_t{4} * x;
+            if (isStepOff(pixel)) std::memcpy(pixel, ground, 3);
+        }
 }
 
 }  // namespace
@@ -121,6 +138,7 @@ PaintOutcome PageView::cacheDisplayInRect(const CGRect& rect, PixelBuffer& bitma
         return PaintOutcome::NotPainted;
     for (int y = 0; y < target.height; ++y)
         std::memcpy(target.row(y), image.constScanLine(y), std::size_t{4} * target.width);
+    settleOnGround(target);
     return PaintOutcome::Painted;
 }
 

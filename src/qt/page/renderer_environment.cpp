@@ -5,7 +5,10 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <QLoggingCategory>
 #include <QQuickWindow>
+#include <cerrno>
+#include <cstdio>
 
 namespace skarnel {
 namespace {
@@ -26,10 +29,17 @@ bool canMakeUserNamespaces() {
     return child > 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
+// The toolkit's remarks on this machine's graphics are of no use to who runs a command line.
+void onlyFatalMessages(QtMsgType type, const QMessageLogContext&, const QString& message) {
+    if (type == QtFatalMsg) std::fprintf(stderr, "%s\n", qPrintable(message));
+}
+
 }  // namespace
 
 void prepareRenderer(const std::function<void(std::string_view)>& log) {
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    if (qEnvironmentVariableIsEmpty("QT_LOGGING_RULES"))
+        QLoggingCategory::setFilterRules("qt.webenginecontext.*=false");
     QByteArray switches = qgetenv("QTWEBENGINE_CHROMIUM_FLAGS");
     switches += (switches.isEmpty() ? "" : " ") + QByteArray(kSwitches);
     qputenv("QTWEBENGINE_CHROMIUM_FLAGS", switches);
@@ -43,6 +53,7 @@ void prepareRenderer(const std::function<void(std::string_view)>& log) {
 
 std::unique_ptr<QApplication> makeApplicationIfMissing() {
     if (QCoreApplication::instance() != nullptr) return nullptr;
+    qInstallMessageHandler(onlyFatalMessages);
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     // Borrowed by the application object for its life.

@@ -1,0 +1,95 @@
+#include "qt/page/html_reader.h"
+
+#include <QBrush>
+#include <QFont>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QTextFragment>
+#include <algorithm>
+#include <array>
+#include <vector>
+
+namespace skarnel {
+namespace {
+
+/// Has no resources: what the text names is not there.
+class ClosedDocument final : public QTextDocument {
+  protected:
+    QVariant loadResource(int, const QUrl&) override { return {}; }
+};
+
+// The sizes that HTML counts by, "medium" in the middle; as the toolkit draws them.
+double scaleOfAdjustment(int adjustment) {
+    static constexpr std::array kScales{0.7, 0.8, 1.0, 1.2, 1.5, 2.0, 2.4};
+    return kScales[static_cast<std::size_t>(
+        std::clamp(adjustment + 2, 0, static_cast<int>(kScales.size()) - 1))];
+}
+
+double sizeOf(const QTextCharFormat& format, double base) {
+    if (format.hasProperty(QTextFormat::FontPixelSize))
+        return format.property(QTextFormat::FontPixelSize).toDouble();
+    if (format.hasProperty(QTextFormat::FontPointSize)) return format.fontPointSize();
+    return base * scaleOfAdjustment(format.intProperty(QTextFormat::FontSizeAdjustment));
+}
+
+TextStyle styleOf(const QTextCharFormat& format, const TextStyle& base) {
+    TextStyle style = base;
+    const QStringList families = format.fontFamilies().toStringList();
+    if (!families.isEmpty() && !families.front().isEmpty())
+        style.family = families.front().toStdString();
+    const double size = sizeOf(format, base.size);
+    if (size > 0) style.size = size;
+    if (format.hasProperty(QTextFormat::FontWeight))
+        style.weight = std::clamp(format.fontWeight(), 1, 1000);
+    if (format.hasProperty(QTextFormat::FontItalic))
+        style.slant = format.fontItalic() ? TextSlant::Italic : TextSlant::Upright;
+    if (format.fontUnderline() && !format.isAnchor()) style.underline = TextUnderline::Single;
+    if (format.hasProperty(QTextFormat::ForegroundBrush) && !format.isAnchor()) {
+        const QColor color = format.foreground().color();
+        style.color = {
+            static_cast<std::uint8_t>(color.red()), static_cast<std::uint8_t>(color.green()),
+            static_cast<std::uint8_t>(color.blue()), static_cast<std::uint8_t>(color.alpha())};
+    }
+    return style;
+}
+
+TextAlignment alignmentOf(const QTextBlockFormat& format) {
+    if (!format.hasProperty(QTextFormat::BlockAlignment)) return TextAlignment::Natural;
+    switch (format.alignment() & Qt::AlignHorizontal_Mask & ~Qt::AlignAbsolute) {
+        case Qt::AlignLeft:
+            return TextAlignment::Left;
+        case Qt::AlignRight:
+            return TextAlignment::Right;
+        case Qt::AlignHCenter:
+            return TextAlignment::Center;
+        case Qt::AlignJustify:
+            return TextAlignment::Justified;
+        default:
+            return TextAlignment::Natural;
+    }
+}
+
+}  // namespace
+
+StyledText styledTextOfHtml(std::u16string_view html, const TextStyle& base) {
+    ClosedDocument document;
+    document.setUndoRedoEnabled(false);
+    document.setHtml(
+        QString(reinterpret_cast<const QChar*>(html.data()), static_cast<qsizetype>(html.size())));
+    StyledText text;
+    std::vector<TextAlignment> alignments;
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+        if (block != document.begin()) text.append(u"\n", styleOf(block.charFormat(), base));
+        alignments.push_back(alignmentOf(block.blockFormat()));
+        for (auto part = block.begin(); !part.atEnd(); ++part) {
+            const QTextFragment fragment = part.fragment();
+            QString characters = fragment.text();
+            characters.remove(QChar::ObjectReplacementCharacter);
+            text.append(characters.toStdU16String(), styleOf(fragment.charFormat(), base));
+        }
+    }
+    for (std::size_t i = 0; i < alignments.size(); ++i) text.setAlignment(i, alignments[i]);
+    return text;
+}
+
+}  // namespace skarnel

@@ -1,0 +1,142 @@
+// Text from the command line, with the program as a process and the real page renderer.
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include "cli/pictures.h"
+#include "cli/process.h"
+#include "storage/temporary_folder.h"
+
+namespace skarnel {
+namespace {
+
+using test::Finished;
+using test::render;
+using test::TemporaryFolder;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class TextCommand : public testing::Test {
+  protected:
+    TextCommand() { ::unsetenv("DISPLAY"); }
+
+    Finished text(const std::string& typed, std::vector<std::string> more = {}) {
+        more.insert(more.begin(), {"--text", typed, "-o", out_, "--force"});
+        return render(more);
+    }
+    CGImage result() const { return decodeImageFile(out_)->image; }
+
+    const TemporaryFolder folder_;
+    const std::string out_ = folder_ / "out.tiff";
+};
+
+TEST_F(TextCommand, ReflectsTheTextWithoutADisplay) {
+    const Finished finished =
+        text("Summer\\nSale", {"--font", "Times", "--size", "48", "--color", "#ff8800",
+                               "--background-color", "#000000", "-q"});
+    EXPECT_EQ(finished.exitCode, 0);
+    EXPECT_EQ(finished.out + finished.err, "");
+    // Two lines of 56 pixels; the picture is trimmed to its letters and reflected once.
+    const CGImage image = result();
+    EXPECT_NEAR(image.width(), 160, 12);
+    EXPECT_NEAR(image.height(), 2 * 88, 12);
+    bool hasOrange = false;
+    for (int x = 0; x < image.width(); ++x) {
+        const std::uint8_t* pixel = image.pixels().row(10) + std::ptrdiff_t{4} * x;
+        hasOrange = hasOrange || (pixel[0] == 255 && pixel[1] == 136 && pixel[2] == 0);
+    }
+    EXPECT_TRUE(hasOrange);
+    EXPECT_THAT(folder_.names(), ElementsAre("out.tiff"));
+}
+
+TEST_F(TextCommand, GivesTheSameBytesEveryTime) {
+    ASSERT_EQ(text("Same").exitCode, 0);
+    const std::string first = test::fileText(out_);
+    ASSERT_EQ(text("Same").exitCode, 0);
+    EXPECT_EQ(test::fileText(out_), first);
+}
+
+TEST_F(TextCommand, ASizeTwiceAsLargeIsTwiceAsWide) {
+    ASSERT_EQ(text("WIDE", {"--size", "40"}).exitCode, 0);
+    const int width = result().width();
+    ASSERT_EQ(text("WIDE", {"--size", "80"}).exitCode, 0);
+    EXPECT_NEAR(result().width(), 2 * width, 4);
+}
+
+TEST_F(TextCommand, AnEmptyTextIsRefused) {
+    const Finished finished = text("");
+    EXPECT_EQ(finished.exitCode, 1);
+    EXPECT_THAT(finished.err, HasSubstr("There is no text to image."));
+    EXPECT_TRUE(folder_.names().empty());
+}
+
+TEST_F(TextCommand, ABlankTextAndOneInTheColourOfTheGroundCannotBeTrimmed) {
+    EXPECT_THAT(text("\\n").err, HasSubstr("The image could not be trimmed."));
+    const Finished finished = text("x", {"--color", "#123456", "--background-color", "#123456"});
+    EXPECT_EQ(finished.exitCode, 1);
+    EXPECT_THAT(finished.err, HasSubstr("The image could not be trimmed."));
+    EXPECT_TRUE(folder_.names().empty());
+}
+
+TEST_F(TextCommand, ALineTooLongToCaptureIsRefusedWithItsSize) {
+    const Finished finished = text(std::string(1000, 'W'));
+    EXPECT_EQ(finished.exitCode, 1);
+    EXPECT_THAT(finished.err, HasSubstr("too large to capture; at most 16384 by 16384"));
+}
+
+TEST_F(TextCommand, WithoutTheModuleItSaysSo) {
+    ::setenv("SKARNEL_PAGE_MODULE", "/no/such/module.so", 1);
+    const Finished finished = text("a");
+    ::unsetenv("SKARNEL_PAGE_MODULE");
+    EXPECT_EQ(finished.exitCode, 1);
+    EXPECT_THAT(finished.err, HasSubstr("needs the page renderer: It is not installed"));
+}
+
+TEST_F(TextCommand, AModuleThatIsNoneSaysWhatIsWrongWithIt) {
+    test::putFile(folder_ / "bad.so", "no library");
+    ::setenv("SKARNEL_PAGE_MODULE", (folder_ / "bad.so").c_str(), 1);
+    const Finished finished = text("a");
+    ::unsetenv("SKARNEL_PAGE_MODULE");
+    EXPECT_EQ(finished.exitCode, 1);
+    EXPECT_THAT(finished.err, HasSubstr("needs the page renderer: "));
+}
+
+TEST_F(TextCommand, AnHtmlFileBringsItsStylesAndNothingThatItNames) {
+    test::putPicture(folder_ / "in.png", 300, 300);
+    test::putFile(folder_ / "in.html",
+                  "<p>A <b style='color:#00ff00; font-size:90px'>B</b>"
+                  "<img src='in.png'><img src='file://" +
+                      (folder_ / "in.png") + "'><script>document.title='x'</script></p>");
+    const Finished finished =
+        render({"--html", folder_ / "in.html", "-o", out_, "--color", "#ff0000"});
+    ASSERT_EQ(finished.exitCode, 0) << finished.err;
+    const CGImage image = result();
+    EXPECT_LT(image.height() / 2, 90);  // letters of 90 pixels, no picture of 300
+    bool hasGreen = false;
+    bool hasRed = false;
+    for (int y = 0; y < image.height() / 2; ++y)
+        for (int x = 0; x < image.width(); ++x) {
+            const std::uint8_t* pixel = image.pixels().row(y) + std::ptrdiff_t{4} * x;
+            hasGreen = hasGreen || (pixel[1] == 255 && pixel[0] == 0);
+            hasRed = hasRed || (pixel[0] == 255 && pixel[1] == 0);
+        }
+    EXPECT_TRUE(hasGreen);
+    EXPECT_TRUE(hasRed);
+}
+
+TEST_F(TextCommand, AnHtmlFileThatIsNotThereIsNamed) {
+    const Finished finished = render({"--html", folder_ / "no.html", "-o", out_});
+    EXPECT_EQ(finished.exitCode, 1);
+    EXPECT_THAT(finished.err, HasSubstr("no.html: No such file or directory"));
+}
+
+TEST_F(TextCommand, MarkupThatIsTypedIsShownAsTyped) {
+    ASSERT_EQ(text("<b>bold</b>").exitCode, 0);
+    const int asTyped = result().width();
+    ASSERT_EQ(text("bold").exitCode, 0);
+    EXPECT_GT(asTyped, result().width() * 2);
+}
+
+}  // namespace
+}  // namespace skarnel
