@@ -31,6 +31,12 @@ TEST(GetCGImageRef, GivesTheBytesThatTheTIFFDetourGives) {
     EXPECT_EQ(pixelsOf(direct), pixelsOf(image)) << "the pixels are exact";
 }
 
+TEST(GetCGImageRef, HandsBackTheVeryPixelsWhereTheDetourWould) {
+    const NSImage image = mixedImage();
+    const auto bitmap = std::dynamic_pointer_cast<NSBitmapImageRep>(image.representations()[0]);
+    EXPECT_EQ(getCGImageRef(image)->pixels().bytes, bitmap->bitmapData()) << "nothing is copied";
+}
+
 TEST(GetCGImageRef, ColourWithoutAlphaIsLostAsOnTheDetour) {
     // A knocked-out page has colour where its alpha is 0; a decoded picture has not.
     const NSImage image = imageOf(2, {{9, 9, 9, 0}, kRed});

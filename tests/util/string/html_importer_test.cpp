@@ -86,10 +86,19 @@ TEST(HTMLImporter, RefusesMarkupThatIsNestedTooDeep) {
     EXPECT_EQ(textOf(repeated("<DIV>", 10'001)), "(none)");
 }
 
+TEST(HTMLImporter, RefusesFormattingThatGrowsWithEveryBlock) {
+    std::string html = "<div>";
+    for (int size = 0; size < 3'000; ++size) html += "<font size=" + std::to_string(size) + ">";
+    html += "</div>";
+    EXPECT_EQ(textOf(html + repeated("<div>x</div>", 3'000)), "(none)");
+    EXPECT_EQ(textOf(html + repeated("<p>x", 3'000)), "(none)");
+}
+
 TEST(HTMLImporter, TakesLongMarkupThatIsNot) {
     EXPECT_EQ(textOf(repeated("<i>a</i>", 20'000)), std::string(20'000, 'a'));
     EXPECT_EQ(textOf(repeated("<p>a", 20'000)), repeated("a\n", 20'000));
     EXPECT_EQ(textOf(repeated("<div>", 2'000) + "x"), "x\n");
+    EXPECT_EQ(textOf("<font>" + repeated("<p>a", 20'000)), repeated("a\n", 20'000));
 }
 
 }  // namespace
