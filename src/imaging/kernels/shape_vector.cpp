@@ -53,7 +53,7 @@ void ShapeRow(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_RESTRIC
     const auto faded = [&](auto t) HWY_ATTR {
         return hn::And(hn::Add(hn::Mul(t, whole), hn::MulHigh(t, fraction)), low);
     };
-    const auto shape = [&](std::size_t at) HWY_ATTR {
+    const auto shape = [&](std::size_t at) SKARNEL_INLINE_LAMBDA {
         const ShapeColumns here{columns.from + at, columns.weight + at};
         const auto pair = PixelPairs(d32, source, readablePixels, here.from);
         if (!pair.found)

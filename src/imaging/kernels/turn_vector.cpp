@@ -54,7 +54,7 @@ void SqueezeRow(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_RESTR
     const std::size_t lanes = hn::Lanes(d32);
     if (pixels < lanes)
         return scalar::squeezeRow(target, source, readablePixels, from, weight, pixels);
-    const auto squeeze = [&](std::size_t x) HWY_ATTR {
+    const auto squeeze = [&](std::size_t x) SKARNEL_INLINE_LAMBDA {
         const auto pair = PixelPairs(d32, source, readablePixels, from + x);
         if (!pair.found)
             return scalar::squeezeRow(target + 4 * x, source, readablePixels, from + x, weight + x,
@@ -119,7 +119,7 @@ void WalkColumns(std::uint8_t* HWY_RESTRICT target, const ColumnWalk& walk, std:
     const std::size_t lanes = hn::Lanes(df);
     if (end < begin + lanes) return scalar::walkColumns(target, walk, begin, end);
     const Walker<decltype(df)> walker(df, walk);
-    const auto store = [&](std::size_t x) HWY_ATTR {
+    const auto store = [&](std::size_t x) SKARNEL_INLINE_LAMBDA {
         hn::StoreU(hn::BitCast(d8, walker.At(df, x)), d8, target + 4 * x);
     };
     // The first and the last vector may overlap their neighbours; both write the same bytes.

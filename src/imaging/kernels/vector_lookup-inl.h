@@ -11,6 +11,12 @@
 #include <cstddef>
 #include <cstdint>
 
+// A lambda that is used more than once would otherwise become a call for each vector, with its
+// constants loaded anew.
+#ifndef SKARNEL_INLINE_LAMBDA
+#define SKARNEL_INLINE_LAMBDA HWY_ATTR __attribute__((always_inline))
+#endif
+
 HWY_BEFORE_NAMESPACE();
 namespace skarnel::kernels::HWY_NAMESPACE {
 #if HWY_TARGET != HWY_SCALAR
