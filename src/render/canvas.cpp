@@ -53,8 +53,9 @@ std::optional<CanvasRows> CanvasRows::create(PixelView picture, const CanvasLayo
         plans.pictureColumns = planAxis(whole(picture.width), picture.width,
                                         {1.0 * layout.x, 1.0 * layout.x + picture.width},
                                         whole(layout.width), kQuality);
-        plans.pictureRows = planAxis(whole(picture.height), picture.height,
-                                     {top, top + picture.height}, whole(layout.height), kQuality);
+        plans.pictureRows =
+            planAxis(whole(picture.height), picture.height, {top, layout.height - layout.yTop},
+                     whole(layout.height), kQuality);
         plans.mirrorColumns = planAxis(whole(picture.width), picture.width, whole(picture.width),
                                        whole(picture.width), kQuality);
         plans.mirrorRows = planAxis(whole(picture.height), picture.height, whole(reflection.height),

@@ -1,0 +1,310 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "imaging/kernels/targets.h"
+#include "imaging/test_images.h"
+#include "oracle.h"
+#include "render/reflection.h"
+
+namespace skarnel {
+namespace {
+
+using test::imageOf;
+using test::noiseImage;
+using test::pixelAt;
+using test::samePixels;
+using test::solidImage;
+using test::validNoise;
+namespace oracle = test::oracle;
+
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+
+struct Settings {
+    float width = 0;
+    float height = 100;
+    float offset = 0;
+    float start = 0;
+    float gradient = 7;
+    RenderInputs inputs{};
+};
+
+std::optional<ReflectionResult> render(const CGImage& picture, const Settings& s) {
+    return addReflectionToCGImage(picture, s.width, s.height, s.offset, s.start, s.gradient,
+                                  s.inputs);
+}
+
+/// The pipeline as it was thought out: one image after the other, each drawn into the next.
+std::optional<CGImage> stepByStep(const CGImage& picture, const Settings& s) {
+    const auto mirrored = ReflectCIImage(CIImage::imageWithCGImage(picture));
+    const auto shaped =
+        PerspectiveCIImage(*mirrored, s.width, s.height, s.start, s.gradient, s.inputs.peakOpacity);
+    const auto reflection = shaped ? CIImageGetCGImage(*shaped) : std::nullopt;
+    if (!reflection) return std::nullopt;
+    const double yTop = (static_cast<double>(s.offset) / 100 + 1) * reflection->height();
+    const int width = std::max(picture.width(), reflection->width());
+    const auto canvas = MyCreateBitmapContext(width, static_cast<int>(picture.height() + yTop));
+    if (!canvas) return std::nullopt;
+    const CGRect whole{0, 0, 1.0 * width, 1.0 * canvas->height()};
+    canvas->clearRect(whole);
+    if (s.inputs.background) {
+        canvas->saveState();
+        canvas->setFillColor(*s.inputs.background);
+        canvas->fillRect(whole);
+        canvas->restoreState();
+    }
+    canvas->drawImage(*reflection, {0, 0, 1.0 * width, 1.0 * reflection->height()});
+    const int x = reflection->width() / 2 - picture.width() / 2;
+    canvas->drawImage(picture, {1.0 * x, yTop, 1.0 * picture.width(), 1.0 * picture.height()});
+    const CGImage snapshot = *canvas->createImage();
+    return perspectiveImage(snapshot, s.inputs.imagePerspective).value_or(snapshot);
+}
+
+TEST(Compositor, OnePassGivesTheBytesOfTheStepsOneByOne) {
+    const DeviceColor half{0.2, 0.9, 0.4, 0.5};
+    const Settings table[] = {
+        {},
+        {10, 60, 5, 10, 7, {200, {}, 30}},
+        {10, 60, 5, 10, 7, {200, half, 30}},
+        {0, 50, 20, 0, 7, {255, {}, 50}},
+        {0, 100, -20, 0, 7, {200, {}, 50}},
+        {0, 100, -150, 0, 7, {200, {}, 50}},
+        {-20, 100, 0, 0, 7, {200, {}, 50}},
+        {-20, 70, 13, 0, 7, {200, half, 80}},
+        {25, 133, 7.7F, 30, 4, {400, {}, 10}},
+        {25, -60, 7.7F, 30, 4, {200, half, 60}},
+        {3, 33.3F, 1.1F, 0, 0, {200, DeviceColor{1, 0, 0, 1}, 99}},
+        {150, 10, 300, 0, 12, {200, {}, 25}},
+    };
+    for (const Settings& s : table)
+        for (const auto& [width, height] : {std::pair{61, 47}, {300, 21}, {5, 90}, {1, 30}}) {
+            const CGImage picture = validNoise(width, height, 31);
+            const auto expected = stepByStep(picture, s);
+            const auto actual = render(picture, s);
+            ASSERT_EQ(actual.has_value(), expected.has_value());
+            if (!actual) continue;
+            EXPECT_TRUE(samePixels(actual->image, *expected))
+                << width << " x " << height << ", width " << s.width << " height " << s.height
+                << " offset " << s.offset << " turn " << s.inputs.imagePerspective;
+        }
+}
+
+TEST(Compositor, TheDefaultsPutThePictureOverItsFadedMirror) {
+    const CGImage picture = noiseImage(37, 23, 3);
+    const auto result = render(picture, {});
+    ASSERT_TRUE(result);
+    ASSERT_EQ(result->image.width(), 37);
+    ASSERT_EQ(result->image.height(), 46);
+    EXPECT_EQ(result->turn, TurnOutcome::Turned);
+    std::vector<std::uint8_t> mirror;
+    for (int y = 22; y >= 0; --y) {
+        const std::uint8_t* row = picture.pixels().row(y);
+        EXPECT_EQ(std::memcmp(result->image.pixels().row(y), row, 4 * 37), 0);
+        mirror.insert(mirror.end(), row, row + 4 * 37);
+    }
+    const auto expected = oracle::shape(imageOf(37, 23, mirror).pixels(), {});
+    EXPECT_EQ(std::memcmp(result->image.pixels().row(23), expected.data(), expected.size()), 0);
+}
+
+TEST(Compositor, ATurnOf0Or50Or100LeavesThePixels) {
+    const CGImage picture = noiseImage(30, 20, 4);
+    const auto still = render(picture, {10, 100, 50, 0, 7, {200, {}, 50}});
+    for (const float turn : {0.0F, 100.0F})
+        EXPECT_TRUE(
+            samePixels(render(picture, {10, 100, 50, 0, 7, {200, {}, turn}})->image, still->image));
+}
+
+TEST(Compositor, AWidthOf10PutsThePictureOverTheNarrowTopRow) {
+    const auto result = render(solidImage(300, 100, {1, 2, 3, 255}), {10, 100, 0, 0, 0});
+    ASSERT_TRUE(result);
+    ASSERT_EQ(result->image.width(), 360);
+    EXPECT_EQ(pixelAt(result->image, 29, 50)[3], 0);
+    EXPECT_EQ(pixelAt(result->image, 30, 50)[3], 255);
+    EXPECT_EQ(pixelAt(result->image, 329, 50)[3], 255);
+    EXPECT_EQ(pixelAt(result->image, 330, 50)[3], 0);
+    EXPECT_EQ(pixelAt(result->image, 0, 199)[3], 200);
+    EXPECT_EQ(pixelAt(result->image, 359, 199)[3], 200);
+}
+
+TEST(Compositor, AHalfHeightReflectionMakesTheCanvasHalfTaller) {
+    EXPECT_EQ(render(noiseImage(8, 31, 1), {0, 50})->image.height(), 31 + 15);
+}
+
+TEST(Compositor, AnOffsetOf20LeavesAGapAndOneOfMinus20SlidesUnderThePicture) {
+    const CGImage picture = solidImage(10, 100, {9, 9, 9, 255});
+    const auto gap = render(picture, {0, 100, 20, 0, 0});
+    ASSERT_EQ(gap->image.height(), 220);
+    EXPECT_EQ(pixelAt(gap->image, 5, 99)[3], 255);
+    EXPECT_EQ(pixelAt(gap->image, 5, 100)[3], 0);
+    EXPECT_EQ(pixelAt(gap->image, 5, 119)[3], 0);
+    EXPECT_EQ(pixelAt(gap->image, 5, 120)[3], 200);
+    const auto under = render(picture, {0, 100, -20, 0, 0});
+    ASSERT_EQ(under->image.height(), 180);
+    EXPECT_EQ(pixelAt(under->image, 5, 99)[3], 255);
+    EXPECT_EQ(pixelAt(under->image, 5, 100)[3], 200);
+}
+
+TEST(Compositor, AHalfTransparentBackgroundFillsGapAndCorners) {
+    const auto result = render(solidImage(20, 20, {0, 0, 255, 255}),
+                               {50, 100, 50, 0, 0, {200, DeviceColor{1, 0, 0, 0.5}, 50}});
+    ASSERT_TRUE(result);
+    EXPECT_EQ(pixelAt(result->image, 0, 0), (std::vector<int>{128, 0, 0, 128}));
+    EXPECT_EQ(pixelAt(result->image, 20, 25), (std::vector<int>{128, 0, 0, 128}));
+    // The reflection over it: 128 * (255 - 200) / 255 = 27.6; 200 + 27.6.
+    EXPECT_EQ(pixelAt(result->image, 20, 40), (std::vector<int>{28, 0, 200, 228}));
+}
+
+TEST(Compositor, ANegativeWidthStretchesTheReflectionAndShiftsThePictureLeft) {
+    // W1 = 300 - 60 = 240; the picture starts at 120 - 150 = -30.
+    std::vector<std::uint8_t> columns;
+    for (int y = 0; y < 30; ++y)
+        for (int x = 0; x < 300; ++x)
+            for (const int k : {x % 256, x / 256, 0, 255})
+                columns.push_back(static_cast<std::uint8_t>(k));
+    const auto result = render(imageOf(300, 30, columns), {-10, 100, 0, 0, 0});
+    ASSERT_TRUE(result);
+    ASSERT_EQ(result->image.width(), 300);
+    EXPECT_EQ(pixelAt(result->image, 0, 5)[0], 30);
+    EXPECT_EQ(pixelAt(result->image, 269, 5), (std::vector<int>{43, 1, 0, 255}));
+    EXPECT_EQ(pixelAt(result->image, 270, 5)[3], 0);
+    EXPECT_EQ(pixelAt(result->image, 299, 45)[3], 200);
+}
+
+TEST(Compositor, SettingsWithoutAResultGiveNone) {
+    const CGImage picture = noiseImage(20, 20, 1);
+    EXPECT_FALSE(render(picture, {0, 0}));
+    EXPECT_FALSE(render(picture, {0, kNaN}));
+    EXPECT_FALSE(render(picture, {0, kInfinity}));
+    EXPECT_FALSE(render(picture, {0, 100, kNaN}));
+    EXPECT_FALSE(render(picture, {0, 100, kInfinity}));
+    EXPECT_FALSE(render(picture, {0, 100, -200}));  // no canvas row
+    EXPECT_FALSE(render(picture, {-50}));           // no column
+    EXPECT_FALSE(render(picture, {0, 1e9F}));
+    EXPECT_FALSE(render(picture, {2e9F}));
+}
+
+TEST(Compositor, ATurnThatIsNoNumberLeavesTheUnturnedCanvas) {
+    const CGImage picture = noiseImage(20, 20, 1);
+    for (const float turn : {kNaN, kInfinity, -kInfinity}) {
+        const auto result = render(picture, {0, 100, 0, 0, 7, {200, {}, turn}});
+        ASSERT_TRUE(result);
+        EXPECT_EQ(result->turn, TurnOutcome::Unturned);
+        EXPECT_TRUE(samePixels(result->image, render(picture, {})->image));
+    }
+}
+
+TEST(Compositor, AnUprightReflectionComesFromANegativeHeight) {
+    std::vector<std::uint8_t> rows;
+    for (int y = 0; y < 4; ++y)
+        rows.insert(rows.end(), {static_cast<std::uint8_t>(50 * y), 0, 0, 255});
+    const auto result = render(imageOf(1, 4, rows), {0, -100, 0, 0, 0, {255, {}, 50}});
+    ASSERT_TRUE(result);
+    for (int y = 0; y < 8; ++y) EXPECT_EQ(pixelAt(result->image, 0, y)[0], 50 * (y % 4));
+}
+
+TEST(Compositor, AFractionalOffsetSharesOutTheEdgeRows) {
+    // yTop = 1.05 * 10 = 10.5: half of the top row is cut off, half a row stays over the gap.
+    const auto result = render(solidImage(4, 10, {100, 100, 100, 200}), {0, 100, 5, 0, 0});
+    ASSERT_EQ(result->image.height(), 20);
+    EXPECT_EQ(pixelAt(result->image, 1, 0)[3], 200);
+    EXPECT_EQ(pixelAt(result->image, 1, 8)[3], 200);
+    // Half covered over the reflection's first row, 200 * 200 / 255 = 156.
+    EXPECT_EQ(pixelAt(result->image, 1, 9)[3], 100);
+}
+
+TEST(Compositor, ThreeSamplesAPixelAreDrawnOpaque) {
+    const std::vector<std::uint8_t> rgb{1, 2, 3, 4, 5, 6};
+    const auto picture = CGImage::copyOf({rgb.data(), 1, 2, 3, 3});
+    const auto result = render(*picture, {});
+    ASSERT_TRUE(result);
+    EXPECT_EQ(pixelAt(result->image, 0, 0), (std::vector<int>{1, 2, 3, 255}));
+    EXPECT_EQ(pixelAt(result->image, 0, 1), (std::vector<int>{4, 5, 6, 255}));
+}
+
+TEST(Compositor, InputsAreAskedForInTheirOrderAndNotAfterAFailure) {
+    std::string asked;
+    const RenderInputReaders readers(
+        [&] {
+            asked += "opacity ";
+            return 200.0F;
+        },
+        [&] {
+            asked += "background ";
+            return std::optional<DeviceColor>{};
+        },
+        [&] {
+            asked += "turn ";
+            return 50.0F;
+        });
+    const CGImage picture = noiseImage(9, 9, 1);
+    EXPECT_TRUE(addReflectionToCGImage(picture, 0, 100, 0, 0, 7, readers));
+    EXPECT_EQ(asked, "opacity background turn ");
+    asked.clear();
+    EXPECT_FALSE(addReflectionToCGImage(picture, 0, 0, 0, 0, 7, readers));
+    EXPECT_EQ(asked, "");
+    EXPECT_FALSE(addReflectionToCGImage(picture, -60, 100, 0, 0, 7, readers));
+    EXPECT_EQ(asked, "opacity ");
+    asked.clear();
+    EXPECT_FALSE(addReflectionToCGImage(picture, 0, 100, -300, 0, 7, readers));
+    EXPECT_EQ(asked, "opacity ");
+}
+
+TEST(Compositor, EveryTargetRendersTheSameImage) {
+    const CGImage picture = validNoise(421, 133, 9);
+    const Settings s{10, 60, 5, 10, 7, {200, DeviceColor{0, 0.5, 1, 0.25}, 30}};
+    std::optional<ReflectionResult> expected;
+    {
+        const kernels::ScopedTarget scalarOnly(kernels::kScalarTarget);
+        expected = render(picture, s);
+    }
+    for (const kernels::Target target : kernels::supportedTargets()) {
+        const kernels::ScopedTarget only(target);
+        EXPECT_TRUE(samePixels(render(picture, s)->image, expected->image))
+            << kernels::targetName(target);
+    }
+}
+
+TEST(Compositor, ALargeResultHasTheSameBytesThoughItIsStreamed) {
+    const CGImage picture = validNoise(1501, 1400, 10);
+    for (const float turn : {50.0F, 30.0F}) {
+        const Settings s{10, 60, 5, 10, 7, {200, {}, turn}};
+        EXPECT_TRUE(samePixels(render(picture, s)->image, *stepByStep(picture, s)));
+    }
+}
+
+TEST(Mirror, ReversesTheRowsAndKeepsTheExtent) {
+    const CGImage picture = noiseImage(5, 4, 2);
+    const auto mirrored = ReflectCIImage(CIImage::imageWithCGImage(picture));
+    ASSERT_TRUE(mirrored);
+    EXPECT_EQ(mirrored->extent(), (CGRect{0, 0, 5, 4}));
+    const auto image = CIImageGetCGImage(*mirrored);
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 5; ++x) EXPECT_EQ(pixelAt(*image, x, y), pixelAt(picture, x, 3 - y));
+}
+
+TEST(CIImageGetCGImage, TruncatesTheExtentAndGivesNoneForNothing) {
+    const CIImage image = CIImage::imageWithCGImage(noiseImage(10, 10, 1));
+    const auto scaled = [&](double x, double y) {
+        auto filter = CIFilter::filterWithName("CIAffineTransform");
+        filter->setValue(image, "inputImage");
+        filter->setValue(AffineTransform::scale(x, y), "inputTransform");
+        return CIImageGetCGImage(*filter->outputImage());
+    };
+    EXPECT_EQ(scaled(1, 0.77)->height(), 7);
+    EXPECT_FALSE(scaled(1, 0));
+    EXPECT_FALSE(scaled(0.05, 1));
+    EXPECT_FALSE(scaled(1e6, 1e6));  // 4e14 bytes are no 32-bit number
+}
+
+TEST(MyCreateBitmapContext, IsTransparentOrNone) {
+    const auto canvas = MyCreateBitmapContext(3, 2);
+    ASSERT_TRUE(canvas);
+    EXPECT_TRUE(samePixels(*canvas->createImage(), solidImage(3, 2, {0, 0, 0, 0})));
+    EXPECT_FALSE(MyCreateBitmapContext(0, 2));
+    EXPECT_FALSE(MyCreateBitmapContext(3, -1));
+}
+
+}  // namespace
+}  // namespace skarnel
