@@ -39,8 +39,8 @@ TEST(BestRepresentation, AnExactOneWins) {
 
 TEST(BestRepresentation, ALargerOneWinsOverSmallerOnesHoweverFar) {
     EXPECT_EQ(widthOfBest(withSquares({32, 128, 48}), {64, 64}), 128);
-    EXPECT_EQ(widthOfBest(withSquares({63, 5000}), {64, 64}), 5000);
-    EXPECT_EQ(widthOfBest(withSquares({5000, 63}), {64, 64}), 5000);
+    EXPECT_EQ(widthOfBest(withSquares({63, 900}), {64, 64}), 900);
+    EXPECT_EQ(widthOfBest(withSquares({900, 63}), {64, 64}), 900);
 }
 
 TEST(BestRepresentation, AmongLargerOnesTheNearestWins) {
