@@ -106,10 +106,17 @@ ExifFacts readExif(ByteView block, ImageProperties& properties) {
     ExifFacts facts;
     const DataHandle data = load(block);
     if (!data || data->ifd[EXIF_IFD_0]->count + data->ifd[EXIF_IFD_EXIF]->count == 0) return facts;
+    const auto before = properties.find(kPropertyTiffCompression);
+    const auto compression =
+        before == properties.end() ? nullptr : std::make_unique<PropertyValue>(before->second);
     collect(*data, properties);
     properties.insert_or_assign(std::string(kPropertyExifBlock), Bytes(block.begin(), block.end()));
     // Compression here tells of the thumbnail or the raw data, not of how a file would be written.
-    properties.erase(std::string(kPropertyTiffCompression));
+    if (compression == nullptr) {
+        properties.erase(std::string(kPropertyTiffCompression));
+    } else {
+        properties.insert_or_assign(std::string(kPropertyTiffCompression), *compression);
+    }
 
     const double orientation = numberOf(*data, EXIF_IFD_0, EXIF_TAG_ORIENTATION).value_or(1);
     if (orientation >= 1 && orientation <= 8) facts.orientation = static_cast<int>(orientation);

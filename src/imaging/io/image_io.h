@@ -106,6 +106,11 @@ struct DecoderWall {
 };
 std::vector<DecoderWall> decoderWalls();
 
+/// Makes the EXIF entries of a dictionary fit a picture that has been turned upright and brought to
+/// sRGB: orientation 1, no thumbnail, no sizes of the stored pixels, no maker's note. Those that
+/// encodeImage writes and decodeImage finds again.
+void setExifUpright(ImageProperties& properties);
+
 /// Encodes one picture. `properties` may hold options (quality, compression, matte) and facts to
 /// carry over (resolution, EXIF); keys that the format has no place for are left out.
 /// TIFF keeps every byte (associated alpha). Unsupported for a type that cannot be written.

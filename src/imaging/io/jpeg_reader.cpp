@@ -190,9 +190,9 @@ Result<SourcePicture> readJpeg(ByteView bytes, const DecodeLimits& limits) {
     auto pixels = allocatePicture(info.image_width, info.image_height, limits);
     if (!pixels) return pixels.error();
     SourcePicture picture(*std::move(pixels));
-    if (!decoder.readRows(picture.pixels.view())) return decoder.error();
-
+    // The library lets go of the saved markers at the end of the picture.
     readMarkers(info, picture);
+    if (!decoder.readRows(picture.pixels.view())) return decoder.error();
     std::string_view model = "RGB";
     if (info.out_color_space == JCS_CMYK) {
         picture.samples = Samples::Cmyk;

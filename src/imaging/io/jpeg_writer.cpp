@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "imaging/io/exif_block.h"
 #include "imaging/io/jpeg_common.h"
 #include "imaging/io/pixel_rows.h"
 #include "imaging/io/writers.h"
@@ -100,6 +101,13 @@ Result<Bytes> writeJpeg(const CGImage& image, const ImageProperties& properties)
     }
     JpegEncoder encoder;
     if (!encoder.start(image, properties)) return encoder.error();
+    Bytes exif = {'E', 'x', 'i', 'f', 0, 0};
+    const Bytes block = writeExifBlock(exifTreeOf(properties), std::nullopt);
+    exif.insert(exif.end(), block.begin(), block.end());
+    constexpr std::size_t kMaxMarker = 65533;
+    if (!block.empty() && exif.size() <= kMaxMarker && !encoder.writeMarker(JPEG_APP0 + 1, exif)) {
+        return encoder.error();
+    }
     const PixelView view = image.pixels();
     const auto matte = matteOf(properties);
     const auto count = static_cast<std::size_t>(view.width);

@@ -10,6 +10,7 @@
 #include <memory>
 #include <new>
 
+#include "imaging/io/exif_block.h"
 #include "imaging/io/pixel_rows.h"
 #include "imaging/io/writers.h"
 
@@ -205,6 +206,8 @@ Result<Bytes> writePng(const CGImage& image, const ImageProperties& properties, 
     out.reserve(packedSize + packedSize / kMaxChunk * 12 + 4096);
     appendHeader(out, image, opaque);
     appendResolution(out, properties);
+    const Bytes exif = writeExifBlock(exifTreeOf(properties), std::nullopt);
+    if (!exif.empty()) appendPngChunk(out, "eXIf", exif);
     for (std::size_t at = 0; at < packedSize; at += kMaxChunk) {
         appendPngChunk(out, "IDAT", {packed.get() + at, std::min(kMaxChunk, packedSize - at)});
     }

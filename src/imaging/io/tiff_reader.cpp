@@ -5,6 +5,8 @@
 #include <cstring>
 #include <vector>
 
+#include "imaging/io/exif.h"
+#include "imaging/io/exif_block.h"
 #include "imaging/io/readers.h"
 #include "imaging/io/tiff_common.h"
 
@@ -388,7 +390,7 @@ bool readThroughLibrary(TIFF* tiff, SourcePicture& picture) {
     return true;
 }
 
-void describe(TIFF* tiff, const Layout& layout, SourcePicture& picture) {
+void describe(TIFF* tiff, ByteView bytes, const Layout& layout, SourcePicture& picture) {
     picture.orientation =
         layout.orientation >= 1 && layout.orientation <= 8 ? layout.orientation : 1;
     std::uint32_t profileBytes = 0;
@@ -405,6 +407,9 @@ void describe(TIFF* tiff, const Layout& layout, SourcePicture& picture) {
         TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &y) != 0) {
         const double perInch = unit == RESUNIT_CENTIMETER ? 2.54 : 1;
         setResolution(picture.properties, double{x} * perInch, double{y} * perInch);
+    }
+    if (const ExifTree tree = readExifTree(bytes); !tree.empty()) {
+        (void)readExif(writeExifBlock(tree, std::nullopt), picture.properties);
     }
     picture.properties.insert_or_assign(std::string(kPropertyTiffCompression),
                                         std::int64_t{layout.compression});
@@ -441,7 +446,7 @@ Result<SourcePicture> readTiff(ByteView bytes, const DecodeLimits& limits) {
     } else if (!readThroughLibrary(tiff.get(), picture)) {
         return damaged();
     }
-    describe(tiff.get(), layout, picture);
+    describe(tiff.get(), bytes, layout, picture);
     return picture;
 }
 

@@ -2,8 +2,10 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <string>
 #include <vector>
 
+#include "imaging/io/exif_block.h"
 #include "imaging/io/tiff_common.h"
 #include "imaging/io/writers.h"
 
@@ -101,6 +103,24 @@ void setTags(TIFF* tiff, const CGImage& image, const ImageProperties& properties
     }
 }
 
+/// Puts the camera's facts into the file: texts as tags of the picture itself, the rest as
+/// directories of their own in front of the strips.
+void writeExif(TIFF* tiff, MemoryFile& file, const ExifTree& tree) {
+    for (const ExifField& field : tree.main) {
+        const std::string text(field.value.begin(), field.value.end());
+        TIFFSetField(tiff, field.tag, text.c_str());
+    }
+    auto append = [&](const ExifDirectory& directory, std::uint32_t tag) {
+        if (directory.empty()) return;
+        const auto offset = static_cast<std::uint32_t>(file.bytes.size());
+        const Bytes bytes = writeExifDirectory(directory, offset);
+        file.bytes.insert(file.bytes.end(), bytes.begin(), bytes.end());
+        TIFFSetField(tiff, tag, static_cast<std::uint64_t>(offset));
+    };
+    append(tree.exif, TIFFTAG_EXIFIFD);
+    append(tree.gps, TIFFTAG_GPSIFD);
+}
+
 bool writeStrips(TIFF* tiff, const CGImage& image, std::uint32_t rowsPerStrip) {
     const PixelView view = image.pixels();
     const std::size_t rowBytes =
@@ -137,7 +157,8 @@ Result<Bytes> writeTiff(const CGImage& image, const ImageProperties& properties)
     TiffErrors errors;
     // Offsets of the classic form are 32 bits; some codecs let a picture grow by half.
     constexpr std::int64_t kClassicBytes = std::int64_t{2600} << 20;
-    TiffHandle tiff = openMemory(file, errors, allBytes > kClassicBytes);
+    const bool large = allBytes > kClassicBytes;
+    TiffHandle tiff = openMemory(file, errors, large);
     auto failure = [&]() -> Error {
         if (!tiff || file.outOfMemory) {
             return {ErrorCode::OutOfMemory, "Not enough memory to encode the TIFF"};
@@ -151,6 +172,8 @@ Result<Bytes> writeTiff(const CGImage& image, const ImageProperties& properties)
             ? image.height()
             : std::clamp<std::int64_t>(kStripBytes / rowBytes, 1, image.height());
     setTags(tiff.get(), image, properties, static_cast<std::uint32_t>(rows));
+    // The large form counts in 64 bits, also in these directories.
+    if (!large) writeExif(tiff.get(), file, exifTreeOf(properties));
     if (!writeStrips(tiff.get(), image, static_cast<std::uint32_t>(rows))) return failure();
     if (TIFFWriteDirectory(tiff.get()) != 1) return failure();
     tiff.reset();

@@ -1,10 +1,12 @@
 // WebP: lossless unless a quality below 1 is asked for.
 #include <webp/encode.h>
+#include <webp/mux.h>
 
 #include <algorithm>
 #include <memory>
 #include <new>
 
+#include "imaging/io/exif_block.h"
 #include "imaging/io/pixel_rows.h"
 #include "imaging/io/writers.h"
 
@@ -58,6 +60,28 @@ bool fillPixels(const CGImage& image, WebPPicture& target) {
     return true;
 }
 
+struct DeleteMux {
+    void operator()(WebPMux* mux) const { WebPMuxDelete(mux); }
+};
+
+/// The file with an EXIF chunk, which is also where WebP keeps the resolution.
+Result<Bytes> withExif(const WebPMemoryWriter& file, const Bytes& exif) {
+    const WebPData image{file.mem, file.size};
+    const WebPData chunk{exif.data(), exif.size()};
+    const std::unique_ptr<WebPMux, DeleteMux> mux(WebPMuxCreate(&image, 0));
+    WebPData assembled{};
+    if (!mux || WebPMuxSetChunk(mux.get(), "EXIF", &chunk, 0) != WEBP_MUX_OK ||
+        WebPMuxAssemble(mux.get(), &assembled) != WEBP_MUX_OK) {
+        return {ErrorCode::OutOfMemory, "Not enough memory to encode the WebP picture"};
+    }
+    struct Owner {
+        WebPData data;
+        ~Owner() { WebPDataClear(&data); }
+    };
+    Owner owner{assembled};
+    return Bytes(owner.data.bytes, owner.data.bytes + owner.data.size);
+}
+
 }  // namespace
 
 Result<Bytes> writeWebP(const CGImage& image, const ImageProperties& properties) {
@@ -80,6 +104,8 @@ Result<Bytes> writeWebP(const CGImage& image, const ImageProperties& properties)
         return {memory ? ErrorCode::OutOfMemory : ErrorCode::Failed,
                 "The picture could not be encoded as WebP"};
     }
+    const Bytes exif = writeExifBlock(exifTreeOf(properties), resolutionOf(properties));
+    if (!exif.empty()) return withExif(writer, exif);
     return Bytes(writer.mem, writer.mem + writer.size);
 }
 

@@ -49,6 +49,7 @@ ImageProperties uprightProperties(const CGImage& image, ImageProperties properti
     set(properties, kPropertyHasAlpha,
         std::int64_t{image.alphaInfo() == CGImageAlphaInfo::None ? 0 : 1});
     properties.erase(std::string(kPropertyProfileName));
+    setExifUpright(properties);
     return properties;
 }
 

@@ -83,7 +83,6 @@ TEST_P(ExactRoundTrip, KeepsOpaquePicturesOpaqueAndExact) {
 }
 
 TEST_P(ExactRoundTrip, CarriesTheResolution) {
-    if (GetParam().type == kUTTypeWebP) GTEST_SKIP() << "WebP has no place of its own for it";
     ImageProperties options = GetParam().options;
     options.emplace(kPropertyDpiWidth, 300.0);
     options.emplace(kPropertyDpiHeight, 150.0);

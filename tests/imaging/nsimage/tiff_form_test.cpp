@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "imaging/io/file_builders.h"
 #include "imaging/io/pictures.h"
 #include "imaging/nsimage/nsimage.h"
 
@@ -76,19 +77,31 @@ TEST(TiffForm, CarriesThePropertiesOfTheFileUpright) {
     EXPECT_EQ(wholeProperty(decoded->properties, kPropertyTiffCompression), 1);
 }
 
+TEST(TiffForm, CarriesWhatTheCameraWrote) {
+    ByteSink block(true);
+    block.text("MM").u16(42).u32(8).u16(2);
+    block.u16(0x010F).u16(2).u32(4).text("Cam").u8(0);
+    block.u16(0x0112).u16(3).u32(1).u16(6).u16(0).u32(0);
+    ImageProperties properties;
+    properties.emplace(kPropertyExifBlock, block.bytes);
+    const auto image =
+        NSImage::initWithData(*encodeImage(randomValidPicture(4, 3, 1), kUTTypePNG, properties));
+    ASSERT_TRUE(image);
+    expectSameAsDetour(*image);
+    EXPECT_EQ(textProperty(image->decodedTIFFRepresentation()->properties, "{TIFF}.Make"), "Cam");
+}
+
 TEST(TiffForm, UprightPropertiesForgetHowTheFileLay) {
     ImageProperties properties;
     properties.emplace(kPropertyOrientation, std::int64_t{6});
     properties.emplace(kPropertyPixelWidth, std::int64_t{4});
     properties.emplace(kPropertyPixelHeight, std::int64_t{3});
     properties.emplace(kPropertyProfileName, std::string("Some Profile"));
-    properties.emplace("{TIFF}.Make", std::string("Camera"));
     const auto upright = uprightProperties(randomValidPicture(3, 4, 1), properties);
     EXPECT_EQ(wholeProperty(upright, kPropertyOrientation), 1);
     EXPECT_EQ(wholeProperty(upright, kPropertyPixelWidth), 3);
     EXPECT_EQ(wholeProperty(upright, kPropertyPixelHeight), 4);
     EXPECT_EQ(upright.count(kPropertyProfileName), 0U);
-    EXPECT_EQ(textProperty(upright, "{TIFF}.Make"), "Camera");
 }
 
 }  // namespace

@@ -1,0 +1,146 @@
+// Profiles: pictures come out in sRGB.
+#include <gtest/gtest.h>
+#include <lcms2.h>
+
+#include "imaging/io/file_builders.h"
+#include "imaging/io/pictures.h"
+
+namespace skarnel {
+namespace {
+
+using namespace skarnel::testing;
+
+Bytes saved(cmsHPROFILE profile) {
+    cmsUInt32Number size = 0;
+    cmsSaveProfileToMem(profile, nullptr, &size);
+    Bytes bytes(size);
+    cmsSaveProfileToMem(profile, bytes.data(), &size);
+    cmsCloseProfile(profile);
+    return bytes;
+}
+
+/// sRGB's primaries (ITU-R BT.709) with a pure power as curve; `swapped` exchanges red and green.
+Bytes rgbProfile(double gamma, bool swapped = false) {
+    const cmsCIExyY white = {0.3127, 0.3290, 1};
+    const cmsCIExyYTRIPLE primaries = {{0.64, 0.33, 1}, {0.30, 0.60, 1}, {0.15, 0.06, 1}};
+    cmsCIExyYTRIPLE used = primaries;
+    if (swapped) std::swap(used.Red, used.Green);
+    cmsToneCurve* curve = cmsBuildGamma(nullptr, gamma);
+    cmsToneCurve* curves[] = {curve, curve, curve};
+    const Bytes bytes = saved(cmsCreateRGBProfile(&white, &used, curves));
+    cmsFreeToneCurve(curve);
+    return bytes;
+}
+
+Bytes greyProfile(double gamma) {
+    cmsToneCurve* curve = cmsBuildGamma(nullptr, gamma);
+    const Bytes bytes = saved(cmsCreateGrayProfile(cmsD50_xyY(), curve));
+    cmsFreeToneCurve(curve);
+    return bytes;
+}
+
+Rgba decodedWith(const Bytes& profile, const Rgba& straight) {
+    BmpBuilder bmp;
+    bmp.headerBytes = 124;
+    bmp.bits = 32;
+    bmp.compression = 3;
+    bmp.masks = {0xFF0000, 0xFF00, 0xFF, 0xFF000000};
+    bmp.pixels = {straight[2], straight[1], straight[0], straight[3]};
+    bmp.profile = profile;
+    const auto decoded = decodeImage(bmp.build());
+    EXPECT_TRUE(decoded) << decoded.error().message;
+    return decoded ? pixelAt(decoded->image, 0, 0) : Rgba{};
+}
+
+void expectNear(const Rgba& is, const Rgba& expected, int tolerance) {
+    for (std::size_t k = 0; k < 4; ++k) {
+        EXPECT_NEAR(is[k], expected[k], tolerance) << ::testing::PrintToString(is);
+    }
+}
+
+TEST(Color, LinearLightIsBroughtToTheCurveOfSrgb) {
+    // 128/255 = 0.502 of light: 1.055 * 0.502^(1/2.4) - 0.055 = 0.7367 -> 188.
+    expectNear(decodedWith(rgbProfile(1.0), {128, 128, 128, 255}), {188, 188, 188, 255}, 1);
+}
+
+TEST(Color, ExchangedPrimariesExchangeColours) {
+    expectNear(decodedWith(rgbProfile(2.2, true), {255, 0, 0, 255}), {0, 255, 0, 255}, 2);
+}
+
+TEST(Color, ConversionHappensBeforeAlphaIsMultipliedIn) {
+    // Straight 128 becomes 188; 188 * 128 / 255 = 94.4. The other order would give 137.
+    expectNear(decodedWith(rgbProfile(1.0), {128, 128, 128, 128}), {94, 94, 94, 128}, 1);
+}
+
+TEST(Color, SrgbLeavesEveryByteAlone) {
+    const Bytes profile = saved(cmsCreate_sRGBProfile());
+    for (int v = 0; v < 256; v += 5) {
+        const auto b = static_cast<std::uint8_t>(v);
+        const Rgba pixel = {b, static_cast<std::uint8_t>(255 - b), 77, 255};
+        EXPECT_EQ(decodedWith(profile, pixel), pixel);
+    }
+}
+
+TEST(Color, ADamagedOrForeignProfileCountsAsNone) {
+    const Rgba pixel = {10, 20, 30, 255};
+    EXPECT_EQ(decodedWith(Bytes(200, 7), pixel), pixel);
+    EXPECT_EQ(decodedWith(greyProfile(1.0), pixel), pixel);
+    Bytes cut = rgbProfile(1.0);
+    cut.resize(cut.size() / 2);
+    EXPECT_EQ(decodedWith(cut, pixel), pixel);
+}
+
+TEST(Color, GreyPicturesTakeGreyProfilesAndColouredOnes) {
+    for (const Bytes& profile : {greyProfile(1.0), rgbProfile(1.0)}) {
+        TiffBuilder tiff(1, 1, 1, {8});
+        tiff.blocks = {{128}};
+        tiff.profile = profile;
+        const auto decoded = decodeImage(tiff.build());
+        ASSERT_TRUE(decoded);
+        expectNear(pixelAt(decoded->image, 0, 0), {188, 188, 188, 255}, 1);
+    }
+}
+
+TEST(Color, PremultipliedPicturesAreDividedForTheConversion) {
+    TiffBuilder tiff(1, 1, 2, {8, 8, 8, 8});
+    tiff.tags[338] = {1};
+    tiff.blocks = {{64, 64, 64, 128}};  // straight 127.5, in sRGB 188, times 128 / 255
+    tiff.profile = rgbProfile(1.0);
+    const auto decoded = decodeImage(tiff.build());
+    ASSERT_TRUE(decoded);
+    expectNear(pixelAt(decoded->image, 0, 0), {94, 94, 94, 128}, 1);
+}
+
+TEST(Color, TheProfilesNameIsAmongTheProperties) {
+    TiffBuilder tiff(1, 1, 1, {8});
+    tiff.blocks = {{128}};
+    tiff.profile = greyProfile(1.0);
+    EXPECT_FALSE(textProperty(decodeImage(tiff.build())->properties, kPropertyProfileName).empty());
+}
+
+TEST(Color, MoreInkIsNeverLighter) {
+    TiffBuilder tiff(256, 4, 5, {8, 8, 8, 8});
+    Bytes strip;
+    for (std::size_t ink = 0; ink < 4; ++ink) {
+        for (int v = 0; v < 256; ++v) {
+            Bytes pixel(4, 0);
+            pixel[ink] = static_cast<std::uint8_t>(v);
+            strip.insert(strip.end(), pixel.begin(), pixel.end());
+        }
+    }
+    tiff.blocks = {strip};
+    const auto decoded = decodeImage(tiff.build());
+    ASSERT_TRUE(decoded);
+    for (int ink = 0; ink < 4; ++ink) {
+        for (int v = 1; v < 256; ++v) {
+            const Rgba a = pixelAt(decoded->image, v - 1, ink);
+            const Rgba b = pixelAt(decoded->image, v, ink);
+            const double before = 0.21 * a[0] + 0.72 * a[1] + 0.07 * a[2];
+            const double now = 0.21 * b[0] + 0.72 * b[1] + 0.07 * b[2];
+            ASSERT_LE(now, before + 0.8) << ink << " " << v;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace skarnel
