@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "qt/application.h"
+#include "qt/process_walls.h"
 #include "qt/program_parts.h"
 #include "qt/single_instance.h"
 
@@ -105,8 +106,12 @@ int main(int argc, char** argv) {
     }
     qInstallMessageHandler(nullptr);
     onMessage(QtDebugMsg, {}, {});
+    skarnel::ProcessWalls walls;
     skarnel::ProgramParts program;
+    // The page renderer, which is loaded at first use, asks for it before this point or never.
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication toolkit(argc, argv);
+    walls.routePages();
     QApplication::setApplicationName(QStringLiteral("skarnel"));
     QApplication::setApplicationDisplayName(QStringLiteral("Skarnel"));
     QApplication::setApplicationVersion(QStringLiteral(SKARNEL_VERSION));

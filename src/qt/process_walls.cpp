@@ -1,0 +1,65 @@
+#include "qt/process_walls.h"
+
+#include <QDesktopServices>
+#include <QLibraryInfo>
+#include <string>
+#include <vector>
+
+#include "imaging/io/decoder_wall.h"
+#include "util/log/system_log.h"
+#include "util/resources/resource_path.h"
+#include "util/walls/page_opener.h"
+#include "util/walls/window_walls.h"
+
+namespace skarnel {
+
+namespace {
+
+constexpr const char* kSchemes[] = {"https", "file"};
+
+std::string encoded(const QUrl& url) {
+    return url.toEncoded().toStdString();
+}
+
+/// The addresses that the window's commands open, as `encoded` writes them.
+std::vector<std::string> knownPages() {
+    std::vector<std::string> pages{
+        encoded(QUrl(QStringLiteral("https://" SKARNEL_HELP_HOST "/products/skarnel/")))};
+    if (const auto guide = findResource("help/index.html")) {
+        pages.push_back(encoded(QUrl::fromLocalFile(QString::fromStdString(*guide))));
+    }
+    return pages;
+}
+
+/// The programs that the window starts, all of them its helpers.
+std::vector<std::string> helperPrograms() {
+    std::vector<std::string> programs{(QLibraryInfo::path(QLibraryInfo::LibraryExecutablesPath) +
+                                       QStringLiteral("/QtWebEngineProcess"))
+                                          .toStdString()};
+    if (const auto& decoder = io::decoderProgram()) programs.push_back(*decoder);
+    return programs;
+}
+
+}  // namespace
+
+ProcessWalls::ProcessWalls() : opener_(std::make_unique<PageOpener>(knownPages())) {
+    if (const auto raised = raiseWindowWalls(helperPrograms()); !raised) {
+        systemLogFormat("The window runs without this wall: %s", raised.error().message.c_str());
+    }
+}
+
+ProcessWalls::~ProcessWalls() {
+    for (const char* scheme : kSchemes) QDesktopServices::unsetUrlHandler(QLatin1String(scheme));
+}
+
+void ProcessWalls::routePages() {
+    for (const char* scheme : kSchemes) {
+        QDesktopServices::setUrlHandler(QLatin1String(scheme), this, "openPage");
+    }
+}
+
+void ProcessWalls::openPage(const QUrl& page) {
+    if (!opener_->open(encoded(page))) systemLog("The page cannot be opened: " + encoded(page));
+}
+
+}  // namespace skarnel

@@ -1,0 +1,85 @@
+#include "qt/process_walls.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QTest>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+
+#include "imaging/io/image_io.h"
+#include "util/resources/resource_path.h"
+#include "util/walls/landlock.h"
+
+namespace skarnel {
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path folder;
+
+/// The desktop's opener, found in PATH: notes what it is given.
+void installOpener() {
+    char pattern[] = "/tmp/skarnel-window-walls-XXXXXX";
+    folder = ::mkdtemp(pattern);
+    std::ofstream(folder / "xdg-open") << "#!/bin/sh\nprintf '%s' \"$1\" >" << folder / "new"
+                                       << " && mv " << folder / "new"
+                                       << " " << folder / "note"
+                                       << "\n";
+    ::chmod((folder / "xdg-open").c_str(), 0755);
+    ::setenv("PATH", (folder.string() + ":/usr/bin:/bin").c_str(), 1);
+}
+
+int errorOfStarting(const char* program) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::execl(program, program, static_cast<char*>(nullptr));
+        ::_exit(errno);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(ProcessWalls, TheWindowStartsNothingButItsHelpersAndItsPagesStillOpen) {
+    EXPECT_EQ(errorOfStarting("/usr/bin/true"), EACCES);
+    EXPECT_EQ(errorOfStarting("/bin/sh"), EACCES);
+
+    const auto photo = findResource("sample-photo.jpg");
+    ASSERT_TRUE(photo);
+    const auto decoded = decodeImageFile(*photo);
+    ASSERT_TRUE(decoded) << decoded.error().message;
+    EXPECT_EQ(decoded->image.width(), 1600);
+
+    const QUrl page(QStringLiteral("https://" SKARNEL_HELP_HOST "/products/skarnel/"));
+    EXPECT_TRUE(QDesktopServices::openUrl(page));
+    EXPECT_TRUE(QTest::qWaitFor([] { return fs::exists(folder / "note"); }, 30'000));
+    std::ifstream note(folder / "note");
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(note), {}),
+              "https://" SKARNEL_HELP_HOST "/products/skarnel/");
+
+    fs::remove(folder / "note");
+    QDesktopServices::openUrl(QUrl(QStringLiteral("https://elsewhere.example/")));
+    QTest::qWait(100);
+    EXPECT_FALSE(fs::exists(folder / "note"));
+}
+
+}  // namespace
+}  // namespace skarnel
+
+int main(int argc, char** argv) {
+    ::testing::InitGoogleTest(&argc, argv);
+    if (skarnel::landlockVersion() == 0) return 77;
+    skarnel::installOpener();
+    skarnel::ProcessWalls walls;  // before the toolkit starts threads, as the program does it
+    QApplication toolkit(argc, argv);
+    walls.routePages();
+    const int code = RUN_ALL_TESTS();
+    std::filesystem::remove_all(skarnel::folder);
+    return code;
+}
