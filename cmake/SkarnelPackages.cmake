@@ -13,6 +13,8 @@ set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_COMPONENTS_ALL window cli)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY "=")
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -47,6 +49,8 @@ if(TARGET skarnel_util_package OR SKARNEL_UTIL_PACKAGE)
 endif()
 set(CPACK_DEBIAN_UTIL-DEV_PACKAGE_NAME libskarnel-util-dev)
 set(CPACK_DEBIAN_UTIL-DEV_PACKAGE_SECTION libdevel)
+# The library may be loaded as soon as it is there.
+set(CPACK_DEBIAN_UTIL-DEV_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/packaging/debian/triggers")
 set(CPACK_COMPONENT_UTIL-DEV_DESCRIPTION
 "geometry, string and image helpers of Skarnel (development files)
 Rectangle arithmetic, string extensions on UTF-16 and image categories as a
