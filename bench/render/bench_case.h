@@ -1,0 +1,35 @@
+// One thing to measure: named, checked before it is timed, with a memcpy for comparison.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace skarnel::bench {
+
+struct Case {
+    std::string name;             // "render turned 4000x3000"
+    std::size_t bytes;            // of the memcpy beside it: (source + result) / 2
+    double megapixels;            // of the source
+    std::function<bool()> check;  // false: the result is wrong and no time would mean anything
+    std::function<void()> run;
+};
+
+struct Measurement {
+    std::string name;
+    bool correct = false;
+    double megapixels = 0;
+    double bestMs = 0;    // processor time of the thread
+    double medianMs = 0;  // wall time
+    double memcpyMs = 0;  // processor time; the best one, between buffers that were touched before
+    double ratio() const { return memcpyMs > 0 ? bestMs / memcpyMs : 0; }
+};
+
+/// Runs the case `repeats` times, each beside a memcpy, after one run that is not counted.
+Measurement measure(const Case& tested, int repeats);
+
+std::vector<Case> renderCases(const std::vector<std::string>& sizes);
+std::vector<Case> codecCases();
+
+}  // namespace skarnel::bench
