@@ -12,7 +12,8 @@ namespace {
 
 constexpr std::size_t kCacheLine = 64;
 constexpr std::size_t kHugePage = std::size_t{2} << 20;
-constexpr std::size_t kMappedFrom = std::size_t{1} << 20;  // smaller blocks come from the heap
+constexpr std::size_t kMappedFrom = std::size_t{1} << 20;    // smaller blocks come from the heap
+constexpr std::size_t kLargestBlock = std::size_t{1} << 40;  // no machine has that much to give
 constexpr std::size_t kDefaultIdleLimit = std::size_t{64} << 20;
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -139,7 +140,7 @@ BlockStore& store() {
 }  // namespace
 
 std::shared_ptr<std::uint8_t> allocatePixelMemory(std::size_t size, PixelContents contents) {
-    if (size == 0) return nullptr;
+    if (size == 0 || size > kLargestBlock) return nullptr;
     Block block = kKeepBlocks ? store().take(size) : Block{};
     if (block.bytes == nullptr) block = newBlock(size);
     if (block.bytes == nullptr) return nullptr;
