@@ -23,6 +23,7 @@ namespace {
 constexpr int kLargestLoadSide = 2048;             // pixels of the view while a page loads
 constexpr int kSentinelSide = 4;                   // pixels
 constexpr int kRedrawMilliseconds = 4;             // between two looks at the sentinel
+constexpr int kTriesASentinel = 50;                // looks after which it is put there again
 constexpr int kPaintMilliseconds = 15'000;         // of waiting for a page of ordinary size ...
 constexpr double kPaintPixelsAMillisecond = 2000;  // ... and more for one of many pixels
 
@@ -232,8 +233,11 @@ bool PageEngine::waitFor(const std::function<bool()>& isDone, int limitMilliseco
 bool PageEngine::drawUntilSentinel(QImage& image, QSize wanted, const QColor& sentinel) {
     const double pixels = double(wanted.width()) * wanted.height();
     const int limit = kPaintMilliseconds + static_cast<int>(pixels / kPaintPixelsAMillisecond);
+    int tries = 0;
     return waitFor(
         [&] {
+            // A page that began to load only now has lost its sentinel.
+            if (++tries % kTriesASentinel == 0) showSentinel(sentinel);
             // The view may grow by a pixel of the screen's while it is laid out, hence the size
             // now.
             const QSize device = (QSizeF(view_->size()) * scale()).toSize();

@@ -51,6 +51,8 @@ class QtPageModule final : public PageModule {
         application_ = makeApplicationIfMissing();
         prepareRenderer(context_.log);
         useLiberationFonts();
+        // The engine must be gone before the application object, whenever the module goes.
+        QObject::connect(qApp, &QCoreApplication::aboutToQuit, &quitting_, [this] { shutDown(); });
     }
 
     std::unique_ptr<WebView> webView(const CGRect& frame) override {
@@ -73,6 +75,12 @@ class QtPageModule final : public PageModule {
     NSRunLoop& runLoop() override { return runLoop_; }
 
   private:
+    // Nothing is lent any more by then: commands that wait have ended with the loop.
+    void shutDown() {
+        idleEngine_.reset();
+        profile_.reset();
+    }
+
     // Off the record and without a cache: nothing of a page outlives it.
     QWebEngineProfile& profile() {
         if (profile_ == nullptr) {
@@ -90,6 +98,7 @@ class QtPageModule final : public PageModule {
     ModuleRunLoop runLoop_;
     std::unique_ptr<QWebEngineProfile> profile_;
     std::unique_ptr<PageEngine> idleEngine_;  // of the last view: its renderer is warm
+    QObject quitting_;                        // ends the connection with the module
 };
 
 }  // namespace

@@ -15,8 +15,8 @@ namespace skarnel {
 /// fonts are installed. Once, after the application object is made.
 void useLiberationFonts();
 
-/// Fills an empty document with the text and takes its margin away; one point is one pixel, also
-/// for sizes that are no whole number.
+/// Fills an empty document with the text and takes its margin away; one point is one pixel (the
+/// toolkit draws letters at the nearest whole number of them).
 void layOutText(QTextDocument& document, const StyledText& text);
 
 /// Width and height of the text when lines end only where the text ends them. An empty text has
