@@ -6,6 +6,7 @@
 
 #include "imaging/io/image_io.h"
 #include "imaging/io/picture_memory.h"
+#include "imaging/io/read_file.h"
 #include "imaging/io/readers.h"
 
 namespace skarnel {
@@ -97,9 +98,9 @@ Result<DecodedImage> decodeImage(ByteView bytes, const DecodeLimits& limits) try
     if (!picture) return picture.error();
     return io::finishPicture(*std::move(picture), type->identifier);
 } catch (const std::bad_alloc&) {
-    return {ErrorCode::OutOfMemory, "Not enough memory for the picture"};
+    return {ErrorCode::OutOfMemory, io::kNoMemory};
 } catch (const std::length_error&) {
-    return {ErrorCode::OutOfMemory, "Not enough memory for the picture"};
+    return {ErrorCode::OutOfMemory, io::kNoMemory};
 }
 
 }  // namespace skarnel

@@ -157,6 +157,9 @@ Result<DecodedImage> takeAnswer(int answer, const DecodeLimits& limits) {
 }
 
 std::optional<std::string> findDecoderProgram() {
+#ifdef SKARNEL_WITHOUT_CELL
+    return std::nullopt;
+#endif
     std::array<char, 4096> self{};
     const ssize_t length = ::readlink("/proc/self/exe", self.data(), self.size() - 1);
     if (length <= 0) return std::nullopt;
@@ -177,6 +180,9 @@ bool kernelHasSeccomp() {
 
 /// Said once: a wall that is missing stays missing.
 void logMissingWalls() {
+#ifdef SKARNEL_WITHOUT_CELL
+    return;
+#endif
     static std::once_flag once;
     std::call_once(once, [] {
         for (const DecoderWall& wall : decoderWalls()) {
@@ -226,7 +232,7 @@ Result<DecodedImage> decodeImageFile(const std::string& path, const DecodeLimits
     if (!bytes) return bytes.error();
     return decodeImage(*bytes, limits);
 } catch (const std::bad_alloc&) {
-    return {ErrorCode::OutOfMemory, "Not enough memory for the picture"};
+    return {ErrorCode::OutOfMemory, io::kNoMemory};
 }
 
 Result<DecodedImage> decodeForeignImage(ByteView bytes, const DecodeLimits& limits) try {
@@ -246,7 +252,7 @@ Result<DecodedImage> decodeForeignImage(ByteView bytes, const DecodeLimits& limi
     if (::lseek(file.number(), 0, SEEK_SET) != 0) return io::systemError("The decoder");
     return io::decodeBehindWall(*program, file.number(), limits);
 } catch (const std::bad_alloc&) {
-    return {ErrorCode::OutOfMemory, "Not enough memory for the picture"};
+    return {ErrorCode::OutOfMemory, io::kNoMemory};
 }
 
 Result<DecodedImage> decodeOwnImageFile(const std::string& path, const DecodeLimits& limits) try {
@@ -256,7 +262,7 @@ Result<DecodedImage> decodeOwnImageFile(const std::string& path, const DecodeLim
     if (!bytes) return bytes.error();
     return decodeImage(*bytes, limits);
 } catch (const std::bad_alloc&) {
-    return {ErrorCode::OutOfMemory, "Not enough memory for the picture"};
+    return {ErrorCode::OutOfMemory, io::kNoMemory};
 }
 
 }  // namespace skarnel

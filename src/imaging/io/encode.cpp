@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "imaging/io/image_io.h"
+#include "imaging/io/read_file.h"
 #include "imaging/io/writers.h"
 
 namespace skarnel {
@@ -73,9 +74,9 @@ Result<Bytes> encodeImage(const CGImage& image, std::string_view typeIdentifier,
     return {ErrorCode::Unsupported,
             "Pictures of type " + std::string(typeIdentifier) + " cannot be written"};
 } catch (const std::bad_alloc&) {
-    return {ErrorCode::OutOfMemory, "Not enough memory to encode the picture"};
+    return {ErrorCode::OutOfMemory, io::kNoMemory};
 } catch (const std::length_error&) {
-    return {ErrorCode::OutOfMemory, "Not enough memory to encode the picture"};
+    return {ErrorCode::OutOfMemory, io::kNoMemory};
 }
 
 }  // namespace skarnel

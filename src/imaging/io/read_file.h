@@ -9,6 +9,9 @@
 
 namespace skarnel::io {
 
+/// Short enough for a string to hold without memory of its own, which is what there is none of.
+inline constexpr char kNoMemory[] = "No memory left";
+
 /// Closes its descriptor. Move-only; -1 when empty.
 class FileDescriptor {
   public:

@@ -72,53 +72,74 @@ std::uint16_t compressionOf(const ImageProperties& properties) {
     return COMPRESSION_LZW;
 }
 
-void setTags(TIFF* tiff, const CGImage& image, const ImageProperties& properties,
+/// Stops at the first tag that cannot be set: a codec whose state found no memory must not be
+/// asked for anything.
+class TagSetter {
+  public:
+    explicit TagSetter(TIFF* tiff) : tiff_(tiff) {}
+
+    template <typename... Values>
+    void set(std::uint32_t tag, Values... values) {
+        ok_ = ok_ && TIFFSetField(tiff_, tag, values...) == 1;
+    }
+    bool ok() const { return ok_; }
+
+  private:
+    TIFF* tiff_;
+    bool ok_ = true;
+};
+
+bool setTags(TIFF* tiff, const CGImage& image, const ImageProperties& properties,
              std::uint32_t rowsPerStrip) {
+    TagSetter tags(tiff);
     const int samples = image.bitsPerPixel() / 8;
     const std::uint16_t compression = compressionOf(properties);
-    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(image.width()));
-    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(image.height()));
-    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
-    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, samples);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
-    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-    TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
-    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, rowsPerStrip);
-    TIFFSetField(tiff, TIFFTAG_COMPRESSION, compression);
+    tags.set(TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(image.width()));
+    tags.set(TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(image.height()));
+    tags.set(TIFFTAG_BITSPERSAMPLE, 8);
+    tags.set(TIFFTAG_SAMPLESPERPIXEL, samples);
+    tags.set(TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+    tags.set(TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    tags.set(TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+    tags.set(TIFFTAG_ROWSPERSTRIP, rowsPerStrip);
+    tags.set(TIFFTAG_COMPRESSION, compression);
     if (samples == 4) {
         const std::uint16_t kind = EXTRASAMPLE_ASSOCALPHA;
-        TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &kind);
+        tags.set(TIFFTAG_EXTRASAMPLES, 1, &kind);
     }
     if (compression == COMPRESSION_LZW || compression == COMPRESSION_ADOBE_DEFLATE) {
-        TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
+        tags.set(TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
     }
     if (compression == COMPRESSION_ADOBE_DEFLATE) {
         const double level = numberProperty(properties, kPropertyCompressionLevel).value_or(1);
-        TIFFSetField(tiff, TIFFTAG_ZIPQUALITY, static_cast<int>(std::clamp(level, 1.0, 12.0)));
+        tags.set(TIFFTAG_ZIPQUALITY, static_cast<int>(std::clamp(level, 1.0, 12.0)));
     }
     if (const auto resolution = resolutionOf(properties)) {
-        TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
-        TIFFSetField(tiff, TIFFTAG_XRESOLUTION, resolution->horizontal);
-        TIFFSetField(tiff, TIFFTAG_YRESOLUTION, resolution->vertical);
+        tags.set(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+        tags.set(TIFFTAG_XRESOLUTION, resolution->horizontal);
+        tags.set(TIFFTAG_YRESOLUTION, resolution->vertical);
     }
+    return tags.ok();
 }
 
 /// Puts the camera's facts into the file: texts as tags of the picture itself, the rest as
 /// directories of their own in front of the strips.
-void writeExif(TIFF* tiff, MemoryFile& file, const ExifTree& tree) {
+bool writeExif(TIFF* tiff, MemoryFile& file, const ExifTree& tree) {
+    TagSetter tags(tiff);
     for (const ExifField& field : tree.main) {
         const std::string text(field.value.begin(), field.value.end());
-        TIFFSetField(tiff, field.tag, text.c_str());
+        tags.set(field.tag, text.c_str());
     }
     auto append = [&](const ExifDirectory& directory, std::uint32_t tag) {
         if (directory.empty()) return;
         const auto offset = static_cast<std::uint32_t>(file.bytes.size());
         const Bytes bytes = writeExifDirectory(directory, offset);
         file.bytes.insert(file.bytes.end(), bytes.begin(), bytes.end());
-        TIFFSetField(tiff, tag, static_cast<std::uint64_t>(offset));
+        tags.set(tag, static_cast<std::uint64_t>(offset));
     };
     append(tree.exif, TIFFTAG_EXIFIFD);
     append(tree.gps, TIFFTAG_GPSIFD);
+    return tags.ok();
 }
 
 bool writeStrips(TIFF* tiff, const CGImage& image, std::uint32_t rowsPerStrip) {
@@ -160,7 +181,10 @@ Result<Bytes> writeTiff(const CGImage& image, const ImageProperties& properties)
     const bool large = allBytes > kClassicBytes;
     TiffHandle tiff = openMemory(file, errors, large);
     auto failure = [&]() -> Error {
-        if (!tiff || file.outOfMemory) {
+        // Closing would write the unfinished directory, and the library crashes over the holes
+        // that a want of memory leaves in it. A few kilobytes lost are the lesser evil.
+        (void)tiff.release();
+        if (errors.message[0] == 0 || file.outOfMemory) {
             return {ErrorCode::OutOfMemory, "Not enough memory to encode the TIFF"};
         }
         return {ErrorCode::Failed, errors.message.data()};
@@ -171,12 +195,16 @@ Result<Bytes> writeTiff(const CGImage& image, const ImageProperties& properties)
         compressionOf(properties) == COMPRESSION_NONE
             ? image.height()
             : std::clamp<std::int64_t>(kStripBytes / rowBytes, 1, image.height());
-    setTags(tiff.get(), image, properties, static_cast<std::uint32_t>(rows));
+    if (!setTags(tiff.get(), image, properties, static_cast<std::uint32_t>(rows))) {
+        return failure();
+    }
     // The large form counts in 64 bits, also in these directories.
-    if (!large) writeExif(tiff.get(), file, exifTreeOf(properties));
+    if (!large && !writeExif(tiff.get(), file, exifTreeOf(properties))) return failure();
     if (!writeStrips(tiff.get(), image, static_cast<std::uint32_t>(rows))) return failure();
     if (TIFFWriteDirectory(tiff.get()) != 1) return failure();
     tiff.reset();
+    // A tag that could not be kept for want of memory is reported and then left out.
+    if (errors.message[0] != 0 || file.outOfMemory) return failure();
     return std::move(file.bytes);
 }
 
