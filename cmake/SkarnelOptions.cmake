@@ -43,3 +43,7 @@ if(SKARNEL_SANITIZE)
                         -fno-sanitize-recover=all -g1)
     add_link_options(-fsanitize=${SKARNEL_SANITIZE})
 endif()
+if(SKARNEL_FUZZ)
+    # Another compiler finds other warnings; the fuzz build is for crashes.
+    add_compile_options(-Wno-error)
+endif()
