@@ -37,7 +37,7 @@ void scaleRow(std::uint8_t* target, const std::uint8_t* source, std::uint8_t fac
 }
 
 void streamRow(std::uint8_t* target, const std::uint8_t* source, std::size_t pixels) {
-    std::memcpy(target, source, 4 * pixels);
+    if (pixels > 0) std::memcpy(target, source, 4 * pixels);
 }
 
 }  // namespace scalar

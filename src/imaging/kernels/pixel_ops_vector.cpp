@@ -118,7 +118,7 @@ void StreamRow(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_RESTRI
     const std::size_t bytes = 4 * pixels;
     const std::size_t misaligned = reinterpret_cast<std::uintptr_t>(target) % lanes;
     const std::size_t head = misaligned == 0 ? 0 : lanes - misaligned;
-    if (head + lanes > bytes) return void(std::memcpy(target, source, bytes));
+    if (head + lanes > bytes) return scalar::streamRow(target, source, pixels);
     std::memcpy(target, source, head);
     std::size_t i = head;
     for (; i + lanes <= bytes; i += lanes) hn::Stream(hn::LoadU(d8, source + i), d8, target + i);
