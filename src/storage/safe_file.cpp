@@ -4,7 +4,7 @@
 #include <sys/file.h>
 
 #include <algorithm>
-#include <array>
+#include <new>
 #include <utility>
 
 #include "storage/left_overs.h"
@@ -21,6 +21,11 @@ constexpr int kMaxNameAttempts = 8;  // fresh temporary names until one is free
 
 Error writeError(int result) {
     return {ErrorCode::CannotWrite, describeError(-result)};
+}
+
+/// The text is short enough to need no memory itself.
+Error outOfMemory() {
+    return {ErrorCode::OutOfMemory, "Out of memory"};
 }
 
 Error alreadyExists() {
@@ -190,7 +195,7 @@ Result<void> replaceInOneStep(const std::string& target, const struct stat* repl
 }  // namespace
 
 Result<void> writeFileSafely(const std::string& path, std::span<const std::uint8_t> bytes,
-                             Overwrite overwrite, FileSystem& fileSystem) {
+                             Overwrite overwrite, FileSystem& fileSystem) try {
     if (path.empty()) return {ErrorCode::InvalidArgument, "The file name is empty"};
     struct stat status = {};
     const int found = fileSystem.stat(path.c_str(), status);
@@ -212,10 +217,12 @@ Result<void> writeFileSafely(const std::string& path, std::span<const std::uint8
     const Result<std::string> target = followLinks(path, fileSystem);
     if (!target) return target.error();
     return replaceInOneStep(*target, &status, bytes, overwrite, fileSystem);
+} catch (const std::bad_alloc&) {
+    return outOfMemory();
 }
 
 Result<std::vector<std::uint8_t>> readDescriptor(int descriptor, std::uint64_t maxBytes,
-                                                 FileSystem& fileSystem) {
+                                                 FileSystem& fileSystem) try {
     constexpr std::size_t kChunk = std::size_t{1} << 16;
     std::vector<std::uint8_t> bytes;
     struct stat status = {};
@@ -239,6 +246,8 @@ Result<std::vector<std::uint8_t>> readDescriptor(int descriptor, std::uint64_t m
         if (count == 0) return bytes;
         if (bytes.size() > maxBytes) return {ErrorCode::TooLarge, "The file is too large"};
     }
+} catch (const std::bad_alloc&) {
+    return outOfMemory();
 }
 
 Result<std::vector<std::uint8_t>> readWholeFile(const std::string& path, std::uint64_t maxBytes,

@@ -32,7 +32,8 @@ enum class Overwrite {
 Result<void> writeFileSafely(const std::string& path, std::span<const std::uint8_t> bytes,
                              Overwrite overwrite, FileSystem& fileSystem = systemFileSystem());
 
-/// All bytes of a file or stream. TooLarge when there are more than `maxBytes`.
+/// All bytes of a file or stream; OutOfMemory when they do not fit into memory. TooLarge when there
+/// are more than `maxBytes`.
 Result<std::vector<std::uint8_t>> readWholeFile(const std::string& path, std::uint64_t maxBytes,
                                                 FileSystem& fileSystem = systemFileSystem());
 

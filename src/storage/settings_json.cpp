@@ -62,24 +62,73 @@ double doubleOf(float value) {
     return same ? shortest : static_cast<double>(value);
 }
 
-std::optional<SettingValue> valueOf(const Json& json) {
-    if (json.is_boolean()) return SettingValue(json.get<bool>());
-    if (json.is_string()) {
-        if (const std::optional<float> value = nonFiniteOfText(json.get_ref<const std::string&>()))
-            return SettingValue(*value);
-        return std::nullopt;
-    }
-    if (!json.is_number()) return std::nullopt;
-    // Nothing of ours wrote a number that a float cannot hold.
-    const std::optional<float> number = nearestFloat(json.get<double>());
-    return number ? std::optional<SettingValue>(*number) : std::nullopt;
-}
+/// Collects the members of the outermost object as they are read. No tree is built: the library's
+/// trees need memory even to be destroyed.
+class SettingsReader final : public nlohmann::json_sax<Json> {
+  public:
+    explicit SettingsReader(ParsedSettings& parsed) : parsed_(parsed) {}
 
-Json jsonOf(const SettingValue& value) {
-    if (const bool* flag = std::get_if<bool>(&value)) return *flag;
+    bool null() override { return take(std::nullopt); }
+    bool boolean(bool value) override { return take(SettingValue(value)); }
+    bool number_integer(number_integer_t value) override {
+        return takeNumber(static_cast<double>(value));
+    }
+    bool number_unsigned(number_unsigned_t value) override {
+        return takeNumber(static_cast<double>(value));
+    }
+    bool number_float(number_float_t value, const string_t&) override { return takeNumber(value); }
+    bool string(string_t& value) override {
+        const std::optional<float> number = nonFiniteOfText(value);
+        return take(number ? std::optional<SettingValue>(*number) : std::nullopt);
+    }
+    bool binary(binary_t&) override { return take(std::nullopt); }
+    bool start_object(std::size_t) override {
+        if (depth_ > 0) take(std::nullopt);
+        ++depth_;
+        return true;
+    }
+    bool key(string_t& value) override {
+        if (depth_ == 1) key_ = value;
+        return true;
+    }
+    bool end_object() override { return leave(); }
+    bool start_array(std::size_t) override {
+        const bool inside = take(std::nullopt);
+        ++depth_;
+        return inside;
+    }
+    bool end_array() override { return leave(); }
+    bool parse_error(std::size_t, const std::string&, const Json::exception&) override {
+        return false;
+    }
+
+  private:
+    bool take(const std::optional<SettingValue>& value) {
+        // Below the outermost object everything belongs to a value that was given up already.
+        if (depth_ == 1 && value) parsed_.values.insert_or_assign(key_, *value);
+        if (depth_ == 1 && !value) parsed_.whole = false;
+        return depth_ > 0;  // outside there is no object, and nothing to read
+    }
+    bool takeNumber(double value) {
+        // Nothing of ours wrote a number that a float cannot hold.
+        const std::optional<float> number = nearestFloat(value);
+        return take(number ? std::optional<SettingValue>(*number) : std::nullopt);
+    }
+    bool leave() {
+        --depth_;
+        return true;
+    }
+
+    ParsedSettings& parsed_;
+    std::string key_;
+    int depth_ = 0;
+};
+
+std::string textOf(const SettingValue& value) {
+    if (const bool* flag = std::get_if<bool>(&value)) return *flag ? "true" : "false";
     const float number = std::get<float>(value);
-    if (!std::isfinite(number)) return textOfNonFinite(number);
-    return doubleOf(number);
+    if (!std::isfinite(number)) return '"' + textOfNonFinite(number) + '"';
+    return Json(doubleOf(number)).dump();
 }
 
 bool isBlank(std::span<const std::uint8_t> bytes) {
@@ -94,25 +143,19 @@ bool isBlank(std::span<const std::uint8_t> bytes) {
 ParsedSettings parseSettings(std::span<const std::uint8_t> bytes) {
     ParsedSettings parsed;
     if (isBlank(bytes)) return parsed;
-    const Json json = Json::parse(bytes.begin(), bytes.end(), nullptr, false);
-    if (!json.is_object()) {
-        parsed.whole = false;
-        return parsed;
-    }
-    for (const auto& [key, member] : json.items()) {
-        if (const std::optional<SettingValue> value = valueOf(member)) {
-            parsed.values.emplace(key, *value);
-        } else {
-            parsed.whole = false;
-        }
-    }
+    SettingsReader reader(parsed);
+    if (!Json::sax_parse(bytes.begin(), bytes.end(), &reader)) return {{}, false};
     return parsed;
 }
 
 std::string serializeSettings(const SettingValues& values) {
-    Json json = Json::object();
-    for (const auto& [key, value] : values) json[key] = jsonOf(value);
-    return json.dump(4, ' ', false, Json::error_handler_t::replace) + "\n";
+    std::string text = "{";
+    for (const auto& [key, value] : values) {
+        text += text.size() == 1 ? "\n    " : ",\n    ";
+        text += Json(key).dump(-1, ' ', false, Json::error_handler_t::replace);
+        text += ": " + textOf(value);
+    }
+    return text + (values.empty() ? "}\n" : "\n}\n");
 }
 
 }  // namespace skarnel

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <new>
 #include <thread>
 #include <utility>
 
@@ -83,9 +84,14 @@ std::string SettingsStore::defaultPath() {
 SettingsStore::SettingsStore(std::string path, FileSystem& fileSystem)
     : path_(std::move(path)), fileSystem_(fileSystem) {
     if (path_.empty()) return;
-    OnDisk found = readFile();
-    values_ = std::move(found.values);
-    foundUnreadable_ = found.readability != Readability::Whole;
+    try {
+        OnDisk found = readFile();
+        values_ = std::move(found.values);
+        foundUnreadable_ = found.readability != Readability::Whole;
+    } catch (const std::bad_alloc&) {
+        values_.clear();
+        foundUnreadable_ = true;
+    }
 }
 
 bool SettingsStore::contains(std::string_view key) const {
@@ -120,21 +126,25 @@ void SettingsStore::setBool(std::string_view key, bool value) {
     set(key, value);
 }
 
-void SettingsStore::set(std::string_view key, SettingValue value) {
+void SettingsStore::set(std::string_view key, SettingValue value) try {
     const std::string name(key);
-    if (values_.insert_or_assign(name, value).second) ++keySetChanges_;
     changes_.insert_or_assign(name, value);
+    if (values_.insert_or_assign(name, value).second) ++keySetChanges_;
     notify(name);
+} catch (const std::bad_alloc&) {
+    // A change that finds no memory does not happen.
 }
 
-void SettingsStore::removeObject(std::string_view key) {
+void SettingsStore::removeObject(std::string_view key) try {
     const auto found = values_.find(key);
     if (found == values_.end()) return;
     const std::string name = found->first;
+    changes_.insert_or_assign(name, std::nullopt);
     values_.erase(found);
     ++keySetChanges_;
-    changes_.insert_or_assign(name, std::nullopt);
     notify(name);
+} catch (const std::bad_alloc&) {
+    // A removal that finds no memory does not happen.
 }
 
 std::vector<std::string> SettingsStore::keys() const {
@@ -152,7 +162,7 @@ void SettingsStore::notify(const std::string& key) {
     if (observer_) observer_(key);
 }
 
-Result<void> SettingsStore::synchronize() {
+Result<void> SettingsStore::synchronize() try {
     if (changes_.empty()) return {};
     if (path_.empty()) return {ErrorCode::NotFound, "There is no folder for the settings"};
     // A loop of links has no target; it is kept aside like any file that cannot be read.
@@ -162,6 +172,8 @@ Result<void> SettingsStore::synchronize() {
     FileLock lock(fileSystem_);
     if (Result<void> locked = lock.take(target + ".lock", lockPatience_); !locked) return locked;
     return mergeAndWrite(target);
+} catch (const std::bad_alloc&) {
+    return {ErrorCode::OutOfMemory, "Out of memory"};
 }
 
 Result<void> SettingsStore::mergeAndWrite(const std::string& target) {
@@ -207,25 +219,39 @@ Result<void> SettingsStore::keepCopy(const std::string& target) {
     return {ErrorCode::CannotWrite, "There are too many copies of damaged settings"};
 }
 
-Result<void> SettingsStore::reload() {
+Result<void> SettingsStore::reload() try {
     const Result<void> written = synchronize();
     if (path_.empty()) return written;
     OnDisk onDisk = readFile();
     foundUnreadable_ = foundUnreadable_ || onDisk.readability != Readability::Whole;
-    const SettingValues before = std::exchange(values_, std::move(onDisk.values));
+    SettingValues now = std::move(onDisk.values);
     for (const auto& [key, value] : changes_) {
-        if (value) values_.insert_or_assign(key, *value);
-        if (!value) values_.erase(key);
+        if (value) now.insert_or_assign(key, *value);
+        if (!value) now.erase(key);
     }
-    SettingValues either = before;
-    either.insert(values_.begin(), values_.end());
-    for (const auto& [key, value] : either) {
-        const auto old = before.find(key);
-        const auto now = values_.find(key);
-        if ((old == before.end()) != (now == values_.end())) ++keySetChanges_;
-        if (old == before.end() || now == values_.end() || old->second != now->second) notify(key);
-    }
+    takeOver(std::move(now));
     return written;
+} catch (const std::bad_alloc&) {
+    return {ErrorCode::OutOfMemory, "Out of memory"};
+}
+
+/// Makes `now` the values and tells of each key that is not as before. Whatever needs memory comes
+/// before the change.
+void SettingsStore::takeOver(SettingValues now) {
+    std::vector<std::string> changed;
+    std::uint64_t keySetChanges = 0;
+    SettingValues either = values_;
+    either.insert(now.begin(), now.end());
+    for (const auto& [key, value] : either) {
+        const auto old = values_.find(key);
+        const auto fresh = now.find(key);
+        const bool comesOrGoes = (old == values_.end()) != (fresh == now.end());
+        keySetChanges += comesOrGoes ? 1 : 0;
+        if (comesOrGoes || old->second != fresh->second) changed.push_back(key);
+    }
+    values_.swap(now);
+    keySetChanges_ += keySetChanges;
+    for (const std::string& key : changed) notify(key);
 }
 
 SettingsStore::OnDisk SettingsStore::readFile() const {

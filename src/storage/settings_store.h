@@ -27,7 +27,8 @@ using SettingValues = std::map<std::string, SettingValue, std::less<>>;
 /// A file that cannot be read (damaged, wrong types, no permission, a folder in its place) counts
 /// as empty, or as what can be read of it; before anything is written it is kept beside as
 /// "settings.json.damaged", ".damaged-2" and so on. Floats read back bit for bit, those that are
-/// not finite too. Not for use from two threads.
+/// not finite too. Without memory a change does not happen and a write is OutOfMemory. Not for use
+/// from two threads.
 class SettingsStore {
   public:
     /// $XDG_CONFIG_HOME/skarnel/settings.json, with ~/.config where that is not set. Empty when
@@ -76,6 +77,7 @@ class SettingsStore {
 
     void set(std::string_view key, SettingValue value);
     void notify(const std::string& key);
+    void takeOver(SettingValues now);
     OnDisk readFile() const;
     Result<void> mergeAndWrite(const std::string& target);
     Result<void> keepCopy(const std::string& target);
