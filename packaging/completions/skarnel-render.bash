@@ -4,7 +4,7 @@ _skarnel_render() {
     _init_completion -s || return
     local settings='perspective-height perspective-width offset start gradient alpha image-perspective'
     case $prev in
-        -o | --output | --recipe | --animate)
+        -o | --output | --recipe | --animate | --html)
             _filedir
             return
             ;;
@@ -27,13 +27,13 @@ _skarnel_render() {
             ;;
         --perspective-height | --perspective-width | --offset | --start | --gradient | --alpha | \
             --image-perspective | --background-color | --quality | --preview | --max-pixels | \
-            -j | --jobs | --frame-time)
+            --text | --font | --size | --color | -j | --jobs | --frame-time)
             return
             ;;
     esac
     $split && return
     if [[ $cur == -* ]]; then
-        mapfile -t COMPREPLY < <(compgen -W '--output --force
+        mapfile -t COMPREPLY < <(compgen -W '--output --force --text --html --font --size --color
             --perspective-height --perspective-width --offset --start --gradient --alpha
             --image-perspective --apply-background-color --background-color --user-settings
             --recipe --format --quality --compression --preview --embed-recipe --max-pixels

@@ -3,6 +3,11 @@ set -l c complete -c skarnel-render
 
 $c -s o -l output -r -F -d 'File or folder to write'
 $c -s f -l force -d 'Replace files that are there'
+$c -l text -x -d 'Reflect this text'
+$c -l html -r -F -d 'Reflect the styled text of an HTML file'
+$c -l font -x -d 'Typeface of the text'
+$c -l size -x -d 'Size of the text in points'
+$c -l color -x -d 'Colour of the text'
 $c -l perspective-height -x -d 'Height of the reflection, percent of the picture'
 $c -l perspective-width -x -d 'Widening at its far edge, percent a side'
 $c -l offset -x -d 'Gap below the picture, percent of the reflection'

@@ -7,6 +7,11 @@ settings=(perspective-height perspective-width offset start gradient alpha image
 _arguments -S \
     '(-o --output)'{-o,--output}'[file or folder to write]:output:_files' \
     '(-f --force)'{-f,--force}'[replace files that are there]' \
+    '--text[reflect this text]:text:' \
+    '--html[reflect the styled text of an HTML file]:HTML file:_files' \
+    '--font[typeface of the text]:family:' \
+    '--size[size of the text in points]:points:' \
+    '--color[colour of the text]:#RRGGBB:' \
     '--perspective-height[height of the reflection, percent of the picture]:number:' \
     '--perspective-width[widening at its far edge, percent a side]:number:' \
     '--offset[gap below the picture, percent of the reflection]:number:' \

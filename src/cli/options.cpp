@@ -284,7 +284,9 @@ std::string contradiction(const Options& options) {
     if (options.watch && !options.pictures.empty()) return "--watch takes no pictures";
     if (options.watch && toStream) return "--watch cannot write to standard output";
     if (options.watch && options.sweep) return "--watch and --sweep do not go together";
-    if (!options.watch && options.pictures.empty() && !options.text.isAsked()) {
+    // A recipe may bring its text; without one that is found out when it is read.
+    const bool hasSource = !options.pictures.empty() || options.text.isAsked() || options.recipe;
+    if (!options.watch && !hasSource) {
         return "no picture was given";
     }
     if (streams > 1) return "standard input can be read only once";

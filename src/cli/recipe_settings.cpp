@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "recipe/recipe_file.h"
 
@@ -17,8 +18,8 @@ std::uint8_t byteOf(double component) {
 
 }  // namespace
 
-Result<RenderSettings> settingsFromRecipe(const std::string& path) {
-    const Result<Recipe> recipe = readRecipeFile(path);
+Result<RecipeSettings> settingsFromRecipe(const std::string& path) {
+    Result<Recipe> recipe = readRecipeFile(path);
     if (!recipe) return {recipe.error().code, path + ": " + recipe.error().message};
     RenderSettings settings = defaultSettings();
     settings.numbers = recipe->settings;
@@ -26,7 +27,7 @@ Result<RenderSettings> settingsFromRecipe(const std::string& path) {
     const TextColor& color = recipe->background;
     settings.backgroundColor = {color.red / kFull, color.green / kFull, color.blue / kFull,
                                 color.alpha / kFull};
-    return settings;
+    return RecipeSettings{settings, std::move(recipe->text)};
 }
 
 std::string recipeOfSettings(const RenderSettings& settings) {

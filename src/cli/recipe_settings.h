@@ -1,16 +1,22 @@
 // Recipes on the command line: settings taken from one, and one made of the settings.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "cli/render_settings.h"
+#include "platform/styled_text.h"
 #include "util/log/result.h"
 
 namespace skarnel::cli {
 
-/// The settings and the background of a recipe file, or of a picture that carries a recipe. The
-/// error names the file.
-Result<RenderSettings> settingsFromRecipe(const std::string& path);
+struct RecipeSettings {
+    RenderSettings render;           // the settings and the background
+    std::optional<StyledText> text;  // what the recipe's picture was made of, if it was text
+};
+
+/// From a recipe file, or from a picture that carries a recipe. The error names the file.
+Result<RecipeSettings> settingsFromRecipe(const std::string& path);
 
 /// The text of a recipe with these settings. Without styled text: what is rendered here is a
 /// picture that was there before.

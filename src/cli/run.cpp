@@ -25,10 +25,21 @@ constexpr int kSomeFailed = 1;
 constexpr int kWrongUsage = 2;
 
 /// What the options start from.
-Result<RenderSettings> baseSettings(const Options& options) {
+Result<RecipeSettings> baseSettings(const Options& options) {
     if (options.recipe) return settingsFromRecipe(*options.recipe);
-    if (options.userSettings) return storedSettings(SettingsStore(SettingsStore::defaultPath()));
-    return defaultSettings();
+    if (options.userSettings) {
+        return RecipeSettings{storedSettings(SettingsStore(SettingsStore::defaultPath())), {}};
+    }
+    return RecipeSettings{defaultSettings(), {}};
+}
+
+/// The recipe's text is the picture of a run that names none.
+Options withTextOfRecipe(Options options, const RecipeSettings& base) {
+    const bool named = !options.pictures.empty() || options.text.isAsked() || options.watch;
+    if (named || !base.text) return options;
+    options.text.styled = base.text;
+    options.pictures = {std::string(kTextInput)};
+    return options;
 }
 
 JobSettings jobSettings(const Options& options, const RenderSettings& base) {
@@ -171,13 +182,19 @@ int run(const VersionRequest& request) {
     return run(EarlyEnd{(request.json ? jsonOfVersion() : textOfVersion()) + "\n", kAllWell});
 }
 
-int run(const Options& options) {
-    const Result<RenderSettings> base = baseSettings(options);
-    if (!base) {
-        std::fprintf(stderr, "skarnel-render: %s\n", base.error().message.c_str());
-        return kSomeFailed;
+int complain(const std::string& message, int code) {
+    std::fprintf(stderr, "skarnel-render: %s\n", message.c_str());
+    return code;
+}
+
+int run(const Options& given) {
+    const Result<RecipeSettings> base = baseSettings(given);
+    if (!base) return complain(base.error().message, kSomeFailed);
+    const Options options = withTextOfRecipe(given, *base);
+    if (options.pictures.empty() && !options.text.isAsked() && !options.watch) {
+        return complain("no picture was given, and the recipe has no text", kWrongUsage);
     }
-    Run whole(options, *base);
+    Run whole(options, base->render);
     if (options.watch) return whole.watch();
     if (options.sweep) return whole.sweep();
     return whole.pictures();

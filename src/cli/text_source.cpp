@@ -42,6 +42,7 @@ std::uint8_t colorByte(double component) {
 
 Result<StyledText> styledText(const TextOptions& options, PageModule& module) {
     const TextStyle style = styleOfOptions(options);
+    if (options.styled) return *options.styled;
     if (options.text) return StyledText(textWithEscapes(*options.text), style);
     const Result<std::vector<std::uint8_t>> bytes =
         *options.html == "-" ? readDescriptor(STDIN_FILENO, kLargestHtml)

@@ -19,8 +19,9 @@ struct TextOptions {
     std::optional<std::string> font;
     std::optional<double> size;  // points; one is one pixel
     std::optional<DeviceColor> color;
+    std::optional<StyledText> styled;  // with all its styles: a recipe's
 
-    bool isAsked() const { return text || html; }
+    bool isAsked() const { return text || html || styled; }
 };
 
 /// The name that stands for the text in reports and proposed file names.

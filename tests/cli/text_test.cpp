@@ -31,6 +31,21 @@ class TextCommand : public testing::Test {
     const std::string out_ = folder_ / "out.tiff";
 };
 
+TEST_F(TextCommand, ReflectsTheTextOfARecipeThatNamesNoPicture) {
+    // Two words in orange and blue: no other colour has so much red without blue.
+    const Finished finished = render({"--recipe", SKARNEL_TEXT_RECIPE, "-o", out_, "-q"});
+    EXPECT_EQ(finished.exitCode, 0) << finished.err;
+    const CGImage image = result();
+    bool orange = false;
+    bool blue = false;
+    for (int x = 0; x < image.width(); ++x) {
+        const std::uint8_t* pixel = image.pixels().row(20) + 4 * x;
+        orange = orange || (pixel[0] == 255 && pixel[2] < 80);
+        blue = blue || (pixel[2] == 255 && pixel[0] < 140);
+    }
+    EXPECT_TRUE(orange && blue);
+}
+
 TEST_F(TextCommand, ReflectsTheTextWithoutADisplay) {
     const Finished finished =
         text("Summer\\nSale", {"--font", "Times", "--size", "48", "--color", "#ff8800",
