@@ -21,9 +21,9 @@ const Tones kLight{QColor(0xF4, 0xF4, 0xF5), QColor(0xFF, 0xFF, 0xFF), QColor(0x
                    QColor(0x1D, 0x1D, 0x20), QColor(0xF9, 0xF9, 0xFA), QColor(0x96, 0x96, 0x9B),
                    QColor(0x2F, 0x6F, 0xDE), QColor(0x1F, 0x5C, 0xC4), QColor(0xC9, 0xC9, 0xCE),
                    QColor(0xFF, 0xFF, 0xFF)};
-const Tones kDark{QColor(0x2A, 0x2B, 0x2E), QColor(0x1E, 0x1F, 0x22), QColor(0x26, 0x27, 0x2A),
-                  QColor(0xE8, 0xE8, 0xEA), QColor(0x38, 0x39, 0x3D), QColor(0x7C, 0x7D, 0x83),
-                  QColor(0x3D, 0x7D, 0xEA), QColor(0x7F, 0xAE, 0xF7), QColor(0x17, 0x18, 0x1A),
+const Tones kDark{QColor(0x31, 0x32, 0x36), QColor(0x1B, 0x1C, 0x1F), QColor(0x24, 0x25, 0x28),
+                  QColor(0xEA, 0xEA, 0xEC), QColor(0x45, 0x46, 0x4C), QColor(0x86, 0x87, 0x8E),
+                  QColor(0x3D, 0x7D, 0xEA), QColor(0x7F, 0xAE, 0xF7), QColor(0x1A, 0x1B, 0x1D),
                   QColor(0x3A, 0x3B, 0x40)};
 
 QPalette paletteOf(const Tones& tones) {
@@ -35,12 +35,16 @@ QPalette paletteOf(const Tones& tones) {
     palette.setColor(QPalette::ButtonText, tones.text);
     palette.setColor(QPalette::BrightText, Qt::white);
     palette.setColor(QPalette::Mid, tones.mid);
+    // The frames of bars are drawn with it; lighter than the buttons it would be a bright line.
+    if (tones.window.lightness() < 128) palette.setColor(QPalette::Light, tones.button);
     palette.setColor(QPalette::ToolTipBase, tones.toolTip);
     palette.setColor(QPalette::ToolTipText, tones.text);
     palette.setColor(QPalette::Highlight, tones.highlight);
     palette.setColor(QPalette::HighlightedText, Qt::white);
     palette.setColor(QPalette::Link, tones.link);
-    palette.setColor(QPalette::PlaceholderText, tones.disabled);
+    QColor quiet = tones.text;
+    quiet.setAlphaF(0.65F);
+    palette.setColor(QPalette::PlaceholderText, quiet);
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
         palette.setColor(QPalette::Disabled, role, tones.disabled);
     palette.setColor(QPalette::Disabled, QPalette::Highlight, tones.mid);

@@ -100,7 +100,7 @@ void SaveOptionsView::offerRecipe(const std::string& text) {
 
 QString SaveOptionsView::resolutionText() const {
     const auto dpi = number(initial_, kPropertyDpiWidth);
-    if (!dpi || !(*dpi > 0)) return tr("as the source has none");
+    if (!dpi || !(*dpi > 0)) return tr("none, as the source");
     return tr("%1 dpi, as the source").arg(QString::number(*dpi, 'g', 4));
 }
 

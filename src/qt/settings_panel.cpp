@@ -28,14 +28,10 @@ QLabel* heading(const QString& text) {
     return label;
 }
 
-/// A quieter label for units.
+/// A quieter label for units; the role follows every change of theme.
 QLabel* unitLabel(const QString& text) {
     auto* label = new QLabel(text);
-    QPalette quiet = label->palette();
-    QColor color = quiet.color(QPalette::WindowText);
-    color.setAlphaF(0.65F);
-    quiet.setColor(QPalette::WindowText, color);
-    label->setPalette(quiet);
+    label->setForegroundRole(QPalette::PlaceholderText);
     return label;
 }
 

@@ -51,6 +51,7 @@ void QtOpenPanel::configure(QFileDialog& dialog, const std::vector<std::string>&
                  << QStringLiteral("*.%1").arg(toQt(type).toUpper());
     dialog.setNameFilter(QCoreApplication::translate("OpenPanel", "Pictures") +
                          QStringLiteral(" (%1)").arg(patterns.join(QLatin1Char(' '))));
+    dialog.setOption(QFileDialog::HideNameFilterDetails);
     if (!prompt_.empty()) dialog.setLabelText(QFileDialog::Accept, toQt(prompt_));
     dialog.setDirectory(startFolder(state_.openFolder()));
 }
@@ -96,6 +97,9 @@ void QtSavePanel::follow(QFileDialog& dialog) {
     accessoryGuard_ = view;
     if (auto* grid = qobject_cast<QGridLayout*>(dialog.layout()))
         grid->addWidget(view, grid->rowCount(), 0, 1, grid->columnCount());
+    // The format is chosen in our view; a second list of it would only contradict.
+    for (const char* second : {"fileTypeLabel", "fileTypeCombo"})
+        if (auto* widget = dialog.findChild<QWidget*>(QString::fromLatin1(second))) widget->hide();
     auto* name = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
     const auto showType = [&dialog, view] {
         dialog.setNameFilter(view->nameFilter());
