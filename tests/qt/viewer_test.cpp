@@ -1,0 +1,204 @@
+#include "qt/viewer.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QPainter>
+#include <QScrollBar>
+#include <QTest>
+#include <QToolButton>
+#include <QWheelEvent>
+
+namespace skarnel {
+namespace {
+
+/// A picture of one colour, premultiplied.
+CGImage plain(int width, int height, std::array<std::uint8_t, 4> pixel) {
+    std::vector<std::uint8_t> bytes;
+    for (int i = 0; i < width * height; ++i) bytes.insert(bytes.end(), pixel.begin(), pixel.end());
+    return *CGImage::copyOf({bytes.data(), width, height, std::ptrdiff_t{4} * width, 4});
+}
+
+class ViewerTest : public ::testing::Test {
+  protected:
+    ViewerTest() {
+        viewer.resize(400, 300);
+        viewer.setBackground(QColor(0, 0, 40));
+        viewer.show();
+    }
+    QImage grab() { return viewer.grab().toImage(); }
+    void wheel(int units, QPointF at, Qt::KeyboardModifiers modifiers) {
+        QWheelEvent turn(at, viewer.mapToGlobal(at), {}, {0, units}, Qt::NoButton, modifiers,
+                         Qt::NoScrollPhase, false);
+        QApplication::sendEvent(&viewer, &turn);
+    }
+    QList<QScrollBar*> bars() { return viewer.findChildren<QScrollBar*>(); }
+    Viewer viewer;
+};
+
+TEST_F(ViewerTest, VisibleSizeIsTheViewportWhateverZoomAndScroll) {
+    viewer.setImage(plain(100, 100, {255, 0, 0, 255}));
+    const CGSize size{400, 300};
+    EXPECT_EQ(viewer.viewportSize(), size);
+    viewer.setZoomFactor(20);
+    EXPECT_EQ(viewer.viewportSize(), size);
+}
+
+TEST_F(ViewerTest, ShowsThePictureOnItsGroundAtActualSize) {
+    viewer.setImage(plain(100, 50, {255, 0, 0, 255}));
+    viewer.zoomToActualSize();
+    const QImage shown = grab();
+    EXPECT_EQ(shown.pixelColor(149, 150), QColor(0, 0, 40));
+    EXPECT_EQ(shown.pixelColor(150, 125), QColor(255, 0, 0));
+    EXPECT_EQ(shown.pixelColor(249, 174), QColor(255, 0, 0));
+    EXPECT_EQ(shown.pixelColor(250, 174), QColor(0, 0, 40));
+}
+
+TEST_F(ViewerTest, TransparencyShowsTheGroundOrTheCheckerboardInsideThePictureOnly) {
+    viewer.setImage(plain(100, 100, {0, 0, 0, 0}));
+    viewer.zoomToActualSize();
+    EXPECT_EQ(grab().pixelColor(155, 105), QColor(0, 0, 40));
+    viewer.setCheckerboard(true);
+    const QImage shown = grab();
+    // Squares of 8 pixels from the picture's corner at (150, 100).
+    EXPECT_NE(shown.pixelColor(151, 101), shown.pixelColor(159, 101));
+    EXPECT_EQ(shown.pixelColor(151, 101), shown.pixelColor(159, 109));
+    EXPECT_EQ(shown.pixelColor(149, 101), QColor(0, 0, 40));
+}
+
+TEST_F(ViewerTest, FitFollowsTheSizeAndANewPictureUntilAFactorIsSet) {
+    viewer.setImage(plain(200, 100, {255, 0, 0, 255}));
+    viewer.zoomToFit();
+    EXPECT_DOUBLE_EQ(viewer.zoomFactor(), 2.0);
+    viewer.resize(200, 300);
+    EXPECT_DOUBLE_EQ(viewer.zoomFactor(), 1.0);
+    viewer.setImage(plain(400, 100, {255, 0, 0, 255}));
+    EXPECT_DOUBLE_EQ(viewer.zoomFactor(), 0.5);
+    viewer.setZoomFactor(3);
+    viewer.resize(400, 300);
+    EXPECT_DOUBLE_EQ(viewer.zoomFactor(), 3.0);
+}
+
+TEST_F(ViewerTest, WithoutAutoresizingTheFactorStays) {
+    viewer.setImage(plain(200, 100, {255, 0, 0, 255}));
+    viewer.setAutoresizes(false);
+    viewer.resize(200, 300);
+    EXPECT_DOUBLE_EQ(viewer.zoomFactor(), 2.0);
+}
+
+TEST_F(ViewerTest, ScrollBarsAreThereOnlyWhileThereIsSomethingToScroll) {
+    viewer.setImage(plain(300, 200, {255, 0, 0, 255}));
+    viewer.zoomToFit();
+    for (QScrollBar* bar : bars()) EXPECT_FALSE(bar->isVisible());
+    viewer.setZoomFactor(4);
+    for (QScrollBar* bar : bars()) EXPECT_TRUE(bar->isVisible());
+    viewer.zoomToFit();
+    viewer.setAutohidesScrollers(false);
+    for (QScrollBar* bar : bars()) EXPECT_TRUE(bar->isVisible());
+}
+
+TEST_F(ViewerTest, CtrlWheelZoomsAtTheCursorAndTheWheelAloneScrolls) {
+    viewer.setImage(plain(400, 300, {255, 0, 0, 255}));
+    viewer.zoomToActualSize();
+    const CGPoint under = viewer.sheet().view.toImage({100, 80});
+    wheel(480, {100, 80}, Qt::ControlModifier);
+    EXPECT_DOUBLE_EQ(viewer.zoomFactor(), 2.0);
+    EXPECT_NEAR(viewer.sheet().view.toView(under).x, 100, 1);
+    EXPECT_NEAR(viewer.sheet().view.toView(under).y, 80, 1);
+    const double before = viewer.sheet().view.scroll().y;
+    wheel(-120, {100, 80}, {});
+    EXPECT_EQ(viewer.sheet().view.scroll().y, before + 60);
+    EXPECT_DOUBLE_EQ(viewer.zoomFactor(), 2.0);
+}
+
+TEST_F(ViewerTest, DoubleClickGoesBetweenFitAndActualSize) {
+    viewer.setImage(plain(800, 600, {255, 0, 0, 255}));
+    viewer.zoomToFit();
+    QTest::mouseDClick(&viewer, Qt::LeftButton);
+    EXPECT_DOUBLE_EQ(viewer.zoomFactor(), 1.0);
+    EXPECT_FALSE(viewer.fits());
+    QTest::mouseDClick(&viewer, Qt::LeftButton);
+    EXPECT_TRUE(viewer.fits());
+}
+
+TEST_F(ViewerTest, PixelsAreSquaresAtHighZoom) {
+    std::vector<std::uint8_t> two{255, 0, 0, 255, 0, 255, 0, 255};
+    viewer.setImage(*CGImage::copyOf({two.data(), 2, 1, 8, 4}));
+    viewer.setZoomFactor(100);
+    const QImage shown = grab();
+    EXPECT_EQ(shown.pixelColor(199, 150), QColor(255, 0, 0));
+    EXPECT_EQ(shown.pixelColor(200, 150), QColor(0, 255, 0));
+}
+
+TEST_F(ViewerTest, ShrinkingBlendsPixelsInsteadOfDroppingThem) {
+    std::vector<std::uint8_t> stripes;
+    for (int i = 0; i < 800 * 4; ++i) {
+        const std::uint8_t value = i % 2 == 0 ? 255 : 0;
+        stripes.insert(stripes.end(), {value, value, value, 255});
+    }
+    viewer.setImage(*CGImage::copyOf({stripes.data(), 800, 4, 3200, 4}));
+    viewer.zoomToFit();
+    EXPECT_NEAR(grab().pixelColor(200, 150).red(), 128, 2);
+}
+
+TEST_F(ViewerTest, ASelectionIsCopiedPixelForPixelAndTouchesNothing) {
+    viewer.setImage(plain(100, 100, {64, 0, 0, 128}));
+    viewer.zoomToActualSize();
+    viewer.setToolMode(IKToolModeSelect);
+    const QImage before = viewer.shownImage();
+    QTest::mousePress(&viewer, Qt::LeftButton, {}, {160, 110});
+    QTest::mouseMove(&viewer, {180, 125});
+    QTest::mouseRelease(&viewer, Qt::LeftButton, {}, {180, 125});
+    const QImage selected = viewer.selectedPicture();
+    EXPECT_EQ(selected.size(), QSize(20, 15));
+    // 64 of 128 premultiplied is half of full red, rounded by the toolkit.
+    EXPECT_NEAR(selected.pixelColor(3, 3).red(), 128, 1);
+    EXPECT_EQ(selected.pixelColor(3, 3).alpha(), 128);
+    EXPECT_EQ(viewer.shownImage(), before);
+}
+
+TEST_F(ViewerTest, TypedTextBecomesAMark) {
+    viewer.setImage(plain(300, 200, {0, 0, 0, 255}));
+    viewer.zoomToActualSize();
+    viewer.setToolMode(IKToolModeAnnotate);
+    viewer.setAnnotationShape(AnnotationShape::Text);
+    QTest::mouseClick(&viewer, Qt::LeftButton, {}, {200, 150});
+    auto* line = viewer.findChild<QLineEdit*>();
+    ASSERT_NE(line, nullptr);
+    QTest::keyClicks(line, QStringLiteral("peak"));
+    QTest::keyClick(line, Qt::Key_Return);
+    ASSERT_EQ(viewer.sheet().annotations.size(), 1U);
+    EXPECT_EQ(viewer.sheet().annotations[0].text, QStringLiteral("peak"));
+    viewer.clearAnnotations();
+    EXPECT_TRUE(viewer.sheet().annotations.empty());
+}
+
+TEST_F(ViewerTest, AnUnchangedViewIsNotResampledAgain) {
+    PicturePainter painter;
+    painter.setImage(plain(200, 200, {255, 0, 0, 255}));
+    ViewTransform view;
+    view.setViewport({100, 100});
+    view.setImageSize({200, 200});
+    view.zoomToFit();
+    QImage target(100, 100, QImage::Format_RGB32);
+    QPainter on(&target);
+    painter.paint(on, view);
+    painter.paint(on, view);
+    EXPECT_EQ(painter.resampleCount(), 1);
+}
+
+TEST_F(ViewerTest, KeysScrollAndSettersReturnEarly) {
+    viewer.setImage(plain(400, 300, {255, 0, 0, 255}));
+    viewer.setZoomFactor(2);
+    const double before = viewer.sheet().view.scroll().x;
+    QTest::keyClick(&viewer, Qt::Key_Right);
+    EXPECT_EQ(viewer.sheet().view.scroll().x, before + 40);
+    int zooms = 0;
+    QObject::connect(&viewer, &Viewer::zoomChanged, [&] { ++zooms; });
+    viewer.setZoomFactor(2);
+    EXPECT_EQ(zooms, 0);
+}
+
+}  // namespace
+}  // namespace skarnel
