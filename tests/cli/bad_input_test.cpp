@@ -165,9 +165,11 @@ TEST_F(BadInput, AFullDeviceAndALimitOnFileSizes) {
     EXPECT_EQ(device.exitCode, 1);
     EXPECT_THAT(device.err, HasSubstr("/dev/full: No space left on device"));
     test::putFile(out_, "old");
+    test::putPicture(folder_ / "good.png", 600, 400);
     const Finished limited =
         render({folder_ / "good.png", "-o", out_, "--force", "--compression", "0"}, {}, [] {
-            const rlimit limit = {4000, 4000};  // enough to decode, not to write
+            // Enough for the decoder (960,000 bytes), not for the result (1,920,000).
+            const rlimit limit = {1'500'000, RLIM_INFINITY};
             ::setrlimit(RLIMIT_FSIZE, &limit);
         });
     EXPECT_EQ(limited.exitCode, 1);
