@@ -140,14 +140,30 @@ std::uint32_t typeOfValue(duk_context* engine, duk_idx_t index) {
     }
 }
 
+/// What has been written of a result, and how much it may be. The engine's own limit does not bound
+/// it: a sparse list or one text many times over is small in the engine and large when written.
+struct Output {
+    ByteVector bytes;
+    std::size_t limit;
+};
+
+/// Raises an error in the script unless `more` bytes still fit. No object with a destructor may be
+/// alive between here and the protected call.
+void reserve(const Output& out, duk_context* engine, std::size_t more) {
+    if (out.bytes.size() > out.limit || more > out.limit - out.bytes.size())
+        (void)duk_error(engine, DUK_ERR_RANGE_ERROR, "the result is too large");
+}
+
 /// Writes the value at the top of the engine's stack. Lists inside lists are written as records:
 /// an item of an item cannot be asked for.
-void putValue(ByteVector& out, duk_context* engine, bool isItem) {
+void putValue(Output& out, duk_context* engine, bool isItem) {
     const std::uint32_t type = typeOfValue(engine, -1);
     if (type == kDescriptorList && !isItem) {
         const auto count = static_cast<std::uint32_t>(duk_get_length(engine, -1));
-        put(out, type);
-        put(out, static_cast<std::uint64_t>(count));
+        // Each item will be a descriptor on the other side.
+        reserve(out, engine, count * sizeof(ScriptDescriptor));
+        put(out.bytes, type);
+        put(out.bytes, static_cast<std::uint64_t>(count));
         for (std::uint32_t index = 0; index < count; ++index) {
             duk_get_prop_index(engine, -1, index);
             putValue(out, engine, true);
@@ -158,10 +174,11 @@ void putValue(ByteVector& out, duk_context* engine, bool isItem) {
     const bool hasText =
         type == kDescriptorText || type == kDescriptorNumber || type == kDescriptorBoolean;
     if (!hasText)
-        return putText(out, type == kDescriptorList ? kDescriptorRecord : type, std::nullopt);
+        return putText(out.bytes, type == kDescriptorList ? kDescriptorRecord : type, std::nullopt);
     duk_size_t length = 0;
     const char* bytes = duk_to_lstring(engine, -1, &length);
-    putText(out, type, unitsOf({bytes, length}));
+    reserve(out, engine, length * sizeof(char16_t));
+    putText(out.bytes, type, unitsOf({bytes, length}));
 }
 
 /// Takes numbers and units off the front of the bytes; fails for good once they run out.
@@ -226,15 +243,13 @@ std::vector<std::uint8_t> evaluateJavaScript(const NSString& source, std::size_t
     const std::string program = engineForm(source.units());
     if (duk_peval_lstring(engine, program.data(), program.size()) != 0) return {};
     // A proxy or a getter of an array may throw while the result is read: that is an error, too.
-    struct Job {
-        ByteVector out;
-    } job;
+    Output out{{}, kResultFactor * memoryBytes};
     const auto read = [](duk_context* context, void* user) -> duk_ret_t {
-        putValue(static_cast<Job*>(user)->out, context, false);
+        putValue(*static_cast<Output*>(user), context, false);
         return 0;
     };
-    if (duk_safe_call(engine, read, &job, 1, 1) != 0) return {};
-    return std::move(job.out);
+    if (duk_safe_call(engine, read, &out, 1, 1) != 0) return {};
+    return std::move(out.bytes);
 }
 
 std::optional<ScriptDescriptor> readScriptResult(const std::vector<std::uint8_t>& bytes) {

@@ -106,8 +106,9 @@ class ForkedScript final : public Script {
         if (child == 0) runInChild(source_, limits_, ends[1]);
         close(ends[1]);
         std::vector<std::uint8_t> bytes;
-        // The result's units and its small frame, for a script that fills its memory with text.
-        const bool whole = child > 0 && readAll(ends[0], deadline, 3 * limits_.memoryBytes, bytes);
+        // The result and its small frames.
+        const std::size_t most = (kResultFactor + 1) * limits_.memoryBytes;
+        const bool whole = child > 0 && readAll(ends[0], deadline, most, bytes);
         close(ends[0]);
         if (child > 0) {
             if (!whole) kill(child, SIGKILL);

@@ -118,6 +118,19 @@ TEST(JavaScript, StopsAtTheMemoryLimit) {
     EXPECT_FALSE(run(u"1", {.memoryBytes = 100})) << "the engine itself does not fit";
 }
 
+TEST(JavaScript, AResultThatIsSmallInTheEngineOnlyStopsAtTheMemoryLimit) {
+    const ScriptLimits tight{.time = 60s, .memoryBytes = 4U << 20};
+    // Four thousand million items that take no memory, and two thousand times the same megabyte.
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_FALSE(run(u"new Array(4294967295)", tight));
+    EXPECT_FALSE(
+        run(u"var s = 'x', a = []; while (s.length < 1000000) s += s; "
+            u"while (a.length < 2000) a.push(s); a",
+            tight));
+    EXPECT_LT(std::chrono::steady_clock::now() - before, 5s);
+    EXPECT_EQ(run(u"new Array(1000)", tight)->numberOfItems(), 1000U);
+}
+
 TEST(JavaScript, DeepRecursionIsAnErrorOfTheScript) {
     EXPECT_FALSE(run(u"function f() { return f() + 1; } f()"));
     EXPECT_EQ(textOf(u"function f() { return f() + 1; } try { f() } catch (e) { 'caught' }"),
