@@ -244,17 +244,22 @@ void CGContext::fillRect(const CGRect& rect) {
 }
 
 void CGContext::strokeRect(const CGRect& rect, double lineWidth) {
-    if (!(lineWidth > 0)) return;
-    const double half = lineWidth / 2;
+    strokeRect(rect, CGSize{lineWidth, lineWidth});
+}
+
+void CGContext::strokeRect(const CGRect& rect, CGSize line) {
+    if (!(line.width > 0 && line.height > 0)) return;
+    const double halfWidth = line.width / 2;
+    const double halfHeight = line.height / 2;
     const Interval x = ordered(rect.x, rect.width);
     const Interval y = ordered(rect.y, rect.height);
-    const CGRect outer{x.start - half, y.start - half, x.length() + lineWidth,
-                       y.length() + lineWidth};
+    const CGRect outer{x.start - halfWidth, y.start - halfHeight, x.length() + line.width,
+                       y.length() + line.height};
     Area hole{};
     // Opposite sides that touch leave no hole, and a negative extent would be turned around.
-    if (x.length() > lineWidth && y.length() > lineWidth)
-        hole = impl_->shapeOf(
-            {x.start + half, y.start + half, x.length() - lineWidth, y.length() - lineWidth});
+    if (x.length() > line.width && y.length() > line.height)
+        hole = impl_->shapeOf({x.start + halfWidth, y.start + halfHeight, x.length() - line.width,
+                               y.length() - line.height});
     impl_->fill(impl_->shapeOf(outer), hole, impl_->state.stroke, impl_->state.operation);
 }
 

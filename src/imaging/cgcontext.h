@@ -61,6 +61,8 @@ class CGContext {
 
     /// Strokes the outline with the stroke colour, the line centred on the edge.
     void strokeRect(const CGRect& rect, double lineWidth = 1.0);
+    /// The same with upright lines of `line.width` and level ones of `line.height`.
+    void strokeRect(const CGRect& rect, CGSize line);
 
     /// Draws the whole image into the rectangle, stretched as needed. A whole-pixel rectangle of
     /// the image's own size is composited pixel by pixel, without resampling.

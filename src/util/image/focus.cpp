@@ -92,7 +92,7 @@ void NSGraphicsContext::fillRect(CGRect rect, CompositeOperation operation) {
 void NSGraphicsContext::strokeRect(CGRect rect) {
     changed_ = true;
     context_->setCompositeOperation(kOver);
-    context_->strokeRect(toPixels(rect));
+    context_->strokeRect(toPixels(rect), CGSize{scaleX_, scaleY_});
 }
 
 void NSGraphicsContext::drawImage(const NSImage& image, CGRect destination, CGRect source,

@@ -194,6 +194,23 @@ TEST(Drawing, AStrokeIsOnePointWideAndCentredOnTheEdge) {
         }
 }
 
+TEST(Drawing, AStrokesPointIsAsManyPixelsAsTheDestinationsIs) {
+    NSImage image = NSImage::initWithSize({4, 4});
+    const auto fine = plainRepresentation(8, 4, kClear);  // two pixels a point across, one up
+    fine->setSize({4, 4});
+    image.addRepresentation(fine);
+    FocusLock focus(image, fine);
+    focus->strokeRect({0.5, 0.5, 3, 3});
+    focus.unlock();
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 8; ++x) {
+            const bool hollow = x >= 2 && x <= 5 && y >= 1 && y <= 2;
+            EXPECT_EQ(pixelAt(*image.representations()[0]->bitmap(), x, y),
+                      hollow ? kClear : kBlack)
+                << x << ' ' << y;
+        }
+}
+
 TEST(Drawing, TheClipKeepsWhatLiesOutside) {
     const CGImage bitmap = drawn({3, 1}, [](NSGraphicsContext& context) {
         context.clipToRect({1, 0, 1, 1});
