@@ -25,7 +25,9 @@ std::vector<double> gaussianWeights(double radius) {
     std::vector<double> weights;
     double sum = 0;
     for (int at = -reach; at <= reach; ++at) {
-        weights.push_back(std::exp(-0.5 * at * at / (radius * radius)));
+        // The square of a tiny radius would be 0.
+        const double deviations = at / radius;
+        weights.push_back(std::exp(-0.5 * deviations * deviations));
         sum += weights.back();
     }
     for (double& weight : weights) weight /= sum;

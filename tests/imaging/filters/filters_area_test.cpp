@@ -76,6 +76,14 @@ TEST(GaussianBlur, WithoutAPositiveRadiusIsTheVeryInput) {
     EXPECT_FALSE(filterOn("CIGaussianBlur", image, {{"inputRadius", kNan}}).outputImage());
 }
 
+TEST(GaussianBlur, OfATinyRadiusKeepsThePicture) {
+    // The squares of these are 0 as doubles.
+    for (const double radius : {1e-170, 1e-300, 5e-324})
+        EXPECT_EQ(samplesOf(blurred(pictureOf(1, {200, 100, 50, 255}), radius), {-1, 0}, 3, 1),
+                  (Row{0, 0, 0, 0, 200, 100, 50, 255, 0, 0, 0, 0}))
+            << radius;
+}
+
 TEST(GaussianBlur, HasARadiusOfTenUnlessSetOtherwise) {
     const CIImage out =
         filterOn("CIGaussianBlur", pictureOf(1, {0, 0, 0, 255})).outputImage().value();
