@@ -58,6 +58,20 @@ TEST(AverageColor, NeverReadsBeyondTheBitmap) {
     EXPECT_EQ(averageColor(image)->blueComponent(), 0);
 }
 
+TEST(AverageColor, DividesFloats) {
+    // 1/3 as a float is 11184811 / 2^25; a 256th of it is exact.
+    const NSImage image = packedImage(3, 1, {1, 0, 0, 0, 0, 0, 0, 0, 0});
+    EXPECT_EQ(averageColor(image)->redComponent(), 11184811.0 / 33554432.0 / 256.0);
+}
+
+TEST(AverageColor, SumsIn32BitsWhichWrap) {
+    // 17,039,360 white pixels: 4,345,036,800 - 2^32 = 50,069,504, an exact float; so is
+    // 50,069,504 / 17,039,360 as the quotient of two floats, rounded once.
+    const NSImage image = packedImage(4160, 4096, std::vector<std::uint8_t>(3 * 4160 * 4096, 255));
+    const double expected = double{static_cast<float>(50069504.0 / 17039360.0)} / 256.0;
+    EXPECT_EQ(averageColor(image), NSColor::colorWithDeviceRed(expected, expected, expected, 1));
+}
+
 TEST(AverageColor, OfNoPointsIsNoNumber) {
     const NSImage image = packedImage(1, 1, {1, 2, 3});
     image.representations()[0]->setSize({0, 0});

@@ -61,6 +61,15 @@ TEST(BestRepresentation, EquallyNearOnesKeepTheEarlier) {
     EXPECT_EQ(widthOfBest(image, {64, 64}), 48);
 }
 
+TEST(BestRepresentation, ComparesFloatsSoThatATinyDifferenceIsATie) {
+    NSImage image = withSquares({48, 48});
+    // 16 and 15.9999999 are the same float; 15.999 is another.
+    image.representations()[1]->setSize({48.0000001, 48.0000001});
+    EXPECT_EQ(widthOfBest(image, {64, 64}), 48);
+    image.representations()[1]->setSize({48.001, 48.001});
+    EXPECT_EQ(widthOfBest(image, {64, 64}), 48.001);
+}
+
 TEST(BestRepresentation, LargerOnOneSideCountsAsLarger) {
     NSImage image = NSImage::initWithSize({1, 1});
     image.addRepresentation(plainRepresentation(60, 60, kRed));   // 4
