@@ -25,6 +25,8 @@ struct HTMLDocument {
 ///
 /// None for markup nested deeper than 10,000 elements, and for one whose unclosed formatting would
 /// be opened anew more than 5 million times: the parser takes quadratic time and memory for them.
+/// Both are estimated before parsing, by the tags that no end tag of their name answers, those in
+/// comments and self-closed ones of drawings among them.
 std::optional<HTMLDocument> importHTML(std::span<const std::uint8_t> bytes);
 
 }  // namespace skarnel
