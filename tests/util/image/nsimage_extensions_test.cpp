@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "util/image/focus.h"
+#include "util/image/nice_scaling.h"
 #include "util/image/pictures.h"
 
 namespace skarnel {
@@ -132,6 +133,14 @@ TEST(ScaleImage, OfAPortraitPictureLiesInTheMiddle) {
     for (int y = 0; y < 8; ++y)
         for (int x = 0; x < 8; ++x)
             EXPECT_EQ(pixelAt(scaled, x, y), x >= 2 && x < 6 ? kRed : kClear) << x << ' ' << y;
+}
+
+TEST(ScaleImage, InterpolatesLow) {
+    const NSImage image = imageOf(2, {kBlack, kWhite, kBlack, kWhite});
+    const auto expected =
+        NiceScaling::scaledImageToFitSize(image, {8, 8}, InterpolationQuality::Low);
+    EXPECT_EQ(pixelsOf(scaleImageToSize(image.copy(), {8, 8})), pixelsOf(*expected));
+    EXPECT_NE(pixelAt(*expected, 3, 3), kBlack) << "it is softer than no interpolation";
 }
 
 TEST(ScaleImage, TheFactorIsAFloat) {

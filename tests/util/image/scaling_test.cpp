@@ -1,6 +1,7 @@
 #include "util/image/scaling.h"
 
 #include "util/image/focus.h"
+#include "util/image/nice_scaling.h"
 #include "util/image/pictures.h"
 
 namespace skarnel {
@@ -126,6 +127,14 @@ TEST(CreateRepresentation, FitsTheBestOneAndCentresIt) {
         EXPECT_EQ(pixelAt(made, x, 2), kRed);
         EXPECT_EQ(pixelAt(made, x, 3), kClear);
     }
+}
+
+TEST(CreateRepresentation, InterpolatesHigh) {
+    NSImage image = imageOf(2, {kBlack, kWhite, kBlack, kWhite});
+    const auto expected =
+        NiceScaling::scaledImageToFitSize(image, {8, 8}, InterpolationQuality::High);
+    ASSERT_TRUE(Scaling::createRepresentationOfSize(image, {8, 8}));
+    EXPECT_EQ(pixelsOf(*image.representations()[1]->bitmap()), pixelsOf(*expected));
 }
 
 TEST(CreateRepresentation, RaisesForASizeWithoutArea) {
