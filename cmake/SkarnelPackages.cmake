@@ -36,6 +36,10 @@ This package holds the application with its window.")
 set(CPACK_DEBIAN_CLI_PACKAGE_NAME skarnel-cli)
 set(CPACK_DEBIAN_CLI_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_CLI_PACKAGE_SUGGESTS "skarnel")
+# Libraries that are loaded when a file needs them: libNAME.so.VERSION is in package libNAMEVERSION.
+get_property(lateSonames GLOBAL PROPERTY SKARNEL_LATE_SONAMES)
+string(REGEX REPLACE "\\.so\\.([0-9.]+)" "\\1" latePackages "${lateSonames}")
+list(JOIN latePackages ", " CPACK_DEBIAN_CLI_PACKAGE_RECOMMENDS)
 set(CPACK_COMPONENT_CLI_DESCRIPTION
 "turn pictures into their reflections from the command line
 skarnel-render stands pictures above their mirror images, squashed or

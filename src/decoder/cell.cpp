@@ -1,5 +1,6 @@
 #include "decoder/cell.h"
 
+#include <sched.h>
 #include <seccomp.h>
 #include <signal.h>
 #include <sys/mman.h>
@@ -35,7 +36,8 @@ void limitResources(const CellLimits& limits) {
     limitTo(RLIMIT_FSIZE, limits.fileBytes);
     limitTo(RLIMIT_CPU, limits.seconds);
     limitTo(RLIMIT_CORE, 0);
-    limitTo(RLIMIT_NPROC, 0);
+    // Threads count as the user's processes, of which there are others.
+    if (limits.threads == CellLimits::Threads::One) limitTo(RLIMIT_NPROC, 0);
     limitTo(RLIMIT_MEMLOCK, 0);
 }
 
@@ -83,10 +85,28 @@ int allowTheRest(scmp_filter_ctx filter) {
     return failed;
 }
 
-bool raiseSeccomp(int picture, int answer) {
+/// Threads of this process, and what the C library does to begin and end one.
+int allowThreads(scmp_filter_ctx filter) {
+    int failed = seccomp_rule_add(filter, SCMP_ACT_ALLOW, SCMP_SYS(clone), 1,
+                                  SCMP_A0(SCMP_CMP_MASKED_EQ, CLONE_THREAD, CLONE_THREAD));
+    // Its flags lie in memory, where no filter can look; the library falls back to clone.
+    failed |= seccomp_rule_add(filter, SCMP_ACT_ERRNO(ENOSYS), SCMP_SYS(clone3), 0);
+    // Codecs name their threads for debuggers.
+    failed |= seccomp_rule_add(filter, SCMP_ACT_ALLOW, SCMP_SYS(prctl), 1,
+                               SCMP_A0(SCMP_CMP_EQ, PR_SET_NAME));
+    for (const int call :
+         {SCMP_SYS(set_robust_list), SCMP_SYS(rseq), SCMP_SYS(rt_sigaction),
+          SCMP_SYS(rt_sigprocmask), SCMP_SYS(sched_getaffinity), SCMP_SYS(sched_yield)}) {
+        failed |= allow(filter, call);
+    }
+    return failed;
+}
+
+bool raiseSeccomp(int picture, int answer, CellLimits::Threads threads) {
     const Filter filter(seccomp_init(SCMP_ACT_KILL_PROCESS));
     if (!filter) return false;
     int failed = allowMemory(filter.get()) | allowTheRest(filter.get());
+    if (threads == CellLimits::Threads::Many) failed |= allowThreads(filter.get());
     for (const int call : {SCMP_SYS(read), SCMP_SYS(lseek), SCMP_SYS(pread64)}) {
         failed |= allowOn(filter.get(), call, picture);
     }
@@ -113,7 +133,7 @@ Result<void> lockIn(int picture, int answer, const CellLimits& limits) {
     limitResources(limits);
     // After Landlock, whose rule set is a descriptor for a moment.
     limitTo(RLIMIT_NOFILE, static_cast<std::uint64_t>(std::max(picture, answer)) + 1);
-    if (!raiseSeccomp(picture, answer)) {
+    if (!raiseSeccomp(picture, answer, limits.threads)) {
         return {ErrorCode::Failed, "The system calls cannot be restricted"};
     }
     return {};

@@ -11,6 +11,8 @@ struct CellLimits {
     std::uint64_t memoryBytes;  // address space
     std::uint64_t fileBytes;    // any file written, the answer included
     unsigned seconds;           // of processor time
+    /// Whether the decoder may start threads of its own; never processes.
+    enum class Threads : std::uint8_t { One, Many } threads = Threads::One;
 };
 
 /// Locks the calling process in for good; it must have one thread:

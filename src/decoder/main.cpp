@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
@@ -12,6 +13,7 @@
 #include "decoder/answer.h"
 #include "decoder/cell.h"
 #include "imaging/io/decoder_protocol.h"
+#include "imaging/io/late_codec.h"
 #include "imaging/io/picture_memory.h"
 #include "imaging/io/read_file.h"
 
@@ -26,11 +28,23 @@ CellLimits limitsFor(const DecodeLimits& limits) {
     return {kPrograms + pixels * 24, (std::uint64_t{64} << 20U) + pixels * 8, 120};
 }
 
+/// Looks at no more than the bytes that tell the format; the library for it cannot be opened from
+/// within the cell.
+io::CodecNeeds needsOf(int picture) {
+    std::array<std::uint8_t, 16> first{};
+    const ssize_t count = ::pread(picture, first.data(), first.size(), 0);
+    if (count <= 0) return io::CodecNeeds::Nothing;
+    return io::prepareToDecode({first.data(), static_cast<std::size_t>(count)});
+}
+
 int decode(const DecodeLimits& limits) {
     struct stat status {};
     if (::fstat(io::kAnswerDescriptor, &status) != 0 || !S_ISREG(status.st_mode)) return 2;
-    if (auto locked = lockIn(io::kPictureDescriptor, io::kAnswerDescriptor, limitsFor(limits));
-        !locked) {
+    CellLimits cell = limitsFor(limits);
+    if (needsOf(io::kPictureDescriptor) == io::CodecNeeds::Threads) {
+        cell.threads = CellLimits::Threads::Many;
+    }
+    if (auto locked = lockIn(io::kPictureDescriptor, io::kAnswerDescriptor, cell); !locked) {
         return 3;
     }
     const auto bytes = io::readAll(io::kPictureDescriptor);

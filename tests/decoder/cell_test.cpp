@@ -63,6 +63,15 @@ TEST_P(ForbiddenAct, IsDeniedInTheCell) {
     EXPECT_TRUE(wasDenied(status)) << "status " << status;
 }
 
+TEST_P(ForbiddenAct, IsDeniedInTheCellOfACodecWithThreads) {
+    const int status = runProbe({"MANY", GetParam()});
+    if (std::string(GetParam()) == "start a thread") {
+        EXPECT_TRUE(succeeded(status)) << "status " << status;
+    } else {
+        EXPECT_TRUE(wasDenied(status)) << "status " << status;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Acts, ForbiddenAct,
     ::testing::Values("open a file", "open a file for writing", "list a folder",

@@ -1,7 +1,7 @@
 // decoder_probe ACT: locks itself into the decoder's cell and then tries one forbidden act. Exits
 // with 0 when the act succeeded, 10 when it was refused; a cell that kills ends it by a signal.
 // The act "nothing" does only what a decoder may. `FREE ACT` tries the act without the cell, to
-// show that it could succeed at all.
+// show that it could succeed at all; `MANY ACT` tries it in the cell of a codec with threads.
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <sched.h>
@@ -167,11 +167,15 @@ const std::map<std::string, bool (*)()>& acts() {
 
 int main(int count, char** arguments) {
     const bool free = count == 3 && std::strcmp(arguments[1], "FREE") == 0;
-    if (count != 2 && !free) return 2;
+    const bool many = count == 3 && std::strcmp(arguments[1], "MANY") == 0;
+    if (count != 2 && !free && !many) return 2;
     const auto act = acts().find(arguments[count - 1]);
     if (act == acts().end()) return 2;
     if (!free) {
-        if (!skarnel::lockIn(kPicture, kAnswer, {1U << 30U, 1U << 20U, 10})) return 3;
+        using Threads = skarnel::CellLimits::Threads;
+        const skarnel::CellLimits limits{1U << 30U, 1U << 20U, 10,
+                                         many ? Threads::Many : Threads::One};
+        if (!skarnel::lockIn(kPicture, kAnswer, limits)) return 3;
     }
     return act->second() ? 0 : 10;
 }

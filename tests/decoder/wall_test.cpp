@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 #include "imaging/io/pictures.h"
 #include "imaging/io/read_file.h"
@@ -60,6 +61,18 @@ class Wall : public ::testing::Test {
         if (kSanitized) GTEST_SKIP() << "a sanitizer's run-time needs system calls of its own";
     }
 };
+
+TEST_F(Wall, StandsAroundCodecsThatAreLoadedLateAndStartThreads) {
+    for (const auto& entry : std::filesystem::directory_iterator(LATE_FILES)) {
+        std::ifstream stream(entry.path(), std::ios::binary);
+        const Bytes bytes{std::istreambuf_iterator<char>(stream), {}};
+        const ImageType* type = imageTypeOfContent(bytes);
+        if (type == nullptr || !type->canRead) continue;
+        const auto behind = throughHelper(bytes);
+        ASSERT_TRUE(behind) << entry.path() << ": " << behind.error().message;
+        EXPECT_TRUE(samePixels(behind->image, decodeImage(bytes)->image)) << entry.path();
+    }
+}
 
 TEST_F(Wall, GivesThePictureOfEveryFormat) {
     for (const ImageType& type : imageTypes()) {

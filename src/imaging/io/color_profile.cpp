@@ -47,6 +47,28 @@ PixelFormats formatsOf(Samples samples) {
     return {cmsSigRgbData, TYPE_RGBA_8, TYPE_RGBA_8};
 }
 
+struct FreeCurve {
+    void operator()(cmsToneCurve* curve) const { cmsFreeToneCurve(curve); }
+};
+using Curve = std::unique_ptr<cmsToneCurve, FreeCurve>;
+
+Curve makeCurve(RgbCurve curve) {
+    switch (curve) {
+        case RgbCurve::Linear:
+            return Curve(cmsBuildGamma(nullptr, 1.0));
+        case RgbCurve::Gamma22:
+            return Curve(cmsBuildGamma(nullptr, 2.2));
+        case RgbCurve::Gamma28:
+            return Curve(cmsBuildGamma(nullptr, 2.8));
+        case RgbCurve::Srgb:
+            break;
+    }
+    // IEC 61966-2-1: ((v + 0.055) / 1.055)^2.4 from 0.04045 on, v / 12.92 below.
+    constexpr std::array<cmsFloat64Number, 5> kSrgb = {2.4, 1 / 1.055, 0.055 / 1.055, 1 / 12.92,
+                                                       0.04045};
+    return Curve(cmsBuildParametricToneCurve(nullptr, 4, kSrgb.data()));
+}
+
 Transform makeTransform(cmsHPROFILE source, Samples samples) {
     const Profile srgb(cmsCreate_sRGBProfile());
     if (!srgb) return nullptr;
@@ -180,6 +202,23 @@ Result<void> convertToSrgb(SourcePicture& picture) {
     if (picture.samples == Samples::Cmyk) settleCmykAlpha(picture);
     picture.samples = Samples::Rgb;
     return {};
+}
+
+Bytes makeRgbProfile(const RgbPrimaries& primaries, RgbCurve curve) {
+    const cmsCIExyY white{primaries.white.x, primaries.white.y, 1};
+    const cmsCIExyYTRIPLE colors{{primaries.red.x, primaries.red.y, 1},
+                                 {primaries.green.x, primaries.green.y, 1},
+                                 {primaries.blue.x, primaries.blue.y, 1}};
+    const Curve tone = makeCurve(curve);
+    if (!tone) return {};
+    std::array<cmsToneCurve*, 3> curves = {tone.get(), tone.get(), tone.get()};
+    const Profile profile(cmsCreateRGBProfile(&white, &colors, curves.data()));
+    cmsUInt32Number size = 0;
+    if (!profile || cmsSaveProfileToMem(profile.get(), nullptr, &size) == 0) return {};
+    Bytes bytes(size);
+    if (cmsSaveProfileToMem(profile.get(), bytes.data(), &size) == 0) return {};
+    bytes.resize(size);
+    return bytes;
 }
 
 std::string profileName(ByteView bytes) {

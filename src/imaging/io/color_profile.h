@@ -1,6 +1,7 @@
 // From a file's own colours to sRGB.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "imaging/io/image_io.h"
@@ -15,6 +16,25 @@ namespace skarnel::io {
 /// (or as it was, where nothing had to be done). A profile that is damaged or of another kind of
 /// colour than the picture counts as none: the pixels are right, only their tint is unsure.
 Result<void> convertToSrgb(SourcePicture& picture);
+
+struct Chromaticity {
+    double x;
+    double y;
+};
+
+/// The primaries of sRGB unless others are given.
+struct RgbPrimaries {
+    Chromaticity white = {0.3127, 0.3290};
+    Chromaticity red = {0.64, 0.33};
+    Chromaticity green = {0.30, 0.60};
+    Chromaticity blue = {0.15, 0.06};
+};
+
+enum class RgbCurve : std::uint8_t { Srgb, Linear, Gamma22, Gamma28 };
+
+/// A profile for files that name their colours instead of carrying a profile; empty when the
+/// primaries make no colour space.
+Bytes makeRgbProfile(const RgbPrimaries& primaries, RgbCurve curve);
 
 /// The description in the profile, empty when there is none.
 std::string profileName(ByteView profile);
