@@ -26,6 +26,8 @@ const Tones kDark{QColor(0x31, 0x32, 0x36), QColor(0x1B, 0x1C, 0x1F), QColor(0x2
                   QColor(0x3D, 0x7D, 0xEA), QColor(0x7F, 0xAE, 0xF7), QColor(0x1A, 0x1B, 0x1D),
                   QColor(0x3A, 0x3B, 0x40)};
 
+const QColor kDarkEdge(0x9A, 0x9B, 0xA1);
+
 QPalette paletteOf(const Tones& tones) {
     QPalette palette(tones.button, tones.window);
     palette.setColor(QPalette::WindowText, tones.text);
@@ -67,6 +69,15 @@ bool desktopAsksForDark() {
     return value.toUInt() == kPreferDark;
 }
 
+/// In the dark, window and base are nearly alike, and the style draws the edge of a box somewhat
+/// darker than the window: the boxes of fields and checks, which do not paint the window's colour,
+/// are given a lighter one to darken.
+void apply(QPalette palette, bool raiseEdges) {
+    QApplication::setPalette(palette);
+    if (raiseEdges) palette.setColor(QPalette::Window, kDarkEdge);
+    for (const char* boxed : {"QCheckBox", "QLineEdit"}) QApplication::setPalette(palette, boxed);
+}
+
 bool isDark(const QPalette& palette) {
     return palette.color(QPalette::Window).lightness() <
            palette.color(QPalette::WindowText).lightness();
@@ -94,16 +105,16 @@ void applyAppearance(Appearance appearance) {
     const QPalette platform = platformPalette();
     switch (appearance) {
         case Appearance::Light:
-            QApplication::setPalette(paletteOf(kLight));
+            apply(paletteOf(kLight), false);
             return;
         case Appearance::Dark:
-            QApplication::setPalette(paletteOf(kDark));
+            apply(paletteOf(kDark), true);
             return;
         case Appearance::System:
             break;
     }
     const bool dark = !isDark(platform) && desktopAsksForDark();
-    QApplication::setPalette(dark ? paletteOf(kDark) : platform);
+    apply(dark ? paletteOf(kDark) : platform, dark);
 }
 
 bool isDarkPalette() {

@@ -189,8 +189,7 @@ void Application::start(const QStringList& pictures) {
     controller_.applicationWillFinishLaunching(
         {"NSApplicationWillFinishLaunchingNotification", nullptr});
     sourceChanged();
-    for (const QString& picture : pictures.mid(1)) state_.addRecentFile(picture);
-    if (!pictures.isEmpty()) openPicture(pictures.front());
+    openPictures(pictures);
 }
 
 void Application::raise() {

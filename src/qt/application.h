@@ -46,6 +46,8 @@ class Application final : public QObject {
     /// Makes a file the source picture. A file that is no picture is answered with a word to the
     /// user and changes nothing. Paths and file addresses.
     bool openPicture(const QString& path);
+    /// Opens the first and puts the others into Open Recent; while a sheet is up, all of them.
+    void openPictures(const QStringList& paths);
 
     /// Brings the window to the front, also after it was hidden.
     void raise();

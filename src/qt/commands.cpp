@@ -57,7 +57,7 @@ std::optional<DecodedImage> clipboardPicture(const QMimeData& data) {
                                                static_cast<qsizetype>(known->mimeType.size()));
         const QByteArray bytes = data.data(mime);
         if (bytes.isEmpty()) continue;
-        if (auto decoded = decodeImage(view(bytes))) return *std::move(decoded);
+        if (auto decoded = decodeForeignImage(view(bytes))) return *std::move(decoded);
     }
     return std::nullopt;
 }
@@ -101,6 +101,17 @@ bool Application::openPicture(const QString& pathOrAddress) {
     }
     state_.addRecentFile(path);
     return true;
+}
+
+void Application::openPictures(const QStringList& paths) {
+    if (paths.isEmpty()) return;
+    // A picture installed under a sheet would be saved in place of the one the sheet is about.
+    const bool sheetIsUp = QApplication::activeModalWidget() != nullptr;
+    for (const QString& path : paths.mid(sheetIsUp ? 0 : 1)) state_.addRecentFile(path);
+    if (sheetIsUp)
+        window_.tell(tr("The picture waits under Open Recent."));
+    else
+        openPicture(paths.front());
 }
 
 void Application::pastePicture() {

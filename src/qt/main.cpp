@@ -113,7 +113,6 @@ int main(int argc, char** argv) {
     QApplication toolkit(argc, argv);
     walls.routePages();
     QApplication::setApplicationName(QStringLiteral("skarnel"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Skarnel"));
     QApplication::setApplicationVersion(QStringLiteral(SKARNEL_VERSION));
     QApplication::setDesktopFileName(QStringLiteral(SKARNEL_DESKTOP_ID));
     // A hidden window or a closed panel is no reason to end; closing the main window is.
@@ -134,7 +133,7 @@ int main(int argc, char** argv) {
     QObject::connect(&instance, &skarnel::SingleInstance::called, &application,
                      [&application](const QStringList& called) {
                          application.raise();
-                         if (!called.isEmpty()) application.openPicture(called.front());
+                         application.openPictures(called);
                      });
     application.start(pictures);
     return QApplication::exec();

@@ -54,7 +54,7 @@ PresetStrip::PresetStrip(SettingsModel& model, UserPresets& user, Source source,
     connect(list_, &QWidget::customContextMenuRequested, this, &PresetStrip::showMenu);
     connect(add_, &QToolButton::clicked, this, &PresetStrip::saveCurrent);
     connect(&user_, &UserPresets::changed, this, &PresetStrip::fill);
-    connect(&model_, &SettingsModel::numberChanged, this, &PresetStrip::markCurrent);
+    connect(&model_, &SettingsModel::historyChanged, this, &PresetStrip::markCurrent);
     connect(&model_, &SettingsModel::refreshed, this, &PresetStrip::markCurrent);
     for (const auto key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) {
         auto* choose = new QShortcut(key, list_);

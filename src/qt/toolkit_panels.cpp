@@ -11,6 +11,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStandardPaths>
+#include <algorithm>
 
 #include "qt/save_options_view.h"
 #include "qt/toolkit_views.h"
@@ -81,6 +82,7 @@ void QtSavePanel::beginSheet(const std::optional<std::string>& directory, std::s
     dialog->setOption(QFileDialog::DontUseNativeDialog);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setFileMode(QFileDialog::AnyFile);
+    dialog->setLabelText(QFileDialog::LookIn, QCoreApplication::translate("SavePanel", "Save in:"));
     dialog->setDirectory(startFolder(directory ? toQt(*directory) : state_.saveFolder()));
     dialog->selectFile(toQt(file));
     follow(*dialog);
@@ -143,6 +145,20 @@ void QtSaveOptions::addSaveOptionsAccessoryViewToSavePanel(NSSavePanel& panel) {
 
 // Colours ------------------------------------------------------------------------------------
 
+namespace {
+
+/// In the window's lower right corner, over its settings: the picture, which follows the panel at
+/// once, stays in sight.
+void placeBeside(QWidget& panel, const QWidget* window) {
+    if (window == nullptr) return;
+    panel.adjustSize();
+    const QRect room = window->frameGeometry();
+    panel.move(std::max(room.left(), room.right() - panel.width()),
+               std::max(room.top(), room.bottom() - panel.height()));
+}
+
+}  // namespace
+
 QtColorPanel::QtColorPanel(NSNotificationCenter& center, QWidget* parent)
     : center_(center), parent_(parent) {}
 
@@ -155,6 +171,7 @@ QColorDialog& QtColorPanel::made() {
                             QColorDialog::DontUseNativeDialog);
         dialog_->setModal(false);
         dialog_->setAttribute(Qt::WA_QuitOnClose, false);
+        placeBeside(*dialog_, parent_);
         QObject::connect(dialog_, &QColorDialog::currentColorChanged, dialog_,
                          [this](const QColor& color) { changed(color); });
     }
@@ -198,6 +215,7 @@ void QtColorPanel::pick(const QColor& color) {
 std::unique_ptr<QMessageBox> QtAlert::box(QWidget* parent) const {
     auto made = std::make_unique<QMessageBox>(parent);
     made->setObjectName(QStringLiteral("alert"));
+    made->setWindowTitle(QStringLiteral("Skarnel"));
     made->setText(toQt(message_));
     made->setInformativeText(toQt(informative_));
     made->setIcon(style_ == NSAlertStyle::Critical        ? QMessageBox::Critical

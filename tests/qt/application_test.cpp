@@ -5,6 +5,7 @@
 #include <QBuffer>
 #include <QCheckBox>
 #include <QDropEvent>
+#include <QFileDialog>
 #include <QLabel>
 #include <QMenu>
 #include <QMimeData>
@@ -13,6 +14,8 @@
 #include <QStyleOptionSlider>
 #include <QUrl>
 #include <QWheelEvent>
+#include <algorithm>
+#include <cmath>
 
 #include "application_fixture.h"
 #include "qt/color_well.h"
@@ -308,6 +311,78 @@ TEST_F(ApplicationTest, OpeningAPictureNamesTheSaveAndForgetsTheToolsWork) {
     EXPECT_EQ(viewer().shownImage().size(), QSize(60, 80));
     EXPECT_EQ(app->state().recentFiles(),
               QStringList{folder.filePath(QStringLiteral("Beach.2010.png"))});
+}
+
+TEST_F(ApplicationTest, OfSeveralPicturesTheFirstIsOpenedAndTheOthersAreRecent) {
+    const QString first = picture(QStringLiteral("First.png"), 30, 30, Qt::green);
+    const QString second = picture(QStringLiteral("Second.png"), 30, 30, Qt::blue);
+    const QString third = picture(QStringLiteral("Third.png"), 30, 30, Qt::red);
+    start({first, second});
+    EXPECT_EQ(app->controller().saveFilename, "First Reflection");
+    EXPECT_EQ(app->state().recentFiles(), (QStringList{first, second}));
+    app->openPictures({third, second});
+    EXPECT_EQ(app->controller().saveFilename, "Third Reflection");
+    EXPECT_EQ(app->state().recentFiles(), (QStringList{third, second, first}));
+    app->openPictures({});
+    EXPECT_EQ(app->controller().saveFilename, "Third Reflection");
+}
+
+TEST_F(ApplicationTest, UnderASheetAPictureFromElsewhereWaitsAmongTheRecentOnes) {
+    start();
+    const QString path = picture(QStringLiteral("Later.png"), 30, 30, Qt::green);
+    app->actions().save->trigger();
+    QApplication::processEvents();
+    auto* sheet = window().findChild<QFileDialog*>(QStringLiteral("savePanel"));
+    ASSERT_NE(sheet, nullptr);
+    app->openPictures({path});
+    EXPECT_EQ(app->controller().saveFilename, "TavelinLogo");
+    EXPECT_EQ(app->state().recentFiles(), QStringList{path});
+    sheet->reject();
+}
+
+TEST_F(ApplicationTest, TheSaveSheetAsksForTheFormatOnce) {
+    start();
+    app->actions().save->trigger();
+    QApplication::processEvents();
+    auto* sheet = window().findChild<QFileDialog*>(QStringLiteral("savePanel"));
+    ASSERT_NE(sheet, nullptr);
+    EXPECT_TRUE(sheet->findChild<QWidget*>(QStringLiteral("saveFormat"))->isVisible());
+    EXPECT_FALSE(sheet->findChild<QWidget*>(QStringLiteral("fileTypeCombo"))->isVisible());
+    EXPECT_EQ(sheet->labelText(QFileDialog::LookIn), QStringLiteral("Save in:"));
+    sheet->reject();
+}
+
+TEST_F(ApplicationTest, TheColourPanelStandsBesideThePictureAtFirst) {
+    start();
+    panel().colorWell().click();
+    const QRect shown = app->toolkit().colorPanel().dialog()->frameGeometry();
+    const QPoint middle = viewer().mapToGlobal(viewer().rect().center());
+    EXPECT_FALSE(shown.contains(middle));
+    EXPECT_GE(shown.left(), window().frameGeometry().left());
+}
+
+TEST_F(ApplicationTest, QuietTextAndTheEdgesOfBoxesAreSeenInTheLightAndInTheDark) {
+    start();
+    const auto lightness = [](const QColor& color) { return color.lightness(); };
+    for (const std::size_t appearance : {2U, 1U, 2U}) {
+        app->actions().appearance[appearance]->trigger();
+        QApplication::processEvents();
+        const int window = lightness(panel().palette().color(QPalette::Window));
+        const QList<QLabel*> labels = panel().findChildren<QLabel*>();
+        const auto unit = std::find_if(labels.begin(), labels.end(), [](const QLabel* label) {
+            return label->text() == QStringLiteral("/255");
+        });
+        ASSERT_NE(unit, labels.end());
+        const QColor text = (*unit)->palette().color((*unit)->foregroundRole());
+        EXPECT_GT(std::abs(lightness(text) - window), 120) << appearance;
+        // The style draws an edge at 5/7 of the window role's lightness.
+        const QWidget* const boxes[] = {&panel().applyBackground(), &panel().field("alpha")};
+        for (const QWidget* box : boxes)
+            EXPECT_GT(
+                std::abs(lightness(box->palette().color(QPalette::Window).darker(140)) - window),
+                50)
+                << appearance;
+    }
 }
 
 TEST_F(ApplicationTest, AFileThatIsNoPictureIsAnsweredAndChangesNothing) {

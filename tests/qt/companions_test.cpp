@@ -92,6 +92,14 @@ TEST_F(CompanionsTest, TheLookWithTheSettingsIsMarkedAndNoneWithOthers) {
     EXPECT_EQ(strip().list().selectedItems().size(), 1);
 }
 
+TEST_F(CompanionsTest, AResetMarksTheLookOfTheDefaults) {
+    start();
+    choose(5);
+    app->actions().reset->trigger();
+    ASSERT_EQ(strip().list().selectedItems().size(), 1);
+    EXPECT_EQ(strip().list().selectedItems().front()->text(), QStringLiteral("Mirror"));
+}
+
 TEST_F(CompanionsTest, ThumbnailsAreMadeAfterTheFirstPictureOneByOne) {
     start();
     EXPECT_TRUE(strip().isWorking());
