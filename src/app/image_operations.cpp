@@ -23,8 +23,8 @@ std::optional<NSImage> ImageOperations::NSImageFromCGImageRef(const CGImage& ima
     return skarnel::NSImageFromCGImageRef(image);
 }
 
-std::optional<Bytes> ImageOperations::TIFFRepresentation(const NSImage& image) {
-    return image.TIFFRepresentation();
+std::optional<TIFFData> ImageOperations::TIFFRepresentation(const NSImage& image) {
+    return TIFFData::initWithImage(image);
 }
 
 std::optional<CGImage> ImageOperations::addReflectionToCGImage(

@@ -7,6 +7,7 @@
 #include "imaging/cgimage.h"
 #include "imaging/io/image_io.h"
 #include "imaging/nsimage/nsimage.h"
+#include "imaging/nsimage/tiff_data.h"
 #include "render/reflection.h"
 #include "util/geometry/geometry.h"
 
@@ -32,7 +33,7 @@ class ImageOperations {
     /// None when the image cannot be encoded or read back.
     virtual std::optional<CGImage> getCGImageRef(const NSImage& image);
     virtual std::optional<NSImage> NSImageFromCGImageRef(const CGImage& image);
-    virtual std::optional<Bytes> TIFFRepresentation(const NSImage& image);
+    virtual std::optional<TIFFData> TIFFRepresentation(const NSImage& image);
 
     /// The whole render; none when any step before the turn yields nothing.
     virtual std::optional<CGImage> addReflectionToCGImage(const CGImage& image, float perspectiveW,

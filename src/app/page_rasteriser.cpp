@@ -74,8 +74,9 @@ void VanteraDesktopController::trimPage(const std::string& path) {
         const std::optional<NSImage> trimmed =
             operations_.scaleImageToSize(*page, used.size(), true, kTrimTolerance, false, false);
         if (!trimmed) return;
-        if (const std::optional<Bytes> data = operations_.TIFFRepresentation(*trimmed))
-            toolkit_.textFiles().writeDataToFile(*data, path, Atomically::No);
+        const std::optional<TIFFData> data = operations_.TIFFRepresentation(*trimmed);
+        if (const std::optional<Bytes> bytes = data ? data->bytes() : std::nullopt)
+            toolkit_.textFiles().writeDataToFile(*bytes, path, Atomically::No);
     } catch (...) {
         doAlert("The image could not be trimmed.",
                 "If you are imaging text, make sure its color is not the same as the background "

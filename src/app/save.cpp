@@ -13,7 +13,7 @@ std::string proposedFileName(const std::string& base, const std::optional<std::s
 
 void VanteraDesktopController::save(const NSObject* /*sender*/) {
     if (!image) return;
-    const std::optional<Bytes> data = operations_.TIFFRepresentation(*image);
+    const std::optional<TIFFData> data = operations_.TIFFRepresentation(*image);
     if (!data) return;
     const auto source = toolkit_.imageFiles().imageSourceCreateWithData(*data);
     if (!source) return;

@@ -100,8 +100,8 @@ class DataDestination final : public EncodingDestination {
 
 }  // namespace
 
-std::unique_ptr<CGImageSource> StandardImageFiles::imageSourceCreateWithData(ByteView data) {
-    const Result<DecodedImage> decoded = decodeImage(data);
+std::unique_ptr<CGImageSource> StandardImageFiles::imageSourceCreateWithData(const TIFFData& data) {
+    const std::optional<DecodedImage> decoded = data.decoded();
     if (!decoded) return nullptr;
     return std::make_unique<DecodedSource>(decoded->type, decoded->properties);
 }

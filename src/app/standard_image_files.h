@@ -21,7 +21,7 @@ class StandardImageFiles final : public ImageFiles {
     /// and not flushed to the disk. Without a final separator.
     void setPrivateFolder(std::string folder) { privateFolder_ = std::move(folder); }
 
-    std::unique_ptr<CGImageSource> imageSourceCreateWithData(ByteView data) override;
+    std::unique_ptr<CGImageSource> imageSourceCreateWithData(const TIFFData& data) override;
     std::unique_ptr<CGImageDestination> imageDestinationCreateWithURL(
         std::string_view path, std::string_view type) override;
     std::shared_ptr<Bytes> dataCreateMutable() override;

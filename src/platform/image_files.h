@@ -9,6 +9,7 @@
 
 #include "imaging/cgimage.h"
 #include "imaging/io/image_io.h"
+#include "imaging/nsimage/tiff_data.h"
 #include "platform/object.h"
 
 namespace skarnel {
@@ -37,8 +38,8 @@ class CGImageDestination : public NSObject {
 /// The image input/output library as the controller uses it.
 class ImageFiles : public NSObject {
   public:
-    /// Null when the data are of no known format.
-    virtual std::unique_ptr<CGImageSource> imageSourceCreateWithData(ByteView data) = 0;
+    /// Null when the data cannot be had or read.
+    virtual std::unique_ptr<CGImageSource> imageSourceCreateWithData(const TIFFData& data) = 0;
 
     /// Null when the type cannot be written. `path` is UTF-8.
     virtual std::unique_ptr<CGImageDestination> imageDestinationCreateWithURL(

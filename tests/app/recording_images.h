@@ -32,7 +32,7 @@ class RecordingOperations final : public ImageOperations {
         if (log_.fails("NSImageFromCGImageRef")) return std::nullopt;
         return ImageOperations::NSImageFromCGImageRef(image);
     }
-    std::optional<Bytes> TIFFRepresentation(const NSImage& image) override {
+    std::optional<TIFFData> TIFFRepresentation(const NSImage& image) override {
         log_.add("TIFFRepresentation", shown(image.size()));
         if (log_.fails("TIFFRepresentation")) return std::nullopt;
         return ImageOperations::TIFFRepresentation(image);
@@ -127,7 +127,7 @@ class RecordingImageFiles final : public ImageFiles {
     explicit RecordingImageFiles(CallLog& log) : log_(log) {}
     void setPrivateFolder(const std::string& folder) { real_.setPrivateFolder(folder); }
 
-    std::unique_ptr<CGImageSource> imageSourceCreateWithData(ByteView data) override {
+    std::unique_ptr<CGImageSource> imageSourceCreateWithData(const TIFFData& data) override {
         log_.add("imageSourceCreateWithData");
         if (log_.fails("imageSourceCreateWithData")) return nullptr;
         auto real = real_.imageSourceCreateWithData(data);

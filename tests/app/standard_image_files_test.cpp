@@ -7,6 +7,13 @@
 namespace skarnel::testing_app {
 namespace {
 
+/// What has a size but no pixels to be had.
+class UndrawableRep final : public NSImageRep {
+  public:
+    UndrawableRep() : NSImageRep({3, 2}) {}
+    std::optional<CGImage> bitmap() const override { return std::nullopt; }
+};
+
 class StandardImageFilesTest : public ::testing::Test {
   protected:
     test::TemporaryFolder folder;
@@ -14,8 +21,7 @@ class StandardImageFilesTest : public ::testing::Test {
 };
 
 TEST_F(StandardImageFilesTest, TiffDataAreASourceWithThePicturesProperties) {
-    const Bytes data = *encodeImage(testPicture(7, 5), kUTTypeTIFF);
-    const auto source = files.imageSourceCreateWithData(data);
+    const auto source = files.imageSourceCreateWithData(*TIFFData::initWithImage(testImage(7, 5)));
     ASSERT_NE(source, nullptr);
     EXPECT_EQ(source->type(), "public.tiff");
     const ImageProperties properties = source->copyPropertiesAtIndex(0);
@@ -24,9 +30,12 @@ TEST_F(StandardImageFilesTest, TiffDataAreASourceWithThePicturesProperties) {
     EXPECT_TRUE(source->copyPropertiesAtIndex(1).empty());
 }
 
-TEST_F(StandardImageFilesTest, OtherDataAreNoSource) {
-    EXPECT_EQ(files.imageSourceCreateWithData(Bytes{}), nullptr);
-    EXPECT_EQ(files.imageSourceCreateWithData(Bytes{'n', 'o', 'n', 'e'}), nullptr);
+TEST_F(StandardImageFilesTest, DataThatCannotBeHadAreNoSource) {
+    NSImage image = NSImage::initWithSize({3, 2});
+    image.addRepresentation(std::make_shared<UndrawableRep>());
+    const auto data = TIFFData::initWithImage(image);
+    ASSERT_TRUE(data);
+    EXPECT_EQ(files.imageSourceCreateWithData(*data), nullptr);
 }
 
 TEST_F(StandardImageFilesTest, ATypeThatCannotBeWrittenHasNoWriter) {
