@@ -16,6 +16,12 @@ bool canWrite(std::string_view type) {
     return found != nullptr && found->canWrite;
 }
 
+// A folder and a name may have been joined as plain text, with more than one separator between.
+std::string_view withoutFinalSeparators(std::string_view folder) {
+    while (folder.size() > 1 && folder.ends_with('/')) folder.remove_suffix(1);
+    return folder;
+}
+
 class DecodedSource final : public CGImageSource {
   public:
     DecodedSource(std::string type, ImageProperties properties)
@@ -110,7 +116,8 @@ std::unique_ptr<CGImageDestination> StandardImageFiles::imageDestinationCreateWi
     std::string_view path, std::string_view type) {
     if (!canWrite(type)) return nullptr;
     const bool isPrivate =
-        !privateFolder_.empty() && folderOfPath(std::string(path)) == privateFolder_;
+        !privateFolder_.empty() && withoutFinalSeparators(folderOfPath(std::string(path))) ==
+                                       withoutFinalSeparators(privateFolder_);
     return std::make_unique<FileDestination>(
         path, type, isPrivate ? Lasting::Temporary : Lasting::Saved, fileSystem_);
 }

@@ -18,7 +18,7 @@ class StandardImageFiles final : public ImageFiles {
         : fileSystem_(fileSystem) {}
 
     /// Files directly in this folder are temporary: made for the user alone, never through a link,
-    /// and not flushed to the disk. Without a final separator.
+    /// and not flushed to the disk. Separators at its end do not count.
     void setPrivateFolder(std::string folder) { privateFolder_ = std::move(folder); }
 
     std::unique_ptr<CGImageSource> imageSourceCreateWithData(const TIFFData& data) override;

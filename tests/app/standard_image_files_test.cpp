@@ -1,5 +1,8 @@
 #include "app/standard_image_files.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "controller_fixture.h"
 #include "storage/fake_file_systems.h"
 #include "util/log/system_log.h"
@@ -86,6 +89,22 @@ TEST_F(StandardImageFilesTest, AFullDiskKeepsTheOldFileWholeAndLogsTheCause) {
     EXPECT_EQ(captured.text(), "Couldn't write " + path + ": No space left on device\n");
     EXPECT_EQ(test::fileText(path), "the old file");
     EXPECT_THAT(folder.names(), ElementsAre("x.tif"));
+}
+
+TEST_F(StandardImageFilesTest, PrivateFilesAreForTheUserAloneHoweverTheirPathIsJoined) {
+    for (const char* end : {"", "/", "//"}) {
+        for (const char* separator : {"/", "//", "///"}) {
+            files.setPrivateFolder(folder.path() + end);
+            const std::string path = folder.path() + separator + "page.tif";
+            const auto writer = files.imageDestinationCreateWithURL(path, kUTTypeTIFF);
+            writer->addImage(testPicture(3, 2), {});
+            ASSERT_TRUE(writer->finalize());
+            struct stat status {};
+            ASSERT_EQ(::stat(path.c_str(), &status), 0);
+            EXPECT_EQ(status.st_mode & 07777, 0600U) << path;
+            ::unlink(path.c_str());
+        }
+    }
 }
 
 TEST_F(StandardImageFilesTest, TheExtensionIsTheTypesPreferredOne) {
