@@ -30,30 +30,37 @@ bool canMakeUserNamespaces() {
 }
 
 // The toolkit's remarks on this machine's graphics are of no use to who runs a command line.
-void onlyFatalMessages(QtMsgType type, const QMessageLogContext&, const QString& message) {
-    if (type == QtFatalMsg) std::fprintf(stderr, "%s\n", qPrintable(message));
+void onlyErrors(QtMsgType type, const QMessageLogContext&, const QString& message) {
+    if (type == QtFatalMsg || type == QtCriticalMsg)
+        std::fprintf(stderr, "%s\n", qPrintable(message));
 }
+
+// What the engine says at every start, be it well or not. Its warnings and errors stay.
+constexpr const char* kSilentRemarks =
+    "qt.webenginecontext.debug=false\n"
+    "qt.webenginecontext.info=false";
 
 }  // namespace
 
 void prepareRenderer(const std::function<void(std::string_view)>& log) {
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     if (qEnvironmentVariableIsEmpty("QT_LOGGING_RULES"))
-        QLoggingCategory::setFilterRules("qt.webenginecontext.*=false");
+        QLoggingCategory::setFilterRules(kSilentRemarks);
     QByteArray switches = qgetenv("QTWEBENGINE_CHROMIUM_FLAGS");
     switches += (switches.isEmpty() ? "" : " ") + QByteArray(kSwitches);
-    qputenv("QTWEBENGINE_CHROMIUM_FLAGS", switches);
+    // By a switch, since the engine remarks on the environment variable for it.
     if (geteuid() == 0) {
-        qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+        switches += " --no-sandbox";
     } else if (!canMakeUserNamespaces()) {
         log("The page renderer runs without its own sandbox: the system forbids user namespaces");
-        qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
+        switches += " --no-sandbox";
     }
+    qputenv("QTWEBENGINE_CHROMIUM_FLAGS", switches);
 }
 
 std::unique_ptr<QApplication> makeApplicationIfMissing() {
     if (QCoreApplication::instance() != nullptr) return nullptr;
-    qInstallMessageHandler(onlyFatalMessages);
+    qInstallMessageHandler(onlyErrors);
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     // Borrowed by the application object for its life.
