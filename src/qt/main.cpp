@@ -107,7 +107,6 @@ int main(int argc, char** argv) {
     qInstallMessageHandler(nullptr);
     onMessage(QtDebugMsg, {}, {});
     skarnel::ProcessWalls walls;
-    skarnel::ProgramParts program;
     // The page renderer, which is loaded at first use, asks for it before this point or never.
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication toolkit(argc, argv);
@@ -129,6 +128,7 @@ int main(int argc, char** argv) {
     skarnel::SingleInstance instance;
     instance.listen(door);
 
+    skarnel::ProgramParts program;
     skarnel::Application application(program.parts());
     QObject::connect(&instance, &skarnel::SingleInstance::called, &application,
                      [&application](const QStringList& called) {

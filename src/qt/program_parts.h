@@ -7,7 +7,8 @@
 
 namespace skarnel {
 
-/// Lives as long as the application object. The page renderer is loaded when it is first asked for.
+/// Made after the application object and gone before it, as the page renderer must be, which is
+/// loaded when it is first asked for.
 class ProgramParts {
   public:
     ProgramParts();
