@@ -171,4 +171,28 @@ void setStyledText(QTextDocument& document, const StyledText& text) {
     }
 }
 
+void insertStyledText(QTextCursor& cursor, const StyledText& text) {
+    cursor.beginEditBlock();
+    cursor.removeSelectedText();
+    QTextCursor first(cursor);
+    first.setKeepPositionOnInsert(true);
+    const bool wasEmpty = cursor.block().length() == 1;
+    std::size_t place = 0;
+    for (const TextRun& run : text.runs()) {
+        cursor.insertText(toQt(std::u16string_view(text.characters()).substr(place, run.length)),
+                          charFormat(run.style));
+        place += run.length;
+    }
+    QTextBlock block = first.block();
+    for (std::size_t i = 0; block.isValid() && i < text.alignments().size();
+         block = block.next(), ++i) {
+        const auto alignment = alignmentTo(text.alignments()[i]);
+        if (!alignment || (i == 0 && !wasEmpty)) continue;
+        QTextBlockFormat format = block.blockFormat();
+        format.setAlignment(*alignment);
+        QTextCursor(block).setBlockFormat(format);
+    }
+    cursor.endEditBlock();
+}
+
 }  // namespace skarnel

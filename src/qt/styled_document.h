@@ -5,6 +5,7 @@
 
 #include "platform/styled_text.h"
 
+class QTextCursor;
 class QTextDocument;
 
 namespace skarnel {
@@ -22,6 +23,10 @@ StyledText styledText(const QTextDocument& document);
 
 /// Replaces the whole content; `styledText` gives the same text back.
 void setStyledText(QTextDocument& document, const StyledText& text);
+
+/// Replaces the selection. The paragraphs that the text begins have its alignments; the one that it
+/// is inserted into keeps its own unless it was empty.
+void insertStyledText(QTextCursor& cursor, const StyledText& text);
 
 /// Replaces the whole content by characters in one format; U+000D, U+000A, the pair of both and
 /// U+2029 end paragraphs and are read back as they were.

@@ -1,10 +1,13 @@
 #include "qt/text_editor.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QTextBlock>
 
+#include "qt/page/html_reader.h"
 #include "qt/styled_document.h"
 
 namespace skarnel {
@@ -149,6 +152,11 @@ void TextEditor::askedLate(int position, int removed, int added) {
 }
 
 void TextEditor::keyPressEvent(QKeyEvent* event) {
+    // What the clipboard's styles would make unreadable on this ground is pasted in its own.
+    if (event->keyCombination() == (Qt::CTRL | Qt::SHIFT | Qt::Key_V)) {
+        const QMimeData* copied = QGuiApplication::clipboard()->mimeData();
+        return copied == nullptr ? void() : insertPlain(copied->text());
+    }
     const bool edits = types(*event) || deletes(*event);
     if (edits && !askBeforeEdit(types(*event) ? event->text() : QString())) return;
     QTextEdit::keyPressEvent(event);
@@ -164,13 +172,27 @@ void TextEditor::inputMethodEvent(QInputMethodEvent* event) {
 
 bool TextEditor::canInsertFromMimeData(const QMimeData* source) const {
     // A file that is dropped here is meant for the window, which opens it.
-    return source->hasText() && !source->hasUrls();
+    return (source->hasText() || source->hasHtml()) && !source->hasUrls();
 }
 
+// Characters and their styles: a pasted page's pictures, links and scripts stay behind, and nothing
+// that it names is fetched.
 void TextEditor::insertFromMimeData(const QMimeData* source) {
-    // Text only: a pasted picture or page would bring what cannot be imaged as text.
-    if (!source->hasText() || !askBeforeEdit(source->text())) return;
-    textCursor().insertText(source->text(), currentCharFormat());
+    const TextStyle base = textStyle(currentCharFormat());
+    StyledText rich;
+    if (source->hasHtml()) rich = styledTextOfHtml(source->html().toStdU16String(), base);
+    if (rich.isEmpty()) return insertPlain(source->text());
+    if (!askBeforeEdit(QString::fromStdU16String(rich.characters()))) return;
+    QTextCursor cursor = textCursor();
+    insertStyledText(cursor, rich);
+    setTextCursor(cursor);
+    ensureCursorVisible();
+    asked_ = false;
+}
+
+void TextEditor::insertPlain(const QString& text) {
+    if (text.isEmpty() || !askBeforeEdit(text)) return;
+    textCursor().insertText(text, currentCharFormat());
     ensureCursorVisible();
     asked_ = false;
 }

@@ -43,10 +43,12 @@ class TextEditor final : public QTextEdit {
     void keyPressEvent(QKeyEvent* event) override;
     void inputMethodEvent(QInputMethodEvent* event) override;
     bool canInsertFromMimeData(const QMimeData* source) const override;
+    /// Rich text keeps the styles that styled text knows; Ctrl+Shift+V takes its characters alone.
     void insertFromMimeData(const QMimeData* source) override;
     void resizeEvent(QResizeEvent* event) override;
 
   private:
+    void insertPlain(const QString& text);
     bool askBeforeEdit(const QString& replacement);
     void askedLate(int position, int removed, int added);
     template <typename Change>

@@ -108,17 +108,78 @@ TEST_F(TextEditorTest, TheAnswerNoPreventsTheEdit) {
     EXPECT_TRUE(editor.text().isEmpty());
 }
 
-TEST_F(TextEditorTest, PastesTextInTheStyleOfThePlace) {
+void copyToClipboard(const QString& html, const QString& text) {
+    auto* data = new QMimeData;
+    if (!html.isEmpty()) data->setHtml(html);
+    if (!text.isEmpty()) data->setText(text);
+    QApplication::clipboard()->setMimeData(data);
+}
+
+TEST_F(TextEditorTest, PastedPlainTextHasTheStyleOfThePlace) {
     editor.setWholeFont(QStringLiteral("Times"), 48);
     editor.replaceSelection(u"x");
-    auto* html = new QMimeData;
-    html->setHtml(QStringLiteral("<b style='color:red'>rich</b>"));
-    html->setText(QStringLiteral("rich"));
-    QApplication::clipboard()->setMimeData(html);
+    copyToClipboard({}, QStringLiteral("plain"));
     editor.paste();
+    EXPECT_EQ(editor.text().characters(), u"xplain");
+    EXPECT_EQ(editor.text().runs().size(), 1U);
+    EXPECT_EQ(asked.size(), 1U);
+}
+
+TEST_F(TextEditorTest, PastedRichTextKeepsItsStylesAndTheRestIsAsThePlaceHasIt) {
+    editor.setWholeFont(QStringLiteral("Times"), 48);
+    editor.replaceSelection(u"x");
+    const TextStyle place = editor.text().styleAt(0);
+    copyToClipboard(
+        QStringLiteral("<html><body><p>as here <b style='color:#ff0000;font-family:Courier;"
+                       "font-size:20px'>red</b></p><p align='center'><i>next</i></p></body>"),
+        QStringLiteral("as here red next"));
+    editor.paste();
+    StyledText expected(u"xas here ", place);
+    TextStyle red = place;
+    red.family = "Courier";
+    red.size = 20;
+    red.weight = kTextWeightBold;
+    red.color = {255, 0, 0, 255};
+    TextStyle slanted = place;
+    slanted.slant = TextSlant::Italic;
+    expected.append(u"red", red);
+    const StyledText pasted = editor.text();
+    EXPECT_EQ(pasted.characters(), u"xas here red\nnext");
+    EXPECT_EQ(pasted.subtext({0, 12}), expected);
+    EXPECT_EQ(pasted.styleAt(13), slanted);
+    EXPECT_EQ(pasted.alignments(),
+              (std::vector<TextAlignment>{TextAlignment::Natural, TextAlignment::Center}));
+    EXPECT_EQ(asked.size(), 1U);
+    EXPECT_TRUE(everyParagraphHasALine(editor));
+    editor.undo();
+    EXPECT_EQ(editor.text().characters(), u"x");
+}
+
+TEST_F(TextEditorTest, PastedRichTextReplacesTheSelectionAndLeavesPicturesAndScriptsBehind) {
+    editor.replaceSelection(u"old");
+    editor.selectAll();
+    copyToClipboard(QStringLiteral("<img src='file:///etc/passwd'><script>1</script>new"), {});
+    editor.paste();
+    EXPECT_EQ(editor.text().characters(), u"new");
+}
+
+TEST_F(TextEditorTest, ControlShiftVPastesTheCharactersAlone) {
+    editor.setWholeFont(QStringLiteral("Times"), 48);
+    editor.replaceSelection(u"x");
+    copyToClipboard(QStringLiteral("<b style='color:red'>rich</b>"), QStringLiteral("rich"));
+    QTest::keyClick(&editor, Qt::Key_V, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(editor.text().characters(), u"xrich");
     EXPECT_EQ(editor.text().runs().size(), 1U);
     EXPECT_EQ(asked.size(), 1U);
+}
+
+TEST_F(TextEditorTest, AnAnswerNoPreventsAPasteOfEitherKind) {
+    answer = false;
+    copyToClipboard(QStringLiteral("<b>rich</b>"), QStringLiteral("rich"));
+    editor.paste();
+    QTest::keyClick(&editor, Qt::Key_V, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_TRUE(editor.text().isEmpty());
+    EXPECT_EQ(asked.size(), 2U);
 }
 
 TEST_F(TextEditorTest, ItsGroundIsTheBackgroundAndItsCaretIsSeenOnIt) {
