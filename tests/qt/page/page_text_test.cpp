@@ -74,6 +74,16 @@ TEST_F(PageTest, ADozenTextsAreAsLargeOnThePageAsInTheTextView) {
     }
 }
 
+// The text view's sizes are whole; others come from the command line and are drawn as they are.
+TEST_F(PageTest, AFractionalSizeIsDrawnAsItIs) {
+    const auto widthAt = [&](double size) {
+        const Capture page = capture(StyledText(u"Summer Sale Summer", styleOf(size)), "#000000");
+        return usedSize(page.bytes, page.width, page.height)[0];
+    };
+    EXPECT_NEAR(2 * widthAt(33.5), widthAt(67), 4);
+    EXPECT_NEAR(2 * widthAt(12.25), widthAt(24.5), 4);
+}
+
 TEST_F(PageTest, UnusualTextsAreDrawnInTheirNaturalRoom) {
     std::u16string hundred;
     for (int line = 0; line < 100; ++line) {
