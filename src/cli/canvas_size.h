@@ -14,8 +14,8 @@ struct RenderSizes {
     PixelSize result;
 };
 
-/// The sizes for a picture of the given size; none where the render yields nothing. Follows the
-/// compositor's own arithmetic, narrowings included.
+/// The sizes for a picture of the given size; none where the render yields nothing. They are the
+/// compositor's own; only what its bitmaps' byte counts must fit plays no part.
 std::optional<RenderSizes> renderSizes(PixelSize picture, const RenderSettings& settings);
 
 }  // namespace skarnel::cli

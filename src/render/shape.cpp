@@ -31,7 +31,10 @@ std::optional<ShapeSize> ShapeSize::of(int width, int height, float perspectiveW
 }
 
 std::optional<ShapeSize> ShapeSize::ofScaled(int width, int height, float perspectiveW) {
-    const int inset = toInt32(width * (static_cast<double>(perspectiveW) / 100.0));
+    const double widening = width * (static_cast<double>(perspectiveW) / 100.0);
+    const int inset = toInt32(widening);
+    // A widening that is no number counts as 0, but one that is too large must not.
+    if (inset == 0 && std::abs(widening) >= 1) return std::nullopt;
     const auto outWidth = asInt32(std::int64_t{width} + 2 * std::int64_t{inset});
     if (!outWidth) return std::nullopt;
     return ShapeSize{width, height, inset, *outWidth};

@@ -14,7 +14,7 @@ namespace skarnel {
 struct ShapeSize {
     int width;     // w
     int height;    // h, the scaled height truncated
-    int inset;     // trunc(w * (perspectiveW / 100)); may be negative
+    int inset;     // trunc(w * (perspectiveW / 100)), 0 for NaN; may be negative
     int outWidth;  // w + 2 * inset; may be 0 or less
 
     /// None when the scaled picture has no whole row, or a size does not fit 32 bits.

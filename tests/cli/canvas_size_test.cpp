@@ -43,6 +43,7 @@ TEST(RenderSizes, WithoutHeightOrWidthThereIsNothing) {
     EXPECT_FALSE(renderSizes({300, 100}, with({{"perspectiveWidth", -50}})));
     EXPECT_FALSE(renderSizes({300, 100}, with({{"offset", -300}})));
     EXPECT_FALSE(renderSizes({300, 100}, with({{"offset", 3e38F}})));
+    EXPECT_FALSE(renderSizes({300, 100}, with({{"perspectiveWidth", 1e9F}})));
     const float nan = std::numeric_limits<float>::quiet_NaN();
     EXPECT_FALSE(renderSizes({300, 100}, with({{"perspectiveHeight", nan}})));
 }
@@ -51,6 +52,17 @@ TEST(RenderSizes, ArePredictedForHugeSettingsWithoutRendering) {
     const auto sizes = renderSizes({1000, 1000}, with({{"perspectiveWidth", 1e6F}}));
     ASSERT_TRUE(sizes);
     EXPECT_EQ(sizes->canvas.width, 20'001'000);
+}
+
+TEST(RenderSizes, ATurnTooLargeFor32BitsLeavesTheCanvas) {
+    // 20000 x 26000 pixels become 12000 x 36400, 1.75e9 bytes.
+    const auto turned = renderSizes({20'000, 13'000}, with({{"imagePerspective", 25}}));
+    ASSERT_TRUE(turned);
+    EXPECT_EQ(turned->result, (PixelSize{12'000, 36'400}));
+    // 4 x 140e6 pixels would keep their width and become 4 x 196e6, 3.1e9 bytes.
+    const auto unturned = renderSizes({4, 70'000'000}, with({{"imagePerspective", 25}}));
+    ASSERT_TRUE(unturned);
+    EXPECT_EQ(unturned->result, (PixelSize{4, 140'000'000}));
 }
 
 TEST(RenderSizes, AreThoseOfTheRenderItself) {
