@@ -140,7 +140,11 @@ class Binding {
             ->option_text(" ")
             ->group(group_);
         add("-o,--output", "OUT", "File or folder to write; '-' is standard output",
-            [this](const std::string& path) { options_.output = path; });
+            [this](const std::string& path) {
+                // An unset variable of a script must not mean "beside the picture".
+                if (path.empty()) throw wrongValue("--output", path, "a file or a folder");
+                options_.output = path;
+            });
         flag("-f,--force", options_.force, "Replace files that are there");
     }
 

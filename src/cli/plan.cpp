@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <map>
 
 #include "imaging/io/image_io.h"
@@ -32,11 +33,12 @@ std::string nameInFolder(const std::string& folder, const std::string& name) {
     return folder.ends_with('/') ? folder + name : folder + "/" + name;
 }
 
-/// Two pictures may propose one name: "a.jpg" and "a.png".
+/// Two pictures may propose one name: "a.jpg" and "a.png", or "a.jpg" and "./a.jpg".
 void refuseRepeatedOutputs(std::vector<Job>& jobs) {
     std::map<std::string, std::string> inputOfOutput;
     for (Job& job : jobs) {
-        const auto [first, fresh] = inputOfOutput.emplace(job.output, job.input);
+        const std::string plain = std::filesystem::path(job.output).lexically_normal().string();
+        const auto [first, fresh] = inputOfOutput.emplace(plain, job.input);
         if (fresh || job.output == kStandardStream) continue;
         job.refusal = job.output + ": The result of " + first->second + " has the same name";
     }

@@ -124,6 +124,11 @@ TEST(Options, ASweepNamesASettingItsEndsAndItsFrames) {
     }
 }
 
+TEST(Options, AnEmptyOutputIsNoOutput) {
+    EXPECT_THAT(complaint({"a.jpg", "-o", ""}), HasSubstr("'' is not a file or a folder"));
+    EXPECT_THAT(complaint({"a.jpg", "--output="}), HasSubstr("--output"));
+}
+
 TEST(Options, WhatDoesNotGoTogetherIsSaid) {
     EXPECT_THAT(complaint({}), HasSubstr("no picture was given"));
     EXPECT_THAT(complaint({"-", "-"}), HasSubstr("only once"));

@@ -95,6 +95,13 @@ TEST(Plan, TwoPicturesThatProposeOneNameDoNotReplaceEachOther) {
     EXPECT_THAT(jobs[2].refusal, HasSubstr("result of a.jpg has the same name"));
 }
 
+TEST(Plan, OneNameIsTheSameInEverySpelling) {
+    const std::vector<Job> jobs = planned(pictures({"f/a.jpg", "f//./a.jpg", "./f/../f/a.jpg"}));
+    EXPECT_TRUE(jobs[0].refusal.empty());
+    EXPECT_THAT(jobs[1].refusal, HasSubstr("result of f/a.jpg has the same name"));
+    EXPECT_THAT(jobs[2].refusal, HasSubstr("result of f/a.jpg has the same name"));
+}
+
 TEST(Plan, FramesAreNumberedFromTheirName) {
     EXPECT_EQ(frameName("out.png", 7, 60), "out-0007.png");
     EXPECT_EQ(frameName("dir.d/out", 60, 60), "dir.d/out-0060");
