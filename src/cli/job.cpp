@@ -101,14 +101,18 @@ void tryJob(const Job& job, const JobSettings& settings, JobReport& report) {
         report.error = picture.error().message;
         return;
     }
-    report.inputSize = sizeOf(picture->image);
-    const Result<ReflectionResult> rendered = renderWithin(picture->image, settings);
+    // Given up before the encoding, which needs as much memory again as the result.
+    std::optional<DecodedImage> source(*std::move(picture));
+    report.inputSize = sizeOf(source->image);
+    const Result<ReflectionResult> rendered = renderWithin(source->image, settings);
     if (!rendered) {
         report.error = rendered.error().message;
         return;
     }
-    const Result<void> written = encodeAndWrite(
-        rendered->image, job, outputProperties(picture->properties, settings), settings.overwrite);
+    const ImageProperties properties = outputProperties(source->properties, settings);
+    source.reset();
+    const Result<void> written =
+        encodeAndWrite(rendered->image, job, properties, settings.overwrite);
     if (!written) {
         report.error = (job.output == kStandardStream ? "standard output" : job.output) + ": " +
                        written.error().message;

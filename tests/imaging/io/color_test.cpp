@@ -111,6 +111,33 @@ TEST(Color, PremultipliedPicturesAreDividedForTheConversion) {
     expectNear(pixelAt(decoded->image, 0, 0), {94, 94, 94, 128}, 1);
 }
 
+TEST(Color, AProfileInAJpegCountsAlsoWhenItIsCutIntoTwoMarkers) {
+    // All pixels alike, so that compression leaves them alone; the profile's power of 1.0 brings
+    // code 128 of light to round(255 * (1.055 * (128/255)^(1/2.4) - 0.055)) = 188.
+    const CGImage image = picture(8, 8, std::vector<Rgba>(64, Rgba{128, 128, 128, 255}));
+    const Bytes plain = *encodeImage(image, kUTTypeJPEG, {{"LossyCompressionQuality", 1.0}});
+    ASSERT_NEAR(pixelAt(decodeImage(plain)->image, 4, 4)[0], 128, 1);
+    const Bytes profile = rgbProfile(1.0);
+    for (const std::size_t parts : {std::size_t{1}, std::size_t{2}}) {
+        ByteSink markers(true);
+        for (std::size_t part = 0; part < parts; ++part) {
+            const auto from =
+                profile.begin() + static_cast<std::ptrdiff_t>(profile.size() * part / parts);
+            const auto to =
+                profile.begin() + static_cast<std::ptrdiff_t>(profile.size() * (part + 1) / parts);
+            const Bytes piece(from, to);
+            markers.u16(0xFFE2).u16(2 + 14 + piece.size());
+            markers.text(std::string_view("ICC_PROFILE\0", 12)).u8(part + 1).u8(parts).raw(piece);
+        }
+        Bytes file = plain;
+        // Behind the start of the picture and the JFIF marker (2 + 18 bytes).
+        file.insert(file.begin() + 20, markers.bytes.begin(), markers.bytes.end());
+        const auto decoded = decodeImage(file);
+        ASSERT_TRUE(decoded) << decoded.error().message;
+        expectNear(pixelAt(decoded->image, 4, 4), {188, 188, 188, 255}, 2);
+    }
+}
+
 TEST(Color, TheProfilesNameIsAmongTheProperties) {
     TiffBuilder tiff(1, 1, 1, {8});
     tiff.blocks = {{128}};
