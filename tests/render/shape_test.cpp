@@ -190,6 +190,12 @@ TEST(Shape, AnInsetBeyond32BitsGivesNoneInsteadOfANarrowReflection) {
     EXPECT_EQ(ShapeSize::of(100, 100, kNaN, 100)->outWidth, 100);
 }
 
+// 12.3 * 99 = 1217.70007 in single precision; the last row's base is a hundredth of it over 99,
+// and at gradient 10 the power is the base itself. In doubles the factor would be 0.0964705897.
+TEST(Shape, TheLiftIsAProductInSinglePrecision) {
+    EXPECT_EQ(rowFactor(99, 100, {12.3F, 10, 200}), 0.09647059721105239);
+}
+
 // The powers were computed to 40 digits apart from any library and rounded to single precision;
 // each factor is that, times 200 in single, divided by 255 in double.
 TEST(Shape, TheRowFactorsAreThesePowers) {

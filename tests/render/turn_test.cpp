@@ -43,6 +43,18 @@ TEST(Turn, ATenthOfTheSliderFollowsTheSine) {
     expectCorner(quad.bottomRight, 353, -35.2671);
 }
 
+// Worked out apart from the code: 0.2 * 333 = 66.5999985 in single precision, times the sine
+// -0.95105654 = -63.3403587, where the product in doubles would round to -63.3403625. The inset
+// 0.2 * 1694 * -0.156434 is 53 in single precision and 52.9999955 in doubles.
+TEST(Turn, InsetAndShiftAreProductsInSinglePrecision) {
+    EXPECT_EQ(turnCorners(1694, 100, 2.5F).topLeft.x, 53);
+    const Quad quad = turnCorners(400, 333, 30);
+    EXPECT_EQ(quad.bottomRight.y, -0x1.fab90ep+5);
+    EXPECT_EQ(quad.bottomLeft.y, 0x1.fab90ep+5);
+    EXPECT_EQ(quad.topLeft.y, 269.6596374511719);
+    EXPECT_EQ(quad.topRight.y, 396.3403625488281);
+}
+
 TEST(Turn, TheSineRepeatsItself) {
     const Quad ten = turnCorners(400, 300, 10);
     const Quad forty = turnCorners(400, 300, 40);
