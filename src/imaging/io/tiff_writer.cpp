@@ -106,6 +106,13 @@ bool setTags(TIFF* tiff, const CGImage& image, const ImageProperties& properties
     if (samples == 4) {
         const std::uint16_t kind = EXTRASAMPLE_ASSOCALPHA;
         tags.set(TIFFTAG_EXTRASAMPLES, 1, &kind);
+        // Without memory for its copy the library says nothing and writes another kind of alpha.
+        std::uint16_t count = 0;
+        const std::uint16_t* kept = nullptr;
+        if (TIFFGetField(tiff, TIFFTAG_EXTRASAMPLES, &count, &kept) != 1 || count != 1 ||
+            kept == nullptr || *kept != kind) {
+            return false;
+        }
     }
     if (compression == COMPRESSION_LZW || compression == COMPRESSION_ADOBE_DEFLATE) {
         tags.set(TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
