@@ -1,5 +1,6 @@
 #include "imaging/nsimage/tiff_form.h"
 
+#include <bit>
 #include <cstring>
 #include <utility>
 
@@ -12,6 +13,19 @@ void set(ImageProperties& properties, std::string_view key, PropertyValue value)
     properties.insert_or_assign(std::string(key), std::move(value));
 }
 
+/// The colour bytes of all pixels with alpha 0, combined; 0 when there is none. Written as a plain
+/// sum over words, which the compiler turns into vectors: every preview walks its pictures here.
+std::uint32_t coloursUnderAlpha0(const std::uint8_t* row, int width) {
+    static_assert(std::endian::native == std::endian::little, "alpha is a word's highest byte");
+    std::uint32_t found = 0;
+    for (int x = 0; x < width; ++x) {
+        std::uint32_t pixel = 0;
+        std::memcpy(&pixel, row + std::ptrdiff_t{4} * x, 4);
+        found |= (pixel & 0xFF000000U) == 0 ? pixel : 0U;
+    }
+    return found;
+}
+
 /// Whether decoding would change nothing: four samples, rows without padding, and no colour under
 /// alpha 0 (a knocked-out page has such pixels).
 bool isAsDecoded(const CGImage& image) {
@@ -20,14 +34,7 @@ bool isAsDecoded(const CGImage& image) {
         return false;
     }
     for (int y = 0; y < view.height; ++y) {
-        const std::uint8_t* row = view.row(y);
-        unsigned ghosts = 0;
-        for (int x = 0; x < view.width; ++x, row += 4) {
-            std::uint32_t pixel;
-            std::memcpy(&pixel, row, 4);
-            ghosts |= static_cast<unsigned>(row[3] == 0) & static_cast<unsigned>(pixel != 0);
-        }
-        if (ghosts != 0) return false;
+        if (coloursUnderAlpha0(view.row(y), view.width) != 0) return false;
     }
     return true;
 }
