@@ -25,7 +25,7 @@ std::string homeFolder() {
 
 /// Empty when the user has no home.
 std::string dataHome() {
-    // A relative path is to be ignored, the base directory specification says.
+    // A relative path is to be ignored, as the freedesktop base directories have it.
     if (const char* given = std::getenv("XDG_DATA_HOME"); given != nullptr && *given == '/')
         return given;
     const std::string home = homeFolder();
