@@ -1,6 +1,6 @@
 // The XMP packet of a TIFF, PNG or JPEG file: found and put in without decoding the picture.
 //
-// Places after the XMP standard (ISO 16684-1), storage in files: TIFF tag 700 of the first directory; PNG a chunk
+// Places after the XMP standard (ISO 16684-1): TIFF tag 700 of the first directory; PNG a chunk
 // iTXt with the keyword "XML:com.adobe.xmp"; JPEG a segment APP1 that begins with
 // "http://ns.adobe.com/xap/1.0/" and a zero byte.
 #pragma once
