@@ -1,5 +1,6 @@
 // A watched folder.
 #include <gmock/gmock.h>
+#include <cstdio>
 
 #include "cli/pictures.h"
 #include "cli/process.h"
@@ -17,13 +18,25 @@ bool hasLines(const Finished& so, int count) {
     return std::count(so.out.begin(), so.out.end(), '\n') >= count;
 }
 
+/// The text of one of the kernel's files on a process; empty when what it tells of is gone.
+std::string kernelText(const std::filesystem::path& path) {
+    std::string text;
+    if (FILE* file = std::fopen(path.c_str(), "re")) {
+        char part[512];
+        std::size_t count = 0;
+        while ((count = std::fread(part, 1, sizeof part, file)) > 0) text.append(part, count);
+        std::fclose(file);
+    }
+    return text;
+}
+
 /// Whether the kernel watches a folder for the process; what appears before that is not seen.
 void waitUntilWatching(const Process& process) {
     const std::string folder = "/proc/" + std::to_string(process.id()) + "/fdinfo";
     for (;;) {
         std::error_code ignored;
         for (const auto& entry : std::filesystem::directory_iterator(folder, ignored)) {
-            if (test::fileText(entry.path().string()).find("inotify wd:") != std::string::npos) {
+            if (kernelText(entry.path()).find("inotify wd:") != std::string::npos) {
                 return;
             }
         }
