@@ -13,6 +13,7 @@
 #include <fstream>
 
 #include "imaging/io/image_io.h"
+#include "qt/test_environment.h"
 #include "util/resources/resource_path.h"
 #include "util/walls/landlock.h"
 
@@ -73,6 +74,7 @@ TEST(ProcessWalls, TheWindowStartsNothingButItsHelpersAndItsPagesStillOpen) {
 }  // namespace skarnel
 
 int main(int argc, char** argv) {
+    skarnel::setTestEnvironment();
     ::testing::InitGoogleTest(&argc, argv);
     if (skarnel::landlockVersion() == 0) return 77;
     skarnel::installOpener();

@@ -3,7 +3,10 @@
 
 #include <QApplication>
 
+#include "qt/test_environment.h"
+
 int main(int argc, char** argv) {
+    skarnel::setTestEnvironment();
     ::testing::InitGoogleTest(&argc, argv);
     // The list is asked for at build time, where there may be no platform to start on.
     if (GTEST_FLAG_GET(list_tests)) return RUN_ALL_TESTS();

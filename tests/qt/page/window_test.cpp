@@ -16,6 +16,7 @@
 #include "qt/application.h"
 #include "qt/page/text_layout.h"
 #include "qt/program_parts.h"
+#include "qt/test_environment.h"
 #include "qt/text_bar.h"
 #include "qt/text_editor.h"
 #include "qt/viewer.h"
@@ -129,6 +130,7 @@ TEST_F(WindowTest, QuittingEndsTheWaitForAPageAndLeavesThePictureAsItWas) {
 }  // namespace skarnel
 
 int main(int argc, char** argv) {
+    skarnel::setTestEnvironment();
     ::testing::InitGoogleTest(&argc, argv);
     if (GTEST_FLAG_GET(list_tests)) return RUN_ALL_TESTS();
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
