@@ -7,11 +7,11 @@
 #include <QNativeGestureEvent>
 #include <QPainter>
 #include <QPinchGesture>
-#include <QScrollBar>
 #include <QWheelEvent>
 #include <cmath>
 
 #include "qt/annotate_bar.h"
+#include "qt/viewer_scroll_bars.h"
 
 namespace skarnel {
 namespace {
@@ -27,8 +27,7 @@ constexpr double kKeyScroll = 40;    // logical pixels an arrow key
 Viewer::Viewer(QWidget* parent)
     : QWidget(parent),
       tool_(ViewerTool::create(mode_)),
-      horizontal_(new QScrollBar(Qt::Horizontal, this)),
-      vertical_(new QScrollBar(Qt::Vertical, this)),
+      scrollBars_(new ViewerScrollBars(*this)),
       annotateBar_(new AnnotateBar(*this)) {
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_OpaquePaintEvent);
@@ -36,21 +35,11 @@ Viewer::Viewer(QWidget* parent)
     grabGesture(Qt::PinchGesture);
     setAccessibleName(tr("Picture"));
     setAccessibleDescription(tr("The picture with its reflection, as it would be saved"));
-    for (QScrollBar* bar : {horizontal_, vertical_}) {
-        bar->setFocusPolicy(Qt::NoFocus);
-        bar->setCursor(Qt::ArrowCursor);
-        bar->hide();
-    }
-    horizontal_->setAccessibleName(tr("Picture, sideways"));
-    vertical_->setAccessibleName(tr("Picture, up and down"));
-    const auto scroll = [this] {
+    connect(scrollBars_, &ViewerScrollBars::scrolled, this, [this](double x, double y) {
         const ViewerSheet before = sheet_;
-        sheet_.view.setScroll(
-            {static_cast<double>(horizontal_->value()), static_cast<double>(vertical_->value())});
+        sheet_.view.setScroll({x, y});
         changed(before);
-    };
-    connect(horizontal_, &QScrollBar::valueChanged, this, scroll);
-    connect(vertical_, &QScrollBar::valueChanged, this, scroll);
+    });
     annotateBar_->hide();
     sheet_.view.zoomToFit();
     showCursor();
@@ -75,7 +64,7 @@ void Viewer::setImage(const CGImage& image) {
 void Viewer::changed(const ViewerSheet& before) {
     if (before == sheet_) return;
     update();
-    placeScrollBars();
+    scrollBars_->place(sheet_.view, size());
     if (before.view.factor() != sheet_.view.factor() || before.view.fits() != sheet_.view.fits())
         emit zoomChanged();
     if (before.selection != sheet_.selection) emit selectionChanged();
@@ -131,9 +120,9 @@ void Viewer::setCheckerboard(bool shown) {
 }
 
 void Viewer::setAutohidesScrollers(bool hides) {
-    if (hides == autohides_) return;
-    autohides_ = hides;
-    placeScrollBars();
+    if (hides == scrollBars_->autohides()) return;
+    scrollBars_->setAutohides(hides);
+    scrollBars_->place(sheet_.view, size());
 }
 
 void Viewer::discardEdits() {
@@ -213,30 +202,8 @@ void Viewer::followViewport() {
 
 void Viewer::resizeEvent(QResizeEvent* /*event*/) {
     followViewport();
-    placeScrollBars();
+    scrollBars_->place(sheet_.view, size());
     placeAnnotateBar();
-}
-
-void Viewer::placeScrollBars() {
-    const CGPoint range = sheet_.view.scrollRange();
-    const CGPoint place = sheet_.view.scroll();
-    const CGSize port = sheet_.view.viewport();
-    const bool across = range.x > 0 || !autohides_;
-    const bool down = range.y > 0 || !autohides_;
-    const int thickness = vertical_->sizeHint().width();
-    const auto set = [](QScrollBar* bar, double most, double value, double page) {
-        const QSignalBlocker quiet(bar);
-        bar->setRange(0, static_cast<int>(std::min(most, 1e9)));
-        bar->setPageStep(static_cast<int>(page));
-        bar->setSingleStep(std::max(1, static_cast<int>(page / 20)));
-        bar->setValue(static_cast<int>(std::lround(std::min(value, 1e9))));
-    };
-    set(horizontal_, range.x, place.x, port.width);
-    set(vertical_, range.y, place.y, port.height);
-    horizontal_->setGeometry(0, height() - thickness, width() - (down ? thickness : 0), thickness);
-    vertical_->setGeometry(width() - thickness, 0, thickness, height() - (across ? thickness : 0));
-    horizontal_->setVisible(across);
-    vertical_->setVisible(down);
 }
 
 void Viewer::placeAnnotateBar() {

@@ -13,11 +13,11 @@
 #include "qt/viewer_tools.h"
 
 class QLineEdit;
-class QScrollBar;
 
 namespace skarnel {
 
 class AnnotateBar;
+class ViewerScrollBars;
 
 /// Units: the transform and everything named "device" count device pixels; Qt's own positions are
 /// logical. Nothing here changes the picture.
@@ -90,7 +90,6 @@ class Viewer final : public QWidget {
     void followViewport();
     /// Repaints and tells of what changed since the sheet looked like `before`.
     void changed(const ViewerSheet& before);
-    void placeScrollBars();
     void placeAnnotateBar();
     void zoomAround(double factor, QPointF logical);
     void beginText(CGPoint place);
@@ -104,11 +103,9 @@ class Viewer final : public QWidget {
     std::unique_ptr<ViewerTool> tool_;
     QColor background_ = Qt::black;
     bool checkerboard_ = false;
-    bool autohides_ = true;
     bool autoresizes_ = true;
     bool pressed_ = false;
-    QScrollBar* horizontal_;
-    QScrollBar* vertical_;
+    ViewerScrollBars* scrollBars_;
     AnnotateBar* annotateBar_;
     QLineEdit* textLine_ = nullptr;
     CGPoint textPlace_;

@@ -98,6 +98,22 @@ TEST_F(ViewerTest, ScrollBarsAreThereOnlyWhileThereIsSomethingToScroll) {
     for (QScrollBar* bar : bars()) EXPECT_TRUE(bar->isVisible());
 }
 
+TEST_F(ViewerTest, AMovedScrollBarMovesThePictureAndTheOtherWayRound) {
+    viewer.setImage(plain(400, 300, {255, 0, 0, 255}));
+    viewer.setZoomFactor(2);  // 800 x 600 in 400 x 300: 400 and 300 to scroll, from the middle
+    QScrollBar* across = bars().at(0);
+    QScrollBar* down = bars().at(1);
+    EXPECT_EQ(across->maximum(), 400);
+    EXPECT_EQ(across->value(), 200);
+    EXPECT_EQ(down->maximum(), 300);
+    EXPECT_EQ(down->value(), 150);
+    across->setValue(30);
+    down->setValue(290);
+    EXPECT_EQ(viewer.sheet().view.scroll(), (CGPoint{30, 290}));
+    QTest::keyClick(&viewer, Qt::Key_Up);
+    EXPECT_EQ(down->value(), 250);
+}
+
 TEST_F(ViewerTest, CtrlWheelZoomsAtTheCursorAndTheWheelAloneScrolls) {
     viewer.setImage(plain(400, 300, {255, 0, 0, 255}));
     viewer.zoomToActualSize();
