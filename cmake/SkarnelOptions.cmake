@@ -18,7 +18,9 @@ set(SKARNEL_HELP_HOST "skarnel.example" CACHE STRING "Host of the product's page
 
 find_program(SKARNEL_CCACHE ccache)
 if(SKARNEL_CCACHE)
-    set(CMAKE_CXX_COMPILER_LAUNCHER "${SKARNEL_CCACHE}")
+    # The cache takes sources with a precompiled header only when times of files are left aside.
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env
+        CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime "${SKARNEL_CCACHE}")
     set(CMAKE_C_COMPILER_LAUNCHER "${SKARNEL_CCACHE}")
 endif()
 find_program(SKARNEL_LLD ld.lld)

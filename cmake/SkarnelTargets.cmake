@@ -17,6 +17,29 @@ function(skarnel_library name)
     add_library(skarnel::${name} ALIAS skarnel_${name})
 endfunction()
 
+# skarnel_test_headers(NAME)
+# Lets the sources of a test program share one precompiled header: most of the time that a test
+# takes to compile goes into the headers of the test library. All such programs have the same
+# options for the compiler, as it demands.
+function(skarnel_test_headers name)
+    if(NOT TARGET skarnel_test_headers)
+        find_package(GTest REQUIRED)
+        add_executable(skarnel_test_headers "${PROJECT_SOURCE_DIR}/tests/common_headers.cpp")
+        target_link_libraries(skarnel_test_headers PRIVATE GTest::gmock GTest::gtest)
+        target_precompile_headers(skarnel_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>
+            <algorithm> <filesystem> <fstream> <functional> <map> <optional> <random> <sstream> <string>
+            <vector>)
+        skarnel_test_options(skarnel_test_headers)
+    endif()
+    target_precompile_headers(${name} REUSE_FROM skarnel_test_headers)
+    skarnel_test_options(${name})
+endfunction()
+
+# Tests are compiled with less optimization than what they test: they run once.
+function(skarnel_test_options name)
+    target_compile_options(${name} PRIVATE -fpch-preprocess $<$<CONFIG:Release>:-O1>)
+endfunction()
+
 # skarnel_test(NAME SOURCES ... DEPS ... [WHOLE] [LABELS ...] [ENVIRONMENT ...] [TIMEOUT s])
 # One GoogleTest program. Each test becomes one ctest entry; with WHOLE the
 # program is one entry, for programs whose start is expensive.
@@ -32,6 +55,7 @@ function(skarnel_test name)
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE ${arg_DEPS} GTest::gmock GTest::gtest_main)
     target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests" "${PROJECT_SOURCE_DIR}/src")
+    skarnel_test_headers(${name})
     set(properties TIMEOUT ${arg_TIMEOUT})
     if(arg_LABELS)
         list(APPEND properties LABELS "${arg_LABELS}")

@@ -13,7 +13,8 @@ namespace skarnel::testing_app {
 
 /// The outlets of the window, each under the name of its field.
 struct RecordedWindow {
-    explicit RecordedWindow(CallLog& log) : log_(log) {}
+    explicit RecordedWindow(CallLog& log);
+    ~RecordedWindow();
 
     void connect(VanteraDesktopController& controller) {
         controller.resultWindow = &resultWindow;
@@ -88,11 +89,8 @@ inline NSImage testImage(int width, int height) {
 
 /// A controller whose outlets are recorded; nothing was called on it yet.
 struct RecordedController {
-    RecordedController() {
-        log.name(controller, "controller");
-        window.connect(controller);
-        window.imagePerspectiveSlider.value = 50;
-    }
+    RecordedController();
+    ~RecordedController();
 
     /// A store as the first start leaves it.
     void storeDefaults() {

@@ -8,6 +8,7 @@ namespace skarnel::testing_app {
 
 class RecordingSlider final : public NSSlider {
   public:
+    ~RecordingSlider() override;
     RecordingSlider(CallLog& log, std::string name) : log_(log), name_(std::move(name)) {
         log_.name(*this, name_);
     }
@@ -28,6 +29,7 @@ class RecordingSlider final : public NSSlider {
 
 class RecordingButton final : public NSButton {
   public:
+    ~RecordingButton() override;
     RecordingButton(CallLog& log, std::string name) : log_(log), name_(std::move(name)) {
         log_.name(*this, name_);
     }
@@ -44,6 +46,7 @@ class RecordingButton final : public NSButton {
 
 class RecordingTextField final : public NSTextField {
   public:
+    ~RecordingTextField() override;
     RecordingTextField(CallLog& log, std::string name) : log_(log), name_(std::move(name)) {
         log_.name(*this, name_);
     }
@@ -60,6 +63,7 @@ class RecordingTextField final : public NSTextField {
 
 class RecordingWindow final : public NSWindow {
   public:
+    ~RecordingWindow() override;
     explicit RecordingWindow(CallLog& log) : log_(log) { log_.name(*this, "resultWindow"); }
     NSResponder* firstResponder() const override {
         log_.add("window.firstResponder");
@@ -76,6 +80,7 @@ class RecordingWindow final : public NSWindow {
 
 class RecordingTextView final : public NSTextView {
   public:
+    ~RecordingTextView() override;
     explicit RecordingTextView(CallLog& log) : log_(log) { log_.name(*this, "textView"); }
     void setPostsBoundsChangedNotifications(bool posts) override {
         log_.add("textView.setPostsBoundsChangedNotifications", yesNo(posts));
@@ -109,6 +114,7 @@ class RecordingTextView final : public NSTextView {
 
 class RecordingImageView final : public IKImageView {
   public:
+    ~RecordingImageView() override;
     explicit RecordingImageView(CallLog& log) : log_(log) { log_.name(*this, "resultView"); }
     void setDoubleClickOpensImageEditPanel(bool opens) override {
         log_.add("viewer.setDoubleClickOpensImageEditPanel", yesNo(opens));

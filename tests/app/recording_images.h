@@ -9,6 +9,7 @@ namespace skarnel::testing_app {
 
 class RecordingOperations final : public ImageOperations {
   public:
+    ~RecordingOperations() override;
     explicit RecordingOperations(CallLog& log) : log_(log) {}
 
     std::optional<NSImage> initByReferencingFile(const std::string& path) override {
@@ -86,6 +87,7 @@ class RecordingOperations final : public ImageOperations {
 
 class RecordingSource final : public CGImageSource {
   public:
+    ~RecordingSource() override;
     RecordingSource(CallLog& log, std::unique_ptr<CGImageSource> real)
         : log_(log), real_(std::move(real)) {}
     ImageProperties copyPropertiesAtIndex(std::size_t index) const override {
@@ -104,6 +106,7 @@ class RecordingSource final : public CGImageSource {
 
 class RecordingDestination final : public CGImageDestination {
   public:
+    ~RecordingDestination() override;
     RecordingDestination(CallLog& log, std::unique_ptr<CGImageDestination> real)
         : log_(log), real_(std::move(real)) {}
     void addImage(const CGImage& image, const ImageProperties& properties) override {
@@ -124,6 +127,7 @@ class RecordingDestination final : public CGImageDestination {
 
 class RecordingImageFiles final : public ImageFiles {
   public:
+    ~RecordingImageFiles() override;
     explicit RecordingImageFiles(CallLog& log) : log_(log) {}
     void setPrivateFolder(const std::string& folder) { real_.setPrivateFolder(folder); }
 

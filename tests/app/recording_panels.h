@@ -18,6 +18,7 @@ struct OpenPanelScript {
 
 class RecordingOpenPanel final : public NSOpenPanel {
   public:
+    ~RecordingOpenPanel() override;
     RecordingOpenPanel(CallLog& log, OpenPanelScript& script) : log_(log), script_(script) {}
     void setAllowsMultipleSelection(bool allows) override {
         log_.add("openPanel.setAllowsMultipleSelection", yesNo(allows));
@@ -52,6 +53,7 @@ class RecordingOpenPanel final : public NSOpenPanel {
 
 class RecordingSavePanel final : public NSSavePanel {
   public:
+    ~RecordingSavePanel() override;
     explicit RecordingSavePanel(CallLog& log) : log_(log) { log_.name(*this, "savePanel"); }
     void beginSheet(const std::optional<std::string>& directory, std::string_view file,
                     NSWindow& modalForWindow, DidEnd didEnd, void* contextInfo) override {
@@ -76,6 +78,7 @@ class RecordingSavePanel final : public NSSavePanel {
 
 class RecordingSaveOptions final : public IKSaveOptions {
   public:
+    ~RecordingSaveOptions() override;
     RecordingSaveOptions(CallLog& log, ImageProperties startProperties, std::string_view startType)
         : properties(std::move(startProperties)), type(startType), log_(log) {}
     void addSaveOptionsAccessoryViewToSavePanel(NSSavePanel& panel) override {
@@ -98,6 +101,7 @@ class RecordingSaveOptions final : public IKSaveOptions {
 
 class RecordingColorPanel final : public NSColorPanel {
   public:
+    ~RecordingColorPanel() override;
     explicit RecordingColorPanel(CallLog& log) : log_(log) { log_.name(*this, "colorPanel"); }
     NSColor color() const override {
         log_.add("colorPanel.color");
@@ -114,6 +118,7 @@ class RecordingColorPanel final : public NSColorPanel {
 
 class RecordingAlert final : public NSAlert {
   public:
+    ~RecordingAlert() override;
     explicit RecordingAlert(CallLog& log) : log_(log) {}
     void setAlertStyle(NSAlertStyle style) override {
         log_.add("alert.setAlertStyle", std::to_string(static_cast<int>(style)));

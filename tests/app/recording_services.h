@@ -13,6 +13,7 @@ namespace skarnel::testing_app {
 
 class RecordingDefaults final : public NSUserDefaults {
   public:
+    ~RecordingDefaults() override;
     explicit RecordingDefaults(CallLog& log) : log_(log) {}
 
     std::optional<DefaultsValue> objectForKey(std::string_view key) const override {
@@ -70,6 +71,7 @@ class RecordingDefaults final : public NSUserDefaults {
 
 class RecordingNotificationCenter final : public NSNotificationCenter {
   public:
+    ~RecordingNotificationCenter() override;
     explicit RecordingNotificationCenter(CallLog& log) : log_(log) {}
     void addObserver(const NSObject& observer, Handler handler, std::string_view name,
                      const NSObject* object) override {
@@ -109,6 +111,7 @@ class RecordingNotificationCenter final : public NSNotificationCenter {
 
 class RecordingTimer final : public NSTimer {
   public:
+    ~RecordingTimer() override;
     RecordingTimer(CallLog& log, NSRunLoop::TimerAction action)
         : log_(log), action_(std::move(action)) {}
     void invalidate() override {
@@ -128,6 +131,7 @@ class RecordingTimer final : public NSTimer {
 
 class RecordingRunLoop final : public NSRunLoop {
   public:
+    ~RecordingRunLoop() override;
     explicit RecordingRunLoop(CallLog& log) : log_(log) {}
     NSTimer* scheduledTimerWithTimeInterval(double seconds, TimerAction action,
                                             bool repeats) override {
@@ -150,6 +154,7 @@ class RecordingRunLoop final : public NSRunLoop {
 
 class RecordingBundle final : public NSBundle {
   public:
+    ~RecordingBundle() override;
     explicit RecordingBundle(CallLog& log) : log_(log) {}
     std::optional<std::string> pathForSoundResource(std::string_view name) override {
         log_.add("bundle.pathForSoundResource", name);
@@ -163,6 +168,7 @@ class RecordingBundle final : public NSBundle {
 
 class RecordingWorkspace final : public NSWorkspace {
   public:
+    ~RecordingWorkspace() override;
     explicit RecordingWorkspace(CallLog& log) : log_(log) {}
     bool openURL(std::string_view url) override {
         log_.add("workspace.openURL", url);
@@ -175,6 +181,7 @@ class RecordingWorkspace final : public NSWorkspace {
 
 class RecordingPasteboard final : public NSPasteboard {
   public:
+    ~RecordingPasteboard() override;
     explicit RecordingPasteboard(CallLog& log) : log_(log) {}
     void declareTypes(const std::vector<std::string_view>& types, const NSObject* owner) override {
         std::string details;
@@ -195,6 +202,7 @@ class RecordingPasteboard final : public NSPasteboard {
 
 class RecordingSound final : public NSSound {
   public:
+    ~RecordingSound() override;
     explicit RecordingSound(CallLog& log) : log_(log) {}
     void play() override { log_.add("sound.play"); }
 

@@ -18,6 +18,7 @@ inline std::string shown(const CGRect& rect) {
 /// The real forms, with a natural size that the test chooses.
 class RecordingTextServices final : public AttributedTextServices {
   public:
+    ~RecordingTextServices() override;
     explicit RecordingTextServices(CallLog& log) : log_(log) {}
 
     std::optional<Bytes> dataFromRange(const StyledText& text, TextRange range,
@@ -60,6 +61,7 @@ class RecordingTextServices final : public AttributedTextServices {
 
 class RecordingTextFiles final : public TextFiles {
   public:
+    ~RecordingTextFiles() override;
     explicit RecordingTextFiles(CallLog& log) : log_(log) {}
 
     TextWriteOutcome writeStringToFile(std::u16string_view text, std::string_view path,
@@ -97,6 +99,7 @@ struct FakePage {
 
 class RecordingWebView final : public WebView, private WebFrame {
   public:
+    ~RecordingWebView() override;
     RecordingWebView(CallLog& log, const CGRect& frame, FakePage page)
         : log_(log), page_(page), frame_(frame) {
         log_.add("webView", shown(frame));

@@ -16,6 +16,7 @@ namespace skarnel::testing_app {
 
 class RecordingToolkit final : public Toolkit {
   public:
+    ~RecordingToolkit() override;
     NSUserDefaults& standardUserDefaults() override { return defaults; }
     NSNotificationCenter& defaultNotificationCenter() override { return notifications; }
     NSRunLoop& mainRunLoop() override { return runLoop; }
