@@ -30,8 +30,9 @@ std::optional<TIFFData> ImageOperations::TIFFRepresentation(const NSImage& image
 std::optional<CGImage> ImageOperations::addReflectionToCGImage(
     const CGImage& image, float perspectiveW, float perspectiveH, float reflectionOffset,
     float gradientOffset, float gradient, const RenderInputReaders& readers) {
-    std::optional<ReflectionResult> result = skarnel::addReflectionToCGImage(
-        image, perspectiveW, perspectiveH, reflectionOffset, gradientOffset, gradient, readers);
+    std::optional<ReflectionResult> result =
+        skarnel::addReflectionToCGImage(image, perspectiveW, perspectiveH, reflectionOffset,
+                                        gradientOffset, gradient, readers, Drawing::WhenRead);
     if (!result) return std::nullopt;
     return std::move(result->image);
 }

@@ -182,7 +182,10 @@ void CGContext::Impl::draw(const CGImage& image, const Area& source, const Area&
     const AxisPlan down =
         planAxis(source.rows, picture->height(), target.rows, visible.rows, state.quality);
     if (across.size() == 0 || down.size() == 0) return;
-    std::optional<ImageRows> rows = ImageRows::create(picture->pixels(), across, down);
+    RowSource* const undrawn = picture->rowSource();
+    std::optional<ImageRows> rows =
+        undrawn != nullptr ? ImageRows::create(*undrawn, picture->width(), across, down)
+                           : ImageRows::create(picture->pixels(), across, down);
     if (rows) paintRows(*rows, across, down, operation, unitToByte(fraction));
 }
 

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "imaging/pixel_memory.h"
+#include "imaging/row_source.h"
 
 namespace skarnel {
 namespace {
@@ -35,6 +36,27 @@ CGImage::CGImage(PixelBuffer pixels)
     : bytes_(pixels.bytes_),
       view_{pixels.bytes_.get(), pixels.width_, pixels.height_, std::ptrdiff_t{4} * pixels.width_,
             4} {}
+
+/// Shared by all copies, so that the rows are drawn once for all of them.
+struct CGImage::UndrawnRows {
+    std::unique_ptr<RowSource> source;  // null once drawn
+    MutablePixelView room;
+};
+
+CGImage::CGImage(PixelBuffer room, std::unique_ptr<RowSource> source)
+    : CGImage(PixelBuffer(room.bytes_, room.width_, room.height_)) {
+    undrawn_ = std::make_shared<UndrawnRows>(UndrawnRows{std::move(source), room.view()});
+}
+
+RowSource* CGImage::rowSource() const {
+    return undrawn_ ? undrawn_->source.get() : nullptr;
+}
+
+void CGImage::drawRows() const {
+    if (!undrawn_->source) return;
+    undrawn_->source->drawAll(undrawn_->room);
+    undrawn_->source.reset();
+}
 
 std::optional<CGImage> CGImage::share(std::shared_ptr<const std::uint8_t> bytes, int width,
                                       int height, std::size_t bytesPerRow, int samplesPerPixel) {

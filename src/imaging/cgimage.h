@@ -70,10 +70,17 @@ class PixelBuffer {
     int height_;
 };
 
+class RowSource;
+
 class CGImage {
   public:
     /// Takes the buffer's pixels over without copying; premultiplied RGBA8.
     explicit CGImage(PixelBuffer pixels);
+
+    /// A picture whose rows are made when they are read (`source`, not null); `room` is the memory
+    /// for them, whatever it holds, so that reading cannot fail. Its copies share source and room;
+    /// they are read on one thread at a time.
+    CGImage(PixelBuffer room, std::unique_ptr<RowSource> source);
 
     /// Shares existing memory. `bytes` holds height * bytesPerRow bytes and lives as long as any
     /// copy of the image. None when a size is below 1 or a row does not fit its stride.
@@ -94,9 +101,19 @@ class CGImage {
         return view_.samplesPerPixel == 4 ? CGImageAlphaInfo::PremultipliedLast
                                           : CGImageAlphaInfo::None;
     }
-    PixelView pixels() const { return view_; }
+    /// Draws the rows of a row source first.
+    PixelView pixels() const {
+        if (undrawn_) drawRows();
+        return view_;
+    }
     /// Keeps the pixels alive beyond the image.
-    const std::shared_ptr<const std::uint8_t>& storage() const { return bytes_; }
+    const std::shared_ptr<const std::uint8_t>& storage() const {
+        if (undrawn_) drawRows();
+        return bytes_;
+    }
+    /// What makes the rows while `pixels` has not been asked for; null for pixels that are there.
+    /// Valid as long as a copy of the image lives and nobody asks for the pixels.
+    RowSource* rowSource() const;
 
     /// The same picture with four samples a pixel: this image where it has alpha already, otherwise
     /// an opaque copy. None without memory.
@@ -108,8 +125,11 @@ class CGImage {
   private:
     CGImage(std::shared_ptr<const std::uint8_t> bytes, PixelView view)
         : bytes_(std::move(bytes)), view_(view) {}
+    void drawRows() const;
     std::shared_ptr<const std::uint8_t> bytes_;
     PixelView view_;
+    struct UndrawnRows;
+    std::shared_ptr<UndrawnRows> undrawn_;  // null for pixels that were there from the start
 };
 
 }  // namespace skarnel

@@ -115,45 +115,49 @@ void ColumnTurn::paintEdge(const kernels::ColumnWalk& walk, int row, int begin, 
     }
 }
 
+kernels::ColumnWalk ColumnTurn::walkThrough(PixelView squeezed) const {
+    return {squeezed.bytes,
+            squeezed.strideBytes / 4,
+            centre_.data(),
+            step_.data(),
+            0,
+            static_cast<float>(height_ - 1),
+            false};
+}
+
 void ColumnTurn::walkRows(PixelView squeezed, MutablePixelView target) const {
-    kernels::ColumnWalk walk{squeezed.bytes,
-                             squeezed.strideBytes / 4,
-                             centre_.data(),
-                             step_.data(),
-                             0,
-                             static_cast<float>(height_ - 1),
-                             usesStreaming(target)};
+    kernels::ColumnWalk walk = walkThrough(squeezed);
+    walk.stream = usesStreaming(target);
+    for (int row = 0; row < target.height; ++row) walkRow(walk, row, target.row(row));
+}
+
+void ColumnTurn::walkRow(PixelView squeezed, int row, std::uint8_t* target) const {
+    kernels::ColumnWalk walk = walkThrough(squeezed);
+    walkRow(walk, row, target);
+}
+
+void ColumnTurn::walkRow(kernels::ColumnWalk& walk, int row, std::uint8_t* target) const {
     const auto pixels = [](int count) { return std::size_t{4} * static_cast<std::size_t>(count); };
-    const Columns all{0, target.width};
     const double fullFrom = std::max(top_.front(), top_.back());
     const double fullTo = std::min(bottom_.front(), bottom_.back());
-    for (int row = 0; row < target.height; ++row) {
-        walk.rowOffset = static_cast<float>(row - middleRow_);
-        if (row >= fullFrom && row + 1 <= fullTo) {
-            kernels::walkColumns(target.row(row), walk, 0, static_cast<std::size_t>(all.end));
-            continue;
-        }
-        const double upper = row;
-        const double lower = row + 1.0;
-        const Columns touched =
-            common(passing(top_, [&](double top) { return top < lower; }),
-                   passing(bottom_, [&](double bottom) { return bottom > upper; }));
-        const Columns full =
-            common(common(passing(top_, [&](double top) { return top <= upper; }),
-                          passing(bottom_, [&](double bottom) { return bottom >= lower; })),
-                   touched);
-        std::uint8_t* out = target.row(row);
-        std::memset(out, 0, pixels(touched.begin));
-        std::memset(out + pixels(touched.end), 0, pixels(target.width - touched.end));
-        if (full.begin >= full.end) {
-            paintEdge(walk, row, touched.begin, touched.end, out);
-            continue;
-        }
-        paintEdge(walk, row, touched.begin, full.begin, out);
-        kernels::walkColumns(out, walk, static_cast<std::size_t>(full.begin),
-                             static_cast<std::size_t>(full.end));
-        paintEdge(walk, row, full.end, touched.end, out);
-    }
+    walk.rowOffset = static_cast<float>(row - middleRow_);
+    if (row >= fullFrom && row + 1 <= fullTo)
+        return kernels::walkColumns(target, walk, 0, static_cast<std::size_t>(targetWidth()));
+    const double upper = row;
+    const double lower = row + 1.0;
+    const Columns touched = common(passing(top_, [&](double top) { return top < lower; }),
+                                   passing(bottom_, [&](double bottom) { return bottom > upper; }));
+    const Columns full =
+        common(common(passing(top_, [&](double top) { return top <= upper; }),
+                      passing(bottom_, [&](double bottom) { return bottom >= lower; })),
+               touched);
+    std::memset(target, 0, pixels(touched.begin));
+    std::memset(target + pixels(touched.end), 0, pixels(targetWidth() - touched.end));
+    if (full.begin >= full.end) return paintEdge(walk, row, touched.begin, touched.end, target);
+    paintEdge(walk, row, touched.begin, full.begin, target);
+    kernels::walkColumns(target, walk, static_cast<std::size_t>(full.begin),
+                         static_cast<std::size_t>(full.end));
+    paintEdge(walk, row, full.end, touched.end, target);
 }
 
 std::optional<PixelBuffer> squeezedBuffer(int width, int height) {

@@ -41,7 +41,12 @@ class ColumnTurn {
     /// passes, plus what a shift of height / 2^22 + 2^-15 source pixels makes.
     void walkRows(PixelView squeezed, MutablePixelView target) const;
 
+    /// One row of the second pass: targetWidth() pixels of target row `row`.
+    void walkRow(PixelView squeezed, int row, std::uint8_t* target) const;
+
   private:
+    kernels::ColumnWalk walkThrough(PixelView squeezed) const;
+    void walkRow(kernels::ColumnWalk& walk, int row, std::uint8_t* target) const;
     ColumnTurn() = default;
     void planColumn(double position, double top, double length);
     void paintEdge(const kernels::ColumnWalk& walk, int row, int begin, int end,

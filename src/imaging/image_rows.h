@@ -7,10 +7,12 @@
 
 #include "imaging/axis_plan.h"
 #include "imaging/cgimage.h"
+#include "imaging/column_combiner.h"
+#include "imaging/row_source.h"
 
 namespace skarnel {
 
-/// Makes the rows of a drawing from a picture of four samples a pixel. Borrows all three.
+/// Makes the rows of a drawing from a picture of four samples a pixel. Borrows what it is given.
 /// Vertical first, rounded to bytes, then horizontal: each at most half a level off, so that a
 /// resampled byte lies within one level and the weights' error of the exact mean.
 class ImageRows {
@@ -19,11 +21,19 @@ class ImageRows {
     static std::optional<ImageRows> create(PixelView source, const AxisPlan& columns,
                                            const AxisPlan& rows);
 
+    /// From rows that are made when they are read, `width` pixels each. Rows asked for from top to
+    /// bottom are made once each, and only as many are held as one target row needs.
+    static std::optional<ImageRows> create(RowSource& source, int width, const AxisPlan& columns,
+                                           const AxisPlan& rows);
+
     /// The pixels of target row rows.first() + i, columns.size() of them. Points into the source
     /// where nothing is resampled, otherwise into scratch that the next call overwrites.
     const std::uint8_t* row(int i);
 
-    /// How many pixels from row(i) on may be read.
+    /// The same pixels, written to `target`.
+    void drawRow(int i, std::uint8_t* target);
+
+    /// How many pixels from row(i) on may be read; for a picture that lies in memory.
     std::size_t readableFrom(int i) const;
 
     /// Pixels that may be read behind every row of scratch.
@@ -32,11 +42,24 @@ class ImageRows {
   private:
     ImageRows(PixelView source, const AxisPlan& columns, const AxisPlan& rows)
         : source_(source), columns_(&columns), rows_(&rows) {}
+    static std::optional<ImageRows> create(PixelView view, RowSource* source,
+                                           const AxisPlan& columns, const AxisPlan& rows);
     const std::uint8_t* combinedRow(const kernels::Taps& taps);
+    const std::uint8_t* sourceRow(int y);
 
-    PixelView source_;
+    /// A row of the row source: its number and where it lies.
+    struct HeldRow {
+        int y = -1;
+        const std::uint8_t* bytes = nullptr;
+    };
+
+    PixelView source_;  // of a row source only the width counts
+    RowSource* rowSource_ = nullptr;
+    std::vector<HeldRow> held_;  // row y lies at y modulo the size
+    std::vector<std::uint8_t> heldMemory_;
     const AxisPlan* columns_;
     const AxisPlan* rows_;
+    ColumnCombiner combiner_;  // where columns are resampled
     std::vector<const std::uint8_t*> tapRows_;
     std::vector<std::uint8_t> tall_;  // one source row after the vertical step
     std::vector<std::uint8_t> wide_;  // one target row after the horizontal step

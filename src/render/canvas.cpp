@@ -65,9 +65,11 @@ std::optional<CanvasRows> CanvasRows::create(PixelView picture, const CanvasLayo
         rows.pictureRows_ = ImageRows::create(picture, plans.pictureColumns, plans.pictureRows);
         rows.shaper_ = RowShaper::create(reflection, fade);
         if (!rows.mirror_ || !rows.pictureRows_ || !rows.shaper_) return std::nullopt;
-        if (reflection.outWidth < layout.width)
+        if (reflection.outWidth < layout.width) {
             plans.stretch = planAxis(whole(reflection.outWidth), reflection.outWidth,
                                      whole(layout.width), whole(layout.width), kQuality);
+            rows.stretch_ = ColumnCombiner(plans.stretch, reflection.outWidth);
+        }
         rows.shaped_.resize(bytesOf(reflection.outWidth));
         rows.layer_.resize(bytesOf(layout.width));
         rows.row_.resize(bytesOf(layout.width));
@@ -84,8 +86,7 @@ void CanvasRows::drawReflection(int row, std::uint8_t* target) {
     if (reflectionWidth_ == layout_.width)
         return shaper_->shapeRow(index, mirrorRow, mirror_->readableFrom(index), target);
     shaper_->shapeRow(index, mirrorRow, mirror_->readableFrom(index), shaped_.data());
-    kernels::combineColumns(target, shaped_.data(), static_cast<std::size_t>(reflectionWidth_),
-                            plans_->stretch.allTaps(), static_cast<std::size_t>(layout_.width));
+    stretch_.combine(target, shaped_.data());
 }
 
 /// Lays the picture's row over what the canvas row holds. Over nothing a composited pixel is the
@@ -134,15 +135,25 @@ void CanvasRows::draw(int row, std::uint8_t* target) {
     if (hasPicture) drawPicture(row, !background_ && !hasReflection, target);
 }
 
-void CanvasRows::stream(int row, std::uint8_t* target) {
+/// Whether the row is a whole row of the picture and nothing beside it.
+bool CanvasRows::isOnlyPicture(int row) const {
     const AxisPlan& columns = plans_->pictureColumns;
     const AxisPlan& rows = plans_->pictureRows;
-    const bool onlyPicture = !background_ && row < reflectionTop_ && row >= rows.first() &&
-                             row < rows.end() && columns.size() == layout_.width &&
-                             rows.fullyCovered();
+    return !background_ && row < reflectionTop_ && row >= rows.first() && row < rows.end() &&
+           columns.size() == layout_.width && rows.fullyCovered();
+}
+
+const std::uint8_t* CanvasRows::row(int row, std::uint8_t* scratch) {
+    if (isOnlyPicture(row) && plans_->pictureColumns.copyShift() && plans_->pictureRows.copyShift())
+        return pictureRows_->row(row - plans_->pictureRows.first());
+    draw(row, scratch);
+    return scratch;
+}
+
+void CanvasRows::stream(int row, std::uint8_t* target) {
     const std::uint8_t* made = row_.data();
-    if (onlyPicture)
-        made = pictureRows_->row(row - rows.first());
+    if (isOnlyPicture(row))
+        made = pictureRows_->row(row - plans_->pictureRows.first());
     else
         draw(row, row_.data());
     kernels::streamRow(target, made, static_cast<std::size_t>(layout_.width));

@@ -8,6 +8,7 @@
 
 #include "imaging/axis_plan.h"
 #include "imaging/cgimage.h"
+#include "imaging/column_combiner.h"
 #include "imaging/image_rows.h"
 #include "imaging/kernels/pixel_ops.h"
 #include "render/shape.h"
@@ -45,6 +46,10 @@ class CanvasRows {
     /// Writes canvas row `row` (0 = top), layout.width pixels.
     void draw(int row, std::uint8_t* target);
 
+    /// The same row: drawn into `scratch`, or the picture's own where the canvas has nothing else
+    /// there. The picture's own stays readable as long as the picture.
+    const std::uint8_t* row(int row, std::uint8_t* scratch);
+
     /// The same row by stores past the caches.
     void stream(int row, std::uint8_t* target);
 
@@ -53,12 +58,14 @@ class CanvasRows {
         : picture_(picture), layout_(layout) {}
     void drawReflection(int row, std::uint8_t* target);
     void drawPicture(int row, bool overNothing, std::uint8_t* target);
+    bool isOnlyPicture(int row) const;
 
     PixelView picture_;
     CanvasLayout layout_;
     std::optional<kernels::Pixel> background_;
     int reflectionTop_ = 0;  // canvas row of the reflection's first; may be negative
     int reflectionWidth_ = 0;
+    ColumnCombiner stretch_;  // of a reflection that is narrower than the canvas
     // Plans lie on the heap so that what refers to them stays valid when this object moves.
     struct Plans {
         AxisPlan pictureColumns, pictureRows;

@@ -2,10 +2,13 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
-#include <vector>
+#include <memory>
+#include <new>
+#include <utility>
 
 #include "imaging/column_turn.h"
 #include "imaging/device_pixel.h"
+#include "imaging/row_source.h"
 #include "imaging/streaming.h"
 #include "render/canvas.h"
 #include "render/reflection.h"
@@ -17,42 +20,109 @@ namespace {
 /// Pixels behind the row that is squeezed, so that its last vectors need no special case.
 constexpr int kReadBeyond = 64;
 
+/// The canvas as it is. Keeps the picture that the rows are drawn from.
+class PlainCanvas final : public RowSource {
+  public:
+    PlainCanvas(CGImage picture, CanvasRows rows)
+        : picture_(std::move(picture)), rows_(std::move(rows)) {}
+
+    const std::uint8_t* row(int y, std::uint8_t* scratch) override { return rows_.row(y, scratch); }
+
+    void drawAll(MutablePixelView target) override {
+        const bool streaming = usesStreaming(target);
+        for (int y = 0; y < target.height; ++y) {
+            if (streaming)
+                rows_.stream(y, target.row(y));
+            else
+                rows_.draw(y, target.row(y));
+        }
+    }
+
+  private:
+    CGImage picture_;
+    CanvasRows rows_;
+};
+
 /// The canvas, turned, without ever being a bitmap itself: each of its rows is squeezed as soon as
-/// it is drawn. None when the turn cannot be made.
-std::optional<CGImage> turnedCanvas(CanvasRows& rows, const CanvasLayout& layout,
-                                    const Quad& corners) {
+/// it is drawn.
+class TurnedCanvas final : public RowSource {
+  public:
+    TurnedCanvas(CGImage picture, CanvasRows rows, ColumnTurn turn, PixelBuffer row,
+                 PixelBuffer squeezed)
+        : picture_(std::move(picture)),
+          rows_(std::move(rows)),
+          turn_(std::move(turn)),
+          row_(std::move(row)),
+          squeezed_(std::move(squeezed)) {}
+
+    const std::uint8_t* row(int y, std::uint8_t* scratch) override {
+        squeezeRows();
+        turn_.walkRow(squeezed_.view(), y, scratch);
+        return scratch;
+    }
+
+    void drawAll(MutablePixelView target) override {
+        squeezeRows();
+        turn_.walkRows(squeezed_.view(), target);
+    }
+
+  private:
+    void squeezeRows() {
+        if (std::exchange(areSqueezed_, true)) return;
+        const MutablePixelView view = squeezed_.view();
+        const int height = view.height - 1;
+        for (int y = 0; y < height; ++y) {
+            rows_.draw(y, row_.view().bytes);
+            turn_.squeezeRow(row_.view().bytes, static_cast<std::size_t>(row_.width()),
+                             view.row(y));
+        }
+        std::memset(view.row(height), 0, static_cast<std::size_t>(view.strideBytes));
+    }
+
+    CGImage picture_;
+    CanvasRows rows_;
+    ColumnTurn turn_;
+    PixelBuffer row_;
+    PixelBuffer squeezed_;
+    bool areSqueezed_ = false;
+};
+
+/// None when the turn cannot be made; then the rows are still the caller's.
+std::optional<CGImage> turnedCanvas(const CGImage& picture, CanvasRows& rows,
+                                    const CanvasLayout& layout, const Quad& corners) {
     const auto bitmap = turnedBitmap(corners);
     if (!bitmap) return std::nullopt;
-    const auto turn = ColumnTurn::plan(layout.width, layout.height, corners, bitmap->lowerLeft,
-                                       bitmap->width, bitmap->height);
-    if (!turn) return std::nullopt;
-    auto target = PixelBuffer::uninitialized(bitmap->width, bitmap->height);
+    auto turn = ColumnTurn::plan(layout.width, layout.height, corners, bitmap->lowerLeft,
+                                 bitmap->width, bitmap->height);
     auto squeezed = squeezedBuffer(bitmap->width, layout.height);
     if (layout.width > std::numeric_limits<int>::max() - kReadBeyond) return std::nullopt;
     auto row = PixelBuffer::zeroed(layout.width + kReadBeyond, 1);
-    if (!target || !squeezed || !row) return std::nullopt;
-    const MutablePixelView view = squeezed->view();
-    for (int y = 0; y < layout.height; ++y) {
-        rows.draw(y, row->view().bytes);
-        turn->squeezeRow(row->view().bytes, static_cast<std::size_t>(row->width()), view.row(y));
-    }
-    std::memset(view.row(layout.height), 0, static_cast<std::size_t>(view.strideBytes));
-    turn->walkRows(view, target->view());
-    return CGImage(*std::move(target));
+    auto room = PixelBuffer::uninitialized(bitmap->width, bitmap->height);
+    if (!turn || !squeezed || !row || !room) return std::nullopt;
+    return CGImage(*std::move(room),
+                   std::make_unique<TurnedCanvas>(picture, std::move(rows), *std::move(turn),
+                                                  *std::move(row), *std::move(squeezed)));
 }
 
-std::optional<CGImage> plainCanvas(CanvasRows& rows, const CanvasLayout& layout) {
-    auto canvas = PixelBuffer::uninitialized(layout.width, layout.height);
+std::optional<CGImage> plainCanvas(const CGImage& picture, CanvasRows& rows,
+                                   const CanvasLayout& layout) {
+    auto room = PixelBuffer::uninitialized(layout.width, layout.height);
+    if (!room) return std::nullopt;
+    return CGImage(*std::move(room), std::make_unique<PlainCanvas>(picture, std::move(rows)));
+}
+
+/// The result whose rows are yet to be made.
+std::optional<ReflectionResult> undrawnResult(const CGImage& picture, CanvasRows rows,
+                                              const CanvasLayout& layout, float imagePerspective) {
+    const Quad corners = turnCorners(layout.width, layout.height, imagePerspective);
+    const bool unturned = isUnturned(corners, layout.width, layout.height);
+    if (!unturned)
+        if (auto turned = turnedCanvas(picture, rows, layout, corners))
+            return ReflectionResult{*std::move(turned), TurnOutcome::Turned};
+    auto canvas = plainCanvas(picture, rows, layout);
     if (!canvas) return std::nullopt;
-    const MutablePixelView view = canvas->view();
-    const bool streaming = usesStreaming(view);
-    for (int y = 0; y < layout.height; ++y) {
-        if (streaming)
-            rows.stream(y, view.row(y));
-        else
-            rows.draw(y, view.row(y));
-    }
-    return CGImage(*std::move(canvas));
+    return ReflectionResult{*std::move(canvas),
+                            unturned ? TurnOutcome::Turned : TurnOutcome::Unturned};
 }
 
 }  // namespace
@@ -60,7 +130,8 @@ std::optional<CGImage> plainCanvas(CanvasRows& rows, const CanvasLayout& layout)
 std::optional<ReflectionResult> addReflectionToCGImage(const CGImage& image, float perspectiveW,
                                                        float perspectiveH, float reflectionOffset,
                                                        float gradientOffset, float gradient,
-                                                       const RenderInputReaders& readers) {
+                                                       const RenderInputReaders& readers,
+                                                       Drawing drawing) {
     const auto size = ShapeSize::of(image.width(), image.height(), perspectiveW, perspectiveH);
     if (!size) return std::nullopt;
     const FadeParameters fade{gradientOffset, gradient, readers.peakOpacity()};
@@ -75,15 +146,13 @@ std::optional<ReflectionResult> addReflectionToCGImage(const CGImage& image, flo
     const auto fill = background ? std::optional(premultipliedPixel(*background)) : std::nullopt;
     auto rows = CanvasRows::create(picture->pixels(), *layout, *size, perspectiveH < 0, fade, fill);
     if (!rows) return std::nullopt;
-    const Quad corners = turnCorners(layout->width, layout->height, imagePerspective);
-    const bool unturned = isUnturned(corners, layout->width, layout->height);
-    if (!unturned)
-        if (auto turned = turnedCanvas(*rows, *layout, corners))
-            return ReflectionResult{*std::move(turned), TurnOutcome::Turned};
-    auto canvas = plainCanvas(*rows, *layout);
-    if (!canvas) return std::nullopt;
-    return ReflectionResult{*std::move(canvas),
-                            unturned ? TurnOutcome::Turned : TurnOutcome::Unturned};
+    try {
+        auto result = undrawnResult(*picture, *std::move(rows), *layout, imagePerspective);
+        if (result && drawing == Drawing::AtOnce) result->image.pixels();
+        return result;
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
 }
 
 std::optional<ReflectionResult> addReflectionToCGImage(const CGImage& image, float perspectiveW,

@@ -34,6 +34,11 @@ struct RenderInputReaders {
     std::function<float()> imagePerspective;
 };
 
+/// When the result's pixels are made. WhenRead: with the first reader, who may take them row by row
+/// without a bitmap of the whole size (CGImage::rowSource). The bytes are the same, and all that
+/// can fail has happened before.
+enum class Drawing { AtOnce, WhenRead };
+
 enum class TurnOutcome { Turned, Unturned };  // Unturned: the turn could not be made
 
 struct ReflectionResult {
@@ -57,7 +62,8 @@ std::optional<ReflectionResult> addReflectionToCGImage(const CGImage& image, flo
 std::optional<ReflectionResult> addReflectionToCGImage(const CGImage& image, float perspectiveW,
                                                        float perspectiveH, float reflectionOffset,
                                                        float gradientOffset, float gradient,
-                                                       const RenderInputReaders& readers);
+                                                       const RenderInputReaders& readers,
+                                                       Drawing drawing = Drawing::AtOnce);
 
 /// The vertically mirrored image.
 std::optional<CIImage> ReflectCIImage(const CIImage& image);

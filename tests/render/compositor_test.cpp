@@ -3,7 +3,9 @@
 #include <cmath>
 #include <limits>
 
+#include "imaging/cgcontext.h"
 #include "imaging/kernels/targets.h"
+#include "imaging/row_source.h"
 #include "imaging/test_images.h"
 #include "oracle.h"
 #include "render/reflection.h"
@@ -89,6 +91,76 @@ TEST(Compositor, OnePassGivesTheBytesOfTheStepsOneByOne) {
                 << width << " x " << height << ", width " << s.width << " height " << s.height
                 << " offset " << s.offset << " turn " << s.inputs.imagePerspective;
         }
+}
+
+std::optional<ReflectionResult> renderWhenRead(const CGImage& picture, const Settings& s) {
+    const RenderInputReaders readers([&] { return s.inputs.peakOpacity; },
+                                     [&] { return s.inputs.background; },
+                                     [&] { return s.inputs.imagePerspective; });
+    return addReflectionToCGImage(picture, s.width, s.height, s.offset, s.start, s.gradient,
+                                  readers, Drawing::WhenRead);
+}
+
+const DeviceColor kHalfClear{0.2, 0.9, 0.4, 0.5};
+const Settings kReadCases[] = {
+    {},
+    {10, 60, 5, 10, 7, {200, {}, 30}},
+    {10, 60, 5, 10, 7, {200, kHalfClear, 80}},
+    {0, 50, 20.5F, 0, 7, {255, {}, 50}},
+    {0, 100, -150, 0, 7, {200, {}, 50}},
+    {-20, 70, 13, 0, 7, {200, kHalfClear, 50}},
+    {25, -60, 7.7F, 30, 4, {400, {}, 10}},
+};
+
+TEST(Compositor, RowsReadOneByOneAreThoseOfTheWholeRender) {
+    const CGImage picture = validNoise(61, 47, 5);
+    for (const Settings& s : kReadCases) {
+        const CGImage whole = render(picture, s)->image;
+        EXPECT_EQ(whole.rowSource(), nullptr);
+        const CGImage undrawn = renderWhenRead(picture, s)->image;
+        RowSource* source = undrawn.rowSource();
+        ASSERT_NE(source, nullptr);
+        const auto rowBytes = std::size_t{4} * static_cast<std::size_t>(whole.width());
+        std::vector<std::uint8_t> scratch(rowBytes);
+        for (int y = whole.height() - 1; y >= 0; --y)
+            ASSERT_EQ(std::memcmp(source->row(y, scratch.data()), whole.pixels().row(y), rowBytes),
+                      0)
+                << "row " << y << ", height " << s.height << " turn " << s.inputs.imagePerspective;
+        EXPECT_TRUE(samePixels(undrawn, whole));
+        EXPECT_EQ(undrawn.rowSource(), nullptr);
+    }
+}
+
+TEST(Compositor, AnUndrawnResultIsScaledToTheBytesOfADrawnOne) {
+    const CGImage picture = validNoise(61, 47, 6);
+    const auto drawnInto = [](const CGImage& image, CGRect place) {
+        const auto context = CGContext::create(70, 90);
+        context->drawImage(image, place);
+        return std::move(*context).takeImage();
+    };
+    for (const Settings& s : kReadCases) {
+        const CGImage whole = render(picture, s)->image;
+        const CGImage undrawn = renderWhenRead(picture, s)->image;
+        for (const CGRect& place :
+             {CGRect{0, 0, 30, 45}, CGRect{3.25, -4.5, 20.75, 31}, CGRect{-200, -300, 600, 700},
+              CGRect{1, 2, 1.0 * whole.width(), 1.0 * whole.height()}, CGRect{5, 5, 60, 3.3}})
+            EXPECT_TRUE(samePixels(drawnInto(undrawn, place), drawnInto(whole, place)))
+                << "height " << s.height << " into " << place.width << " x " << place.height;
+        EXPECT_NE(undrawn.rowSource(), nullptr) << "scaling needs no bitmap of the whole size";
+    }
+}
+
+TEST(Compositor, AnUndrawnResultOutlivesThePictureAndIsDrawnOnceForAllCopies) {
+    std::optional<CGImage> picture = validNoise(20, 10, 7);
+    const CGImage whole = render(*picture, {})->image;
+    const CGImage undrawn = renderWhenRead(*picture, {})->image;
+    picture.reset();
+    const CGImage& same = undrawn;
+    const CGImage copy(same);
+    EXPECT_TRUE(copy.isSame(undrawn));
+    EXPECT_TRUE(samePixels(copy, whole));
+    EXPECT_EQ(undrawn.rowSource(), nullptr);
+    EXPECT_EQ(undrawn.pixels().bytes, copy.pixels().bytes);
 }
 
 TEST(Compositor, TheDefaultsPutThePictureOverItsFadedMirror) {

@@ -28,7 +28,26 @@ void combineColumns(std::uint8_t* target, const std::uint8_t* source,
     }
 }
 
+void combinePackedColumns(std::uint8_t* target, const std::uint8_t* source,
+                          const PackedTaps& taps) {
+    for (std::size_t x = 0; x < taps.samples; ++x)
+        for (std::size_t k = 0; k < 4; ++k) {
+            std::int32_t sum = kTapUnit / 2;
+            for (std::size_t j = 0; j < 4 * taps.groups; ++j) {
+                const std::size_t group = j / 4;
+                const std::size_t pixel = static_cast<std::size_t>(taps.first[x]) + j;
+                sum += source[4 * pixel + k] * taps.weights[4 * (group * taps.samples + x) + j % 4];
+            }
+            target[4 * x + k] = static_cast<std::uint8_t>(sum / kTapUnit);
+        }
+}
+
 }  // namespace scalar
+
+void combinePackedColumns(std::uint8_t* target, const std::uint8_t* source,
+                          const PackedTaps& taps) {
+    SKARNEL_RUN_KERNEL(combinePackedColumns, target, source, taps);
+}
 
 void combineRows(std::uint8_t* target, const std::uint8_t* const* rows, const Taps& taps,
                  std::size_t bytes) {

@@ -27,7 +27,21 @@ void combineRows(std::uint8_t* target, const std::uint8_t* const* rows, const Ta
 void combineColumns(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
                     const Taps* taps, std::size_t pixels);
 
+/// The taps of many samples side by side, four neighbours at a time, for vectors: sample x is the
+/// sum over g < groups and j < 4 of source[first[x] + 4 g + j] * weights[4 (g samples + x) + j].
+struct PackedTaps {
+    const std::int32_t* first;
+    const std::int16_t* weights;  // 4 * groups * samples of them; 0 where a sample has no tap
+    std::size_t groups;           // >= 1
+    std::size_t samples;
+};
+
+/// combineColumns with packed taps, for all samples. Every pixel from first[x] to first[x] +
+/// 4 * groups - 1 is readable.
+void combinePackedColumns(std::uint8_t* target, const std::uint8_t* source, const PackedTaps& taps);
+
 namespace scalar {
+void combinePackedColumns(std::uint8_t* target, const std::uint8_t* source, const PackedTaps& taps);
 void combineRows(std::uint8_t* target, const std::uint8_t* const* rows, const Taps& taps,
                  std::size_t bytes);
 void combineColumns(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
@@ -36,6 +50,7 @@ void combineColumns(std::uint8_t* target, const std::uint8_t* source, std::size_
 
 #if SKARNEL_VECTOR
 namespace vector {
+void combinePackedColumns(std::uint8_t* target, const std::uint8_t* source, const PackedTaps& taps);
 void combineRows(std::uint8_t* target, const std::uint8_t* const* rows, const Taps& taps,
                  std::size_t bytes);
 void combineColumns(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,

@@ -21,6 +21,11 @@ void CombineColumns(std::uint8_t* target, const std::uint8_t* source, std::size_
     scalar::combineColumns(target, source, sourcePixels, taps, pixels);
 }
 
+void CombinePackedColumns(std::uint8_t* target, const std::uint8_t* source,
+                          const PackedTaps& taps) {
+    scalar::combinePackedColumns(target, source, taps);
+}
+
 #else
 namespace hn = hwy::HWY_NAMESPACE;
 
@@ -116,6 +121,12 @@ void CombineRows(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* const* r
         for (; i + lanes <= bytes; i += lanes)
             hn::StoreU(MixMany(d8, rows, taps, i), d8, target + i);
     }
+    if (i == bytes) return;
+    if (bytes >= lanes) {  // the last vector once more, moved back to end with the row
+        const std::size_t at = bytes - lanes;
+        hn::StoreU(MixMany(d8, rows, taps, at), d8, target + at);
+        return;
+    }
     for (; i < bytes; ++i) {
         std::int32_t sum = kTapUnit / 2;
         for (int j = 0; j < taps.count; ++j) sum += rows[j][i] * taps.weights[j];
@@ -165,6 +176,96 @@ void CombineColumns(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_R
     }
 }
 
+// A block is 16 bytes: four neighbouring pixels, or the four sums of one target pixel.
+#if HWY_CAP_GE512
+inline constexpr std::size_t kBlocks = 4;
+#elif HWY_CAP_GE256
+inline constexpr std::size_t kBlocks = 2;
+#else
+inline constexpr std::size_t kBlocks = 1;
+#endif
+using Blocks8 = hn::FixedTag<std::uint8_t, 16 * kBlocks>;
+using Blocks16 = hn::Repartition<std::int16_t, Blocks8>;
+using Blocks32 = hn::Repartition<std::int32_t, Blocks8>;
+
+/// Block i holds the four pixels from first[i] on.
+HWY_INLINE hn::Vec<Blocks8> LoadBlocks(const std::uint8_t* source, const std::int32_t* first) {
+    const hn::FixedTag<std::uint8_t, 16> block;
+    const auto at = [&](std::size_t i) HWY_ATTR {
+        return hn::LoadU(block, source + std::ptrdiff_t{4} * first[i]);
+    };
+#if HWY_CAP_GE512
+    const hn::FixedTag<std::uint8_t, 32> half;
+    return hn::Combine(Blocks8(), hn::Combine(half, at(3), at(2)), hn::Combine(half, at(1), at(0)));
+#elif HWY_CAP_GE256
+    return hn::Combine(Blocks8(), at(1), at(0));
+#else
+    return at(0);
+#endif
+}
+
+/// Each block's two pairs of weights, spread over the block.
+struct BlockWeights {
+    hn::Vec<Blocks16> low;   // w0 w1 | w0 w1 | w0 w1 | w0 w1
+    hn::Vec<Blocks16> high;  // w2 w3 | w2 w3 | w2 w3 | w2 w3
+};
+
+HWY_INLINE BlockWeights LoadWeights(const std::int16_t* weights) {
+    const Blocks32 d32;
+    const hn::Half<Blocks32> half;
+    alignas(64) static constexpr std::int32_t kLow[16] = {0, 0, 0, 0, 2, 2, 2, 2,
+                                                          4, 4, 4, 4, 6, 6, 6, 6};
+    alignas(64) static constexpr std::int32_t kHigh[16] = {1, 1, 1, 1, 3, 3, 3, 3,
+                                                           5, 5, 5, 5, 7, 7, 7, 7};
+    // Two pairs a block: half as many lanes as the sums have.
+    const auto pairs = hn::ZeroExtendVector(
+        d32,
+        hn::BitCast(half, hn::LoadU(hn::Repartition<std::int16_t, hn::Half<Blocks32>>(), weights)));
+    return {hn::BitCast(Blocks16(), hn::TableLookupLanes(pairs, hn::SetTableIndices(d32, kLow))),
+            hn::BitCast(Blocks16(), hn::TableLookupLanes(pairs, hn::SetTableIndices(d32, kHigh)))};
+}
+
+void CombinePackedColumns(std::uint8_t* HWY_RESTRICT target,
+                          const std::uint8_t* HWY_RESTRICT source, const PackedTaps& taps) {
+    const Blocks8 d8;
+    const Blocks32 d32;
+    const hn::Rebind<std::uint8_t, Blocks32> dPixels;
+    // Bytes of pixels 0 and 1 (2 and 3) of a block side by side, each widened by a zero.
+    alignas(16) static constexpr std::uint8_t kLow[16] = {0, 128, 4, 128, 1, 128, 5, 128,
+                                                          2, 128, 6, 128, 3, 128, 7, 128};
+    alignas(16) static constexpr std::uint8_t kHigh[16] = {8,  128, 12, 128, 9,  128, 13, 128,
+                                                           10, 128, 14, 128, 11, 128, 15, 128};
+    const auto low = hn::LoadDup128(d8, kLow);
+    const auto high = hn::LoadDup128(d8, kHigh);
+    std::size_t x = 0;
+    for (; x + kBlocks <= taps.samples; x += kBlocks) {
+        auto sum = hn::Set(d32, kTapUnit / 2);
+        auto rest = hn::Zero(d32);
+        for (std::size_t group = 0; group < taps.groups; ++group) {
+            const auto pixels = LoadBlocks(source + 16 * group, taps.first + x);
+            const BlockWeights weights = LoadWeights(taps.weights + 4 * (group * taps.samples + x));
+            sum = hn::ReorderWidenMulAccumulate(
+                d32, hn::BitCast(Blocks16(), hn::TableLookupBytesOr0(pixels, low)), weights.low,
+                sum, rest);
+            sum = hn::ReorderWidenMulAccumulate(
+                d32, hn::BitCast(Blocks16(), hn::TableLookupBytesOr0(pixels, high)), weights.high,
+                sum, rest);
+        }
+        const auto shifted = hn::ShiftRight<14>(hn::RearrangeToOddPlusEven(sum, rest));
+        hn::StoreU(hn::DemoteTo(dPixels, shifted), dPixels, target + 4 * x);
+    }
+    for (; x < taps.samples; ++x) {
+        std::int32_t sums[4] = {kTapUnit / 2, kTapUnit / 2, kTapUnit / 2, kTapUnit / 2};
+        for (std::size_t group = 0; group < taps.groups; ++group)
+            for (std::size_t i = 0; i < 16; ++i)
+                sums[i % 4] +=
+                    source[16 * group + 4 * static_cast<std::size_t>(taps.first[x]) + i] *
+                    taps.weights[4 * (group * taps.samples + x) + i / 4];
+        for (std::size_t k = 0; k < 4; ++k)
+            target[4 * x + k] = static_cast<std::uint8_t>(sums[k] / kTapUnit);
+    }
+}
+
 #endif
 }  // namespace skarnel::kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
@@ -173,6 +274,7 @@ HWY_AFTER_NAMESPACE();
 namespace skarnel::kernels {
 HWY_EXPORT(CombineRows);
 HWY_EXPORT(CombineColumns);
+HWY_EXPORT(CombinePackedColumns);
 
 namespace vector {
 void combineRows(std::uint8_t* target, const std::uint8_t* const* rows, const Taps& taps,
@@ -183,6 +285,11 @@ void combineRows(std::uint8_t* target, const std::uint8_t* const* rows, const Ta
 void combineColumns(std::uint8_t* target, const std::uint8_t* source, std::size_t sourcePixels,
                     const Taps* taps, std::size_t pixels) {
     HWY_DYNAMIC_DISPATCH(CombineColumns)(target, source, sourcePixels, taps, pixels);
+}
+
+void combinePackedColumns(std::uint8_t* target, const std::uint8_t* source,
+                          const PackedTaps& taps) {
+    HWY_DYNAMIC_DISPATCH(CombinePackedColumns)(target, source, taps);
 }
 }  // namespace vector
 

@@ -147,6 +147,37 @@ TEST(Kernels, CombineColumnsIsTheSameOnEveryTarget) {
         });
 }
 
+/// The same taps for each of four neighbours and for groups of them, ending with the source's end.
+TEST(Kernels, PackedColumnsAreTheSameOnEveryTargetAndAsUnpacked) {
+    for (const std::size_t count : {1, 2, 3, 4, 5, 9, 16}) {
+        const std::size_t groups = (count + 3) / 4;
+        std::vector<std::int16_t> weights(count, static_cast<std::int16_t>(kTapUnit / count));
+        weights.front() = static_cast<std::int16_t>(weights.front() + kTapUnit % count);
+        expectEqualTargets([&](std::uint8_t* target, std::size_t pixels, std::size_t) {
+            const std::size_t step = 1 + count / 2;
+            const std::size_t sourcePixels = step * pixels + 4 * groups;
+            const auto source = noise(4 * sourcePixels, 15);
+            std::vector<Taps> taps;
+            std::vector<std::int32_t> first;
+            std::vector<std::int16_t> packed(4 * groups * pixels);
+            for (std::size_t x = 0; x < pixels; ++x) {
+                const bool last = x + 1 == pixels;
+                first.push_back(
+                    static_cast<std::int32_t>(last ? sourcePixels - 4 * groups : step * x));
+                taps.push_back({first.back(), static_cast<int>(count), weights.data()});
+                for (std::size_t j = 0; j < count; ++j)
+                    packed[4 * (j / 4 * pixels + x) + j % 4] = weights[j];
+            }
+            combinePackedColumns(target, source.data(),
+                                 {first.data(), packed.data(), groups, pixels});
+            std::vector<std::uint8_t> unpacked(4 * pixels);
+            scalar::combineColumns(unpacked.data(), source.data(), sourcePixels, taps.data(),
+                                   pixels);
+            ASSERT_EQ(unpacked, std::vector<std::uint8_t>(target, target + 4 * pixels));
+        });
+    }
+}
+
 struct Columns {
     std::vector<std::int32_t> from;
     std::vector<std::uint32_t> weight;
