@@ -19,13 +19,17 @@ struct ConverterCloser {
 };
 using Converter = std::unique_ptr<UConverter, ConverterCloser>;
 
+/// Leaves every error as it is. The library's own callback for stopping passes over soft hyphens,
+/// byte-order marks and other characters that draw nothing, which then were lost.
+void stopAtTheFirst(const void*, UConverterFromUnicodeArgs*, const char16_t*, std::int32_t, UChar32,
+                    UConverterCallbackReason, UErrorCode*) {}
+
 /// Null when the library has no such table.
 Converter openMacOSRoman() {
     UErrorCode status = U_ZERO_ERROR;
     Converter converter(ucnv_open("macintosh", &status));
     if (U_FAILURE(status)) return nullptr;
-    ucnv_setFromUCallBack(converter.get(), UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr,
-                          &status);
+    ucnv_setFromUCallBack(converter.get(), stopAtTheFirst, nullptr, nullptr, nullptr, &status);
     // A look-alike is a loss as well.
     ucnv_setFallback(converter.get(), false);
     return U_SUCCESS(status) ? std::move(converter) : nullptr;

@@ -34,6 +34,12 @@ TEST(StringEncoding, MacOSRomanReplacesNothing) {
         EXPECT_EQ(dataUsingEncoding(text, NSStringEncoding::MacOSRoman), std::nullopt) << text;
 }
 
+// Characters that draw nothing count as characters: none is passed over.
+TEST(StringEncoding, MacOSRomanLeavesNothingOut) {
+    for (const NSString& text : {u"\u00AD"_ns, u"a\u200Bb"_ns, u"\uFEFF"_ns, u"a\uFE0F"_ns})
+        EXPECT_EQ(dataUsingEncoding(text, NSStringEncoding::MacOSRoman), std::nullopt) << text;
+}
+
 TEST(StringEncoding, EveryByteOfMacOSRomanComesBack) {
     Bytes all;
     for (int byte = 0; byte < 256; ++byte) all.push_back(static_cast<std::uint8_t>(byte));
