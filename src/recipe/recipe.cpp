@@ -3,22 +3,17 @@
 #include <fmt/format.h>
 
 #include <charconv>
-#include <nlohmann/json.hpp>
-#include <set>
-#include <vector>
+#include <new>
 
 #include "recipe/base64.h"
+#include "recipe/recipe_members.h"
 #include "storage/settings_json.h"
 #include "textimaging/serialized_text.h"
 
 namespace skarnel {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 constexpr std::size_t kLargestFile = std::size_t{64} << 20;
-constexpr std::string_view kMark = "skarnel";
-constexpr std::string_view kMarkValue = "recipe";
 
 Error damaged(std::string message) {
     return {ErrorCode::Damaged, std::move(message)};
@@ -42,81 +37,60 @@ std::optional<TextColor> colorOf(std::string_view text) {
     return TextColor{parts[0], parts[1], parts[2], parts[3]};
 }
 
+Error noMemory() {
+    return {ErrorCode::OutOfMemory, "No memory left"};
+}
+
 /// The settings have one form in all files, so that a number is the same number everywhere.
-Json settingsJson(const Recipe& recipe) {
+std::string settingsText(const Recipe& recipe) {
     SettingValues values;
     for (std::size_t i = 0; i < kReflectionSettings.size(); ++i) {
         values.emplace(kReflectionSettings[i].key, recipe.settings[i]);
     }
     values.emplace(kApplyBackgroundColorKey, recipe.applyBackgroundColor);
-    return Json::parse(serializeSettings(values));
+    std::string text = serializeSettings(values);
+    // Its lines are indented as they have to be here, except for the last one.
+    constexpr std::string_view kEnd = "}\n";
+    return text.replace(text.size() - kEnd.size(), kEnd.size(), "  }");
 }
 
-/// Parses the text into `json`. A member that is there twice would hide one of its two values:
-/// it is an error here, where the library lets the last one win.
-Result<void> parseStrictly(ByteView bytes, Json& json) {
-    std::vector<std::set<std::string, std::less<>>> seen;
-    std::string doubled;
-    const Json::parser_callback_t watch = [&](int, Json::parse_event_t event, Json& part) {
-        using Event = Json::parse_event_t;
-        if (event == Event::object_start) seen.emplace_back();
-        if (event == Event::object_end) seen.pop_back();
-        if (event == Event::key && !seen.back().insert(part.get<std::string>()).second) {
-            doubled = part.get<std::string>();
-        }
-        return true;
-    };
-    json = Json::parse(bytes.begin(), bytes.end(), watch, false);
-    if (json.is_discarded() || !json.is_object() || !json.contains(kMark) ||
-        json[kMark] != kMarkValue) {
-        return {ErrorCode::UnknownFormat, "This is not a recipe"};
-    }
-    if (!doubled.empty()) return damaged(fmt::format("The recipe has \"{}\" twice", doubled));
-    return {};
-}
-
-Result<void> checkVersion(const Json& json) {
-    const auto version = json.find("version");
-    if (version == json.end() || !version->is_number_unsigned() || *version == 0U) {
+Result<void> checkVersion(const RecipeMembers& members) {
+    if (!members.version || *members.version == 0) {
         return damaged("The recipe does not say its version");
     }
-    if (*version > static_cast<unsigned>(kRecipeVersion)) {
+    if (*members.version > static_cast<unsigned>(kRecipeVersion)) {
         return {ErrorCode::Unsupported,
                 fmt::format("The recipe has version {} and this program reads up to version {}",
-                            version->dump(), kRecipeVersion)};
+                            *members.version, kRecipeVersion)};
     }
     return {};
 }
 
-Result<void> readSettings(const Json& json, Recipe& recipe) {
-    if (!json.is_object()) return damaged("The recipe's settings are damaged");
-    const std::string text = json.dump();
-    const ParsedSettings parsed =
-        parseSettings({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+Result<void> readSettings(const RecipeMembers& members, Recipe& recipe) {
+    if (!members.hasSettings) return damaged("The recipe's settings are damaged");
     auto missing = [](std::string_view key) {
         return damaged(fmt::format("The recipe's setting \"{}\" is missing or damaged", key));
     };
     for (std::size_t i = 0; i < kReflectionSettings.size(); ++i) {
-        const auto found = parsed.values.find(kReflectionSettings[i].key);
-        if (found == parsed.values.end() || !std::holds_alternative<float>(found->second)) {
+        const auto found = members.settings.find(kReflectionSettings[i].key);
+        if (found == members.settings.end() || !std::holds_alternative<float>(found->second)) {
             return missing(kReflectionSettings[i].key);
         }
         recipe.settings[i] = std::get<float>(found->second);
     }
-    const auto flag = parsed.values.find(kApplyBackgroundColorKey);
-    if (flag == parsed.values.end() || !std::holds_alternative<bool>(flag->second)) {
+    const auto flag = members.settings.find(kApplyBackgroundColorKey);
+    if (flag == members.settings.end() || !std::holds_alternative<bool>(flag->second)) {
         return missing(kApplyBackgroundColorKey);
     }
     recipe.applyBackgroundColor = std::get<bool>(flag->second);
-    if (!parsed.whole || json.size() != kReflectionSettings.size() + 1) {
+    if (members.settingCount != kReflectionSettings.size() + 1) {
         return damaged("The recipe has a setting that this program does not know");
     }
     return {};
 }
 
-Result<void> readText(const Json& json, Recipe& recipe) {
-    const auto bytes =
-        json.is_string() ? decodeBase64(json.get_ref<const std::string&>()) : std::nullopt;
+Result<void> readText(const RecipeMembers& members, Recipe& recipe) {
+    const auto bytes = members.text ? decodeBase64(*members.text) : std::nullopt;
     if (!bytes) return damaged("The recipe's text is damaged");
     auto text = deserializeText(*bytes);
     if (!text) return damaged("The recipe's text is damaged: " + text.error().message);
@@ -124,14 +98,13 @@ Result<void> readText(const Json& json, Recipe& recipe) {
     return {};
 }
 
-Result<void> readMember(const std::string& name, const Json& value, Recipe& recipe) {
-    if (name == kMark || name == "version") return {};
-    if (name == "settings") return readSettings(value, recipe);
-    if (name == "text") return readText(value, recipe);
-    if (name != "background")
+Result<void> readMember(const std::string& name, const RecipeMembers& members, Recipe& recipe) {
+    if (name == kRecipeMark || name == kRecipeVersionName) return {};
+    if (name == kRecipeSettings) return readSettings(members, recipe);
+    if (name == kRecipeText) return readText(members, recipe);
+    if (name != kRecipeBackground)
         return damaged(fmt::format("The recipe has an unknown member \"{}\"", name));
-    const auto color =
-        value.is_string() ? colorOf(value.get_ref<const std::string&>()) : std::nullopt;
+    const auto color = members.background ? colorOf(*members.background) : std::nullopt;
     if (!color) return damaged("The recipe's background is no colour");
     recipe.background = *color;
     return {};
@@ -147,34 +120,42 @@ Recipe Recipe::defaults() {
     return recipe;
 }
 
-Result<std::string> serializeRecipe(const Recipe& recipe) {
-    Json json;
-    json[std::string(kMark)] = kMarkValue;
-    json["version"] = kRecipeVersion;
-    json["settings"] = settingsJson(recipe);
-    json["background"] = colorText(recipe.background);
+Result<std::string> serializeRecipe(const Recipe& recipe) try {
+    std::string text = fmt::format("{{\n  \"{}\": \"{}\",\n  \"{}\": {},\n", kRecipeMark,
+                                   kRecipeMarkValue, kRecipeVersionName, kRecipeVersion);
+    text += fmt::format("  \"{}\": {},\n  \"{}\": \"{}\"", kRecipeSettings, settingsText(recipe),
+                        kRecipeBackground, colorText(recipe.background));
     if (recipe.text) {
         const auto bytes = serializeText(*recipe.text);
         if (!bytes) return {ErrorCode::InvalidArgument, "The text cannot be kept in a recipe"};
-        json["text"] = encodeBase64(*bytes);
+        text += fmt::format(",\n  \"{}\": \"{}\"", kRecipeText, encodeBase64(*bytes));
     }
-    return json.dump(2) + "\n";
+    return text + "\n}\n";
+} catch (const std::bad_alloc&) {
+    return noMemory();
 }
 
-Result<Recipe> parseRecipe(ByteView bytes) {
+Result<Recipe> parseRecipe(ByteView bytes) try {
     if (bytes.size() > kLargestFile)
         return {ErrorCode::TooLarge, "The recipe is larger than 64 MB"};
-    Json json;
-    if (auto parsed = parseStrictly(bytes, json); !parsed) return parsed.error();
-    if (auto version = checkVersion(json); !version) return version.error();
-    for (const char* needed : {"settings", "background"}) {
-        if (!json.contains(needed)) return damaged(fmt::format("The recipe has no \"{}\"", needed));
+    const auto members = membersOfRecipe(bytes);
+    if (!members) return {ErrorCode::UnknownFormat, "This is not a recipe"};
+    if (members->doubled) {
+        return damaged(fmt::format("The recipe has \"{}\" twice", *members->doubled));
+    }
+    if (auto version = checkVersion(*members); !version) return version.error();
+    for (const std::string_view needed : {kRecipeSettings, kRecipeBackground}) {
+        if (!members->has(needed)) {
+            return damaged(fmt::format("The recipe has no \"{}\"", needed));
+        }
     }
     Recipe recipe;
-    for (const auto& [name, value] : json.items()) {
-        if (auto read = readMember(name, value, recipe); !read) return read.error();
+    for (const std::string& name : members->names) {
+        if (auto read = readMember(name, *members, recipe); !read) return read.error();
     }
     return recipe;
+} catch (const std::bad_alloc&) {
+    return noMemory();
 }
 
 }  // namespace skarnel

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <utility>
 
 #include "recipe/xmp_packet.h"
@@ -65,6 +66,10 @@ bool looksLikeText(ByteView file) {
     return first != file.end() && *first == '{';
 }
 
+Error noMemory() {
+    return {ErrorCode::OutOfMemory, "No memory left"};
+}
+
 }  // namespace
 
 bool canCarryRecipe(std::string_view typeIdentifier) {
@@ -72,13 +77,15 @@ bool canCarryRecipe(std::string_view typeIdentifier) {
            typeIdentifier == kUTTypeJPEG;
 }
 
-Result<Bytes> embedRecipe(ByteView picture, std::string_view recipeText) {
+Result<Bytes> embedRecipe(ByteView picture, std::string_view recipeText) try {
     std::string packet(kPacketStart);
     packet.append(kOpen).append(escaped(recipeText)).append(kClose).append(kPacketEnd);
     return withXmpPacket(picture, packet);
+} catch (const std::bad_alloc&) {
+    return noMemory();
 }
 
-Result<Recipe> readRecipe(ByteView file) {
+Result<Recipe> readRecipe(ByteView file) try {
     if (looksLikeText(file)) return parseRecipe(file);
     const Error none{ErrorCode::NotFound, "The file carries no recipe"};
     const auto packet = xmpPacketOf(file);
@@ -89,6 +96,8 @@ Result<Recipe> readRecipe(ByteView file) {
         return none;
     const std::size_t begin = open + kOpen.size();
     return parseRecipe(bytesOf(unescaped(std::string_view(*packet).substr(begin, close - begin))));
+} catch (const std::bad_alloc&) {
+    return noMemory();
 }
 
 Result<Recipe> readRecipeFile(const std::string& path) {

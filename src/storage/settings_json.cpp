@@ -26,28 +26,6 @@ std::string textOfNonFinite(float value) {
     return std::string(kNanPrefix).append(digits.data(), end);
 }
 
-std::optional<float> nonFiniteOfText(std::string_view text) {
-    if (text == "inf") return std::numeric_limits<float>::infinity();
-    if (text == "-inf") return -std::numeric_limits<float>::infinity();
-    if (text == "nan") return std::bit_cast<float>(kUsualNan);
-    if (!text.starts_with(kNanPrefix)) return std::nullopt;
-    text.remove_prefix(kNanPrefix.size());
-    std::uint32_t bits = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), bits, 16);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    const float value = std::bit_cast<float>(bits);
-    return std::isnan(value) ? std::optional<float>(value) : std::nullopt;
-}
-
-/// The float nearest to a double; none where that would be infinite. The largest float's shortest
-/// decimal form is a little larger than the float itself, by less than half a step.
-std::optional<float> nearestFloat(double value) {
-    constexpr double kLargest = std::numeric_limits<float>::max();
-    constexpr double kHalfStep = 0x1p103;
-    if (!(std::abs(value) < kLargest + kHalfStep)) return std::nullopt;
-    return static_cast<float>(std::clamp(value, -kLargest, kLargest));
-}
-
 /// JSON's numbers are doubles. The double nearest to the float's shortest decimal form prints as
 /// that form ("0.1", not "0.10000000149011612"); should it round to another float, the exact
 /// double is taken.
@@ -56,7 +34,7 @@ double doubleOf(float value) {
     const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
     double shortest = 0;
     std::from_chars(text.data(), end, shortest);
-    const std::optional<float> back = nearestFloat(shortest);
+    const std::optional<float> back = settingOfNumber(shortest);
     const bool same =
         back && std::bit_cast<std::uint32_t>(*back) == std::bit_cast<std::uint32_t>(value);
     return same ? shortest : static_cast<double>(value);
@@ -78,7 +56,7 @@ class SettingsReader final : public nlohmann::json_sax<Json> {
     }
     bool number_float(number_float_t value, const string_t&) override { return takeNumber(value); }
     bool string(string_t& value) override {
-        const std::optional<float> number = nonFiniteOfText(value);
+        const std::optional<float> number = settingOfText(value);
         return take(number ? std::optional<SettingValue>(*number) : std::nullopt);
     }
     bool binary(binary_t&) override { return take(std::nullopt); }
@@ -111,7 +89,7 @@ class SettingsReader final : public nlohmann::json_sax<Json> {
     }
     bool takeNumber(double value) {
         // Nothing of ours wrote a number that a float cannot hold.
-        const std::optional<float> number = nearestFloat(value);
+        const std::optional<float> number = settingOfNumber(value);
         return take(number ? std::optional<SettingValue>(*number) : std::nullopt);
     }
     bool leave() {
@@ -139,6 +117,28 @@ bool isBlank(std::span<const std::uint8_t> bytes) {
 }
 
 }  // namespace
+
+// The nearest float; none where that would be infinite. The largest float's shortest decimal form
+// is a little larger than the float itself, by less than half a step.
+std::optional<float> settingOfNumber(double number) {
+    constexpr double kLargest = std::numeric_limits<float>::max();
+    constexpr double kHalfStep = 0x1p103;
+    if (!(std::abs(number) < kLargest + kHalfStep)) return std::nullopt;
+    return static_cast<float>(std::clamp(number, -kLargest, kLargest));
+}
+
+std::optional<float> settingOfText(std::string_view text) {
+    if (text == "inf") return std::numeric_limits<float>::infinity();
+    if (text == "-inf") return -std::numeric_limits<float>::infinity();
+    if (text == "nan") return std::bit_cast<float>(kUsualNan);
+    if (!text.starts_with(kNanPrefix)) return std::nullopt;
+    text.remove_prefix(kNanPrefix.size());
+    std::uint32_t bits = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), bits, 16);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    const float value = std::bit_cast<float>(bits);
+    return std::isnan(value) ? std::optional<float>(value) : std::nullopt;
+}
 
 ParsedSettings parseSettings(std::span<const std::uint8_t> bytes) {
     ParsedSettings parsed;

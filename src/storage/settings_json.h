@@ -3,8 +3,10 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "storage/settings_store.h"
 
@@ -14,6 +16,12 @@ struct ParsedSettings {
     SettingValues values;
     bool whole = true;  // false: something was there that is not in `values`
 };
+
+/// What one of the file's values means, for files that hold settings among other things: a JSON
+/// number, and the text of a number that JSON has none for. None for what no float can hold, and
+/// for any other text.
+std::optional<float> settingOfNumber(double number);
+std::optional<float> settingOfText(std::string_view text);
 
 /// Reads what can be read. Bytes are hostile. Nothing at all (an empty file) is whole.
 ParsedSettings parseSettings(std::span<const std::uint8_t> bytes);

@@ -215,6 +215,32 @@ TEST(Recipe, DeepNestingIsSurvived) {
     EXPECT_EQ(codeOf(text), ErrorCode::Damaged);
 }
 
+// Two million levels: whatever is as deep as the file is nested ends at the stack's end.
+TEST(Recipe, DeepNestingIsSurvivedInEveryPlace) {
+    const std::string deep = std::string(2'000'000, '[') + std::string(2'000'000, ']');
+    std::string text = whole();
+    text.replace(text.find("200"), 3, deep);
+    EXPECT_EQ(messageOf(text), "The recipe's setting \"alpha\" is missing or damaged");
+    text = whole();
+    text.replace(text.find("\"#000000\""), 9, deep);
+    EXPECT_EQ(messageOf(text), "The recipe's background is no colour");
+    EXPECT_EQ(messageOf(whole(",\"shine\":" + deep)), "The recipe has an unknown member \"shine\"");
+    EXPECT_EQ(codeOf(deep), ErrorCode::UnknownFormat);
+}
+
+TEST(Recipe, AMemberBelowTheSettingsIsNoMember) {
+    // Only the outermost object's members count, and of what lies below only the settings.
+    EXPECT_EQ(codeOf(R"({"a":{"skarnel":"recipe","version":1}})"), ErrorCode::UnknownFormat);
+    EXPECT_EQ(codeOf(R"([{"skarnel":"recipe","version":1}])"), ErrorCode::UnknownFormat);
+    std::string text = whole();
+    text.replace(text.find("200"), 3, R"({"alpha":200})");
+    EXPECT_EQ(messageOf(text), "The recipe's setting \"alpha\" is missing or damaged");
+    EXPECT_EQ(messageOf(whole(R"(,"a":{"b":1,"b":2})")), "The recipe has an unknown member \"a\"");
+    text = whole();
+    text.replace(text.find("\"alpha\":200"), 11, "\"alpha\":200,\"alpha\":100");
+    EXPECT_EQ(messageOf(text), "The recipe has \"alpha\" twice");
+}
+
 TEST(Recipe, EveryCutOffTextIsRefused) {
     const std::string text = *serializeRecipe(someRecipe());
     for (std::size_t size = 0; size + 2 < text.size(); ++size) {
