@@ -3,6 +3,7 @@
 #include <webp/encode.h>
 #include <webp/mux.h>
 
+#include <algorithm>
 #include <string>
 
 #include "imaging/io/pixel_rows.h"
@@ -14,6 +15,11 @@ namespace {
 struct DeleteEncoder {
     void operator()(WebPAnimEncoder* encoder) const { WebPAnimEncoderDelete(encoder); }
 };
+
+/// Of a number that is out of range the nearer end, as for single pictures.
+float qualityPercent(double quality) {
+    return static_cast<float>(std::clamp(quality, 0.0, 1.0) * 100);
+}
 
 /// A WebPPicture that frees its pixels.
 class Picture {
@@ -41,9 +47,9 @@ class AnimatedWebPEncoder final : public AnimationEncoder {
         options.anim_params.loop_count = 0;  // for ever
         encoder_.reset(WebPAnimEncoderNew(width, height, &options));
         const auto quality = numberProperty(properties, kPropertyLossyQuality);
-        const bool ready = quality ? WebPConfigPreset(&config_, WEBP_PRESET_PHOTO,
-                                                      static_cast<float>(*quality * 100)) != 0
-                                   : WebPConfigInit(&config_) != 0;
+        const bool ready =
+            quality ? WebPConfigPreset(&config_, WEBP_PRESET_PHOTO, qualityPercent(*quality)) != 0
+                    : WebPConfigInit(&config_) != 0;
         config_.lossless = quality ? 0 : 1;
         config_.exact = 0;  // invisible colour may be changed
         if (!ready) encoder_.reset();

@@ -22,7 +22,7 @@ class AnimationEncoder {
     AnimationEncoder& operator=(const AnimationEncoder&) = delete;
     virtual ~AnimationEncoder() = default;
 
-    /// Appends a frame; InvalidArgument when its size is another.
+    /// Appends a frame with alpha; InvalidArgument when its size or its form is another.
     virtual Result<void> add(const CGImage& frame) = 0;
 
     /// The whole file; InvalidArgument without any frame. The encoder is used up.
