@@ -7,6 +7,7 @@
 #include <QSplitter>
 #include <QWindow>
 
+#include "qt/accessible_parts.h"
 #include "qt/appearance.h"
 #include "qt/color_well.h"
 #include "qt/companions.h"
@@ -44,6 +45,7 @@ Application::Application(const ApplicationParts& parts)
       textView_(window_.textEditor(), toolkit_.defaultNotificationCenter()),
       colorText_(window_.settings().colorText()),
       applyBackground_(window_.settings().applyBackground()) {
+    describeOwnWidgets();
     toolkit_.setMainWindow(&window_);
     window_.setWindowIcon(applicationIcon());
     setOutlets();

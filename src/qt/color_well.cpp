@@ -4,6 +4,8 @@
 #include <QPainterPath>
 #include <QStyleOptionFocusRect>
 
+#include "qt/accessible_parts.h"
+
 namespace skarnel {
 
 ColorWell::ColorWell(QWidget* parent) : QAbstractButton(parent) {
@@ -16,6 +18,7 @@ void ColorWell::setColor(const QColor& color) {
     if (color == color_) return;
     color_ = color;
     update();
+    announceColor(*this);
 }
 
 QSize ColorWell::sizeHint() const {

@@ -15,6 +15,7 @@
 #include <QTextCursor>
 #include <QUrl>
 
+#include "qt/accessible_parts.h"
 #include "qt/appearance.h"
 #include "qt/application.h"
 #include "qt/companions.h"
@@ -234,8 +235,10 @@ void Application::connectView() {
             controller_.switchToolMode(&sender);
         });
     Viewer& viewer = window_.viewer();
-    connect(&viewer, &Viewer::zoomChanged, this,
-            [this, &viewer] { actions_.showZoom(viewer.zoomFactor()); });
+    connect(&viewer, &Viewer::zoomChanged, this, [this, &viewer] {
+        actions_.showZoom(viewer.zoomFactor());
+        announceValue(viewer);
+    });
     connect(&viewer, &Viewer::toolModeChanged, this, [this, &viewer] {
         actions_.tools[static_cast<std::size_t>(viewer.toolMode())]->setChecked(true);
     });

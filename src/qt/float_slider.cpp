@@ -6,6 +6,8 @@
 #include <QWheelEvent>
 #include <cmath>
 
+#include "qt/accessible_parts.h"
+
 namespace skarnel {
 
 FloatSlider::FloatSlider(const SettingRange& range, QWidget* parent)
@@ -17,14 +19,17 @@ FloatSlider::FloatSlider(const SettingRange& range, QWidget* parent)
     setMinimumWidth(90);
     connect(this, &QSlider::valueChanged, this, [this](int position) {
         value_ = valueAtPosition(range_, position);
+        announceValue(*this);
         emit edited(value_);
     });
 }
 
 void FloatSlider::setFloatValue(float value) {
+    const bool another = value != value_;
     const QSignalBlocker quiet(this);
     setValue(positionOfValue(range_, value));
     value_ = value;
+    if (another) announceValue(*this);
 }
 
 bool FloatSlider::onHandle(const QPoint& place) const {

@@ -1,0 +1,20 @@
+// What a screen reader is told of the widgets that the toolkit does not know.
+#pragma once
+
+namespace skarnel {
+
+class ColorWell;
+class FloatSlider;
+class Viewer;
+
+/// From now on the viewer is a picture with its size and zoom as its value, a setting's slider has
+/// the setting's own number and unit, and the colour well tells its colour. Before the first of
+/// these widgets is asked about; a second call does nothing.
+void describeOwnWidgets();
+
+/// Tells a screen reader that what the widget shows is another now.
+void announceValue(FloatSlider& slider);
+void announceValue(Viewer& viewer);
+void announceColor(ColorWell& well);
+
+}  // namespace skarnel
