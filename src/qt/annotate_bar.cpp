@@ -17,10 +17,10 @@ struct MarkColor {
 };
 
 const MarkColor kMarkColors[] = {
-    {QT_TRANSLATE_NOOP("AnnotateBar", "Red"), QColor(0xFF, 0x3B, 0x30)},
-    {QT_TRANSLATE_NOOP("AnnotateBar", "Yellow"), QColor(0xFF, 0xCC, 0x00)},
-    {QT_TRANSLATE_NOOP("AnnotateBar", "Blue"), QColor(0x0A, 0x84, 0xFF)},
-    {QT_TRANSLATE_NOOP("AnnotateBar", "White"), QColor(0xFF, 0xFF, 0xFF)},
+    {QT_TRANSLATE_NOOP("skarnel::AnnotateBar", "Red"), QColor(0xFF, 0x3B, 0x30)},
+    {QT_TRANSLATE_NOOP("skarnel::AnnotateBar", "Yellow"), QColor(0xFF, 0xCC, 0x00)},
+    {QT_TRANSLATE_NOOP("skarnel::AnnotateBar", "Blue"), QColor(0x0A, 0x84, 0xFF)},
+    {QT_TRANSLATE_NOOP("skarnel::AnnotateBar", "White"), QColor(0xFF, 0xFF, 0xFF)},
 };
 
 QIcon dotIcon(const QColor& color) {

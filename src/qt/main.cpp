@@ -3,12 +3,14 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QLocale>
 #include <QUrl>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
 #include "qt/application.h"
+#include "qt/languages.h"
 #include "qt/process_walls.h"
 #include "qt/program_parts.h"
 #include "qt/single_instance.h"
@@ -116,6 +118,9 @@ int main(int argc, char** argv) {
     QApplication::setDesktopFileName(QStringLiteral(SKARNEL_DESKTOP_ID));
     // A hidden window or a closed panel is no reason to end; closing the main window is.
     QApplication::setQuitOnLastWindowClosed(false);
+
+    // Before the first widget, which reads its texts when it is made.
+    const skarnel::Language language(skarnel::catalogueFor(QLocale::system().uiLanguages()));
 
     const QStringList arguments = QApplication::arguments();
     if (const QString* option = unknownOption(arguments)) {

@@ -3,8 +3,10 @@
 #include <QAction>
 #include <QActionGroup>
 #include <QLabel>
+#include <QLocale>
 #include <QMenu>
 #include <QMenuBar>
+#include <QRegularExpression>
 #include <QToolBar>
 #include <QToolButton>
 
@@ -20,6 +22,12 @@ void setKeys(QAction* action, const QList<QKeySequence>& keys) {
     if (keys.isEmpty()) return;
     action->setToolTip(QStringLiteral("%1 (%2)").arg(
         action->toolTip(), keys.front().toString(QKeySequence::NativeText)));
+}
+
+/// The name alone: in Chinese and Japanese the key stands behind it, as in "X(&O)…".
+QString withoutMnemonic(QString text) {
+    static const QRegularExpression marks(QStringLiteral("\\s*\\(&.\\)|&|…"));
+    return text.remove(marks);
 }
 
 QKeySequence key(QKeyCombination combination) {
@@ -73,7 +81,7 @@ void MainActions::makeEdit() {
     copySelection = make(tr("Copy Se&lection"), {}, tr("Copy the selected part of what is shown"));
     setKeys(copySelection, {key(Qt::CTRL | Qt::SHIFT | Qt::Key_C)});
     copySelection->setEnabled(false);
-    paste = make(tr("P&aste Picture"), {}, tr("Make the picture on the clipboard the source"));
+    paste = make(tr("Pas&te Picture"), {}, tr("Make the picture on the clipboard the source"));
     setKeys(paste, {QKeySequence::Paste});
     selectAll = make(tr("Select &All"), {}, tr("Select the whole picture"));
     setKeys(selectAll, {QKeySequence::SelectAll});
@@ -217,7 +225,7 @@ void MainActions::fillToolBar() {
         auto* button = qobject_cast<QToolButton*>(toolBar->widgetForAction(action));
         if (button == nullptr) continue;
         button->setFocusPolicy(Qt::TabFocus);
-        button->setAccessibleName(action->text().remove(QLatin1Char('&')));
+        button->setAccessibleName(withoutMnemonic(action->text()));
     }
 }
 
@@ -226,14 +234,17 @@ void MainActions::showHistory(const SettingsModel& model) {
     const bool changing = history.isGestureOpen();
     undo->setEnabled(history.canUndo() || changing);
     redo->setEnabled(history.canRedo() && !changing);
-    undo->setText(tr("&Undo %1").arg(QString::fromStdString(history.undoLabel())).trimmed());
-    redo->setText(tr("&Redo %1").arg(QString::fromStdString(history.redoLabel())).trimmed());
+    const QString undone = QString::fromStdString(history.undoLabel());
+    const QString redone = QString::fromStdString(history.redoLabel());
+    undo->setText(undone.isEmpty() ? tr("&Undo") : tr("&Undo %1").arg(undone));
+    redo->setText(redone.isEmpty() ? tr("&Redo") : tr("&Redo %1").arg(redone));
 }
 
 void MainActions::showZoom(double factor) {
     const double percent = factor * 100;
-    zoomLabel_->setText(
-        QStringLiteral("%1 %").arg(QString::number(percent, 'f', percent < 10 ? 1 : 0)));
+    const QString number = QLocale().toString(percent, 'f', percent < 10 ? 1 : 0);
+    zoomLabel_->setText(tr("%1 %").arg(number));
+    zoomLabel_->setAccessibleName(tr("Zoom: %1 %").arg(number));
 }
 
 }  // namespace skarnel

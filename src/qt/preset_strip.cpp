@@ -22,6 +22,22 @@ constexpr int kMargin = 4;           // of the picture within its tile
 constexpr int kCalm = 150;           // milliseconds without a change before work begins
 constexpr int kPause = 8;            // milliseconds between two thumbnails
 
+/// The catalogues are made from the sources of this folder, which do not name the looks otherwise.
+[[maybe_unused]] constexpr const char* kNames[] = {
+    QT_TRANSLATE_NOOP("skarnel::PresetStrip", "Mirror"),
+    QT_TRANSLATE_NOOP("skarnel::PresetStrip", "Subtle Floor"),
+    QT_TRANSLATE_NOOP("skarnel::PresetStrip", "Glossy Table"),
+    QT_TRANSLATE_NOOP("skarnel::PresetStrip", "Tall Mirror"),
+    QT_TRANSLATE_NOOP("skarnel::PresetStrip", "Still Water"),
+    QT_TRANSLATE_NOOP("skarnel::PresetStrip", "Stage"),
+    QT_TRANSLATE_NOOP("skarnel::PresetStrip", "Floating"),
+    QT_TRANSLATE_NOOP("skarnel::PresetStrip", "Shop Window"),
+    QT_TRANSLATE_NOOP("skarnel::PresetStrip", "Card to the Left"),
+    QT_TRANSLATE_NOOP("skarnel::PresetStrip", "Card to the Right"),
+    QT_TRANSLATE_NOOP("skarnel::PresetStrip", "Cover"),
+    QT_TRANSLATE_NOOP("skarnel::PresetStrip", "Twin"),
+};
+
 QString translated(const Preset& preset) {
     return PresetStrip::tr(preset.name.data());  // all names are whole literals
 }
@@ -77,6 +93,8 @@ void PresetStrip::build() {
     row->setContentsMargins(4, 2, 4, 2);
     row->setSpacing(4);
     list_->setAccessibleName(tr("Looks"));
+    list_->setAccessibleDescription(
+        tr("Return uses a look; F2 renames and Delete removes one of your own"));
     list_->setViewMode(QListView::IconMode);
     list_->setFlow(QListView::LeftToRight);
     list_->setWrapping(false);
@@ -180,10 +198,10 @@ void PresetStrip::saveCurrent() {
 void PresetStrip::showMenu(QPoint place) {
     QListWidgetItem* item = list_->itemAt(place);
     QMenu menu(this);
-    menu.addAction(tr("Save Settings as Look"), this, &PresetStrip::saveCurrent);
+    menu.addAction(tr("&Save Settings as Look"), this, &PresetStrip::saveCurrent);
     if (item != nullptr && item->data(kIsUserRole).toBool()) {
-        menu.addAction(tr("Rename"), this, [this, item] { list_->editItem(item); });
-        menu.addAction(tr("Remove"), this, [this, item] { removeItem(*item); });
+        menu.addAction(tr("&Rename"), this, [this, item] { list_->editItem(item); });
+        menu.addAction(tr("Re&move"), this, [this, item] { removeItem(*item); });
     }
     menu.exec(list_->viewport()->mapToGlobal(place));
 }

@@ -10,6 +10,7 @@
 #include <QUrl>
 
 #include "qt/application.h"
+#include "qt/cause_text.h"
 #include "qt/settings_panel.h"
 #include "qt/styled_document.h"
 #include "qt/text_bar.h"
@@ -53,11 +54,11 @@ RecipeCommands::RecipeCommands(Application& application)
 
 void RecipeCommands::makeActions() {
     MainWindow& window = application_.window();
-    save_ = new QAction(tr("Save Recipe…"), &window);
+    save_ = new QAction(tr("Save Reci&pe…"), &window);
     save_->setToolTip(tr("Save the settings, the background and the text as a file"));
-    open_ = new QAction(tr("Open Recipe…"), &window);
+    open_ = new QAction(tr("Ope&n Recipe…"), &window);
     open_->setToolTip(tr("Use the settings, the background and the text of a recipe"));
-    take_ = new QAction(tr("Take Settings From…"), &window);
+    take_ = new QAction(tr("&Take Settings From…"), &window);
     take_->setToolTip(tr("Use the settings of a recipe, or of a picture that carries one"));
     connect(save_, &QAction::triggered, this, [this] {
         const QString proposed =
@@ -131,8 +132,8 @@ bool RecipeCommands::saveTo(const QString& path) {
                                Overwrite::Allow)
              : Result<void>(text.error());
     if (!written) {
-        application_.window().tell(tr("The recipe cannot be saved: %1.")
-                                       .arg(QString::fromStdString(written.error().message)));
+        application_.window().tell(
+            tr("The recipe cannot be saved: %1.").arg(causeText(written.error())));
     }
     return written.hasValue();
 }
@@ -141,8 +142,7 @@ std::optional<Recipe> RecipeCommands::read(const QString& path) {
     Result<Recipe> recipe = readRecipeFile(path.toStdString());
     if (recipe) return *std::move(recipe);
     application_.window().tell(
-        QStringLiteral("“%1”: %2.")
-            .arg(QFileInfo(path).fileName(), QString::fromStdString(recipe.error().message)));
+        tr("“%1”: %2.").arg(QFileInfo(path).fileName(), causeText(recipe.error())));
     return std::nullopt;
 }
 

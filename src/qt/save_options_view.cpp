@@ -6,6 +6,7 @@
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLocale>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QSpinBox>
@@ -48,6 +49,13 @@ QWidget* between(const QString& low, QWidget* slider, const QString& high) {
     row->addWidget(slider, 1);
     row->addWidget(new QLabel(high));
     return holder;
+}
+
+/// The form would take the whole row for what the label's key leads to.
+QLabel* labelOf(QWidget& control, const QString& text) {
+    auto* label = new QLabel(text);
+    label->setBuddy(&control);
+    return label;
 }
 
 }  // namespace
@@ -101,7 +109,7 @@ void SaveOptionsView::offerRecipe(const std::string& text) {
 QString SaveOptionsView::resolutionText() const {
     const auto dpi = number(initial_, kPropertyDpiWidth);
     if (!dpi || !(*dpi > 0)) return tr("none, as the source");
-    return tr("%1 dpi, as the source").arg(QString::number(*dpi, 'g', 4));
+    return tr("%1 dpi, as the source").arg(QLocale().toString(*dpi, 'g', 4));
 }
 
 QWidget* SaveOptionsView::plainPage() {
@@ -133,7 +141,8 @@ QWidget* SaveOptionsView::pngPage() {
     pngLevel_->setAccessibleName(tr("Compression"));
     pngLevel_->setRange(0, 9);
     pngLevel_->setValue(static_cast<int>(number(initial_, kPropertyCompressionLevel).value_or(6)));
-    form->addRow(tr("&Compression:"), between(tr("Fast"), pngLevel_, tr("Small")));
+    form->addRow(labelOf(*pngLevel_, tr("&Compression:")),
+                 between(tr("Fast"), pngLevel_, tr("Small")));
     connect(pngLevel_, &QSlider::valueChanged, this, &SaveOptionsView::changed);
     return page;
 }
@@ -159,7 +168,7 @@ QWidget* SaveOptionsView::qualityPage() {
     auto* row = new QHBoxLayout;
     row->addWidget(quality_, 1);
     row->addWidget(qualityNumber_);
-    form->addRow(tr("&Quality:"), row);
+    form->addRow(labelOf(*quality_, tr("&Quality:")), row);
     return page;
 }
 

@@ -1,6 +1,7 @@
 // The one table of the settings as the window offers them: names, ranges, steps.
 #pragma once
 
+#include <QtGlobal>
 #include <array>
 #include <cmath>
 #include <string_view>
@@ -31,23 +32,36 @@ enum class SettingGroup { Reflection, Fade, Turn };
 /// In the order in which they act on the picture, which is the order on the panel: three of the
 /// reflection's shape, three of its fade, the turn of the whole.
 inline constexpr std::array<SettingRange, 7> kSettingRanges{{
-    {"perspectiveHeight", "Height", "%", "Height of the reflection, in percent of the picture's", 1,
-     200, 1, 10, -1000, 1000},
-    {"perspectiveWidth", "Width", "%",
-     "Widening of the reflection at its far edge, in percent of the picture's width on each side",
+    {"perspectiveHeight", QT_TRANSLATE_NOOP("skarnel::SettingsPanel", "Height"), "%",
+     QT_TRANSLATE_NOOP("skarnel::SettingsPanel",
+                       "Height of the reflection, in percent of the picture's"),
+     1, 200, 1, 10, -1000, 1000},
+    {"perspectiveWidth", QT_TRANSLATE_NOOP("skarnel::SettingsPanel", "Width"), "%",
+     QT_TRANSLATE_NOOP("skarnel::SettingsPanel",
+                       "Widening of the reflection at its far edge, in percent of the picture's "
+                       "width on each side"),
      -40, 100, 1, 10, -49, 1000},
-    {"offset", "Gap", "%",
-     "Gap between picture and reflection, in percent of the reflection's height", -50, 100, 1, 10,
-     -1000, 1000},
-    {"start", "Start", "%", "Lift of the fade, in percent of the reflection's height", -100, 100, 1,
-     10, -1000, 1000},
-    {"gradient", "Gradient", "/10", "Steepness of the fade, in tenths of its exponent", 0, 50, 0.5F,
-     5, -1000, 1000},
-    {"alpha", "Opacity", "/255", "Peak opacity of the reflection; above 255 bright parts turn dark",
+    {"offset", QT_TRANSLATE_NOOP("skarnel::SettingsPanel", "Gap"), "%",
+     QT_TRANSLATE_NOOP("skarnel::SettingsPanel",
+                       "Gap between picture and reflection, in percent of the reflection's height"),
+     -50, 100, 1, 10, -1000, 1000},
+    {"start", QT_TRANSLATE_NOOP("skarnel::SettingsPanel", "Start"), "%",
+     QT_TRANSLATE_NOOP("skarnel::SettingsPanel",
+                       "Lift of the fade, in percent of the reflection's height"),
+     -100, 100, 1, 10, -1000, 1000},
+    {"gradient", QT_TRANSLATE_NOOP("skarnel::SettingsPanel", "Gradient"), "/10",
+     QT_TRANSLATE_NOOP("skarnel::SettingsPanel",
+                       "Steepness of the fade, in tenths of its exponent"),
+     0, 50, 0.5F, 5, -1000, 1000},
+    {"alpha", QT_TRANSLATE_NOOP("skarnel::SettingsPanel", "Opacity"), "/255",
+     QT_TRANSLATE_NOOP("skarnel::SettingsPanel",
+                       "Peak opacity of the reflection; above 255 bright parts turn dark"),
      0, 255, 1, 16, 0, 10000},
-    {"imagePerspective", "Turn", "%",
-     "Turn of the whole picture in perspective: level at 0, 50 and 100, strongest at 25 and 75", 0,
-     100, 0.5F, 5, -1000, 1000},
+    {"imagePerspective", QT_TRANSLATE_NOOP("skarnel::SettingsPanel", "Turn"), "%",
+     QT_TRANSLATE_NOOP("skarnel::SettingsPanel",
+                       "Turn of the whole picture in perspective: level at 0, 50 and 100, "
+                       "strongest at 25 and 75"),
+     0, 100, 0.5F, 5, -1000, 1000},
 }};
 
 constexpr const SettingRange* settingRange(std::string_view key) {

@@ -144,7 +144,7 @@ void SettingsPanel::addBackground(QVBoxLayout& column) {
     row->addWidget(colorText_);
     row->addStretch(1);
     column.addLayout(row);
-    applyBackground_ = new QCheckBox(tr("&Fill the result with it"));
+    applyBackground_ = new QCheckBox(tr("Fi&ll the result with it"));
     applyBackground_->setToolTip(
         tr("Lay the background colour under the result, so that it is saved too"));
     applyBackground_->setObjectName(QStringLiteral("applyBackgroundColorButton"));

@@ -47,7 +47,7 @@ void TextBar::addFont(QHBoxLayout& row) {
     family_ = new QFontComboBox;
     family_->setAccessibleName(tr("Typeface"));
     family_->setToolTip(tr("Typeface"));
-    family_->setMinimumContentsLength(8);
+    family_->setMinimumContentsLength(5);
     family_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     family_->setMaximumWidth(190);
     size_ = new QComboBox;

@@ -34,7 +34,8 @@ Viewer::Viewer(QWidget* parent)
     setMouseTracking(true);
     grabGesture(Qt::PinchGesture);
     setAccessibleName(tr("Picture"));
-    setAccessibleDescription(tr("The picture with its reflection, as it would be saved"));
+    setAccessibleDescription(
+        tr("The picture with its reflection, as it would be saved; Space shows the picture alone"));
     connect(scrollBars_, &ViewerScrollBars::scrolled, this, [this](double x, double y) {
         const ViewerSheet before = sheet_;
         sheet_.view.setScroll({x, y});

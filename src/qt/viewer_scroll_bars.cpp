@@ -32,6 +32,8 @@ ViewerScrollBars::ViewerScrollBars(QWidget& viewer)
         bar->hide();
         connect(bar, &QScrollBar::valueChanged, this, moved);
     }
+    // A picture has its left edge on the left, whatever the direction of writing.
+    horizontal_->setLayoutDirection(Qt::LeftToRight);
     horizontal_->setAccessibleName(tr("Picture, sideways"));
     vertical_->setAccessibleName(tr("Picture, up and down"));
 }

@@ -1,0 +1,65 @@
+#include "qt/cause_text.h"
+
+#include <QCoreApplication>
+#include <QRegularExpression>
+
+namespace skarnel {
+namespace {
+
+constexpr const char* kContext = "Cause";
+
+/// The causes that the window passes on, as the folders below word them; %1 and %2 stand for what
+/// differs from case to case.
+constexpr const char* kCauses[] = {
+    QT_TRANSLATE_NOOP("Cause", "The file carries no recipe"),
+    QT_TRANSLATE_NOOP("Cause", "This is not a recipe"),
+    QT_TRANSLATE_NOOP("Cause", "The recipe is larger than 64 MB"),
+    QT_TRANSLATE_NOOP("Cause", "The recipe does not say its version"),
+    QT_TRANSLATE_NOOP("Cause", "The recipe has version %1 and this program reads up to version %2"),
+    QT_TRANSLATE_NOOP("Cause", "The recipe has \"%1\" twice"),
+    QT_TRANSLATE_NOOP("Cause", "The recipe's setting \"%1\" is missing or damaged"),
+    QT_TRANSLATE_NOOP("Cause", "The recipe has a setting that this program does not know"),
+    QT_TRANSLATE_NOOP("Cause", "The recipe's settings are damaged"),
+    QT_TRANSLATE_NOOP("Cause", "The recipe's background is no colour"),
+    QT_TRANSLATE_NOOP("Cause", "The recipe has no \"%1\""),
+    QT_TRANSLATE_NOOP("Cause", "The recipe has an unknown member \"%1\""),
+    QT_TRANSLATE_NOOP("Cause", "The text cannot be kept in a recipe"),
+    QT_TRANSLATE_NOOP("Cause", "The recipe's text is damaged: %1"),
+    QT_TRANSLATE_NOOP("Cause", "The recipe's text is damaged"),
+    QT_TRANSLATE_NOOP("Cause", "The picture's structure cannot be followed"),
+    QT_TRANSLATE_NOOP("Cause", "The folder does not exist"),
+    QT_TRANSLATE_NOOP("Cause", "It is a folder"),
+    QT_TRANSLATE_NOOP("Cause", "It is not an ordinary file"),
+    QT_TRANSLATE_NOOP("Cause", "The file is too large"),
+    QT_TRANSLATE_NOOP("Cause", "Nothing more could be written"),
+    QT_TRANSLATE_NOOP("Cause", "Out of memory"),
+};
+
+/// What stands in the places of %1 and %2, in their order; none when the cause is another one.
+std::optional<QStringList> placesIn(const QString& message, const char* cause) {
+    QString pattern = QRegularExpression::escape(QString::fromLatin1(cause));
+    pattern.replace(QRegularExpression(QStringLiteral("\\\\%[12]")), QStringLiteral("(.*)"));
+    const QRegularExpressionMatch match =
+        QRegularExpression(QRegularExpression::anchoredPattern(pattern),
+                           QRegularExpression::DotMatchesEverythingOption)
+            .match(message);
+    if (!match.hasMatch()) return std::nullopt;
+    return match.capturedTexts().mid(1);
+}
+
+}  // namespace
+
+QString causeText(const Error& error) {
+    const QString message = QString::fromStdString(error.message);
+    for (const char* cause : kCauses) {
+        const auto places = placesIn(message, cause);
+        if (!places) continue;
+        const QString text = QCoreApplication::translate(kContext, cause);
+        if (places->isEmpty()) return text;
+        return places->size() == 1 ? text.arg(places->at(0))
+                                   : text.arg(places->at(0), places->at(1));
+    }
+    return message;
+}
+
+}  // namespace skarnel

@@ -1,0 +1,418 @@
+// The window in its languages: complete catalogues, keys that differ, and room for every text.
+#include "qt/languages.h"
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QDirIterator>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QScrollBar>
+#include <QSet>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QToolBar>
+#include <QXmlStreamReader>
+
+#include "application_fixture.h"
+#include "qt/cause_text.h"
+#include "qt/float_slider.h"
+#include "qt/number_field.h"
+#include "qt/save_options_view.h"
+#include "recipe/presets.h"
+#include "recipe/recipe.h"
+
+namespace skarnel {
+namespace {
+
+// Which language ----------------------------------------------------------------------------------
+
+TEST(Languages, TheFirstThatIsSpokenIsChosen) {
+    const struct {
+        const char* name;
+        QStringList wanted;
+        const char* catalogue;
+    } rows[] = {
+        {"plain", {"de"}, "de"},
+        {"with a country", {"de-AT", "de"}, "de"},
+        {"with an underscore and an encoding", {"fr_CA.UTF-8"}, "fr"},
+        {"without a catalogue", {"nb-NO"}, ""},
+        {"the next one", {"nb-NO", "es-ES"}, "es"},
+        {"English before others", {"en-GB", "de-DE"}, ""},
+        {"the C locale before others", {"C", "de-DE"}, ""},
+        {"none", {}, ""},
+        {"simplified Chinese", {"zh-CN"}, "zh_CN"},
+        {"simplified Chinese by its script", {"zh-Hans-SG"}, "zh_CN"},
+        {"Chinese", {"zh"}, "zh_CN"},
+        {"traditional Chinese", {"zh-TW"}, ""},
+        {"traditional Chinese by its script", {"zh-Hant-HK", "ja-JP"}, "ja"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(catalogueFor(row.wanted), QLatin1String(row.catalogue)) << row.name;
+}
+
+// The catalogues ----------------------------------------------------------------------------------
+
+struct Message {
+    QString context;
+    QString source;
+    QString translation;
+    bool finished = false;
+};
+
+QString catalogueFile(const QString& folder, const char* language) {
+    return folder + QStringLiteral("/skarnel_") + QLatin1String(language) + QStringLiteral(".ts");
+}
+
+std::vector<Message> messagesOf(const QString& path) {
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+    QXmlStreamReader xml(&file);
+    std::vector<Message> messages;
+    Message message;
+    while (!xml.atEnd()) {
+        xml.readNext();
+        if (!xml.isStartElement()) continue;
+        if (xml.name() == QLatin1String("name")) message.context = xml.readElementText();
+        if (xml.name() == QLatin1String("source")) message.source = xml.readElementText();
+        if (xml.name() != QLatin1String("translation")) continue;
+        message.finished = !xml.attributes().hasAttribute(QLatin1String("type"));
+        message.translation = xml.readElementText();
+        messages.push_back(message);
+    }
+    EXPECT_FALSE(xml.hasError()) << path.toStdString();
+    EXPECT_GT(messages.size(), 200U) << path.toStdString();
+    return messages;
+}
+
+QStringList matches(const QString& text, const char* pattern) {
+    QStringList found;
+    auto each = QRegularExpression(QString::fromLatin1(pattern)).globalMatch(text);
+    while (each.hasNext()) found << each.next().captured();
+    found.sort();
+    return found;
+}
+
+/// What a text and its translation must have in common; empty when they do.
+QString difference(const Message& message) {
+    const QString& from = message.source;
+    const QString& to = message.translation;
+    if (matches(from, "%\\d") != matches(to, "%\\d")) return QStringLiteral("placeholders");
+    if (matches(from, "\\*\\.\\w+") != matches(to, "\\*\\.\\w+")) return QStringLiteral("patterns");
+    if (from.count(QLatin1Char('&')) != to.count(QLatin1Char('&'))) return QStringLiteral("key");
+    if (from.endsWith(QChar(0x2026)) != to.endsWith(QChar(0x2026)))
+        return QStringLiteral("ellipsis");
+    const bool colon = to.endsWith(QLatin1Char(':')) || to.endsWith(QChar(0xFF1A));
+    if (from.endsWith(QLatin1Char(':')) != colon) return QStringLiteral("colon");
+    const bool stop = to.endsWith(QLatin1Char('.')) || to.endsWith(QChar(0x3002));
+    if (from.endsWith(QLatin1Char('.')) != stop) return QStringLiteral("full stop");
+    return to != to.trimmed() ? QStringLiteral("spaces") : QString();
+}
+
+TEST(Catalogues, TheCheckFindsEveryKindOfMistake) {
+    const struct {
+        const char* from;
+        const char* to;
+        const char* found;
+    } rows[] = {
+        {"&Open…", "&Öffnen…", ""},          {"%1 and %2", "%2, %1", ""},
+        {"%1 and %2", "%1", "placeholders"}, {"Recipes (*.skarnel)", "Rezepte", "patterns"},
+        {"&Open", "Öffnen", "key"},          {"Open…", "Öffnen", "ellipsis"},
+        {"Format:", "Format", "colon"},      {"It is.", "Es ist", "full stop"},
+        {"Text", "Text ", "spaces"},         {"Save in:", "保存位置：", ""},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(difference({{}, QString::fromUtf8(row.from), QString::fromUtf8(row.to), true}),
+                  QLatin1String(row.found))
+            << row.from;
+}
+
+TEST(Catalogues, EveryTextIsTranslatedAndKeepsItsParts) {
+    for (const char* language : kCatalogues) {
+        const QString path = catalogueFile(QStringLiteral(SKARNEL_CATALOGUE_SOURCES), language);
+        for (const Message& message : messagesOf(path)) {
+            EXPECT_TRUE(message.finished && !message.translation.isEmpty())
+                << language << ": " << message.source.toStdString();
+            EXPECT_EQ(difference(message), QString())
+                << language << ": " << message.translation.toStdString();
+        }
+    }
+}
+
+TEST(Catalogues, HaveEveryTextOfTheSourcesAndNoOther) {
+    if (QStandardPaths::findExecutable(QStringLiteral("lupdate"),
+                                       {QStringLiteral("/usr/lib/qt6/bin")})
+            .isEmpty())
+        GTEST_SKIP() << "lupdate is not installed";
+    const QTemporaryDir copies;
+    const QString sources = QStringLiteral(SKARNEL_CATALOGUE_SOURCES);
+    for (const char* language : kCatalogues)
+        ASSERT_TRUE(
+            QFile::copy(catalogueFile(sources, language), catalogueFile(copies.path(), language)));
+    ASSERT_EQ(QProcess::execute(sources + QStringLiteral("/../../tools/update-translations"),
+                                {copies.path()}),
+              0);
+    for (const char* language : kCatalogues) {
+        const auto before = messagesOf(catalogueFile(sources, language));
+        const auto after = messagesOf(catalogueFile(copies.path(), language));
+        EXPECT_EQ(before.size(), after.size()) << language;
+        for (const Message& message : after)
+            EXPECT_TRUE(message.finished)
+                << language << " lacks " << message.context.toStdString() << ": "
+                << message.source.toStdString() << "; run tools/update-translations";
+    }
+}
+
+// The window --------------------------------------------------------------------------------------
+
+QString without(QString text, const QString& part) {
+    return text.remove(part);
+}
+
+class LanguagesTest : public ApplicationTest {
+  protected:
+    ~LanguagesTest() override {
+        app.reset();
+        QApplication::setLayoutDirection(Qt::LeftToRight);
+    }
+
+    /// The window in a language; English for an empty name.
+    void startIn(const char* catalogue) {
+        app.reset();
+        language.reset();
+        language = std::make_unique<Language>(QString::fromLatin1(catalogue));
+        ASSERT_TRUE(language->isSpoken()) << catalogue;
+        start();
+    }
+
+    std::unique_ptr<Language> language;
+};
+
+TEST_F(LanguagesTest, SayTheFileMenu) {
+    const struct {
+        const char* catalogue;
+        const char* title;
+    } rows[] = {{"", "&File"},      {"de", "&Datei"},       {"es", "&Archivo"},
+                {"fr", "&Fichier"}, {"ja", "ファイル(&F)"}, {"zh_CN", "文件(&F)"}};
+    for (const auto& row : rows) {
+        startIn(row.catalogue);
+        EXPECT_EQ(window().menuBar()->actions().front()->text(), QString::fromUtf8(row.title));
+    }
+}
+
+TEST_F(LanguagesTest, ALanguageWithoutCatalogueSaysSo) {
+    EXPECT_FALSE(Language(QStringLiteral("tlh")).isSpoken());
+    EXPECT_TRUE(Language(QString()).isSpoken());
+}
+
+TEST_F(LanguagesTest, TheLooksAndTheSettingsAreTranslatedToo) {
+    startIn("de");
+    for (const Preset& preset : builtInPresets()) {
+        const QString name =
+            QCoreApplication::translate("skarnel::PresetStrip", preset.name.data());
+        EXPECT_NE(name, QString::fromUtf8(preset.name.data())) << preset.name;
+    }
+    EXPECT_EQ(panel().slider("perspectiveHeight").accessibleName(), QStringLiteral("Höhe"));
+    EXPECT_EQ(panel().field("offset").accessibleName(), QStringLiteral("Abstand, Zahl"));
+}
+
+TEST_F(LanguagesTest, TheToolkitSpeaksTheLanguageToo) {
+    startIn("de");
+    if (!language->isSpokenByToolkit())
+        GTEST_SKIP() << "the toolkit's catalogues are not installed";
+    EXPECT_EQ(QCoreApplication::translate("QPlatformTheme", "Cancel"), QStringLiteral("Abbrechen"));
+}
+
+TEST_F(LanguagesTest, WhatIsWrittenIntoThePictureAndTheAlertsStaysEnglish) {
+    startIn("ja");
+    EXPECT_EQ(window().textEditor().text().characters(), u"Enter text for imaging here");
+    EXPECT_EQ(app->controller().saveFilename, "TavelinLogo");
+}
+
+TEST_F(LanguagesTest, AnEndedLanguageLeavesEnglish) {
+    startIn("fr");
+    startIn("");
+    EXPECT_EQ(app->actions().undo->text(), QStringLiteral("&Undo"));
+}
+
+TEST_F(LanguagesTest, TheUndoCommandNamesTheChange) {
+    startIn("de");
+    EXPECT_EQ(app->actions().undo->text(), QStringLiteral("&Rückgängig"));
+    app->model().changeNumber(QStringLiteral("Höhe"), "perspectiveHeight", 30);
+    EXPECT_EQ(app->actions().undo->text(), QStringLiteral("&Rückgängig: Höhe"));
+}
+
+TEST_F(LanguagesTest, ToolButtonsAreNamedWithoutTheKeyOfTheMenu) {
+    for (const char* catalogue : {"", "ja"}) {
+        startIn(catalogue);
+        const QWidget* open = app->actions().toolBar->widgetForAction(app->actions().open);
+        EXPECT_EQ(open->accessibleName(),
+                  *catalogue == 0 ? QStringLiteral("Open") : QStringLiteral("開く"));
+    }
+}
+
+TEST_F(LanguagesTest, ARecipesFaultIsToldInTheLanguage) {
+    startIn("de");
+    const struct {
+        const char* file;
+        const char* told;
+    } rows[] = {
+        {"{}", "Das ist kein Rezept"},
+        {R"({"skarnel":"recipe","version":7})",
+         "Das Rezept hat Version 7, dieses Programm liest bis Version 1"},
+        {R"({"skarnel":"recipe"})", "Das Rezept nennt seine Version nicht"},
+        {R"({"skarnel":"recipe","version":1,"version":1})", "Das Rezept enthält „version“ zweimal"},
+        {R"({"skarnel":"recipe","version":1,"background":"#000000"})",
+         "Im Rezept fehlt „settings“"},
+    };
+    for (const auto& row : rows) {
+        const std::string_view text(row.file);
+        const auto recipe =
+            parseRecipe({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+        ASSERT_FALSE(recipe);
+        EXPECT_EQ(causeText(recipe.error()), QString::fromUtf8(row.told)) << text;
+    }
+    EXPECT_EQ(causeText({ErrorCode::Failed, "Something else"}), QStringLiteral("Something else"));
+}
+
+// Keys --------------------------------------------------------------------------------------------
+
+QChar keyOf(const QString& text) {
+    const qsizetype at = without(text, QStringLiteral("&&")).indexOf(QLatin1Char('&'));
+    return at < 0 ? QChar() : without(text, QStringLiteral("&&")).at(at + 1).toUpper();
+}
+
+void expectDifferentKeys(const QStringList& texts, const std::string& where) {
+    QSet<QChar> seen;
+    for (const QString& text : texts) {
+        const QChar key = keyOf(text);
+        EXPECT_FALSE(key.isNull()) << where << ": no key in " << text.toStdString();
+        EXPECT_FALSE(seen.contains(key)) << where << ": again in " << text.toStdString();
+        seen.insert(key);
+    }
+}
+
+void expectDifferentKeysBelow(const QMenu& menu, const std::string& where) {
+    QStringList texts;
+    for (const QAction* action : menu.actions()) {
+        if (action->isSeparator()) continue;
+        texts << action->text();
+        if (action->menu() != nullptr)
+            expectDifferentKeysBelow(*action->menu(), where + " > " + action->text().toStdString());
+    }
+    expectDifferentKeys(texts, where);
+}
+
+TEST_F(LanguagesTest, EveryCommandHasAKeyOfItsOwnInItsMenu) {
+    for (const char* catalogue : {"", "de", "es", "fr", "ja", "zh_CN"}) {
+        startIn(catalogue);
+        // One key may not stand for a menu and for a button of the window as well.
+        QStringList texts;
+        for (const QAction* action : window().menuBar()->actions()) {
+            texts << action->text();
+            expectDifferentKeysBelow(*action->menu(),
+                                     std::string(catalogue) + ": " + action->text().toStdString());
+        }
+        for (const auto* button : window().findChildren<QAbstractButton*>())
+            if (!keyOf(button->text()).isNull()) texts << button->text();
+        EXPECT_EQ(texts.size(), 9);
+        expectDifferentKeys(texts, std::string(catalogue) + ": the window");
+    }
+}
+
+TEST_F(LanguagesTest, EverySaveOptionHasAKeyOfItsOwn) {
+    for (const char* catalogue : {"", "de", "es", "fr", "ja", "zh_CN"}) {
+        const Language spoken(QString::fromLatin1(catalogue));
+        SaveOptionsView view({}, std::string(kUTTypeJPEG));
+        view.offerRecipe("{}");
+        QStringList texts;
+        for (const auto* label : view.findChildren<QLabel*>())
+            if (label->buddy() != nullptr && label->buddy()->focusPolicy() != Qt::NoFocus)
+                texts << label->text();
+        for (const auto* button : view.findChildren<QAbstractButton*>())
+            if (!button->text().isEmpty()) texts << button->text();
+        texts.removeDuplicates();  // two formats name their compression alike
+        // Format, compression, quality, and keeping the settings.
+        EXPECT_EQ(texts.size(), 4) << catalogue;
+        expectDifferentKeys(texts, catalogue);
+    }
+}
+
+// Room --------------------------------------------------------------------------------------------
+
+/// Whether every text in the widget has the room that it asks for.
+bool hasRoom(const QWidget& widget) {
+    if (const auto* label = qobject_cast<const QLabel*>(&widget))
+        return label->wordWrap() || label->width() >= label->minimumSizeHint().width();
+    if (qobject_cast<const QAbstractButton*>(&widget) != nullptr)
+        return widget.width() >= widget.minimumSizeHint().width();
+    return true;
+}
+
+/// Whether its parents let all of it be seen sideways; a panel may be scrolled up and down.
+bool isCutOff(const QWidget& widget) {
+    for (const QWidget* parent = widget.parentWidget(); parent != nullptr && !widget.isWindow();
+         parent = parent->parentWidget()) {
+        const int left = widget.mapTo(parent, QPoint(0, 0)).x();
+        if (left < 0 || left + widget.width() > parent->width()) return true;
+        if (parent->isWindow()) break;
+    }
+    return false;
+}
+
+void expectEverythingSeen(QWidget& window, const std::string& where) {
+    for (const QWidget* widget : window.findChildren<QWidget*>()) {
+        if (!widget->isVisibleTo(&window) || widget->isWindow()) continue;
+        // A list scrolls its own content; a tool bar that is too narrow shows its arrow.
+        if (widget->objectName() == QLatin1String("qt_toolbar_ext_button")) {
+            EXPECT_FALSE(widget->isVisibleTo(&window)) << where << ": a tool bar is too narrow";
+            continue;
+        }
+        const bool interesting = qobject_cast<const QLabel*>(widget) != nullptr ||
+                                 qobject_cast<const QAbstractButton*>(widget) != nullptr ||
+                                 qobject_cast<const QLineEdit*>(widget) != nullptr ||
+                                 qobject_cast<const QComboBox*>(widget) != nullptr ||
+                                 qobject_cast<const QAbstractSlider*>(widget) != nullptr;
+        if (!interesting || widget->objectName() == QLatin1String("toast")) continue;
+        const std::string name = widget->metaObject()->className() + std::string(" ") +
+                                 widget->accessibleName().toStdString() +
+                                 widget->toolTip().toStdString() +
+                                 widget->objectName().toStdString();
+        EXPECT_TRUE(hasRoom(*widget))
+            << where << ": no room for " << name << ", "
+            << widget->minimumSizeHint().width() - widget->width() << " pixels too few";
+        EXPECT_FALSE(isCutOff(*widget)) << where << ": cut off: " << name;
+    }
+}
+
+TEST_F(LanguagesTest, NothingIsCutOffInASmallWindow) {
+    for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+        for (const char* catalogue : {"", "de", "es", "fr", "ja", "zh_CN"}) {
+            QApplication::setLayoutDirection(direction);
+            startIn(catalogue);
+            window().resize(900, 600);
+            settle();
+            ASSERT_EQ(window().size(), QSize(900, 600)) << catalogue;
+            expectEverythingSeen(window(), std::string(catalogue) +
+                                               (direction == Qt::RightToLeft ? " mirrored" : ""));
+            EXPECT_GE(viewer().width(), 420)
+                << catalogue << ": the panel leaves the picture no room";
+        }
+    }
+}
+
+TEST_F(LanguagesTest, MirroredThePanelIsOnTheLeftAndThePictureIsNot) {
+    QApplication::setLayoutDirection(Qt::RightToLeft);
+    startIn("");
+    EXPECT_LT(panel().mapTo(&window(), QPoint()).x(), viewer().mapTo(&window(), QPoint()).x());
+    // The picture's left edge is at the bar's left end in every direction of writing.
+    for (const auto* bar : viewer().findChildren<QScrollBar*>())
+        if (bar->orientation() == Qt::Horizontal) {
+            EXPECT_EQ(bar->layoutDirection(), Qt::LeftToRight);
+        }
+}
+
+}  // namespace
+}  // namespace skarnel
