@@ -298,7 +298,6 @@ bool Viewer::event(QEvent* event) {
     if (event->type() == QEvent::Gesture || event->type() == QEvent::NativeGesture) {
         if (gesture(event)) return true;
     }
-    // Escape and Delete mean something here before they reach a shortcut of the window.
     if (event->type() == QEvent::ScreenChangeInternal) followViewport();
     return QWidget::event(event);
 }

@@ -3,8 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QGestureEvent>
 #include <QLineEdit>
+#include <QNativeGestureEvent>
 #include <QPainter>
+#include <QPinchGesture>
+#include <QPointingDevice>
 #include <QScrollBar>
 #include <QTest>
 #include <QToolButton>
@@ -126,6 +130,51 @@ TEST_F(ViewerTest, CtrlWheelZoomsAtTheCursorAndTheWheelAloneScrolls) {
     wheel(-120, {100, 80}, {});
     EXPECT_EQ(viewer.sheet().view.scroll().y, before + 60);
     EXPECT_DOUBLE_EQ(viewer.zoomFactor(), 2.0);
+}
+
+TEST_F(ViewerTest, APinchOnATouchpadZoomsAtTheFingers) {
+    viewer.setImage(plain(400, 300, {255, 0, 0, 255}));
+    viewer.zoomToActualSize();
+    const CGPoint under = viewer.sheet().view.toImage({100, 80});
+    const auto send = [&](Qt::NativeGestureType type, double value) {
+        const QPointF at(100, 80);
+        QNativeGestureEvent event(type, QPointingDevice::primaryPointingDevice(), 2, at, at,
+                                  viewer.mapToGlobal(at), value, {});
+        QApplication::sendEvent(&viewer, &event);
+    };
+    send(Qt::BeginNativeGesture, 0);
+    EXPECT_DOUBLE_EQ(viewer.zoomFactor(), 1.0);
+    send(Qt::ZoomNativeGesture, 0.5);
+    send(Qt::ZoomNativeGesture, 0.5);
+    EXPECT_DOUBLE_EQ(viewer.zoomFactor(), 2.25);
+    EXPECT_NEAR(viewer.sheet().view.toView(under).x, 100, 1);
+    EXPECT_NEAR(viewer.sheet().view.toView(under).y, 80, 1);
+    send(Qt::RotateNativeGesture, 30);
+    EXPECT_DOUBLE_EQ(viewer.zoomFactor(), 2.25);
+    EXPECT_DOUBLE_EQ(viewer.sheet().view.rotation(), 0);
+    send(Qt::ZoomNativeGesture, -0.5);
+    EXPECT_DOUBLE_EQ(viewer.zoomFactor(), 1.125);
+}
+
+TEST_F(ViewerTest, APinchOnAScreenZoomsAtTheFingers) {
+    viewer.setImage(plain(400, 300, {255, 0, 0, 255}));
+    viewer.zoomToActualSize();
+    const CGPoint under = viewer.sheet().view.toImage({100, 80});
+    QPinchGesture pinch;
+    const auto send = [&](double factor, QPinchGesture::ChangeFlags changes) {
+        pinch.setCenterPoint(viewer.mapToGlobal(QPointF(100, 80)));
+        pinch.setScaleFactor(factor);
+        pinch.setChangeFlags(changes);
+        QGestureEvent event({&pinch});
+        EXPECT_TRUE(QApplication::sendEvent(&viewer, &event));
+    };
+    send(1.5, QPinchGesture::ScaleFactorChanged);
+    send(2.0, QPinchGesture::ScaleFactorChanged | QPinchGesture::CenterPointChanged);
+    EXPECT_DOUBLE_EQ(viewer.zoomFactor(), 3.0);
+    EXPECT_NEAR(viewer.sheet().view.toView(under).x, 100, 1);
+    EXPECT_NEAR(viewer.sheet().view.toView(under).y, 80, 1);
+    send(2.0, QPinchGesture::CenterPointChanged);
+    EXPECT_DOUBLE_EQ(viewer.zoomFactor(), 3.0);
 }
 
 TEST_F(ViewerTest, DoubleClickGoesBetweenFitAndActualSize) {
