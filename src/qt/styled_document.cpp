@@ -12,6 +12,12 @@ namespace {
 
 /// A paragraph remembers here which characters end it, as a text.
 constexpr int kEndProperty = QTextFormat::UserProperty + 1;
+/// A run remembers here the size of which the document's own is the nearest whole number.
+constexpr int kSizeProperty = QTextFormat::UserProperty + 2;
+
+int wholeSize(double size) {
+    return std::max(1, static_cast<int>(std::lround(size)));
+}
 
 TextSlant slant(const QFont& font) {
     if (font.style() == QFont::StyleOblique) return TextSlant::Oblique;
@@ -66,7 +72,6 @@ QString toQt(std::u16string_view text) {
 
 QTextCharFormat charFormat(const TextStyle& style) {
     QFont font(QString::fromStdString(style.family));
-    font.setPixelSize(std::max(1, static_cast<int>(std::lround(style.size))));
     font.setWeight(static_cast<QFont::Weight>(style.weight));
     font.setStyle(style.slant == TextSlant::Italic    ? QFont::StyleItalic
                   : style.slant == TextSlant::Oblique ? QFont::StyleOblique
@@ -74,8 +79,16 @@ QTextCharFormat charFormat(const TextStyle& style) {
     font.setUnderline(style.underline == TextUnderline::Single);
     QTextCharFormat format;
     format.setFont(font, QTextCharFormat::FontPropertiesSpecifiedOnly);
+    format.merge(sizeFormat(style.size));
     const TextColor& color = style.color;
     format.setForeground(QColor(color.red, color.green, color.blue, color.alpha));
+    return format;
+}
+
+QTextCharFormat sizeFormat(double size) {
+    QTextCharFormat format;
+    format.setProperty(QTextFormat::FontPixelSize, wholeSize(size));
+    format.setProperty(kSizeProperty, size);
     return format;
 }
 
@@ -85,6 +98,8 @@ TextStyle textStyle(const QTextCharFormat& format) {
     const QStringList families = font.families();
     if (!families.isEmpty()) style.family = families.front().toStdString();
     if (font.pixelSize() > 0) style.size = font.pixelSize();
+    const double exact = format.doubleProperty(kSizeProperty);
+    if (exact > 0 && wholeSize(exact) == font.pixelSize()) style.size = exact;
     style.weight = static_cast<int>(font.weight());
     style.slant = slant(font);
     style.underline = font.underline() ? TextUnderline::Single : TextUnderline::None;

@@ -14,6 +14,10 @@ namespace skarnel {
 /// it; so sizes are set in pixels.
 QTextCharFormat charFormat(const TextStyle& style);
 
+/// The size alone, in place of whatever size it is merged over. Drawn in whole pixels and kept with
+/// its fraction, which the page is made with. At least 1.
+QTextCharFormat sizeFormat(double size);
+
 /// What the format leaves open is as in `TextStyle`'s defaults, but for the colour: black.
 TextStyle textStyle(const QTextCharFormat& format);
 

@@ -2,17 +2,17 @@
 
 #include <QButtonGroup>
 #include <QComboBox>
-#include <QCompleter>
 #include <QFontComboBox>
 #include <QHBoxLayout>
-#include <QIntValidator>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRegularExpressionValidator>
 #include <QSignalBlocker>
 #include <QTextCharFormat>
 #include <QToolButton>
 
 #include "qt/icons.h"
+#include "qt/number_text.h"
 #include "qt/styled_document.h"
 #include "qt/text_editor.h"
 
@@ -20,7 +20,7 @@ namespace skarnel {
 namespace {
 
 constexpr int kSizes[] = {9, 12, 14, 18, 24, 36, 48, 64, 72, 96, 144, 288};
-constexpr int kLargestSize = 999;
+constexpr float kLargestSize = 999;
 constexpr Qt::Alignment kAlignments[] = {Qt::AlignLeft, Qt::AlignHCenter, Qt::AlignRight};
 
 }  // namespace
@@ -53,9 +53,11 @@ void TextBar::addFont(QHBoxLayout& row) {
     size_ = new QComboBox;
     size_->setEditable(true);
     size_->setInsertPolicy(QComboBox::NoInsert);
+    size_->setCompleter(nullptr);  // would make 36 of a typed 3
     size_->setAccessibleName(tr("Text size"));
     size_->setToolTip(tr("Text size"));
-    size_->setValidator(new QIntValidator(1, kLargestSize, size_));
+    const QRegularExpression number(QStringLiteral("\\d{0,3}([.,]\\d{0,3})?"));
+    size_->setValidator(new QRegularExpressionValidator(number, size_));
     for (const int size : kSizes) size_->addItem(QString::number(size));
     size_->setMinimumContentsLength(3);
     size_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
@@ -71,18 +73,16 @@ void TextBar::addFont(QHBoxLayout& row) {
     });
     connect(size_, &QComboBox::textActivated, this, &TextBar::applySize);
     connect(size_->lineEdit(), &QLineEdit::editingFinished, this, [this] {
-        if (size_->lineEdit()->isModified()) applySize(size_->currentText());
+        const bool typed = size_->lineEdit()->isModified();
         size_->lineEdit()->setModified(false);
+        if (typed) applySize(size_->currentText());
     });
 }
 
 void TextBar::applySize(const QString& text) {
-    bool valid = false;
-    const int size = text.toInt(&valid);
-    if (!valid || size < 1 || size > kLargestSize) return showStyle();
-    QTextCharFormat format;
-    format.setProperty(QTextFormat::FontPixelSize, size);
-    editor_.mergeStyle(format);
+    const auto size = numberFromText(text, locale());
+    if (!size || *size < 1 || *size > kLargestSize) return showStyle();
+    editor_.mergeStyle(sizeFormat(static_cast<double>(*size)));
 }
 
 QToolButton* TextBar::toggle(const QString& icon, const QString& name, const QKeySequence& key) {

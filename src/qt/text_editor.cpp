@@ -69,10 +69,10 @@ void TextEditor::setWholeFont(const QString& family, double size) {
     byProgram([&] {
         TextStyle style = textStyle(currentCharFormat());
         style.family = family.toStdString();
-        style.size = size;
         const QTextCharFormat full = charFormat(style);
         QTextCharFormat font;
         font.setFont(full.font(), QTextCharFormat::FontPropertiesSpecifiedOnly);
+        font.merge(sizeFormat(size));
         QTextCursor all(document());
         all.select(QTextCursor::Document);
         // Characters last: formatting a paragraph's end leaves its lines without a layout.

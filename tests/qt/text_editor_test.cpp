@@ -155,6 +155,22 @@ TEST_F(TextEditorTest, PastedRichTextKeepsItsStylesAndTheRestIsAsThePlaceHasIt) 
     EXPECT_EQ(editor.text().characters(), u"x");
 }
 
+TEST_F(TextEditorTest, SizesKeepTheirFractionsWhateverIsDrawn) {
+    TextStyle style;
+    style.size = 13.5;
+    StyledText text(u"half", style);
+    style.size = 0.25;
+    text.append(u"tiny", style);
+    editor.setText(text);
+    EXPECT_EQ(editor.text(), text);
+    copyToClipboard(QStringLiteral("<span style='font-size:20.75px'>pasted</span>"), {});
+    editor.selectAll();
+    editor.paste();
+    EXPECT_EQ(editor.text().styleAt(0).size, 20.75);
+    editor.setWholeFont(QStringLiteral("Times"), 21);  // the same size as drawn
+    EXPECT_EQ(editor.text().styleAt(0).size, 21);
+}
+
 TEST_F(TextEditorTest, PastedRichTextReplacesTheSelectionAndLeavesPicturesAndScriptsBehind) {
     editor.replaceSelection(u"old");
     editor.selectAll();

@@ -2,6 +2,7 @@
 
 #include <QBrush>
 #include <QFont>
+#include <QRegularExpression>
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QTextFragment>
@@ -69,13 +70,21 @@ TextAlignment alignmentOf(const QTextBlockFormat& format) {
     }
 }
 
+/// The toolkit reads fractions of points only, and here one point is one pixel.
+QString withFractionsInPoints(QString html) {
+    static const QRegularExpression fraction(
+        QStringLiteral("(<[^<>]*font-size\\s*:\\s*\\d*\\.\\d+)px"),
+        QRegularExpression::CaseInsensitiveOption);
+    return html.replace(fraction, QStringLiteral("\\1pt"));
+}
+
 }  // namespace
 
 StyledText styledTextOfHtml(std::u16string_view html, const TextStyle& base) {
     ClosedDocument document;
     document.setUndoRedoEnabled(false);
-    document.setHtml(
-        QString(reinterpret_cast<const QChar*>(html.data()), static_cast<qsizetype>(html.size())));
+    document.setHtml(withFractionsInPoints(
+        QString::fromUtf16(html.data(), static_cast<qsizetype>(html.size()))));
     StyledText text;
     std::vector<TextAlignment> alignments;
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {

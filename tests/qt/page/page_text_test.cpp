@@ -174,6 +174,17 @@ TEST(StyledTextOfHtml, ReadsTheStylesThatStyledTextKnows) {
     EXPECT_EQ(text.styleAt(24), base);
 }
 
+TEST(StyledTextOfHtml, SizesKeepTheirFractionsInPixelsAndInPoints) {
+    const StyledText text = styledTextOfHtml(
+        u"<span style='font-size: 13.25px'>a</span><span style='color:red;FONT-SIZE:.5px'>b</span>"
+        u"<span style='font-size:20.75pt'>c</span>font-size: 2.5px",
+        styleOf(48));
+    EXPECT_EQ(text.characters(), u"abcfont-size: 2.5px");
+    EXPECT_EQ(text.styleAt(0).size, 13.25);
+    EXPECT_EQ(text.styleAt(1).size, 0.5);
+    EXPECT_EQ(text.styleAt(2).size, 20.75);
+}
+
 TEST(StyledTextOfHtml, PicturesScriptsAndLinksLeaveNothingButTheirText) {
     const StyledText text = styledTextOfHtml(
         u"a<img src='file:///etc/passwd'><script>alert(1)</script><a href='http://x/'>link</a>",
