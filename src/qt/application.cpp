@@ -126,8 +126,13 @@ void Application::connectWindow() {
 void Application::connectSettings() {
     storeTimer_.setSingleShot(true);
     storeTimer_.setInterval(kStoreDelay);
-    connect(&storeTimer_, &QTimer::timeout, this, [this] { defaults_.synchronize(); });
+    // The window's place and the recent files too: a program that is killed does not get to its
+    // end.
+    connect(&storeTimer_, &QTimer::timeout, this, &Application::persist);
     const auto storeSoon = [this] { storeTimer_.start(); };
+    state_.onChange(storeSoon);
+    connect(&window_, &MainWindow::resized, this, storeSoon);
+    connect(&window_.splitter(), &QSplitter::splitterMoved, this, storeSoon);
     connect(&model_, &SettingsModel::numberChanged, this, storeSoon);
     connect(&model_, &SettingsModel::applyBackgroundChanged, this, storeSoon);
     connect(&model_, &SettingsModel::refreshed, this, storeSoon);
@@ -209,6 +214,7 @@ void Application::persist() {
     state_.setGeometry(window_.saveGeometry());
     state_.setSplitter(window_.splitter().saveState());
     state_.save();
+    storeTimer_.stop();
 }
 
 }  // namespace skarnel

@@ -55,6 +55,7 @@ void WindowState::setValue(const QString& key, const QJsonValue& value) {
     if (values_.value(key) == value) return;
     values_.insert(key, value);
     changed_ = true;
+    if (told_) told_();
 }
 
 QByteArray WindowState::geometry() const {

@@ -5,6 +5,7 @@
 #include <QJsonObject>
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <utility>
 
 namespace skarnel {
@@ -52,6 +53,9 @@ class WindowState {
     QJsonValue value(const QString& name) const { return values_.value(name); }
     void setValue(const QString& name, const QJsonValue& value);
 
+    /// Called after every change, so that somebody can save a little later.
+    void onChange(std::function<void()> told) { told_ = std::move(told); }
+
     /// Writes what changed since the last time. False when that failed.
     bool save();
 
@@ -59,6 +63,7 @@ class WindowState {
     QString path_;
     QJsonObject values_;
     QStringList chosen_;
+    std::function<void()> told_;
     bool changed_ = false;
 };
 

@@ -91,6 +91,21 @@ TEST_F(ApplicationTest, FullScreenRendersAgainAndBackOnlyFits) {
     EXPECT_TRUE(viewer().fits());
 }
 
+TEST_F(ApplicationTest, WhatTheWindowRemembersIsWrittenAMomentLater) {
+    start();
+    ASSERT_TRUE(app->openPicture(picture(QStringLiteral("Beach.png"), 30, 20, Qt::red)));
+    const QString path = folder.filePath(QStringLiteral("state/window.json"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return QFile::exists(path); }, kPatience));
+    EXPECT_EQ(WindowState(path).recentFiles(),
+              QStringList{folder.filePath(QStringLiteral("Beach.png"))});
+    window().resize(911, 633);
+    const auto width = [&] {
+        QWidget stand;
+        return stand.restoreGeometry(WindowState(path).geometry()) ? stand.width() : 0;
+    };
+    EXPECT_TRUE(QTest::qWaitFor([&] { return width() == 911; }, kPatience));
+}
+
 TEST_F(ApplicationTest, ZoomAndToolCommandsGoByTheirNumbers) {
     start();
     app->actions().zoom[2]->trigger();
