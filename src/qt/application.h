@@ -87,9 +87,11 @@ class Application final : public QObject {
     void commitColorText();
     void showTextColor();
     void showAbout();
+    /// Runs a command that may install another source picture, and shows when it has. The title is
+    /// the name proposed for saving unless another is given.
     template <typename Command>
-    void changingSource(Command command);
-    void sourceChanged();
+    void changingSource(Command command, const QString& title = {});
+    void sourceChanged(const QString& title = {});
 
     WindowState state_;
     SettingsStore store_;

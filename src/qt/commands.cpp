@@ -68,17 +68,17 @@ std::optional<DecodedImage> clipboardPicture(const QMimeData& data) {
 // The source picture -------------------------------------------------------------------------
 
 template <typename Command>
-void Application::changingSource(Command command) {
+void Application::changingSource(Command command, const QString& title) {
     const std::optional<NSImage> before = controller_.image;
     command();
     const std::optional<NSImage>& now = controller_.image;
-    if (now && (!before || !now->isSame(*before))) sourceChanged();
+    if (now && (!before || !now->isSame(*before))) sourceChanged(title);
 }
 
-void Application::sourceChanged() {
+void Application::sourceChanged(const QString& title) {
     window_.viewer().discardEdits();
-    window_.setWindowTitle(
-        QStringLiteral("%1 — Skarnel").arg(QString::fromStdString(controller_.saveFilename)));
+    const QString name = title.isEmpty() ? QString::fromStdString(controller_.saveFilename) : title;
+    window_.setWindowTitle(QStringLiteral("%1 — Skarnel").arg(name));
 }
 
 bool Application::openPicture(const QString& pathOrAddress) {
@@ -265,7 +265,10 @@ void Application::connectView() {
 // Text and colours ---------------------------------------------------------------------------
 
 void Application::connectText() {
-    const auto imageText = [this] { changingSource([this] { controller_.imageText(nullptr); }); };
+    // The picture's file has a name that nobody chose.
+    const auto imageText = [this] {
+        changingSource([this] { controller_.imageText(nullptr); }, tr("Text Reflection"));
+    };
     connect(actions_.imageText, &QAction::triggered, this, imageText);
     connect(&window_.textBar().imageButton(), &QPushButton::clicked, this, imageText);
     connect(&window_.textBar(), &TextBar::colorAsked, this, &Application::showTextColor);

@@ -63,6 +63,7 @@ void MainActions::makeFile() {
     setKeys(saveAndEdit, {key(Qt::CTRL | Qt::SHIFT | Qt::Key_S)});
     closeNoSave = make(tr("&Close Without Saving"), {},
                        tr("Hide the window; starting the program again shows it"));
+    setKeys(closeNoSave, {key(Qt::CTRL | Qt::Key_W)});
     quit = make(tr("&Quit"), {}, tr("Quit"));
     setKeys(quit, {QKeySequence::Quit, key(Qt::CTRL | Qt::Key_Q)});
     quit->setMenuRole(QAction::QuitRole);

@@ -160,6 +160,8 @@ TEST_F(ApplicationTest, QuietTextAndTheEdgesOfBoxesAreSeenInTheLightAndInTheDark
 
 TEST_F(ApplicationTest, CloseWithoutSavingHidesAndRaisingShowsTheWindowAgain) {
     start();
+    EXPECT_EQ(window().windowTitle(), QStringLiteral("TavelinLogo — Skarnel"));
+    EXPECT_EQ(app->actions().closeNoSave->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_W));
     app->actions().closeNoSave->trigger();
     EXPECT_FALSE(window().isVisible());
     app->raise();
