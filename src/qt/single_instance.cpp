@@ -1,5 +1,6 @@
 #include "qt/single_instance.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QCryptographicHash>
@@ -14,6 +15,19 @@ constexpr int kPatience = 1000;  // milliseconds for a program that has hung
 constexpr qint64 kLongestMessage = 1 << 20;
 constexpr quint32 kGreeting = 0x534B4C31;  // the message's first word
 constexpr QDataStream::Version kStream = QDataStream::Qt_6_0;
+
+/// What is made meanwhile is the user's alone. The toolkit's own option for that moves the door
+/// from one folder to another, which the window's walls forbid.
+class OwnerOnly {
+  public:
+    OwnerOnly() : before_(::umask(S_IRWXG | S_IRWXO)) {}
+    OwnerOnly(const OwnerOnly&) = delete;
+    OwnerOnly& operator=(const OwnerOnly&) = delete;
+    ~OwnerOnly() { ::umask(before_); }
+
+  private:
+    mode_t before_;
+};
 
 }  // namespace
 
@@ -50,8 +64,8 @@ bool SingleInstance::handOver(const QString& door, const QStringList& pictures) 
 
 bool SingleInstance::listen(const QString& door) {
     server_ = std::make_unique<QLocalServer>();
-    server_->setSocketOptions(QLocalServer::UserAccessOption);
     connect(server_.get(), &QLocalServer::newConnection, this, &SingleInstance::accept);
+    const OwnerOnly rights;
     if (server_->listen(door)) return true;
     // Nobody answered at this door a moment ago: its owner is gone.
     QLocalServer::removeServer(door);

@@ -8,11 +8,14 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QTest>
+#include <QThread>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 
 #include "imaging/io/image_io.h"
+#include "qt/single_instance.h"
 #include "qt/test_environment.h"
 #include "util/resources/resource_path.h"
 #include "util/walls/landlock.h"
@@ -63,6 +66,16 @@ TEST(ProcessWalls, TheWindowStartsNothingButItsHelpersAndItsPagesStillOpen) {
     std::ifstream note(folder / "note");
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(note), {}),
               "https://" SKARNEL_HELP_HOST "/products/skarnel/");
+
+    SingleInstance instance;
+    const auto door = QString::fromStdString(folder / "door");
+    ASSERT_TRUE(instance.listen(door));
+    bool handed = false;
+    const std::unique_ptr<QThread> second(
+        QThread::create([&] { handed = SingleInstance::handOver(door, {}); }));
+    second->start();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return second->isFinished(); }, 10'000));
+    EXPECT_TRUE(handed);
 
     fs::remove(folder / "note");
     QDesktopServices::openUrl(QUrl(QStringLiteral("https://elsewhere.example/")));

@@ -160,6 +160,19 @@ TEST(SingleInstance, ASecondStartHandsItsPicturesToTheFirst) {
     EXPECT_EQ(received, QStringList{QStringLiteral("/p/a b.png")});
 }
 
+TEST(SingleInstance, TheDoorIsTheUsersAlone) {
+    const QTemporaryDir folder;
+    const QString door = folder.filePath(QStringLiteral("door"));
+    const mode_t before = ::umask(0);
+    SingleInstance instance;
+    ASSERT_TRUE(instance.listen(door));
+    EXPECT_EQ(::umask(before), 0U);
+    struct stat status {};
+    ASSERT_EQ(::stat(door.toLocal8Bit().constData(), &status), 0);
+    EXPECT_TRUE(S_ISSOCK(status.st_mode));
+    EXPECT_EQ(status.st_mode & 077, 0U);
+}
+
 TEST(SingleInstance, ADoorLeftByAProgramThatDiedIsReplaced) {
     const QTemporaryDir folder;
     const QString door = folder.filePath(QStringLiteral("door"));
