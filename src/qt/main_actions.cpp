@@ -17,7 +17,10 @@
 namespace skarnel {
 namespace {
 
-void setKeys(QAction* action, const QList<QKeySequence>& keys) {
+/// A platform's standard key may be one that is named besides; given twice, it would do nothing.
+void setKeys(QAction* action, QList<QKeySequence> keys) {
+    for (qsizetype i = keys.size() - 1; i > 0; --i)
+        if (keys.indexOf(keys[i]) < i) keys.removeAt(i);
     action->setShortcuts(keys);
     if (keys.isEmpty()) return;
     action->setToolTip(QStringLiteral("%1 (%2)").arg(

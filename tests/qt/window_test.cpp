@@ -78,6 +78,36 @@ class WindowTest : public ApplicationTest {
     }
 };
 
+// A key that two actions share, or one action has twice, does nothing at all.
+TEST_F(WindowTest, EveryKeyBelongsToOneActionOnce) {
+    start();
+    QStringList keys;
+    for (const QAction* action : window().findChildren<QAction*>())
+        for (const QKeySequence& sequence : action->shortcuts()) keys << sequence.toString();
+    keys.sort();
+    EXPECT_GT(keys.size(), 25);
+    for (qsizetype i = 1; i < keys.size(); ++i) EXPECT_NE(keys[i], keys[i - 1]) << i;
+    EXPECT_EQ(app->actions().quit->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_Q));
+}
+
+TEST_F(WindowTest, FullScreenRendersAgainAndBackOnlyFits) {
+    start();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window()));
+    window().resize(900, 600);
+    ASSERT_TRUE(app->openPicture(picture(QStringLiteral("Wide.png"), 1200, 500, Qt::red)));
+    ASSERT_TRUE(wait([&] { return viewer().fits(); }));
+    const QImage small = viewer().shownImage();
+    app->actions().fullScreen->trigger();
+    EXPECT_TRUE(wait([&] { return viewer().shownImage().cacheKey() != small.cacheKey(); }));
+    EXPECT_TRUE(window().isFullScreen());
+    EXPECT_TRUE(viewer().fits());
+    const QImage full = viewer().shownImage();
+    app->actions().fullScreen->trigger();
+    EXPECT_TRUE(wait([&] { return !window().isFullScreen(); }));
+    settle();
+    EXPECT_EQ(viewer().shownImage().cacheKey(), full.cacheKey());
+}
+
 TEST_F(WindowTest, APersonsWholeRoad) {
     start();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window()));
