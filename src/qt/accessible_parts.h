@@ -8,8 +8,8 @@ class FloatSlider;
 class Viewer;
 
 /// From now on the viewer is a picture with its size and zoom as its value, a setting's slider has
-/// the setting's own number and unit, and the colour well tells its colour. Before the first of
-/// these widgets is asked about; a second call does nothing.
+/// the setting's own number and unit, and the colour well tells its colour. Each of them calls this
+/// first, before anybody can ask about it; a second call does nothing.
 void describeOwnWidgets();
 
 /// Tells a screen reader that what the widget shows is another now.

@@ -7,11 +7,14 @@
 #include <QPalette>
 #include <QStyle>
 
+#include "qt/contrast.h"
+
 namespace skarnel {
 namespace {
 
 constexpr int kPortalPatience = 150;  // milliseconds; start-up does not wait longer
 constexpr uint kPreferDark = 1;
+constexpr float kQuietText = 0.7F;  // opacity of units and hints
 
 struct Tones {
     QColor window, base, alternate, text, button, disabled, highlight, link, mid, toolTip;
@@ -23,7 +26,7 @@ const Tones kLight{QColor(0xF4, 0xF4, 0xF5), QColor(0xFF, 0xFF, 0xFF), QColor(0x
                    QColor(0xFF, 0xFF, 0xFF)};
 const Tones kDark{QColor(0x31, 0x32, 0x36), QColor(0x1B, 0x1C, 0x1F), QColor(0x24, 0x25, 0x28),
                   QColor(0xEA, 0xEA, 0xEC), QColor(0x45, 0x46, 0x4C), QColor(0x86, 0x87, 0x8E),
-                  QColor(0x3D, 0x7D, 0xEA), QColor(0x7F, 0xAE, 0xF7), QColor(0x1A, 0x1B, 0x1D),
+                  QColor(0x33, 0x6F, 0xDC), QColor(0x7F, 0xAE, 0xF7), QColor(0x1A, 0x1B, 0x1D),
                   QColor(0x3A, 0x3B, 0x40)};
 
 const QColor kDarkEdge(0x9A, 0x9B, 0xA1);
@@ -44,9 +47,6 @@ QPalette paletteOf(const Tones& tones) {
     palette.setColor(QPalette::Highlight, tones.highlight);
     palette.setColor(QPalette::HighlightedText, Qt::white);
     palette.setColor(QPalette::Link, tones.link);
-    QColor quiet = tones.text;
-    quiet.setAlphaF(0.65F);
-    palette.setColor(QPalette::PlaceholderText, quiet);
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
         palette.setColor(QPalette::Disabled, role, tones.disabled);
     palette.setColor(QPalette::Disabled, QPalette::Highlight, tones.mid);
@@ -69,10 +69,22 @@ bool desktopAsksForDark() {
     return value.toUInt() == kPreferDark;
 }
 
+/// The platform's palettes are not all made for weak eyes.
+void makeReadable(QPalette& palette) {
+    QColor quiet = palette.color(QPalette::WindowText);
+    quiet.setAlphaF(kQuietText);
+    palette.setColor(QPalette::PlaceholderText, quiet);
+    for (const auto group : {QPalette::Active, QPalette::Inactive})
+        palette.setColor(group, QPalette::Highlight,
+                         groundFor(palette.color(group, QPalette::HighlightedText),
+                                   palette.color(group, QPalette::Highlight)));
+}
+
 /// In the dark, window and base are nearly alike, and the style draws the edge of a box somewhat
 /// darker than the window: the boxes of fields and checks, which do not paint the window's colour,
 /// are given a lighter one to darken.
 void apply(QPalette palette, bool raiseEdges) {
+    makeReadable(palette);
     QApplication::setPalette(palette);
     if (raiseEdges) palette.setColor(QPalette::Window, kDarkEdge);
     for (const char* boxed : {"QCheckBox", "QLineEdit"}) QApplication::setPalette(palette, boxed);

@@ -7,7 +7,6 @@
 #include <QSplitter>
 #include <QWindow>
 
-#include "qt/accessible_parts.h"
 #include "qt/appearance.h"
 #include "qt/color_well.h"
 #include "qt/companions.h"
@@ -45,7 +44,6 @@ Application::Application(const ApplicationParts& parts)
       textView_(window_.textEditor(), toolkit_.defaultNotificationCenter()),
       colorText_(window_.settings().colorText()),
       applyBackground_(window_.settings().applyBackground()) {
-    describeOwnWidgets();
     toolkit_.setMainWindow(&window_);
     window_.setWindowIcon(applicationIcon());
     setOutlets();
@@ -197,6 +195,11 @@ void Application::start(const QStringList& pictures) {
         {"NSApplicationWillFinishLaunchingNotification", nullptr});
     sourceChanged();
     openPictures(pictures);
+    // Nothing on the screen waits for the desktop's answer.
+    QTimer::singleShot(0, &motion_, [this] {
+        if (!qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
+            motion_.follow(QDBusConnection::sessionBus());
+    });
 }
 
 void Application::raise() {

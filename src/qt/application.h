@@ -12,6 +12,7 @@
 #include "app/vantera_desktop_controller.h"
 #include "qt/main_actions.h"
 #include "qt/main_window.h"
+#include "qt/motion.h"
 #include "qt/settings_model.h"
 #include "qt/toolkit.h"
 #include "qt/toolkit_controls.h"
@@ -64,6 +65,7 @@ class Application final : public QObject {
     QtImageView& imageView() { return imageView_; }
     StoredUserDefaults& defaults() { return defaults_; }
     WindowState& state() { return state_; }
+    const Motion& motion() const { return motion_; }
     Companions& companions() { return *companions_; }
 
   private:
@@ -112,6 +114,7 @@ class Application final : public QObject {
     std::array<std::unique_ptr<QtSlider>, kSettingRanges.size()> sliders_;
     std::array<std::unique_ptr<QtNumberTextField>, kSettingRanges.size()> fields_;
     QTimer storeTimer_;
+    Motion motion_;
     bool awake_ = false;
     Companions* companions_ = nullptr;  // last: it holds on to all the others; a child
 };

@@ -9,6 +9,7 @@
 namespace skarnel {
 
 ColorWell::ColorWell(QWidget* parent) : QAbstractButton(parent) {
+    describeOwnWidgets();
     setFocusPolicy(Qt::StrongFocus);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     setCursor(Qt::PointingHandCursor);
@@ -49,8 +50,7 @@ void ColorWell::paintEvent(QPaintEvent* /*event*/) {
     painter.setClipping(false);
     QColor edge = palette().color(QPalette::WindowText);
     edge.setAlpha(isDown() ? 200 : 110);
-    painter.setPen(
-        QPen(hasFocus() ? palette().color(QPalette::Highlight) : edge, hasFocus() ? 2 : 1));
+    painter.setPen(QPen(hasFocus() ? palette().color(QPalette::Link) : edge, hasFocus() ? 2 : 1));
     painter.drawPath(shape);
 }
 

@@ -12,6 +12,7 @@ namespace skarnel {
 
 FloatSlider::FloatSlider(const SettingRange& range, QWidget* parent)
     : QSlider(Qt::Horizontal, parent), range_(range), value_(range.travelMin) {
+    describeOwnWidgets();
     setFocusPolicy(Qt::StrongFocus);
     setRange(0, travelPositions(range));
     setSingleStep(1);

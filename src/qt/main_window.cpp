@@ -10,6 +10,7 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include "qt/focus_ring.h"
 #include "qt/settings_panel.h"
 #include "qt/text_bar.h"
 #include "qt/text_editor.h"
@@ -39,6 +40,7 @@ MainWindow::MainWindow(SettingsModel& model)
       splitter_(new QSplitter(Qt::Vertical)),
       toast_(new Toast(viewer_)) {
     setObjectName(QStringLiteral("resultWindow"));
+    new FocusRing(*viewer_);
     setAcceptDrops(true);
     splitter_->setChildrenCollapsible(false);
     splitter_->setHandleWidth(5);

@@ -7,6 +7,7 @@
 #include <QMimeData>
 #include <QTextBlock>
 
+#include "qt/contrast.h"
 #include "qt/page/html_reader.h"
 #include "qt/styled_document.h"
 
@@ -55,9 +56,8 @@ void TextEditor::setGround(const QColor& color) {
     QPalette ground = palette();
     const QColor opaque(color.red(), color.green(), color.blue());
     // The caret and plain text have to be seen on any ground.
-    const bool dark = qGray(opaque.rgb()) < 128;
     ground.setColor(QPalette::Base, opaque);
-    ground.setColor(QPalette::Text, dark ? Qt::white : Qt::black);
+    ground.setColor(QPalette::Text, readableOn(opaque));
     setPalette(ground);
 }
 

@@ -10,6 +10,7 @@
 #include <QWheelEvent>
 #include <cmath>
 
+#include "qt/accessible_parts.h"
 #include "qt/annotate_bar.h"
 #include "qt/viewer_scroll_bars.h"
 
@@ -29,6 +30,7 @@ Viewer::Viewer(QWidget* parent)
       tool_(ViewerTool::create(mode_)),
       scrollBars_(new ViewerScrollBars(*this)),
       annotateBar_(new AnnotateBar(*this)) {
+    describeOwnWidgets();
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_OpaquePaintEvent);
     setMouseTracking(true);
