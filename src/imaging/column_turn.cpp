@@ -2,12 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <new>
 
-#include "imaging/kernels/pixel_ops.h"
-#include "imaging/kernels/turn.h"
+#include "imaging/pixel_memory.h"
 #include "imaging/readable.h"
 #include "imaging/streaming.h"
 
@@ -39,7 +37,7 @@ std::optional<ColumnTurn> ColumnTurn::plan(int width, int height, const Quad& qu
     turn.width_ = width;
     turn.height_ = height;
     // Positions are kept from the middle row on, where single precision loses least.
-    turn.middleRow_ = static_cast<double>(targetHeight / 2);
+    turn.middleRow_ = targetHeight / 2;
     try {
         for (int x = 0; x < targetWidth; ++x) {
             const double t = std::clamp(
@@ -47,7 +45,7 @@ std::optional<ColumnTurn> ColumnTurn::plan(int width, int height, const Quad& qu
                 1.0);
             const double share = t * lengthRight / (t * lengthRight + (1 - t) * lengthLeft);
             const double top = upper - mix(quad.topLeft.y, quad.topRight.y, t);
-            turn.planColumn(share * width, top, mix(lengthLeft, lengthRight, t));
+            turn.planColumn(share * width, top, mix(lengthLeft, lengthRight, t), targetHeight);
         }
     } catch (const std::bad_alloc&) {
         return std::nullopt;
@@ -56,113 +54,89 @@ std::optional<ColumnTurn> ColumnTurn::plan(int width, int height, const Quad& qu
 }
 
 /// Adds the column that shows the source at `position`, from row `top` on over `length` rows.
-void ColumnTurn::planColumn(double position, double top, double length) {
+void ColumnTurn::planColumn(double position, double top, double length, int targetHeight) {
     const double centre = std::clamp(position - 0.5, 0.0, width_ - 1.0);
     const auto from = static_cast<std::int32_t>(centre);
     const auto weight = static_cast<std::uint32_t>((centre - from) * kLerpUnit);
     const double step = height_ / length;
     from_.push_back(from);
     weight_.push_back(weight | weight << 16);
-    step_.push_back(static_cast<float>(step));
-    centre_.push_back(static_cast<float>((middleRow_ + 0.5 - top) * step - 0.5));
-    top_.push_back(top);
-    bottom_.push_back(top + length);
+    step_.push_back(static_cast<float>(step) * kLerpUnit);
+    centre_.push_back(static_cast<float>((middleRow_ + 0.5 - top) * step - 0.5) * kLerpUnit);
+
+    const double bottom = top + length;
+    const auto rowAt = [&](double row) {
+        return static_cast<std::int32_t>(std::clamp(row, 0.0, 1.0 * targetHeight));
+    };
+    const auto level = [&](int row) {
+        const double covered = std::min(bottom, row + 1.0) - std::max(top, 1.0 * row);
+        return static_cast<std::uint8_t>(std::lround(std::clamp(covered, 0.0, 1.0) * 255));
+    };
+    const std::int32_t begin = rowAt(std::floor(top));
+    const std::int32_t end = std::max(begin, rowAt(std::ceil(bottom)));
+    begin_.push_back(begin);
+    end_.push_back(end);
+    firstLevel_.push_back(level(begin));
+    lastLevel_.push_back(level(end - 1));
+    // What lies beyond the target counts as covered, whatever it is.
+    const bool toTheEnd = end == targetHeight && lastLevel_.back() == 255;
+    fullBegin_.push_back(firstLevel_.back() == 255 ? begin : begin + 1);
+    fullEnd_.push_back(toTheEnd ? std::numeric_limits<std::int32_t>::max()
+                                : end - (lastLevel_.back() == 255 ? 0 : 1));
 }
 
-void ColumnTurn::squeezeRow(const std::uint8_t* source, std::size_t readablePixels,
-                            std::uint8_t* target) const {
-    kernels::squeezeRow(target, source, readablePixels, from_.data(), weight_.data(), from_.size());
+std::optional<SqueezedPicture> ColumnTurn::squeezedPicture() const {
+    // Columns begin cache lines, an odd number of these apart so that they do not all fall into
+    // the same few places of a cache. Flat pictures would become much larger by that.
+    constexpr int kBlock = kernels::kBlockRows;
+    constexpr int kTall = 512;
+    std::ptrdiff_t stride = height_;
+    if (height_ >= kBlock) stride = (stride + kBlock - 1) / kBlock * kBlock;
+    if (height_ >= kTall) stride = (stride / kBlock | 1) * kBlock;
+    const std::size_t pixels = from_.size() * static_cast<std::size_t>(stride);
+    auto bytes =
+        allocatePixelMemory(4 * (pixels + kernels::kReadBehindColumns), PixelContents::Undefined);
+    if (!bytes) return std::nullopt;
+    return SqueezedPicture{std::move(bytes), stride, height_ >= kBlock && passesCaches(4 * pixels)};
 }
 
-namespace {
-
-struct Columns {
-    int begin;
-    int end;
-};
-
-Columns common(Columns a, Columns b) {
-    const int begin = std::max(a.begin, b.begin);
-    return {begin, std::max(begin, std::min(a.end, b.end))};
-}
-
-/// The columns whose value passes the test, for values that rise or fall all along and a test that
-/// changes its mind once: a run at either end.
-template <typename Test>
-Columns passing(const std::vector<double>& values, Test test) {
-    const auto size = static_cast<int>(values.size());
-    const bool leading = test(values.front());
-    const auto change = std::partition_point(values.begin(), values.end(),
-                                             [&](double value) { return test(value) == leading; });
-    const auto at = static_cast<int>(change - values.begin());
-    return leading ? Columns{0, at} : Columns{at, size};
-}
-
-}  // namespace
-
-/// The pixels of `row` that the quad's upper or lower edge crosses, faded by what it covers.
-void ColumnTurn::paintEdge(const kernels::ColumnWalk& walk, int row, int begin, int end,
-                           std::uint8_t* target) const {
-    if (begin >= end) return;
-    kernels::walkColumns(target, walk, static_cast<std::size_t>(begin),
-                         static_cast<std::size_t>(end));
-    for (int x = begin; x < end; ++x) {
-        const auto i = static_cast<std::size_t>(x);
-        const double covered = std::min(bottom_[i], row + 1.0) - std::max(top_[i], 1.0 * row);
-        const auto level =
-            static_cast<std::uint8_t>(std::lround(std::clamp(covered, 0.0, 1.0) * 255));
-        if (level != 255) kernels::scalar::scaleRow(target + 4 * i, target + 4 * i, level, 1);
+void ColumnTurn::squeezeRows(int row, const std::uint8_t* const* sources,
+                             std::size_t readablePixels, SqueezedPicture& target) const {
+    kernels::SqueezeTarget block{target.bytes.get() + std::ptrdiff_t{4} * row, target.columnStride,
+                                 blockRows(row), target.stream};
+    const std::uint8_t* whole[kernels::kBlockRows];
+    if (height_ >= kernels::kBlockRows && block.rows < kernels::kBlockRows) {
+        // The room behind the last row takes that row again.
+        for (int i = 0; i < kernels::kBlockRows; ++i)
+            whole[i] = sources[std::min(i, block.rows - 1)];
+        sources = whole;
+        block.rows = kernels::kBlockRows;
     }
+    kernels::squeezeRows(block, sources, readablePixels,
+                         {from_.data(), weight_.data(), from_.size()});
 }
 
-kernels::ColumnWalk ColumnTurn::walkThrough(PixelView squeezed) const {
-    return {squeezed.bytes,
-            squeezed.strideBytes / 4,
-            centre_.data(),
-            step_.data(),
-            0,
-            static_cast<float>(height_ - 1),
-            false};
-}
-
-void ColumnTurn::walkRows(PixelView squeezed, MutablePixelView target) const {
-    kernels::ColumnWalk walk = walkThrough(squeezed);
-    walk.stream = usesStreaming(target);
-    for (int row = 0; row < target.height; ++row) walkRow(walk, row, target.row(row));
-}
-
-void ColumnTurn::walkRow(PixelView squeezed, int row, std::uint8_t* target) const {
-    kernels::ColumnWalk walk = walkThrough(squeezed);
-    walkRow(walk, row, target);
-}
-
-void ColumnTurn::walkRow(kernels::ColumnWalk& walk, int row, std::uint8_t* target) const {
-    const auto pixels = [](int count) { return std::size_t{4} * static_cast<std::size_t>(count); };
-    const double fullFrom = std::max(top_.front(), top_.back());
-    const double fullTo = std::min(bottom_.front(), bottom_.back());
-    walk.rowOffset = static_cast<float>(row - middleRow_);
-    if (row >= fullFrom && row + 1 <= fullTo)
-        return kernels::walkColumns(target, walk, 0, static_cast<std::size_t>(targetWidth()));
-    const double upper = row;
-    const double lower = row + 1.0;
-    const Columns touched = common(passing(top_, [&](double top) { return top < lower; }),
-                                   passing(bottom_, [&](double bottom) { return bottom > upper; }));
-    const Columns full =
-        common(common(passing(top_, [&](double top) { return top <= upper; }),
-                      passing(bottom_, [&](double bottom) { return bottom >= lower; })),
-               touched);
-    std::memset(target, 0, pixels(touched.begin));
-    std::memset(target + pixels(touched.end), 0, pixels(targetWidth() - touched.end));
-    if (full.begin >= full.end) return paintEdge(walk, row, touched.begin, touched.end, target);
-    paintEdge(walk, row, touched.begin, full.begin, target);
-    kernels::walkColumns(target, walk, static_cast<std::size_t>(full.begin),
-                         static_cast<std::size_t>(full.end));
-    paintEdge(walk, row, full.end, touched.end, target);
-}
-
-std::optional<PixelBuffer> squeezedBuffer(int width, int height) {
-    if (height == std::numeric_limits<int>::max()) return std::nullopt;
-    return PixelBuffer::uninitialized(width, height + 1);
+void ColumnTurn::walkRows(const SqueezedPicture& squeezed, int firstRow,
+                          MutablePixelView target) const {
+    std::shared_ptr<std::uint8_t> unfinishedLines;
+    if (usesStreaming(target))
+        unfinishedLines =
+            allocatePixelMemory(kernels::kLineBytes * static_cast<std::size_t>(target.height),
+                                PixelContents::Undefined);
+    // Single precision may round the last row of a very tall picture to one behind it.
+    float last = static_cast<float>(height_ - 1);
+    if (static_cast<double>(last) > height_ - 1) last = std::nextafter(last, 0.0F);
+    const kernels::ColumnWalk walk{squeezed.bytes.get(),
+                                   squeezed.columnStride,
+                                   from_.size(),
+                                   centre_.data(),
+                                   step_.data(),
+                                   last * kLerpUnit,
+                                   middleRow_,
+                                   {begin_.data(), fullBegin_.data(), fullEnd_.data(), end_.data(),
+                                    firstLevel_.data(), lastLevel_.data()},
+                                   unfinishedLines.get()};
+    kernels::walkColumns({target.bytes, target.strideBytes, firstRow, target.height}, walk);
 }
 
 std::optional<CGImage> drawColumnTurn(const CGImage& picture, const Quad& quad, CGPoint lowerLeft,
@@ -171,15 +145,17 @@ std::optional<CGImage> drawColumnTurn(const CGImage& picture, const Quad& quad, 
     const auto turn = ColumnTurn::plan(picture.width(), picture.height(), quad, lowerLeft,
                                        targetWidth, targetHeight);
     if (!source || !turn) return std::nullopt;
-    auto squeezed = squeezedBuffer(targetWidth, picture.height());
+    auto squeezed = turn->squeezedPicture();
     auto target = PixelBuffer::uninitialized(targetWidth, targetHeight);
     if (!squeezed || !target) return std::nullopt;
-    const MutablePixelView rows = squeezed->view();
-    for (int y = 0; y < picture.height(); ++y)
-        turn->squeezeRow(source->pixels().row(y), readablePixels(source->pixels(), y), rows.row(y));
-    std::memset(rows.row(picture.height()), 0,
-                std::size_t{4} * static_cast<std::size_t>(targetWidth));
-    turn->walkRows(rows, target->view());
+    const PixelView view = source->pixels();
+    for (int y = 0; y < view.height; y += kernels::kBlockRows) {
+        const std::uint8_t* rows[kernels::kBlockRows];
+        const int count = turn->blockRows(y);
+        for (int i = 0; i < count; ++i) rows[i] = view.row(y + i);
+        turn->squeezeRows(y, rows, readablePixels(view, y + count - 1), *squeezed);
+    }
+    turn->walkRows(*squeezed, 0, target->view());
     return CGImage(*std::move(target));
 }
 

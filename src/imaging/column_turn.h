@@ -10,7 +10,9 @@
 // bottomLeft*
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -18,6 +20,13 @@
 #include "imaging/projection.h"
 
 namespace skarnel {
+
+/// A picture after the first pass: column by column, so that the second reads runs of pixels.
+struct SqueezedPicture {
+    std::shared_ptr<std::uint8_t> bytes;
+    std::ptrdiff_t columnStride;  // pixels
+    bool stream;                  // too large for the caches
+};
 
 class ColumnTurn {
   public:
@@ -27,44 +36,45 @@ class ColumnTurn {
     static std::optional<ColumnTurn> plan(int width, int height, const Quad& quad,
                                           CGPoint lowerLeft, int targetWidth, int targetHeight);
 
+    /// First pass: rows `row` .. row + count - 1 of the picture, count being blockRows(row). Of the
+    /// memory behind each of the `sources` `readablePixels` may be read, at least a row; what lies
+    /// beyond the row plays no part.
+    void squeezeRows(int row, const std::uint8_t* const* sources, std::size_t readablePixels,
+                     SqueezedPicture& target) const;
+
     int targetWidth() const { return static_cast<int>(from_.size()); }
+    int sourceHeight() const { return height_; }
 
-    /// First pass: one source row to one row of targetWidth() pixels. Of the memory behind `source`
-    /// `readablePixels` may be read, at least a row; what lies beyond the row plays no part.
-    void squeezeRow(const std::uint8_t* source, std::size_t readablePixels,
-                    std::uint8_t* target) const;
+    /// How many rows the first pass takes at once: the rows up to the next multiple of
+    /// kernels::kBlockRows or to the end.
+    int blockRows(int row) const { return std::min(kernels::kBlockRows, height_ - row); }
 
-    /// Second pass. `squeezed` holds the squeezed rows, top row first, and after them one readable
-    /// row whose content plays no part. Writes every byte of the target.
+    /// Room for the first pass; none without memory.
+    std::optional<SqueezedPicture> squeezedPicture() const;
+
+    /// Second pass, after all rows were squeezed: the target's rows from firstRow on into
+    /// `target`, which may have rows behind the last and be wider. Writes targetWidth() pixels of
+    /// each.
     ///
     /// Against ideal bilinear sampling a byte is at most 1 level off for the rounding of the two
     /// passes, plus what a shift of height / 2^22 + 2^-15 source pixels makes.
-    void walkRows(PixelView squeezed, MutablePixelView target) const;
-
-    /// One row of the second pass: targetWidth() pixels of target row `row`.
-    void walkRow(PixelView squeezed, int row, std::uint8_t* target) const;
+    void walkRows(const SqueezedPicture& squeezed, int firstRow, MutablePixelView target) const;
 
   private:
-    kernels::ColumnWalk walkThrough(PixelView squeezed) const;
-    void walkRow(kernels::ColumnWalk& walk, int row, std::uint8_t* target) const;
     ColumnTurn() = default;
-    void planColumn(double position, double top, double length);
-    void paintEdge(const kernels::ColumnWalk& walk, int row, int begin, int end,
-                   std::uint8_t* target) const;
+    void planColumn(double position, double top, double length, int targetHeight);
 
     int width_ = 0;
     int height_ = 0;
+    int middleRow_ = 0;                  // of the target
     std::vector<std::int32_t> from_;     // source column left of the sample
     std::vector<std::uint32_t> weight_;  // of the next one, twice
-    std::vector<float> centre_;          // source row at the target's middle row
-    std::vector<float> step_;            // source rows for each target row
-    std::vector<double> top_;            // where the column begins and ends in the target,
-    std::vector<double> bottom_;         // in rows from the top
-    double middleRow_ = 0;
+    // As kernels::ColumnWalk has them.
+    std::vector<float> centre_;
+    std::vector<float> step_;
+    std::vector<std::int32_t> begin_, fullBegin_, fullEnd_, end_;
+    std::vector<std::uint8_t> firstLevel_, lastLevel_;
 };
-
-/// Memory for the first pass of a picture of `height` rows: one row more than that.
-std::optional<PixelBuffer> squeezedBuffer(int width, int height);
 
 /// As drawProjected for quads with vertical sides: the whole picture in both passes. None when
 /// there is no such plan or no memory. A quad that is the picture's own rectangle at the target's

@@ -7,11 +7,15 @@
 
 namespace skarnel {
 
-/// True for bitmaps that are much larger than what a core's own cache holds: storing them through
+/// True for blocks that are much larger than what a core's own cache holds: storing them through
 /// the cache would first read every line from memory. Smaller ones are likely to be read soon.
+inline bool passesCaches(std::size_t bytes) {
+    constexpr std::size_t kFromBytes = std::size_t{24} << 20;
+    return bytes >= kFromBytes;
+}
+
 inline bool usesStreaming(const MutablePixelView& target) {
-    constexpr std::ptrdiff_t kFromBytes = std::ptrdiff_t{24} << 20;
-    return target.strideBytes * target.height >= kFromBytes;
+    return passesCaches(static_cast<std::size_t>(target.strideBytes * target.height));
 }
 
 }  // namespace skarnel

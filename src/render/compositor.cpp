@@ -17,7 +17,7 @@
 namespace skarnel {
 namespace {
 
-/// Pixels behind the row that is squeezed, so that its last vectors need no special case.
+/// Pixels behind the rows that are squeezed, so that their last vectors need no special case.
 constexpr int kReadBeyond = 64;
 
 /// The canvas as it is. Keeps the picture that the rows are drawn from.
@@ -43,65 +43,78 @@ class PlainCanvas final : public RowSource {
     CanvasRows rows_;
 };
 
-/// The canvas, turned, without ever being a bitmap itself: each of its rows is squeezed as soon as
-/// it is drawn.
+/// The canvas, turned, without ever being a bitmap itself: its rows are squeezed as soon as some
+/// are drawn.
 class TurnedCanvas final : public RowSource {
   public:
-    TurnedCanvas(CGImage picture, CanvasRows rows, ColumnTurn turn, PixelBuffer row,
-                 PixelBuffer squeezed)
+    /// `block` has room for turn.blockRows(0) rows of the canvas, and behind each for kReadBeyond
+    /// pixels.
+    TurnedCanvas(CGImage picture, CanvasRows rows, ColumnTurn turn, PixelBuffer block,
+                 SqueezedPicture squeezed)
         : picture_(std::move(picture)),
           rows_(std::move(rows)),
           turn_(std::move(turn)),
-          row_(std::move(row)),
+          block_(std::move(block)),
           squeezed_(std::move(squeezed)) {}
 
     const std::uint8_t* row(int y, std::uint8_t* scratch) override {
         squeezeRows();
-        turn_.walkRow(squeezed_.view(), y, scratch);
+        // A turned row is no wider than the canvas, so the block has room for a band of them.
+        MutablePixelView band = block_.view();
+        const int first = y / band.height * band.height;
+        if (walkedFrom_ != first) {
+            walkedFrom_ = first;
+            turn_.walkRows(squeezed_, first, band);
+        }
+        std::memcpy(scratch, band.row(y - first),
+                    std::size_t{4} * static_cast<std::size_t>(turn_.targetWidth()));
         return scratch;
     }
 
     void drawAll(MutablePixelView target) override {
         squeezeRows();
-        turn_.walkRows(squeezed_.view(), target);
+        turn_.walkRows(squeezed_, 0, target);
     }
 
   private:
     void squeezeRows() {
         if (std::exchange(areSqueezed_, true)) return;
-        const MutablePixelView view = squeezed_.view();
-        const int height = view.height - 1;
-        for (int y = 0; y < height; ++y) {
-            rows_.draw(y, row_.view().bytes);
-            turn_.squeezeRow(row_.view().bytes, static_cast<std::size_t>(row_.width()),
-                             view.row(y));
+        const MutablePixelView block = block_.view();
+        for (int y = 0; y < turn_.sourceHeight(); y += block.height) {
+            const std::uint8_t* sources[kernels::kBlockRows];
+            for (int i = 0; i < turn_.blockRows(y); ++i) {
+                rows_.draw(y + i, block.row(i));
+                sources[i] = block.row(i);
+            }
+            turn_.squeezeRows(y, sources, static_cast<std::size_t>(block.width), squeezed_);
         }
-        std::memset(view.row(height), 0, static_cast<std::size_t>(view.strideBytes));
     }
 
     CGImage picture_;
     CanvasRows rows_;
     ColumnTurn turn_;
-    PixelBuffer row_;
-    PixelBuffer squeezed_;
+    PixelBuffer block_;
+    SqueezedPicture squeezed_;
     bool areSqueezed_ = false;
+    std::optional<int> walkedFrom_;  // the block holds turned rows from here on
 };
 
 /// None when the turn cannot be made; then the rows are still the caller's.
 std::optional<CGImage> turnedCanvas(const CGImage& picture, CanvasRows& rows,
                                     const CanvasLayout& layout, const Quad& corners) {
     const auto bitmap = turnedBitmap(corners);
-    if (!bitmap) return std::nullopt;
+    if (!bitmap || layout.width > std::numeric_limits<int>::max() - kReadBeyond)
+        return std::nullopt;
     auto turn = ColumnTurn::plan(layout.width, layout.height, corners, bitmap->lowerLeft,
                                  bitmap->width, bitmap->height);
-    auto squeezed = squeezedBuffer(bitmap->width, layout.height);
-    if (layout.width > std::numeric_limits<int>::max() - kReadBeyond) return std::nullopt;
-    auto row = PixelBuffer::zeroed(layout.width + kReadBeyond, 1);
+    if (!turn) return std::nullopt;
+    auto squeezed = turn->squeezedPicture();
+    auto block = PixelBuffer::zeroed(layout.width + kReadBeyond, turn->blockRows(0));
     auto room = PixelBuffer::uninitialized(bitmap->width, bitmap->height);
-    if (!turn || !squeezed || !row || !room) return std::nullopt;
+    if (!squeezed || !block || !room) return std::nullopt;
     return CGImage(*std::move(room),
                    std::make_unique<TurnedCanvas>(picture, std::move(rows), *std::move(turn),
-                                                  *std::move(row), *std::move(squeezed)));
+                                                  *std::move(block), *std::move(squeezed)));
 }
 
 std::optional<CGImage> plainCanvas(const CGImage& picture, CanvasRows& rows,

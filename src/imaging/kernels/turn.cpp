@@ -1,47 +1,67 @@
 #include "imaging/kernels/turn.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "imaging/kernels/dispatch.h"
+#include "imaging/kernels/pixel_ops.h"
 
 namespace skarnel::kernels {
 namespace scalar {
 
-void squeezeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
-                const std::int32_t* from, const std::uint32_t* weight, std::size_t pixels) {
-    for (std::size_t x = 0; x < pixels; ++x) {
-        const auto at = static_cast<std::size_t>(from[x]);
-        const std::uint8_t* first = source + 4 * at;
-        const std::uint8_t* second = at + 1 < readablePixels ? first + 4 : first;
-        const int w = static_cast<int>(weight[x] & 0xFFFF);
-        for (std::size_t k = 0; k < 4; ++k) target[4 * x + k] = lerpByte(first[k], second[k], w);
+void squeezeRows(const SqueezeTarget& target, const std::uint8_t* const* sources,
+                 std::size_t readablePixels, const SqueezeMap& map) {
+    for (std::size_t x = 0; x < map.columns; ++x) {
+        const auto at = static_cast<std::size_t>(map.from[x]);
+        const std::size_t next = at + 1 < readablePixels ? at + 1 : at;
+        const int weight = static_cast<int>(map.weight[x] & 0xFFFF);
+        std::uint8_t* column =
+            target.bytes + 4 * static_cast<std::ptrdiff_t>(x) * target.columnStride;
+        for (int row = 0; row < target.rows; ++row)
+            for (std::size_t k = 0; k < 4; ++k)
+                *column++ = lerpByte(sources[row][4 * at + k], sources[row][4 * next + k], weight);
     }
 }
 
-void walkColumns(std::uint8_t* target, const ColumnWalk& walk, std::size_t begin, std::size_t end) {
-    for (std::size_t x = begin; x < end; ++x) {
-        const float product = walk.rowOffset * walk.step[x];
-        const float position = std::min(std::max(walk.centre[x] + product, 0.0F), walk.lastRow);
-        const auto row = static_cast<std::int32_t>(position);
-        const float fraction = position - static_cast<float>(row);
-        const auto weight = static_cast<int>(fraction * static_cast<float>(kLerpUnit));
-        const std::uint8_t* first =
-            walk.source + 4 * (row * walk.stridePixels + static_cast<std::ptrdiff_t>(x));
-        const std::uint8_t* second = first + 4 * walk.stridePixels;
-        for (std::size_t k = 0; k < 4; ++k)
-            target[4 * x + k] = lerpByte(first[k], second[k], weight);
-    }
+void walkPixel(std::uint8_t* target, const ColumnWalk& walk, std::size_t column, int row) {
+    const auto offset = static_cast<float>(row - walk.middleRow);
+    const float product = offset * walk.step[column];
+    const float position = std::min(std::max(walk.centre[column] + product, 0.0F), walk.last);
+    const auto units = static_cast<std::int64_t>(position);
+    const auto weight = static_cast<int>(units % kLerpUnit);
+    const std::uint8_t* first =
+        walk.source +
+        4 * (static_cast<std::ptrdiff_t>(column) * walk.columnStride + units / kLerpUnit);
+    for (int k = 0; k < 4; ++k) target[k] = lerpByte(first[k], first[k + 4], weight);
+}
+
+void walkColumns(const WalkTarget& target, const ColumnWalk& walk) {
+    const ColumnCover& cover = walk.cover;
+    for (int i = 0; i < target.rows; ++i)
+        for (std::size_t x = 0; x < walk.columns; ++x) {
+            const int y = target.firstRow + i;
+            std::uint8_t* pixel = target.bytes + i * target.strideBytes + 4 * x;
+            if (y < cover.begin[x] || y >= cover.end[x]) {
+                std::memset(pixel, 0, 4);
+                continue;
+            }
+            walkPixel(pixel, walk, x, y);
+            if (y == cover.begin[x])
+                scaleRow(pixel, pixel, cover.firstLevel[x], 1);
+            else if (y == cover.end[x] - 1)
+                scaleRow(pixel, pixel, cover.lastLevel[x], 1);
+        }
 }
 
 }  // namespace scalar
 
-void squeezeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
-                const std::int32_t* from, const std::uint32_t* weight, std::size_t pixels) {
-    SKARNEL_RUN_KERNEL(squeezeRow, target, source, readablePixels, from, weight, pixels);
+void squeezeRows(const SqueezeTarget& target, const std::uint8_t* const* sources,
+                 std::size_t readablePixels, const SqueezeMap& map) {
+    SKARNEL_RUN_KERNEL(squeezeRows, target, sources, readablePixels, map);
 }
 
-void walkColumns(std::uint8_t* target, const ColumnWalk& walk, std::size_t begin, std::size_t end) {
-    SKARNEL_RUN_KERNEL(walkColumns, target, walk, begin, end);
+void walkColumns(const WalkTarget& target, const ColumnWalk& walk) {
+    SKARNEL_RUN_KERNEL(walkColumns, target, walk);
 }
 
 }  // namespace skarnel::kernels

@@ -1,5 +1,12 @@
 // The inner loops of a turn about a vertical axis, which keeps vertical lines vertical: first every
 // row is resampled along x by one shared map, then every column along y by a map of its own.
+//
+// In between, the pixels lie column by column, so that both loops read runs of neighbours:
+//
+//   rows  --squeezeRows-->  column 0: row 0, row 1, ... | column 1: row 0, ...  --walkColumns-->
+//   rows
+//
+// Both work on blocks of kBlockRows rows, which are turned over in registers.
 #pragma once
 
 #include <cstddef>
@@ -10,45 +17,98 @@ namespace skarnel::kernels {
 /// Weights of the second of two neighbours are fractions of this.
 inline constexpr int kLerpUnit = 1 << 15;
 
+/// Rows that are worked on together; a column's part of a block is one cache line.
+inline constexpr int kBlockRows = 16;
+
+inline constexpr std::size_t kLineBytes = 64;
+
+/// Pixels behind the last column that a walk may read; their content plays no part.
+inline constexpr int kReadBehindColumns = 32;
+
 /// first + round((second - first) * weight / kLerpUnit) for a weight of 0 .. kLerpUnit - 1; lies
 /// between the two.
 constexpr std::uint8_t lerpByte(int first, int second, int weight) {
     return static_cast<std::uint8_t>(first + (((second - first) * weight + kLerpUnit / 2) >> 15));
 }
 
-/// Target pixel x = lerp of the source pixels from[x] and from[x] + 1 by weight[x], for every
-/// component. `weight` holds each weight twice, in the low and the high 16 bits. Of the
-/// source, readablePixels may be read; after the last of these comes that one again. from[x] does
-/// not fall as x grows.
-void squeezeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
-                const std::int32_t* from, const std::uint32_t* weight, std::size_t pixels);
-
-/// One row's way through the columns of an image.
-struct ColumnWalk {
-    const std::uint8_t* source;   // row 0 of column 0; one more row than lastRow + 1 is readable
-    std::ptrdiff_t stridePixels;  // of the source
-    const float* centre;          // each column's position where rowOffset is 0, in source rows
-    const float* step;            // source rows for each row offset
-    float rowOffset;
-    float lastRow;  // positions are clamped to 0 .. lastRow
-    bool stream;    // store past the caches, for targets that these would not hold
+/// What the columns of a squeezed picture show, the same for all of its rows.
+struct SqueezeMap {
+    const std::int32_t* from;     // source pixel left of the sample; does not fall
+    const std::uint32_t* weight;  // of the next one, twice, in the low and the high 16 bits
+    std::size_t columns;
 };
 
-/// Target pixel x = lerp of the source rows floor(p) and floor(p) + 1 of column x, where
-/// p = centre[x] + rowOffset * step[x] in single precision, product and sum rounded each.
-void walkColumns(std::uint8_t* target, const ColumnWalk& walk, std::size_t begin, std::size_t end);
+/// Where one block of squeezed rows goes: row r of column x is pixel x * columnStride + r.
+struct SqueezeTarget {
+    std::uint8_t* bytes;
+    std::ptrdiff_t columnStride;  // pixels; at least the rows
+    int rows;                     // 1 .. kBlockRows
+    bool stream;  // store past the caches; `bytes` and each column begin a cache line then
+};
+
+/// Pixel x of each row = lerp of the pixels map.from[x] and map.from[x] + 1 of its source row, for
+/// every component. `sources` are target.rows rows, of each of which readablePixels may be read;
+/// after the last of these comes that one again. Sources and target are disjoint.
+void squeezeRows(const SqueezeTarget& target, const std::uint8_t* const* sources,
+                 std::size_t readablePixels, const SqueezeMap& map);
+
+/// Which target rows each column of a turned picture covers.
+///
+///   row begin      covered by firstLevel / 255
+///   fullBegin ..   covered wholly
+///   row end - 1    covered by lastLevel / 255; where it is row `begin` too, firstLevel holds
+struct ColumnCover {
+    const std::int32_t* begin;
+    const std::int32_t* fullBegin;
+    const std::int32_t* fullEnd;
+    const std::int32_t* end;
+    const std::uint8_t* firstLevel;
+    const std::uint8_t* lastLevel;
+};
+
+/// The way through the columns of a squeezed picture. Positions are kLerpUnit-ths of source rows.
+struct ColumnWalk {
+    const std::uint8_t* source;   // row 0 of column 0; kReadBehindColumns pixels follow the last
+    std::ptrdiff_t columnStride;  // pixels; more than the last row's number
+    std::size_t columns;
+    const float* centre;  // each column's position at the middle row
+    const float* step;    // and how it grows for each target row, >= 0
+    float last;           // positions are clamped to 0 .. last, a whole number of rows
+    int middleRow;
+    ColumnCover cover;
+    /// For targets that the caches would not hold, stored past them: scratch of kLineBytes for each
+    /// row that is written, where the pixels wait that do not fill a cache line yet. Null
+    /// otherwise.
+    std::uint8_t* unfinishedLines;
+};
+
+/// Which rows a walk writes, and where.
+struct WalkTarget {
+    std::uint8_t* bytes;         // of the first row
+    std::ptrdiff_t strideBytes;  // at least 4 * walk.columns
+    int firstRow;                // counted from the top of the turned picture
+    int rows;
+};
+
+/// Writes walk.columns pixels of each of the target's rows. Pixel x of row y is the lerp of the
+/// source rows floor(p) and floor(p) + 1 of column x, where p = centre[x] + (y - middleRow) *
+/// step[x] in single precision, product and sum rounded each; times the level where the column
+/// covers the row partly, and transparent where it does not.
+void walkColumns(const WalkTarget& target, const ColumnWalk& walk);
 
 namespace scalar {
-void squeezeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
-                const std::int32_t* from, const std::uint32_t* weight, std::size_t pixels);
-void walkColumns(std::uint8_t* target, const ColumnWalk& walk, std::size_t begin, std::size_t end);
+void squeezeRows(const SqueezeTarget& target, const std::uint8_t* const* sources,
+                 std::size_t readablePixels, const SqueezeMap& map);
+void walkColumns(const WalkTarget& target, const ColumnWalk& walk);
+/// One pixel of the walk.
+void walkPixel(std::uint8_t* target, const ColumnWalk& walk, std::size_t column, int row);
 }  // namespace scalar
 
 #if SKARNEL_VECTOR
 namespace vector {
-void squeezeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
-                const std::int32_t* from, const std::uint32_t* weight, std::size_t pixels);
-void walkColumns(std::uint8_t* target, const ColumnWalk& walk, std::size_t begin, std::size_t end);
+void squeezeRows(const SqueezeTarget& target, const std::uint8_t* const* sources,
+                 std::size_t readablePixels, const SqueezeMap& map);
+void walkColumns(const WalkTarget& target, const ColumnWalk& walk);
 }  // namespace vector
 #endif
 

@@ -13,7 +13,6 @@
 #include "imaging/kernels/resample.h"
 #include "imaging/kernels/shape.h"
 #include "imaging/kernels/targets.h"
-#include "imaging/kernels/turn.h"
 
 namespace skarnel::kernels {
 namespace {
@@ -196,16 +195,6 @@ Columns columnsOf(std::size_t pixels, double step, std::uint32_t limit) {
     return columns;
 }
 
-TEST(Kernels, SqueezeRowIsTheSameOnEveryTarget) {
-    for (const double step : {0.0, 0.3, 0.99, 1.0, 1.7, 3.9, 9.0})
-        expectEqualTargets([&](std::uint8_t* target, std::size_t pixels, std::size_t) {
-            const Columns columns = columnsOf(pixels, step, kLerpUnit);
-            const auto source = noise(4 * columns.sourcePixels, 7);
-            squeezeRow(target, source.data(), columns.sourcePixels, columns.from.data(),
-                       columns.weight.data(), pixels);
-        });
-}
-
 TEST(Kernels, ShapeRowIsTheSameOnEveryTarget) {
     for (const bool hasMultiplier : {true, false})
         for (const double step : {0.0, 0.9, 1.0, 1.4, 3.0})
@@ -233,25 +222,6 @@ TEST(Kernels, AShapeFactorIsTheSameOnEveryTarget) {
                 ASSERT_EQ(actual.fraction, expected.fraction) << factor;
             }
         }
-}
-
-TEST(Kernels, WalkColumnsIsTheSameOnEveryTarget) {
-    constexpr int kHeight = 40;
-    std::mt19937 random(9);
-    std::vector<float> centre;
-    std::vector<float> step;
-    for (std::size_t x = 0; x < kMaxPixels; ++x) {
-        centre.push_back(std::uniform_real_distribution<float>(-5, 45)(random));
-        step.push_back(std::uniform_real_distribution<float>(0.3F, 2)(random));
-    }
-    for (const float rowOffset : {-20.0F, 0.0F, 7.0F, 8.0F})
-        expectEqualTargets([&](std::uint8_t* target, std::size_t pixels, std::size_t misalign) {
-            const auto source = noise((kHeight + 1) * kMaxPixels * 4, 10);
-            const ColumnWalk walk{source.data(), kMaxPixels,  centre.data(), step.data(),
-                                  rowOffset,     kHeight - 1, rowOffset >= 7};
-            const std::size_t begin = std::min(pixels, misalign % 7);
-            walkColumns(target, walk, begin, pixels);
-        });
 }
 
 TEST(Kernels, PlannedColumnsAreTheSameOnEveryTarget) {
@@ -327,17 +297,6 @@ TEST(Kernels, OpaqueCoversTransparentChangesNothing) {
     EXPECT_EQ(target, (std::vector<std::uint8_t>{10, 20, 30, 200}));
     scalar::overRow(target.data(), std::vector<std::uint8_t>{1, 2, 3, 255}.data(), 1);
     EXPECT_EQ(target, (std::vector<std::uint8_t>{1, 2, 3, 255}));
-}
-
-TEST(Kernels, LerpByteIsRoundedAndStaysBetweenItsEnds) {
-    for (int a = 0; a < 256; ++a)
-        for (int b = 0; b < 256; ++b)
-            for (const int weight : {0, 1, 16384, 32767}) {
-                const int value = lerpByte(a, b, weight);
-                ASSERT_GE(value, std::min(a, b));
-                ASSERT_LE(value, std::max(a, b));
-                ASSERT_NEAR(value, a + (b - a) * weight / 32768.0, 0.5);
-            }
 }
 
 TEST(Kernels, TheEnvironmentCanChooseTheDefinition) {

@@ -1,0 +1,140 @@
+// Vector twin of the first pass of turn.cpp.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imaging/kernels/squeeze_vector.cpp"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+// The targets' code follows.
+#include <hwy/cache_control.h>
+#include <hwy/highway.h>
+
+#include <algorithm>
+
+#include "imaging/kernels/turn.h"
+#include "imaging/kernels/turn_vector-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace skarnel::kernels::HWY_NAMESPACE {
+#if !SKARNEL_VECTOR_BLOCKS  // the definition
+
+void SqueezeRows(const SqueezeTarget& target, const std::uint8_t* const* sources,
+                 std::size_t readablePixels, const SqueezeMap& map) {
+    scalar::squeezeRows(target, sources, readablePixels, map);
+}
+
+#else
+
+constexpr std::size_t kParts = kBlockRows / kLanes;  // square blocks that make kBlockRows rows
+
+/// A vector of columns and the source pixels that they need, the same for every row.
+struct SqueezeColumns {
+    VI32 offset;  // of the left pixel, from the first column's
+    V32 weight;
+    std::ptrdiff_t start;  // bytes
+};
+
+/// The squeezed pixels of one row, picked from 2 * kPairs vectors of it.
+template <int kPairs>
+HWY_INLINE V32 SqueezedPixels(const std::uint8_t* HWY_RESTRICT source,
+                              const SqueezeColumns& columns) {
+    const D32 d32;
+    const DI32 di32;
+    const std::uint8_t* at = source + columns.start;
+    const auto next = hn::Add(columns.offset, hn::Set(di32, 1));
+    const V32 a = LoadPixels(at);
+    const V32 b = LoadPixels(at + 4 * kLanes);
+    V32 first = PickFromTwo(d32, a, b, columns.offset);
+    V32 second = PickFromTwo(d32, a, b, next);
+    if (kPairs == 2) {
+        const V32 c = LoadPixels(at + 8 * kLanes);
+        const V32 d = LoadPixels(at + 12 * kLanes);
+        const auto last = hn::Set(di32, static_cast<std::int32_t>(2 * kLanes) - 1);
+        const auto later = [&](V32 early, VI32 index) HWY_ATTR {
+            return hn::IfThenElse(hn::RebindMask(d32, hn::Gt(index, last)),
+                                  PickFromTwo(d32, c, d, hn::And(index, last)), early);
+        };
+        first = later(first, columns.offset);
+        second = later(second, next);
+    }
+    return LerpPixels(first, second, columns.weight, EvenBytes());
+}
+
+/// kLanes columns of a whole block of rows.
+template <int kPairs, bool kStream>
+HWY_INLINE void SqueezeBlock(const SqueezeTarget& target, std::size_t column,
+                             const std::uint8_t* const* HWY_RESTRICT sources,
+                             const SqueezeColumns& columns) {
+    V32 block[kParts][kLanes];
+#pragma GCC unroll 4
+    for (std::size_t part = 0; part < kParts; ++part) {
+#pragma GCC unroll 16
+        for (std::size_t i = 0; i < kLanes; ++i)
+            block[part][i] = SqueezedPixels<kPairs>(sources[part * kLanes + i], columns);
+        Transpose(D32(), block[part]);
+    }
+    std::uint8_t* out =
+        target.bytes + 4 * static_cast<std::ptrdiff_t>(column) * target.columnStride;
+    const std::ptrdiff_t stride = 4 * target.columnStride;
+#pragma GCC unroll 16
+    for (std::size_t i = 0; i < kLanes; ++i, out += stride)
+#pragma GCC unroll 4
+        for (std::size_t part = 0; part < kParts; ++part) {
+            const auto bytes = hn::BitCast(D8(), block[part][i]);
+            if (kStream)
+                hn::Stream(bytes, D8(), out + 4 * kLanes * part);
+            else
+                hn::StoreU(bytes, D8(), out + 4 * kLanes * part);
+        }
+}
+
+template <bool kStream>
+HWY_INLINE void SqueezeWholeRows(const SqueezeTarget& target, const std::uint8_t* const* sources,
+                                 std::size_t readablePixels, const SqueezeMap& map) {
+    const DI32 di32;
+    for (std::size_t at = 0; at < map.columns; at += kLanes) {
+        // The last vector overlaps the one before; both write the same bytes.
+        const std::size_t x = std::min(at, map.columns - kLanes);
+        const std::int32_t* from = map.from + x;
+        const auto start = static_cast<std::size_t>(from[0]);
+        const std::size_t reach = static_cast<std::size_t>(from[kLanes - 1]) - start + 2;
+        const std::size_t pairs = (reach + 2 * kLanes - 1) / (2 * kLanes);
+        const SqueezeColumns columns{hn::Sub(hn::LoadU(di32, from), hn::Set(di32, from[0])),
+                                     hn::LoadU(D32(), map.weight + x),
+                                     4 * static_cast<std::ptrdiff_t>(start)};
+        if (pairs > 2 || start + 2 * kLanes * pairs > readablePixels) {
+            SqueezeTarget place = target;
+            place.bytes += 4 * static_cast<std::ptrdiff_t>(x) * target.columnStride;
+            scalar::squeezeRows(place, sources, readablePixels, {from, map.weight + x, kLanes});
+        } else if (pairs == 2) {
+            SqueezeBlock<2, kStream>(target, x, sources, columns);
+        } else {
+            SqueezeBlock<1, kStream>(target, x, sources, columns);
+        }
+    }
+}
+
+void SqueezeRows(const SqueezeTarget& target, const std::uint8_t* const* sources,
+                 std::size_t readablePixels, const SqueezeMap& map) {
+    if (target.rows != kBlockRows || map.columns < kLanes)
+        scalar::squeezeRows(target, sources, readablePixels, map);
+    else if (target.stream)
+        SqueezeWholeRows<true>(target, sources, readablePixels, map);
+    else
+        SqueezeWholeRows<false>(target, sources, readablePixels, map);
+}
+
+#endif
+}  // namespace skarnel::kernels::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace skarnel::kernels {
+HWY_EXPORT(SqueezeRows);
+
+namespace vector {
+void squeezeRows(const SqueezeTarget& target, const std::uint8_t* const* sources,
+                 std::size_t readablePixels, const SqueezeMap& map) {
+    HWY_DYNAMIC_DISPATCH(SqueezeRows)(target, sources, readablePixels, map);
+}
+}  // namespace vector
+
+}  // namespace skarnel::kernels
+#endif

@@ -1,0 +1,281 @@
+// Vector twin of the second pass of turn.cpp.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "imaging/kernels/walk_vector.cpp"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+// The targets' code follows.
+#include <hwy/cache_control.h>
+#include <hwy/highway.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "imaging/kernels/turn.h"
+#include "imaging/kernels/turn_vector-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace skarnel::kernels::HWY_NAMESPACE {
+#if !SKARNEL_VECTOR_BLOCKS  // the definition
+
+void WalkColumns(const WalkTarget& target, const ColumnWalk& walk) {
+    scalar::walkColumns(target, walk);
+}
+
+#else
+
+/// The rows of one band, one lane each. kTall: positions may pass 2^31, so that row and weight
+/// are cut apart as floating-point numbers.
+template <bool kTall>
+class Band {
+  public:
+    HWY_INLINE Band(const ColumnWalk& walk, int row)
+        : walk_(walk),
+          row_(row),
+          rows_(hn::Iota(DI32(), row)),
+          offset_(hn::ConvertTo(DF(), hn::Iota(DI32(), row - walk.middleRow))),
+          last_(hn::Set(DF(), walk.last)),
+          evenBytes_(EvenBytes()),
+          fraction_(hn::Set(DI32(), kLerpUnit - 1)),
+          one_(hn::Set(DI32(), 1)) {}
+
+    /// Columns x, x + 1, ... of all rows, turned over: vector i holds row i.
+    HWY_INLINE void Walk(std::size_t x, V32* HWY_RESTRICT block) const {
+        const DI32 di32;
+        const ColumnCover& cover = walk_.cover;
+        const auto first = hn::Set(di32, row_);
+        const auto end = hn::Set(di32, row_ + static_cast<int>(kLanes));
+        const auto before = hn::Gt(hn::LoadU(di32, cover.fullBegin + x), first);
+        const auto behind = hn::Lt(hn::LoadU(di32, cover.fullEnd + x), end);
+        const auto step = hn::LoadU(DF(), walk_.step + x);
+        const auto fast = hn::RebindMask(di32, hn::Gt(step, hn::Set(DF(), kLargestStep)));
+        if (hn::AllFalse(di32, hn::Or(fast, hn::Or(before, behind)))) {
+            const std::ptrdiff_t strideBytes = 4 * walk_.columnStride;
+            const std::uint8_t* column =
+                walk_.source + static_cast<std::ptrdiff_t>(x) * strideBytes;
+#pragma GCC unroll 16
+            for (std::size_t i = 0; i < kLanes; ++i, column += strideBytes)
+                block[i] = Column(column, walk_.centre[x + i], walk_.step[x + i]);
+        } else {
+            const auto begun = hn::Lt(hn::LoadU(di32, cover.begin + x), end);
+            const auto ended = hn::Gt(hn::LoadU(di32, cover.end + x), first);
+            const bool nothing = hn::AllFalse(di32, hn::And(begun, ended));
+            for (std::size_t i = 0; i < kLanes; ++i)
+                block[i] = nothing ? hn::Zero(D32()) : EdgeColumn(x + i);
+            if (nothing) return;
+        }
+        Transpose(D32(), block);
+    }
+
+  private:
+    /// What the column of pixels at `column` shows in the rows.
+    HWY_INLINE V32 Column(const std::uint8_t* HWY_RESTRICT column, float centre, float step) const {
+        const DI32 di32;
+        const D32 d32;
+        const DF df;
+        const auto sum = hn::Add(hn::Set(df, centre), hn::Mul(offset_, hn::Set(df, step)));
+        const auto position = hn::Min(hn::Max(sum, hn::Zero(df)), last_);
+        VI32 at;
+        VI32 units;
+        if (kTall) {
+            at = Truncated(df, hn::Mul(position, hn::Set(df, 1.0F / kLerpUnit)));
+            const auto whole = hn::Mul(hn::ConvertTo(df, at), hn::Set(df, 1.0F * kLerpUnit));
+            units = Truncated(df, hn::Sub(position, whole));
+        } else {
+            units = Truncated(df, position);
+            at = hn::ShiftRight<15>(units);
+        }
+        const auto weight = hn::BitCast(d32, hn::And(units, fraction_));
+        const std::int32_t start = hn::GetLane(at);
+        const std::uint8_t* run = column + std::ptrdiff_t{4} * start;
+        // What the next band will want of this column; a band takes up to two lines.
+        hwy::Prefetch(run + 3 * kLineBytes);
+        hwy::Prefetch(run + 4 * kLineBytes);
+        const V32 low = LoadPixels(run);
+        const V32 high = LoadPixels(run + 4 * kLanes);
+        const auto offset = hn::Sub(at, hn::Set(di32, start));
+        return LerpPixels(PickFromTwo(d32, low, high, offset),
+                          PickFromTwo(d32, low, high, hn::Add(offset, one_)),
+                          hn::Or(weight, hn::ShiftLeft<16>(weight)), evenBytes_);
+    }
+
+    /// The same for a step that passes more pixels than two vectors hold.
+    HWY_NOINLINE V32 LongColumn(std::size_t x) const {
+        HWY_ALIGN std::uint8_t pixels[4 * kLanes];
+        for (std::size_t i = 0; i < kLanes; ++i)
+            scalar::walkPixel(pixels + 4 * i, walk_, x, row_ + static_cast<int>(i));
+        return LoadPixels(pixels);
+    }
+
+    /// A column that begins or ends in the rows, or is walked fast.
+    HWY_NOINLINE V32 EdgeColumn(std::size_t x) const {
+        const DI32 di32;
+        const D32 d32;
+        const ColumnCover& cover = walk_.cover;
+        const auto begin = hn::Set(di32, cover.begin[x]);
+        const auto last = hn::Set(di32, cover.end[x] - 1);
+        auto level = hn::Set(di32, 255);
+        level = hn::IfThenElse(hn::Eq(rows_, last), hn::Set(di32, cover.lastLevel[x]), level);
+        level = hn::IfThenElse(hn::Eq(rows_, begin), hn::Set(di32, cover.firstLevel[x]), level);
+        const auto outside = hn::Or(hn::Lt(rows_, begin), hn::Gt(rows_, last));
+        level = hn::IfThenZeroElse(outside, level);
+        const std::uint8_t* column =
+            walk_.source + 4 * static_cast<std::ptrdiff_t>(x) * walk_.columnStride;
+        const V32 pixels = walk_.step[x] > kLargestStep
+                               ? LongColumn(x)
+                               : Column(column, walk_.centre[x], walk_.step[x]);
+        return ScaledPixels(pixels, hn::BitCast(d32, level));
+    }
+
+    /// multiply255 of every component.
+    static HWY_INLINE V32 ScaledPixels(V32 pixels, V32 level) {
+        const hn::Repartition<std::uint16_t, D32> d16;
+        const auto factor = hn::BitCast(d16, hn::Or(level, hn::ShiftLeft<16>(level)));
+        const auto scaled = [&](auto bytes) HWY_ATTR {
+            const auto t = hn::Add(hn::Mul(bytes, factor), hn::Set(d16, std::uint16_t{128}));
+            return hn::ShiftRight<8>(hn::Add(t, hn::ShiftRight<8>(t)));
+        };
+        const auto v = hn::BitCast(d16, pixels);
+        const auto even = scaled(hn::And(v, hn::Set(d16, std::uint16_t{0xFF})));
+        const auto odd = scaled(hn::ShiftRight<8>(v));
+        return hn::BitCast(D32(), hn::Or(even, hn::ShiftLeft<8>(odd)));
+    }
+
+    /// The last of kLanes positions then lies at most 2 * kLanes - 2 rows below the first.
+    static constexpr float kLargestStep =
+        1.0F * kLerpUnit * static_cast<float>(2 * kLanes - 3) / static_cast<float>(kLanes - 1);
+
+    const ColumnWalk& walk_;
+    int row_;
+    VI32 rows_;
+    VF offset_;
+    VF last_;
+    V32 evenBytes_;
+    VI32 fraction_;
+    VI32 one_;
+};
+
+HWY_INLINE void StoreRows(const V32* HWY_RESTRICT block, std::size_t rows,
+                          std::uint8_t* HWY_RESTRICT target, std::ptrdiff_t strideBytes) {
+    if (HWY_LIKELY(rows == kLanes)) {
+#pragma GCC unroll 16
+        for (std::size_t i = 0; i < kLanes; ++i, target += strideBytes)
+            hn::StoreU(hn::BitCast(D8(), block[i]), D8(), target);
+    } else {
+        for (std::size_t i = 0; i < rows; ++i, target += strideBytes)
+            hn::StoreU(hn::BitCast(D8(), block[i]), D8(), target);
+    }
+}
+
+/// Columns begin .. end - 1 of a whole band of `rows` rows; at least kLanes columns.
+template <bool kTall>
+HWY_INLINE void WalkInto(std::uint8_t* target, std::ptrdiff_t strideBytes, const ColumnWalk& walk,
+                         int row, int rows, std::size_t begin, std::size_t end) {
+    for (int done = 0; done < rows; done += static_cast<int>(kLanes)) {
+        const Band<kTall> band(walk, row + done);
+        const auto count = std::min(kLanes, static_cast<std::size_t>(rows - done));
+        std::uint8_t* HWY_RESTRICT out = target + done * strideBytes;
+        for (std::size_t at = begin; at < end; at += kLanes) {
+            // The last block overlaps the one before; both write the same bytes.
+            const std::size_t x = std::min(at, end - kLanes);
+            V32 block[kLanes];
+            band.Walk(x, block);
+            StoreRows(block, count, out + 4 * (x - begin), strideBytes);
+        }
+    }
+}
+
+/// Columns are walked in strips of this many from top to bottom, so that each column is read in
+/// its own order and what a band needs of a strip stays in the nearest cache.
+constexpr std::size_t kStripColumns = 128;
+
+enum class Strip { First, Middle, Last, Only };
+
+/// A band of a strip, gathered so that whole cache lines of each row leave for memory.
+class LineStream {
+  public:
+    static constexpr std::ptrdiff_t kStride = kLineBytes + 8 * kStripColumns;
+    /// The strip's pixels of row 0; the rows lie kStride bytes apart.
+    std::uint8_t* Pixels() { return bytes_ + kLineBytes; }
+
+    /// Sends the rows on. What does not fill a line yet waits in `unfinished` for the next strip.
+    void Flush(std::uint8_t* target, std::ptrdiff_t strideBytes, int rows, std::size_t columns,
+               std::uint8_t* unfinished, Strip strip) {
+        std::uint8_t* source = Pixels();
+        for (int i = 0; i < rows; ++i) {
+            FlushRow(target, source, 4 * columns, unfinished, strip);
+            target += strideBytes;
+            source += kStride;
+            unfinished += kLineBytes;
+        }
+    }
+
+  private:
+    static HWY_INLINE void FlushRow(std::uint8_t* HWY_RESTRICT target,
+                                    std::uint8_t* HWY_RESTRICT source, std::size_t bytes,
+                                    std::uint8_t* HWY_RESTRICT unfinished, Strip strip) {
+        constexpr auto kLine = static_cast<std::ptrdiff_t>(kLineBytes);
+        const auto end = static_cast<std::ptrdiff_t>(bytes);
+        auto i =
+            -static_cast<std::ptrdiff_t>(reinterpret_cast<std::uintptr_t>(target) % kLineBytes);
+        if (strip == Strip::Middle || strip == Strip::Last) {
+            std::memcpy(source - kLine, unfinished, kLineBytes);
+        } else if (i < 0) {
+            i += kLine;
+            std::memcpy(target, source, static_cast<std::size_t>(i));
+        }
+        for (; i + kLine <= end; i += kLine)
+            for (std::size_t part = 0; part < kLineBytes; part += 4 * kLanes)
+                hn::Stream(hn::LoadU(D8(), source + i + part), D8(), target + i + part);
+        if (strip == Strip::First || strip == Strip::Middle)
+            std::memcpy(unfinished, source + end - kLine, kLineBytes);
+        else
+            std::memcpy(target + i, source + i, static_cast<std::size_t>(end - i));
+    }
+
+    alignas(kLineBytes) std::uint8_t bytes_[kBlockRows * kStride];
+};
+
+template <bool kTall>
+void WalkStrip(const WalkTarget& target, const ColumnWalk& walk, std::size_t begin, std::size_t end,
+               Strip strip) {
+    LineStream lines;
+    std::uint8_t* bytes = target.bytes + 4 * begin;
+    for (int done = 0; done < target.rows; done += kBlockRows) {
+        const int row = target.firstRow + done;
+        const int rows = std::min(kBlockRows, target.rows - done);
+        if (walk.unfinishedLines == nullptr || walk.columns < kStripColumns) {
+            WalkInto<kTall>(bytes, target.strideBytes, walk, row, rows, begin, end);
+        } else {
+            WalkInto<kTall>(lines.Pixels(), LineStream::kStride, walk, row, rows, begin, end);
+            lines.Flush(bytes, target.strideBytes, rows, end - begin,
+                        walk.unfinishedLines + kLineBytes * static_cast<std::size_t>(done), strip);
+        }
+        bytes += kBlockRows * target.strideBytes;
+    }
+}
+
+void WalkColumns(const WalkTarget& target, const ColumnWalk& walk) {
+    if (walk.columns < kLanes) return scalar::walkColumns(target, walk);
+    const auto walkStrip = walk.last >= 2147483648.0F ? WalkStrip<true> : WalkStrip<false>;
+    std::size_t x = 0;
+    // The last strip takes what would not make a strip of its own.
+    for (; x + 2 * kStripColumns <= walk.columns; x += kStripColumns)
+        walkStrip(target, walk, x, x + kStripColumns, x == 0 ? Strip::First : Strip::Middle);
+    walkStrip(target, walk, x, walk.columns, x == 0 ? Strip::Only : Strip::Last);
+}
+
+#endif
+}  // namespace skarnel::kernels::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace skarnel::kernels {
+HWY_EXPORT(WalkColumns);
+
+namespace vector {
+void walkColumns(const WalkTarget& target, const ColumnWalk& walk) {
+    HWY_DYNAMIC_DISPATCH(WalkColumns)(target, walk);
+}
+}  // namespace vector
+
+}  // namespace skarnel::kernels
+#endif
