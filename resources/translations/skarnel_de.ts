@@ -213,6 +213,10 @@
         <source>Turns a picture into its reflection.</source>
         <translation>Macht aus einem Bild dessen Spiegelbild.</translation>
     </message>
+    <message>
+        <source>Text</source>
+        <translation>Text</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::Companions</name>

@@ -213,6 +213,10 @@
         <source>Turns a picture into its reflection.</source>
         <translation>Convierte una imagen en su reflejo.</translation>
     </message>
+    <message>
+        <source>Text</source>
+        <translation>Texto</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::Companions</name>

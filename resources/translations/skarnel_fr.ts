@@ -213,6 +213,10 @@
         <source>Turns a picture into its reflection.</source>
         <translation>Transforme une image en son reflet.</translation>
     </message>
+    <message>
+        <source>Text</source>
+        <translation>Texte</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::Companions</name>

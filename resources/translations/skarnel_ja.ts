@@ -213,6 +213,10 @@
         <source>Turns a picture into its reflection.</source>
         <translation>画像から反射画像を作ります。</translation>
     </message>
+    <message>
+        <source>Text</source>
+        <translation>テキスト</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::Companions</name>

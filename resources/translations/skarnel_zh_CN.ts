@@ -213,6 +213,10 @@
         <source>Turns a picture into its reflection.</source>
         <translation>为图片制作倒影。</translation>
     </message>
+    <message>
+        <source>Text</source>
+        <translation>文字</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::Companions</name>

@@ -267,7 +267,7 @@ void Application::connectView() {
 void Application::connectText() {
     // The picture's file has a name that nobody chose.
     const auto imageText = [this] {
-        changingSource([this] { controller_.imageText(nullptr); }, tr("Text Reflection"));
+        changingSource([this] { controller_.imageText(nullptr); }, tr("Text"));
     };
     connect(actions_.imageText, &QAction::triggered, this, imageText);
     connect(&window_.textBar().imageButton(), &QPushButton::clicked, this, imageText);

@@ -96,7 +96,7 @@ TEST_F(WindowTest, TheTypedTextStandsInTheViewerAtActualSize) {
     EXPECT_NEAR(app->controller().image->size().height, 36, 6);
     EXPECT_TRUE(app->controller().saveFilename.ends_with(" Reflection"));
     // Nobody chose the name of the temporary file.
-    EXPECT_EQ(app->window().windowTitle(), QStringLiteral("Text Reflection — Skarnel"));
+    EXPECT_EQ(app->window().windowTitle(), QStringLiteral("Text — Skarnel"));
 }
 
 // With the renderer stopped the wait would never end by itself.
