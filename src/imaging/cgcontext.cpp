@@ -91,11 +91,43 @@ struct CGContext::Impl {
     void paintRows(ImageRows& rows, const AxisPlan& across, const AxisPlan& down,
                    CompositeOperation operation, std::uint8_t opacity);
 
+    bool drawWhole(ImageRows& rows, const AxisPlan& across, const AxisPlan& down);
+    /// Makes the pixels of a new context transparent, unless something has covered them already.
+    void clearNew();
+
     PixelBuffer pixels;
     MutablePixelView view;
+    bool isNew = false;  // transparent, but the memory holds anything
     State state;
     std::vector<State> saved;
 };
+
+void CGContext::Impl::clearNew() {
+    if (!std::exchange(isNew, false)) return;
+    for (int y = 0; y < view.height; ++y)
+        std::memset(view.row(y), 0, std::size_t{4} * static_cast<std::size_t>(view.width));
+}
+
+/// The first drawing into a new context: over nothing a pixel is the source's own, so that the
+/// rows are made in place. False where edges are partly covered.
+bool CGContext::Impl::drawWhole(ImageRows& rows, const AxisPlan& across, const AxisPlan& down) {
+    if (!isNew || !across.fullyCovered() || !down.fullyCovered()) return false;
+    isNew = false;
+    const auto bytes = [](int columns) {
+        return std::size_t{4} * static_cast<std::size_t>(columns);
+    };
+    for (int y = 0; y < view.height; ++y) {
+        std::uint8_t* row = view.row(y);
+        if (y < down.first() || y >= down.end()) {
+            std::memset(row, 0, bytes(view.width));
+            continue;
+        }
+        std::memset(row, 0, bytes(across.first()));
+        rows.drawRow(y - down.first(), row + bytes(across.first()));
+        std::memset(row + bytes(across.end()), 0, bytes(view.width - across.end()));
+    }
+    return true;
+}
 
 namespace {
 
@@ -126,6 +158,7 @@ void CGContext::Impl::fill(const Area& outer, const Area& hole, Pixel color,
                            CompositeOperation operation) {
     const Area shape = intersection(outer, state.clip);
     if (shape.isEmpty()) return;
+    clearNew();
     const Area cut = intersection(hole, state.clip);
     if (cut.isEmpty() && isWhole(shape.columns) && isWhole(shape.rows))
         return fillWhole(shape, color, operation);
@@ -186,13 +219,20 @@ void CGContext::Impl::draw(const CGImage& image, const Area& source, const Area&
     std::optional<ImageRows> rows =
         undrawn != nullptr ? ImageRows::create(*undrawn, picture->width(), across, down)
                            : ImageRows::create(picture->pixels(), across, down);
-    if (rows) paintRows(*rows, across, down, operation, unitToByte(fraction));
+    if (!rows) return;
+    const std::uint8_t opacity = unitToByte(fraction);
+    const bool replaces = opacity == 255 && operation != CompositeOperation::DestinationIn;
+    if (replaces && drawWhole(*rows, across, down)) return;
+    clearNew();
+    paintRows(*rows, across, down, operation, opacity);
 }
 
 std::unique_ptr<CGContext> CGContext::create(int width, int height) {
-    std::optional<PixelBuffer> pixels = PixelBuffer::zeroed(width, height);
+    std::optional<PixelBuffer> pixels = PixelBuffer::uninitialized(width, height);
     if (!pixels) return nullptr;
-    return std::make_unique<CGContext>(*std::move(pixels));
+    auto context = std::make_unique<CGContext>(*std::move(pixels));
+    context->impl_->isNew = true;
+    return context;
 }
 
 CGContext::CGContext(PixelBuffer pixels) : impl_(std::make_unique<Impl>(std::move(pixels))) {}
@@ -205,6 +245,7 @@ int CGContext::height() const {
     return impl_->view.height;
 }
 MutablePixelView CGContext::pixels() {
+    impl_->clearNew();
     return impl_->view;
 }
 
@@ -280,10 +321,12 @@ void CGContext::drawImage(const CGImage& image, const CGRect& source, const CGRe
 }
 
 std::optional<CGImage> CGContext::createImage() const {
+    impl_->clearNew();
     return CGImage::copyOf(impl_->view);
 }
 
 CGImage CGContext::takeImage() && {
+    impl_->clearNew();
     CGImage image(std::move(impl_->pixels));
     impl_->view = {};
     impl_->state.clip = {};

@@ -4,6 +4,10 @@
 #include <QPolygonF>
 #include <algorithm>
 #include <cmath>
+#include <memory>
+
+#include "imaging/kernels/pixel_ops.h"
+#include "imaging/pixel_memory.h"
 
 namespace skarnel {
 namespace {
@@ -14,6 +18,30 @@ int roundedSide(double length) {
 
 QRectF toQt(CGRect rect) {
     return {rect.x, rect.y, rect.width, rect.height};
+}
+
+/// The picture over the ground as the screen has it, in memory that is used again and again: fresh
+/// memory costs more than the work. Null without memory.
+QImage flatImage(const PixelView& picture, const QColor& ground) {
+    const auto rowBytes = std::size_t{4} * static_cast<std::size_t>(picture.width);
+    auto memory = allocatePixelMemory(rowBytes * static_cast<std::size_t>(picture.height),
+                                      PixelContents::Undefined);
+    if (!memory) return {};
+    const kernels::Pixel under{static_cast<std::uint8_t>(ground.red()),
+                               static_cast<std::uint8_t>(ground.green()),
+                               static_cast<std::uint8_t>(ground.blue()), 255};
+    for (int y = 0; y < picture.height; ++y)
+        kernels::flattenRow(memory.get() + rowBytes * static_cast<std::size_t>(y), picture.row(y),
+                            under, static_cast<std::size_t>(picture.width));
+    std::uint8_t* const bytes = memory.get();
+    using Owner = std::shared_ptr<std::uint8_t>;
+    return {bytes,
+            picture.width,
+            picture.height,
+            static_cast<qsizetype>(rowBytes),
+            QImage::Format_RGB32,
+            [](void* owner) { delete static_cast<Owner*>(owner); },
+            new Owner(std::move(memory))};
 }
 
 }  // namespace
@@ -32,8 +60,33 @@ QImage straightImage(const QImage& paintable) {
 }
 
 void PicturePainter::setImage(const CGImage& image) {
-    image_ = paintableImage(image);
+    source_ = image;
+    image_ = QImage();
+    flat_ = QImage();
     shrunk_ = QImage();
+}
+
+const QImage& PicturePainter::image() const {
+    if (image_.isNull() && source_) image_ = paintableImage(*source_);
+    return image_;
+}
+
+bool PicturePainter::isPlain(const ViewTransform& view) const {
+    const CGRect part = view.part();
+    return source_ && source_->alphaInfo() == CGImageAlphaInfo::PremultipliedLast &&
+           view.factor() == 1.0 && view.rotation() == 0 && part.x == 0 && part.y == 0 &&
+           part.width == source_->width() && part.height == source_->height();
+}
+
+bool PicturePainter::paintOver(QPainter& painter, const ViewTransform& view, const QColor& ground) {
+    if (flat_.isNull() || flatGround_ != ground.rgb()) {
+        flat_ = flatImage(source_->pixels(), ground);
+        flatGround_ = ground.rgb();
+    }
+    if (flat_.isNull()) return false;
+    const CGRect box = view.content();
+    painter.drawImage(QPointF(box.x, box.y), flat_);
+    return true;
 }
 
 void PicturePainter::paint(QPainter& painter, const ViewTransform& view) {
@@ -51,7 +104,7 @@ const QImage& PicturePainter::shrunk(const ViewTransform& view) {
         shrunkFactor_ = view.factor();
         shrunkPart_ = view.part();
         const QRect part = toQt(shrunkPart_).toAlignedRect();
-        const QImage source = part == image_.rect() ? image_ : image_.copy(part);
+        const QImage source = part == image().rect() ? image() : image().copy(part);
         shrunk_ = source.scaled(roundedSide(shrunkPart_.width * shrunkFactor_),
                                 roundedSide(shrunkPart_.height * shrunkFactor_),
                                 Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
@@ -66,10 +119,10 @@ void PicturePainter::paintUpright(QPainter& painter, const ViewTransform& view) 
     if (view.factor() < 1) {
         painter.drawImage(QPointF(box.x, box.y), shrunk(view));
     } else if (view.factor() == 1.0) {
-        painter.drawImage(QPointF(box.x, box.y), image_, source);
+        painter.drawImage(QPointF(box.x, box.y), image(), source);
     } else {
         painter.setRenderHint(QPainter::SmoothPixmapTransform, view.factor() < kSquaresFrom);
-        painter.drawImage(toQt(box), image_, source);
+        painter.drawImage(toQt(box), image(), source);
     }
 }
 
@@ -78,7 +131,7 @@ void PicturePainter::paintTurned(QPainter& painter, const ViewTransform& view) {
     painter.setRenderHint(QPainter::SmoothPixmapTransform, view.factor() < kSquaresFrom);
     // A clip by the outline smooths the edges of the turned picture.
     painter.setRenderHint(QPainter::Antialiasing);
-    const QImage& picture = view.factor() < 1 ? shrunk(view) : image_;
+    const QImage& picture = view.factor() < 1 ? shrunk(view) : image();
     const QRectF source = view.factor() < 1 ? QRectF(picture.rect()) : toQt(view.part());
     painter.drawImage(toQt(view.part()), picture, source);
 }

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <QImage>
+#include <QRgb>
+#include <optional>
 
 #include "imaging/cgimage.h"
 #include "qt/view_transform.h"
@@ -25,11 +27,20 @@ class PicturePainter {
     static constexpr double kSquaresFrom = 3.0;
 
     void setImage(const CGImage& image);
-    bool isEmpty() const { return image_.isNull(); }
-    const QImage& image() const { return image_; }
+    bool isEmpty() const { return !source_; }
+    /// A null image before the first; converted when it is first asked for.
+    const QImage& image() const;
 
     /// Draws the part that `view` shows. The painter's units are device pixels.
     void paint(QPainter& painter, const ViewTransform& view);
+
+    /// Whether `view` shows the picture whole, upright and pixel by pixel, as it does while it
+    /// fits.
+    bool isPlain(const ViewTransform& view) const;
+
+    /// For a plain view over an opaque ground: draws picture and ground in one, so that nothing
+    /// needs to be painted below. False without memory; nothing is drawn then.
+    bool paintOver(QPainter& painter, const ViewTransform& view, const QColor& ground);
 
     /// How often the picture was resampled anew; repainting an unchanged view must not add to it.
     int resampleCount() const { return resampleCount_; }
@@ -39,7 +50,10 @@ class PicturePainter {
     void paintTurned(QPainter& painter, const ViewTransform& view);
     const QImage& shrunk(const ViewTransform& view);
 
-    QImage image_;
+    std::optional<CGImage> source_;
+    mutable QImage image_;  // of the source; null until it is needed
+    QImage flat_;           // the source over `flatGround_`, null when it has to be made
+    QRgb flatGround_ = 0;
     QImage shrunk_;  // the shown part at `shrunkFactor_`, empty when it has to be made
     CGRect shrunkPart_;
     double shrunkFactor_ = 0;

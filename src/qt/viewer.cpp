@@ -17,7 +17,6 @@
 namespace skarnel {
 namespace {
 
-constexpr int kCheckerSquare = 8;       // logical pixels
 constexpr double kWheelDoubling = 480;  // wheel units (eighths of a degree) that double the zoom
 constexpr double kWheelNotch = 120;
 constexpr double kNotchScroll = 60;  // logical pixels a notch
@@ -58,15 +57,36 @@ CGSize Viewer::viewportSize() const {
 
 void Viewer::setImage(const CGImage& image) {
     const ViewerSheet before = sheet_;
+    const bool wasPlain = painter_.isPlain(sheet_.view);
     painter_.setImage(image);
     sheet_.setImageSize({static_cast<double>(image.width()), static_cast<double>(image.height())});
-    update();
-    changed(before);
+    // What lies beside the old picture and the new one stays as it is.
+    if (wasPlain && painter_.isPlain(sheet_.view) && !sheet_.selection &&
+        sheet_.annotations.empty() && !pressed_)
+        update(logicalBox(before.view).united(logicalBox(sheet_.view)));
+    else
+        update();
+    settled(before);
+    emit imageChanged();
+}
+
+/// The picture's box in whole logical pixels, with a pixel around for what rounding adds.
+QRect Viewer::logicalBox(const ViewTransform& view) const {
+    const CGRect box = view.content();
+    const double ratio = devicePixelRatioF();
+    return QRectF(box.x / ratio, box.y / ratio, box.width / ratio, box.height / ratio)
+        .toAlignedRect()
+        .adjusted(-1, -1, 1, 1);
 }
 
 void Viewer::changed(const ViewerSheet& before) {
     if (before == sheet_) return;
     update();
+    settled(before);
+}
+
+void Viewer::settled(const ViewerSheet& before) {
+    if (before == sheet_) return;
     scrollBars_->place(sheet_.view, size());
     if (before.view.factor() != sheet_.view.factor() || before.view.fits() != sheet_.view.fits())
         emit zoomChanged();
@@ -162,36 +182,6 @@ QImage Viewer::selectedPicture() const {
     const CGRect& part = *sheet_.selection;
     return straightImage(
         painter_.image().copy(QRectF(part.x, part.y, part.width, part.height).toAlignedRect()));
-}
-
-// Painting -----------------------------------------------------------------------------------
-
-void Viewer::paintGround(QPainter& painter) {
-    const CGSize port = viewportSize();
-    const QRectF all(0, 0, port.width + 1, port.height + 1);
-    if (background_.alpha() < 255) painter.fillRect(all, palette().window());
-    painter.fillRect(all, background_);
-    if (!checkerboard_) return;
-    const double ratio = devicePixelRatioF();
-    const bool dark = palette().window().color().lightness() < 128;
-    paintCheckerboard(painter, sheet_.view, static_cast<int>(std::lround(kCheckerSquare * ratio)),
-                      dark ? QColor(0x4A, 0x4A, 0x4A) : QColor(Qt::white),
-                      dark ? QColor(0x5E, 0x5E, 0x5E) : QColor(0xD4, 0xD4, 0xD4));
-}
-
-void Viewer::paintEvent(QPaintEvent* /*event*/) {
-    QPainter painter(this);
-    const double ratio = devicePixelRatioF();
-    painter.scale(1 / ratio, 1 / ratio);
-    paintGround(painter);
-    painter_.paint(painter, sheet_.view);
-    const CGSize port = sheet_.view.viewport();
-    painter.setClipRect(QRectF(0, 0, port.width, port.height));
-    for (const Annotation& annotation : sheet_.annotations)
-        paintAnnotation(painter, sheet_.view, annotation, ratio);
-    if (sheet_.selection) paintMarquee(painter, sheet_.view, *sheet_.selection, ratio);
-    tool_->paint(painter, sheet_, ratio);
-    emit painted();
 }
 
 void Viewer::followViewport() {

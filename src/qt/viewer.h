@@ -69,6 +69,8 @@ class Viewer final : public QWidget {
     void zoomChanged();
     void selectionChanged();
     void toolModeChanged();
+    /// Another picture is to be shown; for whoever counts renders.
+    void imageChanged();
     /// The picture has been painted; for whoever measures how long that took.
     void painted();
 
@@ -90,12 +92,17 @@ class Viewer final : public QWidget {
     void followViewport();
     /// Repaints and tells of what changed since the sheet looked like `before`.
     void changed(const ViewerSheet& before);
+    /// The same for who has asked for the repaint already.
+    void settled(const ViewerSheet& before);
+    QRect logicalBox(const ViewTransform& view) const;
     void placeAnnotateBar();
     void zoomAround(double factor, QPointF logical);
     void beginText(CGPoint place);
     void endText(bool keep);
     void showCursor();
     void paintGround(QPainter& painter);
+    /// Picture and ground of a plain view at once; false where it takes one after the other.
+    bool paintPlain(QPainter& painter);
 
     PicturePainter painter_;
     ViewerSheet sheet_;

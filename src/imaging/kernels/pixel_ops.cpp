@@ -40,7 +40,22 @@ void streamRow(std::uint8_t* target, const std::uint8_t* source, std::size_t pix
     if (pixels > 0) std::memcpy(target, source, 4 * pixels);
 }
 
+void flattenRow(std::uint8_t* target, const std::uint8_t* source, Pixel ground,
+                std::size_t pixels) {
+    for (std::size_t i = 0; i < pixels; ++i, target += 4, source += 4) {
+        Pixel mixed = ground;
+        overRow(mixed.data(), source, 1);
+        const Pixel shown{mixed[2], mixed[1], mixed[0], 255};
+        std::memcpy(target, shown.data(), 4);
+    }
+}
+
 }  // namespace scalar
+
+void flattenRow(std::uint8_t* target, const std::uint8_t* source, Pixel ground,
+                std::size_t pixels) {
+    SKARNEL_RUN_KERNEL(flattenRow, target, source, ground, pixels);
+}
 
 void overRow(std::uint8_t* target, const std::uint8_t* source, std::size_t pixels) {
     SKARNEL_RUN_KERNEL(overRow, target, source, pixels);

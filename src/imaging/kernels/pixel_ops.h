@@ -34,6 +34,10 @@ void fillRow(std::uint8_t* target, Pixel color, std::size_t pixels);
 void scaleRow(std::uint8_t* target, const std::uint8_t* source, std::uint8_t factor,
               std::size_t pixels);
 
+/// target = source over the opaque ground, in the byte order B, G, R, 255 that screens have.
+/// `target` and `source` do not overlap.
+void flattenRow(std::uint8_t* target, const std::uint8_t* source, Pixel ground, std::size_t pixels);
+
 /// The same bytes as memcpy, by stores that pass the caches: for results larger than these.
 void streamRow(std::uint8_t* target, const std::uint8_t* source, std::size_t pixels);
 
@@ -44,6 +48,7 @@ void fillRow(std::uint8_t* target, Pixel color, std::size_t pixels);
 void scaleRow(std::uint8_t* target, const std::uint8_t* source, std::uint8_t factor,
               std::size_t pixels);
 void streamRow(std::uint8_t* target, const std::uint8_t* source, std::size_t pixels);
+void flattenRow(std::uint8_t* target, const std::uint8_t* source, Pixel ground, std::size_t pixels);
 }  // namespace scalar
 
 #if SKARNEL_VECTOR
@@ -54,6 +59,7 @@ void fillRow(std::uint8_t* target, Pixel color, std::size_t pixels);
 void scaleRow(std::uint8_t* target, const std::uint8_t* source, std::uint8_t factor,
               std::size_t pixels);
 void streamRow(std::uint8_t* target, const std::uint8_t* source, std::size_t pixels);
+void flattenRow(std::uint8_t* target, const std::uint8_t* source, Pixel ground, std::size_t pixels);
 }  // namespace vector
 #endif
 

@@ -35,6 +35,11 @@ void StreamRow(std::uint8_t* target, const std::uint8_t* source, std::size_t pix
     scalar::streamRow(target, source, pixels);
 }
 
+void FlattenRow(std::uint8_t* target, const std::uint8_t* source, Pixel ground,
+                std::size_t pixels) {
+    scalar::flattenRow(target, source, ground, pixels);
+}
+
 #else
 namespace hn = hwy::HWY_NAMESPACE;
 
@@ -125,6 +130,26 @@ void StreamRow(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_RESTRI
     std::memcpy(target + i, source + i, bytes - i);
 }
 
+void FlattenRow(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_RESTRICT source,
+                Pixel ground, std::size_t pixels) {
+    const hn::ScalableTag<std::uint8_t> d8;
+    const hn::Repartition<std::uint32_t, decltype(d8)> d32;
+    alignas(16) static constexpr std::uint8_t kSwapped[16] = {2,  1, 0, 3,  6,  5,  4,  7,
+                                                              10, 9, 8, 11, 14, 13, 12, 15};
+    const auto swapped = hn::LoadDup128(d8, kSwapped);
+    const auto opaque = hn::BitCast(d8, hn::Set(d32, 0xFF000000U));
+    std::uint32_t bits;
+    std::memcpy(&bits, ground.data(), 4);
+    const auto under = hn::BitCast(d8, hn::Set(d32, bits));
+    const std::size_t lanes = hn::Lanes(d8);
+    std::size_t i = 0;
+    for (; i + lanes <= 4 * pixels; i += lanes) {
+        const auto mixed = Over(d8, under, hn::LoadU(d8, source + i));
+        hn::StoreU(hn::Or(hn::TableLookupBytes(mixed, swapped), opaque), d8, target + i);
+    }
+    scalar::flattenRow(target + i, source + i, ground, pixels - i / 4);
+}
+
 #endif
 }  // namespace skarnel::kernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
@@ -136,6 +161,7 @@ HWY_EXPORT(OverColorRow);
 HWY_EXPORT(FillRow);
 HWY_EXPORT(ScaleRow);
 HWY_EXPORT(StreamRow);
+HWY_EXPORT(FlattenRow);
 
 namespace vector {
 void overRow(std::uint8_t* target, const std::uint8_t* source, std::size_t pixels) {
@@ -157,6 +183,11 @@ void scaleRow(std::uint8_t* target, const std::uint8_t* source, std::uint8_t fac
 
 void streamRow(std::uint8_t* target, const std::uint8_t* source, std::size_t pixels) {
     HWY_DYNAMIC_DISPATCH(StreamRow)(target, source, pixels);
+}
+
+void flattenRow(std::uint8_t* target, const std::uint8_t* source, Pixel ground,
+                std::size_t pixels) {
+    HWY_DYNAMIC_DISPATCH(FlattenRow)(target, source, ground, pixels);
 }
 }  // namespace vector
 

@@ -55,11 +55,22 @@ struct NSImage::Object {
     int cacheMode = 0;
     std::vector<std::shared_ptr<NSImageRep>> representations;
     ImageProperties properties;
-    std::string unreadFile;  // not empty until the file is needed
+    std::string unreadFile;           // not empty until the file is needed
+    std::optional<CGImage> survivor;  // of a bitmap representation; known to survive TIFF
 
     void take(DecodedImage decoded) {
         properties = uprightProperties(decoded.image, std::move(decoded.properties));
         representations = {std::make_shared<NSBitmapImageRep>(std::move(decoded.image))};
+        survivor.reset();
+    }
+
+    /// Looks at the pixels once: a working copy is asked for with every change of a setting.
+    bool survivesTiff(const NSImageRep& representation, const CGImage& pixels) {
+        if (survivor && survivor->isSame(pixels)) return true;
+        if (!skarnel::survivesTiff(pixels)) return false;
+        // Only what the representation holds anyway is kept.
+        if (dynamic_cast<const NSBitmapImageRep*>(&representation) != nullptr) survivor = pixels;
+        return true;
     }
 
     void readFile() {
@@ -146,11 +157,13 @@ std::vector<std::shared_ptr<NSImageRep>> NSImage::representations() const {
 void NSImage::addRepresentation(std::shared_ptr<NSImageRep> representation) {
     if (!representation) return;
     object_->readFile();
+    object_->survivor.reset();
     object_->representations.push_back(std::move(representation));
 }
 
 void NSImage::removeRepresentation(const std::shared_ptr<NSImageRep>& representation) {
     object_->readFile();
+    object_->survivor.reset();
     std::erase(object_->representations, representation);
 }
 
@@ -206,7 +219,8 @@ std::optional<DecodedImage> NSImage::decodedTIFFRepresentation() const {
     if (!representation) return std::nullopt;
     const auto pixels = representation->bitmap();
     if (!pixels) return std::nullopt;
-    return decodedTiffForm(*pixels, object_->properties);
+    return decodedTiffForm(*pixels, object_->properties,
+                           object_->survivesTiff(*representation, *pixels));
 }
 
 const ImageProperties& NSImage::properties() const {

@@ -26,19 +26,6 @@ std::uint32_t coloursUnderAlpha0(const std::uint8_t* row, int width) {
     return found;
 }
 
-/// Whether decoding would change nothing: four samples, rows without padding, and no colour under
-/// alpha 0 (a knocked-out page has such pixels).
-bool isAsDecoded(const CGImage& image) {
-    const PixelView view = image.pixels();
-    if (view.samplesPerPixel != 4 || view.strideBytes != std::ptrdiff_t{4} * view.width) {
-        return false;
-    }
-    for (int y = 0; y < view.height; ++y) {
-        if (coloursUnderAlpha0(view.row(y), view.width) != 0) return false;
-    }
-    return true;
-}
-
 ImageProperties propertiesOfTiffForm(const CGImage& image, const ImageProperties& properties) {
     ImageProperties made = uprightProperties(image, properties);
     set(made, kPropertyTiffCompression, kUncompressed);
@@ -46,6 +33,19 @@ ImageProperties propertiesOfTiffForm(const CGImage& image, const ImageProperties
 }
 
 }  // namespace
+
+// A knocked-out page has colours under alpha 0.
+bool survivesTiff(const CGImage& image) {
+    if (image.alphaInfo() != CGImageAlphaInfo::PremultipliedLast ||
+        image.bytesPerRow() != std::size_t{4} * static_cast<std::size_t>(image.width())) {
+        return false;
+    }
+    const PixelView view = image.pixels();
+    for (int y = 0; y < view.height; ++y) {
+        if (coloursUnderAlpha0(view.row(y), view.width) != 0) return false;
+    }
+    return true;
+}
 
 ImageProperties uprightProperties(const CGImage& image, ImageProperties properties) {
     set(properties, kPropertyPixelWidth, std::int64_t{image.width()});
@@ -66,9 +66,9 @@ std::optional<Bytes> tiffForm(const CGImage& image, const ImageProperties& prope
     return *std::move(encoded);
 }
 
-std::optional<DecodedImage> decodedTiffForm(const CGImage& image,
-                                            const ImageProperties& properties) {
-    if (isAsDecoded(image)) {
+std::optional<DecodedImage> decodedTiffForm(const CGImage& image, const ImageProperties& properties,
+                                            bool survives) {
+    if (survives) {
         return DecodedImage{image, propertiesOfTiffForm(image, properties),
                             std::string(kUTTypeTIFF)};
     }

@@ -15,9 +15,13 @@ ImageProperties uprightProperties(const CGImage& image, ImageProperties properti
 /// Uncompressed TIFF with the properties; none when it cannot be made.
 std::optional<Bytes> tiffForm(const CGImage& image, const ImageProperties& properties);
 
-/// Equal to decodeImage(*tiffForm(image, properties)): the image itself where its pixels already
-/// are what decoding would give (no colour where alpha is 0), otherwise the round trip.
-std::optional<DecodedImage> decodedTiffForm(const CGImage& image,
-                                            const ImageProperties& properties);
+/// Whether decoding the image's TIFF form would give its very pixels: four samples, rows without
+/// padding, and no colour where alpha is 0. Reads every pixel.
+bool survivesTiff(const CGImage& image);
+
+/// Equal to decodeImage(*tiffForm(image, properties)). For an image that survives TIFF
+/// (`survives`, as `survivesTiff` says) it is the image itself, otherwise the round trip.
+std::optional<DecodedImage> decodedTiffForm(const CGImage& image, const ImageProperties& properties,
+                                            bool survives);
 
 }  // namespace skarnel

@@ -111,6 +111,22 @@ TEST(Kernels, StreamRowIsTheSameOnEveryTarget) {
     });
 }
 
+TEST(Kernels, FlattenRowIsTheSameOnEveryTarget) {
+    expectEqualTargets([](std::uint8_t* target, std::size_t pixels, std::size_t) {
+        const auto source = noise(4 * pixels, 16);
+        flattenRow(target, source.data(), {200, 100, 7, 255}, pixels);
+    });
+}
+
+TEST(Kernels, FlattenedPixelsLieOverTheGroundInTheOrderOfScreens) {
+    // Half of (100, 50, 0) over (10, 20, 255): 50 + 10 * 127 / 255 = 55, 25 + 10 = 35, 127.
+    const std::uint8_t source[12] = {1, 2, 3, 255, 50, 25, 0, 128, 0, 0, 0, 0};
+    const std::uint8_t expected[12] = {3, 2, 1, 255, 127, 35, 55, 255, 255, 20, 10, 255};
+    std::uint8_t target[12] = {};
+    flattenRow(target, source, {10, 20, 255, 255}, 3);
+    EXPECT_EQ(std::memcmp(target, expected, 12), 0);
+}
+
 TEST(Kernels, CombineRowsIsTheSameOnEveryTarget) {
     const std::vector<std::vector<std::int16_t>> weightings{{16384},
                                                             {1, 16383},

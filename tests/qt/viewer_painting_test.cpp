@@ -1,0 +1,146 @@
+// What the viewer puts on the screen, and how much of it a new picture repaints.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QScreen>
+#include <QTest>
+#include <algorithm>
+#include <random>
+#include <vector>
+
+#include "qt/viewer.h"
+
+namespace skarnel {
+namespace {
+
+const QColor kGround(0, 0, 40);
+
+/// Premultiplied noise of every opacity.
+CGImage noise(int width, int height, unsigned seed) {
+    std::mt19937 random(seed);
+    std::vector<std::uint8_t> bytes;
+    for (int i = 0; i < width * height; ++i) {
+        const unsigned alpha = std::min(255U, static_cast<unsigned>(random() % 300));
+        for (int k = 0; k < 3; ++k)
+            bytes.push_back(static_cast<std::uint8_t>(random() % (alpha + 1)));
+        bytes.push_back(static_cast<std::uint8_t>(alpha));
+    }
+    return *CGImage::copyOf({bytes.data(), width, height, std::ptrdiff_t{4} * width, 4});
+}
+
+/// Collects what is repainted.
+class Repaints final : public QObject {
+  public:
+    explicit Repaints(QWidget& widget) { widget.installEventFilter(this); }
+    QRegion region;
+
+  protected:
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+        if (event->type() == QEvent::Paint) region += static_cast<QPaintEvent*>(event)->region();
+        return false;
+    }
+};
+
+class ViewerPainting : public ::testing::Test {
+  protected:
+    ViewerPainting() {
+        viewer.resize(400, 300);
+        viewer.setBackground(kGround);
+        viewer.show();
+        viewer.zoomToActualSize();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&viewer));
+        QApplication::processEvents();
+    }
+
+    /// The toolkit's own way: the ground, then the picture over it at `corner`.
+    QImage expected(const CGImage& image, QPoint corner) {
+        QImage sheet(viewer.size(), QImage::Format_RGB32);
+        sheet.fill(kGround);
+        QPainter(&sheet).drawImage(corner, paintableImage(image));
+        return sheet;
+    }
+
+    /// The largest difference of a component.
+    static int distance(const QImage& a, const QImage& b) {
+        int most = a.size() == b.size() ? 0 : 255;
+        for (int y = 0; y < a.height() && most < 255; ++y)
+            for (int x = 0; x < a.width(); ++x) {
+                const QRgb one = a.pixel(x, y);
+                const QRgb other = b.pixel(x, y);
+                most = std::max({most, std::abs(qRed(one) - qRed(other)),
+                                 std::abs(qGreen(one) - qGreen(other)),
+                                 std::abs(qBlue(one) - qBlue(other))});
+            }
+        return most;
+    }
+
+    /// What stands on the screen, not what a fresh painting of the widget would give.
+    QImage onScreen() {
+        QApplication::processEvents();
+        return viewer.screen()->grabWindow(viewer.winId()).toImage();
+    }
+
+    Viewer viewer;
+};
+
+TEST_F(ViewerPainting, APictureLiesOverTheGroundAsTheToolkitWouldPutIt) {
+    const CGImage image = noise(100, 60, 1);
+    viewer.setImage(image);
+    // (400 - 100) / 2 and (300 - 60) / 2. The toolkit rounds products otherwise.
+    EXPECT_LE(distance(viewer.grab().toImage(), expected(image, {150, 120})), 1);
+}
+
+TEST_F(ViewerPainting, APictureLargerThanTheViewerIsCutAtItsEdges) {
+    const CGImage image = noise(500, 400, 2);
+    viewer.setImage(image);
+    viewer.setAutohidesScrollers(true);
+    const QImage shown = viewer.grab(QRect(0, 0, 350, 250)).toImage();
+    EXPECT_LE(distance(shown, expected(image, {-50, -50}).copy(0, 0, 350, 250)), 1);
+}
+
+TEST_F(ViewerPainting, ANewGroundColourIsSeenThroughThePicture) {
+    viewer.setImage(noise(100, 60, 3));
+    const QImage before = viewer.grab().toImage();
+    viewer.setBackground(Qt::white);
+    const QImage after = viewer.grab().toImage();
+    EXPECT_EQ(after.pixelColor(0, 0), QColor(Qt::white));
+    EXPECT_GT(distance(before.copy(150, 120, 100, 60), after.copy(150, 120, 100, 60)), 100);
+}
+
+TEST_F(ViewerPainting, ANewPictureRepaintsItsOwnPlaceAlone) {
+    viewer.setImage(noise(100, 60, 4));
+    QApplication::processEvents();
+    Repaints repaints(viewer);
+    viewer.setImage(noise(120, 40, 5));
+    QApplication::processEvents();
+    // The two boxes together are 120 x 60 from (140, 120) on, with a pixel around.
+    EXPECT_EQ(repaints.region.boundingRect(), QRect(139, 119, 122, 62));
+}
+
+TEST_F(ViewerPainting, WithMarksOrASelectionEverythingIsRepainted) {
+    viewer.setImage(noise(100, 60, 6));
+    viewer.selectAll();
+    QApplication::processEvents();
+    Repaints repaints(viewer);
+    viewer.setImage(noise(100, 60, 7));
+    QApplication::processEvents();
+    EXPECT_EQ(repaints.region.boundingRect(), viewer.rect());
+}
+
+TEST_F(ViewerPainting, NothingOfAnEarlierPictureStaysOnTheScreen) {
+    if (viewer.screen()->grabWindow(viewer.winId()).isNull()) GTEST_SKIP() << "no screen to read";
+    std::mt19937 random(8);
+    for (int round = 0; round < 12; ++round) {
+        const int width = 20 + static_cast<int>(random() % 300);
+        const int height = 20 + static_cast<int>(random() % 200);
+        viewer.setImage(noise(width, height, random()));
+        ASSERT_EQ(onScreen().convertToFormat(QImage::Format_RGB32),
+                  viewer.grab().toImage().convertToFormat(QImage::Format_RGB32))
+            << "round " << round << ": " << width << " x " << height;
+    }
+}
+
+}  // namespace
+}  // namespace skarnel
