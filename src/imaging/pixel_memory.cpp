@@ -141,13 +141,14 @@ BlockStore& store() {
 
 std::shared_ptr<std::uint8_t> allocatePixelMemory(std::size_t size, PixelContents contents) {
     if (size == 0 || size > kLargestBlock) return nullptr;
-    Block block = kKeepBlocks ? store().take(size) : Block{};
+    const bool kept = kKeepBlocks && contents != PixelContents::Reserved;
+    Block block = kept ? store().take(size) : Block{};
     if (block.bytes == nullptr) block = newBlock(size);
     if (block.bytes == nullptr) return nullptr;
     if (contents == PixelContents::Zeroed && !block.fresh) std::memset(block.bytes, 0, size);
     try {
-        return {block.bytes, [block](std::uint8_t*) {
-                    if (kKeepBlocks)
+        return {block.bytes, [block, kept](std::uint8_t*) {
+                    if (kept)
                         store().put(block);
                     else
                         giveBack(block);

@@ -7,7 +7,9 @@
 
 namespace skarnel {
 
-enum class PixelContents { Zeroed, Undefined };
+/// Reserved: undefined, and probably never written. Such a block is fresh and not kept, so that it
+/// costs next to nothing while nobody touches it, and keeps no touched block from being reused.
+enum class PixelContents { Zeroed, Undefined, Reserved };
 
 /// A 64-byte aligned block of at least `size` bytes, or null without memory. The block returns to
 /// the store of idle blocks when the last owner lets go. Touching fresh memory costs more than

@@ -8,6 +8,7 @@
 
 #include "imaging/column_turn.h"
 #include "imaging/device_pixel.h"
+#include "imaging/pixel_memory.h"
 #include "imaging/row_source.h"
 #include "imaging/streaming.h"
 #include "render/canvas.h"
@@ -99,9 +100,21 @@ class TurnedCanvas final : public RowSource {
     std::optional<int> walkedFrom_;  // the block holds turned rows from here on
 };
 
+/// Memory for a result: of one that is read row by row it is likely never touched.
+std::optional<PixelBuffer> roomFor(int width, int height, Drawing drawing) {
+    if (drawing == Drawing::AtOnce) return PixelBuffer::uninitialized(width, height);
+    if (width > std::numeric_limits<int>::max() / 4) return std::nullopt;
+    auto bytes = allocatePixelMemory(
+        std::size_t{4} * static_cast<std::size_t>(width) * static_cast<std::size_t>(height),
+        PixelContents::Reserved);
+    if (!bytes) return std::nullopt;
+    return PixelBuffer::adopt(std::move(bytes), width, height);
+}
+
 /// None when the turn cannot be made; then the rows are still the caller's.
 std::optional<CGImage> turnedCanvas(const CGImage& picture, CanvasRows& rows,
-                                    const CanvasLayout& layout, const Quad& corners) {
+                                    const CanvasLayout& layout, const Quad& corners,
+                                    Drawing drawing) {
     const auto bitmap = turnedBitmap(corners);
     if (!bitmap || layout.width > std::numeric_limits<int>::max() - kReadBeyond)
         return std::nullopt;
@@ -110,7 +123,7 @@ std::optional<CGImage> turnedCanvas(const CGImage& picture, CanvasRows& rows,
     if (!turn) return std::nullopt;
     auto squeezed = turn->squeezedPicture();
     auto block = PixelBuffer::zeroed(layout.width + kReadBeyond, turn->blockRows(0));
-    auto room = PixelBuffer::uninitialized(bitmap->width, bitmap->height);
+    auto room = roomFor(bitmap->width, bitmap->height, drawing);
     if (!squeezed || !block || !room) return std::nullopt;
     return CGImage(*std::move(room),
                    std::make_unique<TurnedCanvas>(picture, std::move(rows), *std::move(turn),
@@ -118,21 +131,22 @@ std::optional<CGImage> turnedCanvas(const CGImage& picture, CanvasRows& rows,
 }
 
 std::optional<CGImage> plainCanvas(const CGImage& picture, CanvasRows& rows,
-                                   const CanvasLayout& layout) {
-    auto room = PixelBuffer::uninitialized(layout.width, layout.height);
+                                   const CanvasLayout& layout, Drawing drawing) {
+    auto room = roomFor(layout.width, layout.height, drawing);
     if (!room) return std::nullopt;
     return CGImage(*std::move(room), std::make_unique<PlainCanvas>(picture, std::move(rows)));
 }
 
 /// The result whose rows are yet to be made.
 std::optional<ReflectionResult> undrawnResult(const CGImage& picture, CanvasRows rows,
-                                              const CanvasLayout& layout, float imagePerspective) {
+                                              const CanvasLayout& layout, float imagePerspective,
+                                              Drawing drawing) {
     const Quad corners = turnCorners(layout.width, layout.height, imagePerspective);
     const bool unturned = isUnturned(corners, layout.width, layout.height);
     if (!unturned)
-        if (auto turned = turnedCanvas(picture, rows, layout, corners))
+        if (auto turned = turnedCanvas(picture, rows, layout, corners, drawing))
             return ReflectionResult{*std::move(turned), TurnOutcome::Turned};
-    auto canvas = plainCanvas(picture, rows, layout);
+    auto canvas = plainCanvas(picture, rows, layout, drawing);
     if (!canvas) return std::nullopt;
     return ReflectionResult{*std::move(canvas),
                             unturned ? TurnOutcome::Turned : TurnOutcome::Unturned};
@@ -160,7 +174,7 @@ std::optional<ReflectionResult> addReflectionToCGImage(const CGImage& image, flo
     auto rows = CanvasRows::create(picture->pixels(), *layout, *size, perspectiveH < 0, fade, fill);
     if (!rows) return std::nullopt;
     try {
-        auto result = undrawnResult(*picture, *std::move(rows), *layout, imagePerspective);
+        auto result = undrawnResult(*picture, *std::move(rows), *layout, imagePerspective, drawing);
         if (result && drawing == Drawing::AtOnce) result->image.pixels();
         return result;
     } catch (const std::bad_alloc&) {

@@ -47,6 +47,20 @@ TEST(PixelMemory, IdleBlocksStayWithinTheirLimit) {
     setIdlePixelMemoryLimit(std::size_t{64} << 20);
 }
 
+TEST(PixelMemory, AReservedBlockIsNeitherTakenFromTheIdleOnesNorKept) {
+    releaseIdlePixelMemory();
+    constexpr std::size_t kBytes = std::size_t{8} << 20;
+    allocatePixelMemory(kBytes, PixelContents::Undefined).reset();
+    const std::size_t idle = idlePixelMemory();
+    const auto reserved = allocatePixelMemory(kBytes, PixelContents::Reserved);
+    ASSERT_TRUE(reserved);
+    EXPECT_EQ(idlePixelMemory(), idle);
+    reserved.get()[kBytes - 1] = 1;
+    allocatePixelMemory(kBytes, PixelContents::Reserved).reset();
+    EXPECT_EQ(idlePixelMemory(), idle);
+    releaseIdlePixelMemory();
+}
+
 TEST(CGImage, CopiesShareTheirPixels) {
     const CGImage image = test::noiseImage(3, 3, 1);
     const CGImage& same = image;
