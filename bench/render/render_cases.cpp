@@ -39,9 +39,12 @@ CGImage photoLike(int width, int height) {
     return CGImage(std::move(buffer));
 }
 
-std::optional<CGImage> rendered(const CGImage& picture, const Settings& s) {
+std::optional<CGImage> rendered(const CGImage& picture, const Settings& s,
+                                Drawing drawing = Drawing::AtOnce) {
+    const RenderInputReaders readers([&] { return s.alpha; }, [] { return std::nullopt; },
+                                     [&] { return s.turn; });
     auto result = addReflectionToCGImage(picture, s.width, s.height, s.offset, s.start, s.gradient,
-                                         RenderInputs{s.alpha, std::nullopt, s.turn});
+                                         readers, drawing);
     if (!result) return std::nullopt;
     return std::move(result->image);
 }
@@ -125,7 +128,7 @@ std::vector<Case> renderCases(const std::vector<std::string>& sizes) {
     const CGImage working = *fitted(photo, room);
     for (const Settings& s : {kDefaults, kTurned})
         cases.push_back(checkedCase(std::string("preview ") + s.name + " 1600x1000", working, [=] {
-            const auto result = rendered(working, s);
+            const auto result = rendered(working, s, Drawing::WhenRead);
             return result ? fitted(*result, room) : std::nullopt;
         }));
     return cases;
