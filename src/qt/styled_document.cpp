@@ -7,6 +7,8 @@
 #include <cmath>
 #include <optional>
 
+#include "qt/page/format_values.h"
+
 namespace skarnel {
 namespace {
 
@@ -22,22 +24,6 @@ int wholeSize(double size) {
 TextSlant slant(const QFont& font) {
     if (font.style() == QFont::StyleOblique) return TextSlant::Oblique;
     return font.style() == QFont::StyleItalic ? TextSlant::Italic : TextSlant::Upright;
-}
-
-TextAlignment alignmentOf(const QTextBlockFormat& format) {
-    if (!format.hasProperty(QTextFormat::BlockAlignment)) return TextAlignment::Natural;
-    switch (format.alignment() & Qt::AlignHorizontal_Mask) {
-        case Qt::AlignLeft:
-            return TextAlignment::Left;
-        case Qt::AlignRight:
-            return TextAlignment::Right;
-        case Qt::AlignHCenter:
-            return TextAlignment::Center;
-        case Qt::AlignJustify:
-            return TextAlignment::Justified;
-        default:
-            return TextAlignment::Natural;
-    }
 }
 
 /// None for the natural one, which is no property of the document's.
@@ -103,12 +89,8 @@ TextStyle textStyle(const QTextCharFormat& format) {
     style.weight = static_cast<int>(font.weight());
     style.slant = slant(font);
     style.underline = font.underline() ? TextUnderline::Single : TextUnderline::None;
-    if (format.hasProperty(QTextFormat::ForegroundBrush)) {
-        const QColor color = format.foreground().color();
-        style.color = {
-            static_cast<std::uint8_t>(color.red()), static_cast<std::uint8_t>(color.green()),
-            static_cast<std::uint8_t>(color.blue()), static_cast<std::uint8_t>(color.alpha())};
-    }
+    if (format.hasProperty(QTextFormat::ForegroundBrush))
+        style.color = textColor(format.foreground().color());
     return style;
 }
 
@@ -116,7 +98,7 @@ StyledText styledText(const QTextDocument& document) {
     StyledText text;
     std::vector<TextAlignment> alignments;
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
-        alignments.push_back(alignmentOf(block.blockFormat()));
+        alignments.push_back(textAlignment(block.blockFormat()));
         for (auto it = block.begin(); !it.atEnd(); ++it) {
             const QTextFragment fragment = it.fragment();
             text.append(fragment.text().toStdU16String(), textStyle(fragment.charFormat()));
@@ -179,9 +161,11 @@ void setStyledText(QTextDocument& document, const StyledText& text) {
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next(), ++paragraph) {
         if (paragraph >= text.alignments().size()) break;
         const auto alignment = alignmentTo(text.alignments()[paragraph]);
-        if (!alignment) continue;
         QTextBlockFormat format = block.blockFormat();
-        format.setAlignment(*alignment);
+        if (alignment)
+            format.setAlignment(*alignment);
+        else
+            format.clearProperty(QTextFormat::BlockAlignment);  // left over from the text before
         QTextCursor(block).setBlockFormat(format);
     }
 }

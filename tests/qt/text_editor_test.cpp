@@ -171,6 +171,17 @@ TEST_F(TextEditorTest, SizesKeepTheirFractionsWhateverIsDrawn) {
     EXPECT_EQ(editor.text().styleAt(0).size, 21);
 }
 
+TEST_F(TextEditorTest, EveryAlignmentIsReadBackAsItWasSet) {
+    for (const TextAlignment alignment :
+         {TextAlignment::Natural, TextAlignment::Left, TextAlignment::Center, TextAlignment::Right,
+          TextAlignment::Justified}) {
+        StyledText text(u"one\ntwo", {});
+        text.setAlignment(1, alignment);
+        editor.setText(text);
+        EXPECT_EQ(editor.text(), text) << static_cast<int>(alignment);
+    }
+}
+
 TEST_F(TextEditorTest, PastedRichTextReplacesTheSelectionAndLeavesPicturesAndScriptsBehind) {
     editor.replaceSelection(u"old");
     editor.selectAll();

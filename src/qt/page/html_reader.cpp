@@ -10,6 +10,8 @@
 #include <array>
 #include <vector>
 
+#include "qt/page/format_values.h"
+
 namespace skarnel {
 namespace {
 
@@ -45,29 +47,9 @@ TextStyle styleOf(const QTextCharFormat& format, const TextStyle& base) {
     if (format.hasProperty(QTextFormat::FontItalic))
         style.slant = format.fontItalic() ? TextSlant::Italic : TextSlant::Upright;
     if (format.fontUnderline() && !format.isAnchor()) style.underline = TextUnderline::Single;
-    if (format.hasProperty(QTextFormat::ForegroundBrush) && !format.isAnchor()) {
-        const QColor color = format.foreground().color();
-        style.color = {
-            static_cast<std::uint8_t>(color.red()), static_cast<std::uint8_t>(color.green()),
-            static_cast<std::uint8_t>(color.blue()), static_cast<std::uint8_t>(color.alpha())};
-    }
+    if (format.hasProperty(QTextFormat::ForegroundBrush) && !format.isAnchor())
+        style.color = textColor(format.foreground().color());
     return style;
-}
-
-TextAlignment alignmentOf(const QTextBlockFormat& format) {
-    if (!format.hasProperty(QTextFormat::BlockAlignment)) return TextAlignment::Natural;
-    switch (format.alignment() & Qt::AlignHorizontal_Mask & ~Qt::AlignAbsolute) {
-        case Qt::AlignLeft:
-            return TextAlignment::Left;
-        case Qt::AlignRight:
-            return TextAlignment::Right;
-        case Qt::AlignHCenter:
-            return TextAlignment::Center;
-        case Qt::AlignJustify:
-            return TextAlignment::Justified;
-        default:
-            return TextAlignment::Natural;
-    }
 }
 
 /// The toolkit reads fractions of points only, and here one point is one pixel.
@@ -89,7 +71,7 @@ StyledText styledTextOfHtml(std::u16string_view html, const TextStyle& base) {
     std::vector<TextAlignment> alignments;
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
         if (block != document.begin()) text.append(u"\n", styleOf(block.charFormat(), base));
-        alignments.push_back(alignmentOf(block.blockFormat()));
+        alignments.push_back(textAlignment(block.blockFormat()));
         for (auto part = block.begin(); !part.atEnd(); ++part) {
             const QTextFragment fragment = part.fragment();
             QString characters = fragment.text();
