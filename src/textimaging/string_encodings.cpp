@@ -16,6 +16,8 @@ struct Encoding {
     std::string_view charset;  // what a document says
 };
 
+constexpr std::int32_t kIso2022Jp = 21;
+
 // The wide codes have their high bit set, as the platform numbers them.
 constexpr std::array<Encoding, 21> kEncodings{{
     {1, "ASCII", "us-ascii"},
@@ -30,7 +32,7 @@ constexpr std::array<Encoding, 21> kEncodings{{
     {13, "CP1253", "windows-1253"},
     {14, "CP1254", "windows-1254"},
     {15, "CP1250", "windows-1250"},
-    {21, "ISO-2022-JP", "iso-2022-jp"},
+    {kIso2022Jp, "ISO-2022-JP", "iso-2022-jp"},
     {30, "MACINTOSH", "macintosh"},
     {static_cast<std::int32_t>(0x8C000100), "UTF-32", "utf-32"},
     {static_cast<std::int32_t>(0x90000100), "UTF-16BE", "utf-16be"},
@@ -108,6 +110,10 @@ std::optional<std::string_view> charsetOfEncoding(std::int32_t code) {
 std::optional<Bytes> encodeString(std::u16string_view text, std::int32_t code) {
     const Encoding* encoding = encodingWithCode(code);
     if (encoding == nullptr) return std::nullopt;
+    // The characters by which this encoding changes its alphabet have no place among its text; the
+    // converter lets them through, and what follows would be read as something else.
+    if (code == kIso2022Jp && text.find_first_of(u"\x0E\x0F\x1B") != std::u16string_view::npos)
+        return std::nullopt;
     return Converter(encoding->converter, kNativeUtf16).convert(text.data(), 2 * text.size());
 }
 

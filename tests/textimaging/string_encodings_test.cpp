@@ -55,6 +55,16 @@ TEST(EncodeString, AnUnknownCodeGivesNone) {
     }
 }
 
+// In ISO-2022-JP an escape sequence changes the alphabet: as text it would not come back.
+TEST(EncodeString, AnEscapeHasNoPlaceWhereEscapesChangeTheAlphabet) {
+    constexpr std::int32_t kIso2022Jp = 21;
+    for (const std::u16string_view text : {u"a\x1B$b", u"\x0E", u"\x0F"}) {
+        EXPECT_EQ(encodeString(text, kIso2022Jp), std::nullopt);
+        EXPECT_TRUE(encodeString(text, 4));
+    }
+    EXPECT_EQ(encodeString(u"a$b", kIso2022Jp), (Bytes{'a', '$', 'b'}));
+}
+
 TEST(EncodeString, LongTextsPassThroughWhole) {
     std::u16string text;
     for (int i = 0; i < 10000; ++i) text += static_cast<char16_t>(0x4E00 + i);
