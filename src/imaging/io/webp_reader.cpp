@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "imaging/io/exif.h"
+#include "imaging/io/pixel_rows.h"
 #include "imaging/io/readers.h"
 
 namespace skarnel::io {
@@ -47,6 +48,15 @@ bool decodeFrame(const WebPIterator& frame, MutablePixelView canvas) {
                               static_cast<int>(canvas.strideBytes)) != nullptr;
 }
 
+/// Whether the frame's pixels may have alpha although its header denies that: in the lossless form
+/// the header's word is a hint that decoding does not follow.
+bool mayHideAlpha(const WebPIterator& frame) {
+    constexpr int kLossless = 2;
+    WebPBitstreamFeatures features;
+    return WebPGetFeatures(frame.fragment.bytes, frame.fragment.size, &features) == VP8_STATUS_OK &&
+           features.format == kLossless;
+}
+
 }  // namespace
 
 Result<SourcePicture> readWebP(ByteView bytes, const DecodeLimits& limits) {
@@ -71,7 +81,8 @@ Result<SourcePicture> readWebP(ByteView bytes, const DecodeLimits& limits) {
     }
     if (!decodeFrame(frame, view)) return damaged;
 
-    const bool hasAlpha = frame.has_alpha != 0 || !whole;
+    const bool hasAlpha =
+        frame.has_alpha != 0 || !whole || (mayHideAlpha(frame) && !isOpaque(view));
     picture.alpha = hasAlpha ? Alpha::Straight : Alpha::Opaque;
     const ByteView profile = findChunk(demuxer.get(), "ICCP");
     picture.profile.assign(profile.begin(), profile.end());
