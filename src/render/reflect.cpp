@@ -1,4 +1,6 @@
 // The mirror and the shaped reflection as filter images.
+#include <new>
+
 #include "imaging/readable.h"
 #include "render/reflection.h"
 #include "render/shape.h"
@@ -17,15 +19,17 @@ std::optional<CIImage> transformed(const CIImage& image, const AffineTransform& 
 
 }  // namespace
 
-std::optional<CIImage> ReflectCIImage(const CIImage& image) {
+std::optional<CIImage> ReflectCIImage(const CIImage& image) try {
     const AffineTransform flip =
         AffineTransform::scale(1, -1).then(AffineTransform::translation(0, image.extent().height));
     return transformed(image, flip);
+} catch (const std::bad_alloc&) {
+    return std::nullopt;
 }
 
 std::optional<CIImage> PerspectiveCIImage(const CIImage& image, float perspectiveW,
                                           float perspectiveH, float gradientOffset, float gradient,
-                                          float peakOpacity) {
+                                          float peakOpacity) try {
     const double scale = static_cast<double>(perspectiveH) / 100.0;
     const auto scaled = transformed(image, AffineTransform::scale(1, scale));
     const auto mirror = scaled ? CIImageGetCGImage(*scaled) : std::nullopt;
@@ -39,6 +43,8 @@ std::optional<CIImage> PerspectiveCIImage(const CIImage& image, float perspectiv
         shaper->shapeRow(row, mirror->pixels().row(row), readablePixels(mirror->pixels(), row),
                          buffer->view().row(row));
     return CIImage::imageWithCGImage(CGImage(*std::move(buffer)));
+} catch (const std::bad_alloc&) {
+    return std::nullopt;
 }
 
 }  // namespace skarnel

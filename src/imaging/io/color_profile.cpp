@@ -9,6 +9,7 @@
 #include <mutex>
 #include <utility>
 
+#include "imaging/io/color_memory.h"
 #include "imaging/io/ink_profile.h"
 #include "imaging/io/pixel_rows.h"
 
@@ -132,7 +133,9 @@ Prepared preparedFor(const Bytes& profileBytes, Samples samples) {
     static Prepared last;
     const std::lock_guard lock(mutex);
     if (last.usable && lastSamples == samples && lastProfile == profileBytes) return last;
+    const ColorMemoryWatch memory;
     Prepared made = prepare(profileBytes, samples);
+    memory.throwIfRefused();
     if (made.usable) {
         lastProfile = profileBytes;
         lastSamples = samples;
@@ -205,18 +208,22 @@ Result<void> convertToSrgb(SourcePicture& picture) {
 }
 
 Bytes makeRgbProfile(const RgbPrimaries& primaries, RgbCurve curve) {
+    const ColorMemoryWatch memory;
     const cmsCIExyY white{primaries.white.x, primaries.white.y, 1};
     const cmsCIExyYTRIPLE colors{{primaries.red.x, primaries.red.y, 1},
                                  {primaries.green.x, primaries.green.y, 1},
                                  {primaries.blue.x, primaries.blue.y, 1}};
     const Curve tone = makeCurve(curve);
-    if (!tone) return {};
     std::array<cmsToneCurve*, 3> curves = {tone.get(), tone.get(), tone.get()};
-    const Profile profile(cmsCreateRGBProfile(&white, &colors, curves.data()));
+    const Profile profile(tone ? cmsCreateRGBProfile(&white, &colors, curves.data()) : nullptr);
     cmsUInt32Number size = 0;
-    if (!profile || cmsSaveProfileToMem(profile.get(), nullptr, &size) == 0) return {};
+    const bool sized = profile && cmsSaveProfileToMem(profile.get(), nullptr, &size) != 0;
+    memory.throwIfRefused();
+    if (!sized) return {};
     Bytes bytes(size);
-    if (cmsSaveProfileToMem(profile.get(), bytes.data(), &size) == 0) return {};
+    const bool saved = cmsSaveProfileToMem(profile.get(), bytes.data(), &size) != 0;
+    memory.throwIfRefused();
+    if (!saved) return {};
     bytes.resize(size);
     return bytes;
 }

@@ -33,6 +33,11 @@ tmsize_t readMemory(thandle_t handle, void* target, tmsize_t count) {
 tmsize_t writeMemory(thandle_t handle, void* source, tmsize_t count) try {
     auto& file = *static_cast<MemoryFile*>(handle);
     if (count <= 0) return 0;
+    if (source == nullptr) {
+        // The library passes on what it had no memory for without looking at it.
+        file.outOfMemory = true;
+        return 0;
+    }
     const auto* bytes = static_cast<const std::uint8_t*>(source);
     if (file.at > file.bytes.size()) file.bytes.resize(file.at);
     const std::size_t over =
@@ -71,6 +76,20 @@ std::uint16_t compressionOf(const ImageProperties& properties) {
     // LZW also for those that a photo cannot be written with (fax, old JPEG).
     return COMPRESSION_LZW;
 }
+
+/// Leaves a file that was not finished open, also where an exception passes. Closing would write
+/// the unfinished directory, and the library crashes over the holes that a want of memory leaves in
+/// it. A few kilobytes lost are the lesser evil.
+class LeftOpen {
+  public:
+    explicit LeftOpen(TiffHandle& tiff) : tiff_(tiff) {}
+    ~LeftOpen() { static_cast<void>(tiff_.release()); }
+    LeftOpen(const LeftOpen&) = delete;
+    LeftOpen& operator=(const LeftOpen&) = delete;
+
+  private:
+    TiffHandle& tiff_;
+};
 
 /// Stops at the first tag that cannot be set: a codec whose state found no memory must not be
 /// asked for anything.
@@ -187,10 +206,8 @@ Result<Bytes> writeTiff(const CGImage& image, const ImageProperties& properties)
     constexpr std::int64_t kClassicBytes = std::int64_t{2600} << 20;
     const bool large = allBytes > kClassicBytes;
     TiffHandle tiff = openMemory(file, errors, large);
+    const LeftOpen unfinished(tiff);
     auto failure = [&]() -> Error {
-        // Closing would write the unfinished directory, and the library crashes over the holes
-        // that a want of memory leaves in it. A few kilobytes lost are the lesser evil.
-        (void)tiff.release();
         if (errors.message[0] == 0 || file.outOfMemory) {
             return {ErrorCode::OutOfMemory, "Not enough memory to encode the TIFF"};
         }
