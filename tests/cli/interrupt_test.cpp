@@ -25,6 +25,11 @@ void expectWholePictures(const std::string& folder) {
     }
 }
 
+/// Whoever started this test in the background may have had it ignore interruptions.
+void heedInterruptions() {
+    std::signal(SIGINT, SIG_DFL);
+}
+
 class Interrupt : public testing::Test {
   protected:
     Interrupt() {
@@ -48,7 +53,7 @@ TEST_F(Interrupt, EndsWith130AndLeavesOnlyWholeFiles) {
     for (int round = 0; round < (test::isLongRun() ? 200 : 30); ++round) {
         SCOPED_TRACE("round " + std::to_string(round));
         const TemporaryFolder results;
-        Process process(arguments(results.path(), round % 2 == 0 ? "1" : "3"));
+        Process process(arguments(results.path(), round % 2 == 0 ? "1" : "3"), heedInterruptions);
         std::this_thread::sleep_for(std::chrono::microseconds(random() % 150'000));
         process.signal(SIGINT);
         const Finished finished = process.finish();
