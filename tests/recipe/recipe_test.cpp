@@ -33,7 +33,10 @@ std::string recipeText(std::string_view members) {
 }
 
 std::string whole(std::string_view more = "") {
-    return recipeText(std::string(kSettings) + R"(,"background":"#000000")" + std::string(more));
+    std::string members(kSettings);
+    members += R"(,"background":"#000000")";
+    members += more;
+    return recipeText(members);
 }
 
 ErrorCode codeOf(std::string_view text) {
