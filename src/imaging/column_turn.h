@@ -43,7 +43,6 @@ class ColumnTurn {
                      SqueezedPicture& target) const;
 
     int targetWidth() const { return static_cast<int>(from_.size()); }
-    int sourceHeight() const { return height_; }
 
     /// How many rows the first pass takes at once: the rows up to the next multiple of
     /// kernels::kBlockRows or to the end.

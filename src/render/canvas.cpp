@@ -45,6 +45,7 @@ std::optional<CanvasRows> CanvasRows::create(PixelView picture, const CanvasLayo
     try {
         CanvasRows rows(picture, layout);
         rows.background_ = background;
+        rows.upright_ = upright;
         rows.reflectionTop_ = layout.height - reflection.height;
         rows.reflectionWidth_ = reflection.outWidth;
         rows.plans_ = std::make_unique<Plans>();

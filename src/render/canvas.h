@@ -2,6 +2,7 @@
 // the bitmap that needs them. No other image is made on the way.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -50,6 +51,28 @@ class CanvasRows {
     /// there. The picture's own stays readable as long as the picture.
     const std::uint8_t* row(int row, std::uint8_t* scratch);
 
+    /// Calls draw(row) for the first row of each block of `blockRows` rows, each once, in an order
+    /// in which picture and reflection want about the same rows of the picture: these then come
+    /// from memory once for both.
+    template <typename Draw>
+    void inReadingOrder(int blockRows, Draw draw) const {
+        const int blocks = (layout_.height - 1) / blockRows + 1;
+        const int upper = std::clamp(reflectionTop_ / blockRows, 0, blocks);
+        const int lower = blocks - upper;
+        int reflected = 0;
+        const auto reflect = [&](int count) {
+            for (; reflected < count; ++reflected)
+                draw((upright_ ? upper + reflected : blocks - 1 - reflected) * blockRows);
+        };
+        for (int block = 0; block < upper; ++block) {
+            draw(block * blockRows);
+            const std::int64_t pictureRows = (block + std::int64_t{1}) * blockRows;
+            reflect(static_cast<int>(
+                std::min<std::int64_t>(lower, lower * pictureRows / picture_.height)));
+        }
+        reflect(lower);
+    }
+
     /// The same row by stores past the caches.
     void stream(int row, std::uint8_t* target);
 
@@ -63,6 +86,7 @@ class CanvasRows {
     PixelView picture_;
     CanvasLayout layout_;
     std::optional<kernels::Pixel> background_;
+    bool upright_ = false;   // the reflection's first row shows the picture's first
     int reflectionTop_ = 0;  // canvas row of the reflection's first; may be negative
     int reflectionWidth_ = 0;
     ColumnCombiner stretch_;  // of a reflection that is narrower than the canvas

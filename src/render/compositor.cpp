@@ -31,12 +31,12 @@ class PlainCanvas final : public RowSource {
 
     void drawAll(MutablePixelView target) override {
         const bool streaming = usesStreaming(target);
-        for (int y = 0; y < target.height; ++y) {
+        rows_.inReadingOrder(1, [&](int y) {
             if (streaming)
                 rows_.stream(y, target.row(y));
             else
                 rows_.draw(y, target.row(y));
-        }
+        });
     }
 
   private:
@@ -81,14 +81,14 @@ class TurnedCanvas final : public RowSource {
     void squeezeRows() {
         if (std::exchange(areSqueezed_, true)) return;
         const MutablePixelView block = block_.view();
-        for (int y = 0; y < turn_.sourceHeight(); y += block.height) {
+        rows_.inReadingOrder(block.height, [&](int y) {
             const std::uint8_t* sources[kernels::kBlockRows];
             for (int i = 0; i < turn_.blockRows(y); ++i) {
                 rows_.draw(y + i, block.row(i));
                 sources[i] = block.row(i);
             }
             turn_.squeezeRows(y, sources, static_cast<std::size_t>(block.width), squeezed_);
-        }
+        });
     }
 
     CGImage picture_;
