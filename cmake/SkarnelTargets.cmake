@@ -40,14 +40,17 @@ function(skarnel_test_options name)
     target_compile_options(${name} PRIVATE -fpch-preprocess $<$<CONFIG:Release>:-O1>)
 endfunction()
 
-# skarnel_test(NAME SOURCES ... DEPS ... [WHOLE] [LABELS ...] [ENVIRONMENT ...] [TIMEOUT s])
+# skarnel_test(NAME SOURCES ... DEPS ... [WHOLE] [OWN_HEADERS] [LABELS ...] [ENVIRONMENT ...]
+#              [TIMEOUT s])
 # One GoogleTest program. Each test becomes one ctest entry; with WHOLE the
-# program is one entry, for programs whose start is expensive.
+# program is one entry, for programs whose start is expensive. With OWN_HEADERS it
+# does without the shared headers, for programs whose libraries ask the compiler for
+# options of their own, as the window toolkit does for code that can be moved.
 function(skarnel_test name)
     if(NOT SKARNEL_TESTS)
         return()
     endif()
-    cmake_parse_arguments(arg "WHOLE" "TIMEOUT" "SOURCES;DEPS;LABELS;ENVIRONMENT" ${ARGN})
+    cmake_parse_arguments(arg "WHOLE;OWN_HEADERS" "TIMEOUT" "SOURCES;DEPS;LABELS;ENVIRONMENT" ${ARGN})
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 120)
     endif()
@@ -55,7 +58,9 @@ function(skarnel_test name)
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE ${arg_DEPS} GTest::gmock GTest::gtest_main)
     target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests" "${PROJECT_SOURCE_DIR}/src")
-    skarnel_test_headers(${name})
+    if(NOT arg_OWN_HEADERS)
+        skarnel_test_headers(${name})
+    endif()
     set(properties TIMEOUT ${arg_TIMEOUT})
     if(arg_LABELS)
         list(APPEND properties LABELS "${arg_LABELS}")
