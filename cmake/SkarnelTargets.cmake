@@ -75,3 +75,15 @@ function(skarnel_test name)
         gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
     endif()
 endfunction()
+
+# skarnel_use_highway(TARGET): Highway's headers, and what they call at run time. On x86 that is in
+# src/imaging/kernels/highway_targets.cpp, which says why; elsewhere it is Highway's library.
+function(skarnel_use_highway target)
+    find_package(PkgConfig REQUIRED)
+    pkg_check_modules(highway REQUIRED IMPORTED_TARGET libhwy)
+    if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
+        target_include_directories(${target} SYSTEM PRIVATE ${highway_INCLUDE_DIRS})
+    else()
+        target_link_libraries(${target} PRIVATE PkgConfig::highway)
+    endif()
+endfunction()
