@@ -1,5 +1,5 @@
-// PNG by filters of our own and libdeflate: many times faster than the reference encoder, which
-// tries every filter and compresses through a small window.
+// PNG by filters of our own and deflate chosen for speed: many times faster than the reference
+// encoder, which tries every filter and compresses through a small window.
 #include <libdeflate.h>
 
 #include <algorithm>
@@ -9,16 +9,16 @@
 #include <cstring>
 #include <memory>
 #include <new>
-#include <span>
 
+#include "imaging/io/deflate.h"
 #include "imaging/io/exif_block.h"
 #include "imaging/io/pixel_rows.h"
+#include "imaging/io/png_filter.h"
+#include "imaging/io/run_deflate.h"
 #include "imaging/io/writers.h"
 
 namespace skarnel::io {
 namespace {
-
-enum Filter : std::uint8_t { kSub = 1, kUp = 2, kPaeth = 4 };
 
 struct FreeBytes {
     void operator()(std::uint8_t* bytes) const { std::free(bytes); }
@@ -35,138 +35,6 @@ RawBytes allocateRaw(std::size_t size) {
 void putNumber(std::uint8_t* out, std::uint32_t value) {
     for (int shift = 24; shift >= 0; shift -= 8) *out++ = static_cast<std::uint8_t>(value >> shift);
 }
-
-int paethPredictor(int left, int up, int upLeft) {
-    const int estimate = left + up - upLeft;
-    const int toLeft = std::abs(estimate - left);
-    const int toUp = std::abs(estimate - up);
-    const int toUpLeft = std::abs(estimate - upLeft);
-    if (toLeft <= toUp && toLeft <= toUpLeft) return left;
-    return toUp <= toUpLeft ? up : upLeft;
-}
-
-/// Straight samples of one row, behind `pixelBytes` zeros so that the first pixel has a left
-/// neighbour.
-class RowSource {
-  public:
-    RowSource(const CGImage& image, bool opaque)
-        : view_(image.pixels()), pixelBytes_(opaque ? 3 : 4) {
-        rowBytes_ = static_cast<std::size_t>(view_.width) * pixelBytes_;
-        for (auto& row : rows_) row.assign(rowBytes_ + pixelBytes_, 0);
-    }
-
-    std::size_t pixelBytes() const { return pixelBytes_; }
-    std::size_t rowBytes() const { return rowBytes_; }
-
-    /// Moves on to row y; the one before becomes `previous`.
-    void load(int y) {
-        std::swap(rows_[0], rows_[1]);
-        std::uint8_t* out = rows_[0].data() + pixelBytes_;
-        const std::uint8_t* in = view_.row(y);
-        const auto count = static_cast<std::size_t>(view_.width);
-        if (pixelBytes_ == 4) {
-            unpremultiplyRow(in, out, count);
-        } else if (view_.samplesPerPixel == 3) {
-            std::memcpy(out, in, rowBytes_);
-        } else {
-            for (std::size_t x = 0; x < count; ++x) std::memcpy(out + 3 * x, in + 4 * x, 3);
-        }
-    }
-    const std::uint8_t* current() const { return rows_[0].data() + pixelBytes_; }
-    const std::uint8_t* previous() const { return rows_[1].data() + pixelBytes_; }
-
-  private:
-    PixelView view_;
-    std::size_t pixelBytes_;
-    std::size_t rowBytes_;
-    std::array<Bytes, 2> rows_;
-};
-
-void filterRow(const RowSource& source, Filter filter, std::uint8_t* out) {
-    const std::uint8_t* row = source.current();
-    const std::uint8_t* left = row - source.pixelBytes();
-    const std::uint8_t* up = source.previous();
-    const std::uint8_t* upLeft = up - source.pixelBytes();
-    const std::size_t size = source.rowBytes();
-    *out++ = filter;
-    switch (filter) {
-        case kSub:
-            for (std::size_t i = 0; i < size; ++i) {
-                out[i] = static_cast<std::uint8_t>(row[i] - left[i]);
-            }
-            break;
-        case kUp:
-            for (std::size_t i = 0; i < size; ++i) {
-                out[i] = static_cast<std::uint8_t>(row[i] - up[i]);
-            }
-            break;
-        case kPaeth:
-            for (std::size_t i = 0; i < size; ++i) {
-                out[i] =
-                    static_cast<std::uint8_t>(row[i] - paethPredictor(left[i], up[i], upLeft[i]));
-            }
-            break;
-    }
-}
-
-/// The usual measure: the sum of the differences taken as signed bytes.
-std::uint64_t costOf(const std::uint8_t* filtered, std::size_t size) {
-    std::uint64_t sum = 0;
-    // Summed in pieces whose sums fit 32 bits, which the processor adds many at a time.
-    constexpr std::size_t kPiece = std::size_t{1} << 20;
-    for (std::size_t start = 0; start < size; start += kPiece) {
-        const std::size_t end = std::min(size, start + kPiece);
-        std::uint32_t piece = 0;
-        for (std::size_t i = start; i < end; ++i) {
-            piece += static_cast<unsigned>(std::abs(static_cast<std::int8_t>(filtered[i])));
-        }
-        sum += piece;
-    }
-    return sum;
-}
-
-/// The filters that a level chooses among row by row, after Sub. Up and Sub cost next to nothing,
-/// and what the better of them saves the compressor is more.
-std::span<const Filter> furtherFilters(int level) {
-    static constexpr std::array<Filter, 2> kFilters = {kUp, kPaeth};
-    constexpr int kFirstWithPaeth = 3;
-    return std::span(kFilters).first(level == 0 ? 0 : level < kFirstWithPaeth ? 1 : 2);
-}
-
-/// All rows filtered, one after the other.
-RawBytes filterPicture(const CGImage& image, bool opaque, int level, std::size_t& size) {
-    RowSource source(image, opaque);
-    const std::size_t lineBytes = source.rowBytes() + 1;
-    size = lineBytes * static_cast<std::size_t>(image.height());
-    RawBytes filtered = allocateRaw(size);
-    const std::span<const Filter> further = furtherFilters(level);
-    Bytes trial(lineBytes);
-    for (int y = 0; y < image.height(); ++y) {
-        std::uint8_t* out = filtered.get() + lineBytes * static_cast<std::size_t>(y);
-        source.load(y);
-        filterRow(source, kSub, out);
-        if (further.empty()) continue;
-        std::uint64_t best = costOf(out + 1, lineBytes - 1);
-        for (const Filter filter : further) {
-            filterRow(source, filter, trial.data());
-            const std::uint64_t cost = costOf(trial.data() + 1, lineBytes - 1);
-            if (cost < best) {
-                best = cost;
-                std::memcpy(out, trial.data(), lineBytes);
-            }
-        }
-    }
-    return filtered;
-}
-
-struct FreeCompressor {
-    void operator()(libdeflate_compressor* compressor) const {
-        libdeflate_free_compressor(compressor);
-    }
-};
-
-/// The largest data that one chunk may hold.
-constexpr std::size_t kMaxChunk = 0x7FFFFFFF;
 
 void appendHeader(Bytes& out, const CGImage& image, bool opaque) {
     constexpr std::array<std::uint8_t, 8> kSignature = {0x89, 'P',  'N',  'G',
@@ -198,33 +66,122 @@ void appendResolution(Bytes& out, const ImageProperties& properties) {
     appendPngChunk(out, "pHYs", data);
 }
 
+/// A stretch of a picture's rows, evenly spread, that stands for all of them.
+Bytes sampleOfRows(PngRows& rows) {
+    constexpr std::size_t kPieces = 16;
+    constexpr std::size_t kPieceBytes = std::size_t{64} << 10;
+    const auto count = static_cast<std::size_t>(rows.count());
+    const std::size_t pieceRows = std::max<std::size_t>(1, kPieceBytes / rows.lineBytes());
+    const bool all = count <= kPieces * pieceRows;
+    const std::size_t step = all ? pieceRows : count / kPieces;
+    Bytes sample;
+    for (std::size_t start = 0; start < count; start += step) {
+        const std::size_t end = std::min(count, start + pieceRows);
+        for (std::size_t y = start; y < end; ++y) {
+            sample.resize(sample.size() + rows.lineBytes());
+            rows.filter(static_cast<int>(y), sample.data() + sample.size() - rows.lineBytes());
+        }
+    }
+    return sample;
+}
+
+/// A data chunk that is written in place: begun, filled by somebody else, ended.
+class DataChunk {
+  public:
+    explicit DataChunk(Bytes& out) : out_(&out), start_(out.size()) {
+        constexpr std::array<std::uint8_t, 8> kFront = {0, 0, 0, 0, 'I', 'D', 'A', 'T'};
+        out_->insert(out_->end(), kFront.begin(), kFront.end());
+    }
+    std::size_t size() const { return out_->size() - start_ - 8; }
+    void end() {
+        putNumber(out_->data() + start_, static_cast<std::uint32_t>(size()));
+        const std::uint32_t check = libdeflate_crc32(0, out_->data() + start_ + 4, size() + 4);
+        out_->resize(out_->size() + 4);
+        putNumber(out_->data() + out_->size() - 4, check);
+    }
+
+  private:
+    Bytes* out_;
+    std::size_t start_;
+};
+
+/// Filters and compresses a few rows at a time, which stay in the cache meanwhile.
+void appendDataWithRuns(PngRows& rows, Bytes& out) {
+    constexpr std::size_t kRowsBytes = std::size_t{128} << 10;
+    constexpr std::size_t kChunkBytes = std::size_t{1} << 20;
+    const std::size_t lines = std::max<std::size_t>(1, kRowsBytes / rows.lineBytes());
+    Bytes filtered(lines * rows.lineBytes());
+    DataChunk chunk(out);
+    RunDeflater deflater(out);
+    std::size_t filled = 0;
+    for (int y = 0; y < rows.count(); ++y) {
+        rows.filter(y, filtered.data() + filled);
+        filled += rows.lineBytes();
+        if (filled < filtered.size()) continue;
+        deflater.add(ByteView(filtered).first(filled));
+        filled = 0;
+        if (chunk.size() >= kChunkBytes) {
+            chunk.end();
+            chunk = DataChunk(out);
+        }
+    }
+    deflater.add(ByteView(filtered).first(filled));
+    deflater.finish();
+    chunk.end();
+}
+
+/// Compresses all rows in one go, as a search for repeats wants it.
+bool appendDataWithSearch(PngRows& rows, int level, Bytes& out) {
+    const Compressor compressor = makeCompressor(level);
+    const std::size_t filteredSize = rows.lineBytes() * static_cast<std::size_t>(rows.count());
+    RawBytes filtered = allocateRaw(filteredSize);
+    for (int y = 0; y < rows.count(); ++y) {
+        rows.filter(y, filtered.get() + rows.lineBytes() * static_cast<std::size_t>(y));
+    }
+    const std::size_t bound = libdeflate_zlib_compress_bound(compressor.get(), filteredSize);
+    const RawBytes packed = allocateRaw(bound);
+    const std::size_t size = libdeflate_zlib_compress(compressor.get(), filtered.get(),
+                                                      filteredSize, packed.get(), bound);
+    filtered.reset();
+    constexpr std::size_t kMaxChunk = 0x7FFFFFFF;
+    for (std::size_t at = 0; at < size; at += kMaxChunk) {
+        appendPngChunk(out, "IDAT", {packed.get() + at, std::min(kMaxChunk, size - at)});
+    }
+    return size > 0;
+}
+
+bool appendData(const CGImage& image, bool opaque, std::optional<double> wantedLevel, Bytes& out) {
+    const double clamped =
+        std::clamp(wantedLevel.value_or(kFastestLevel), 0.0, static_cast<double>(kSmallestLevel));
+    const int level = static_cast<int>(clamped);
+    constexpr int kFirstWithPaeth = 3;
+    // Up and Sub cost next to nothing, and what the better of them saves the compressor is more.
+    PngRows rows(image, opaque,
+                 level == 0                ? PngFilters::Sub
+                 : level < kFirstWithPaeth ? PngFilters::SubOrUp
+                                           : PngFilters::SubUpOrPaeth);
+    constexpr std::size_t kLongestLine = std::size_t{64} << 20;  // its chunk stays below 2^31 bytes
+    if (wantedLevel || rows.lineBytes() > kLongestLine || !runsAreEnough(sampleOfRows(rows))) {
+        return appendDataWithSearch(rows, level, out);
+    }
+    // Room for what does not compress; untouched pages of it cost nothing.
+    const std::size_t size = rows.lineBytes() * static_cast<std::size_t>(rows.count());
+    out.reserve(out.size() + size + size / 8 + 4096);
+    appendDataWithRuns(rows, out);
+    return true;
+}
+
 }  // namespace
 
 Result<Bytes> writePng(const CGImage& image, const ImageProperties& properties, PngColor color) {
-    const double wanted = numberProperty(properties, kPropertyCompressionLevel).value_or(1);
-    const int level = static_cast<int>(std::clamp(wanted, 0.0, 12.0));
-    const std::unique_ptr<libdeflate_compressor, FreeCompressor> compressor(
-        libdeflate_alloc_compressor(level));
-    if (!compressor) throw std::bad_alloc();
-
     const bool opaque = color == PngColor::AlphaWhereNeeded && isOpaque(image.pixels());
-    std::size_t filteredSize = 0;
-    RawBytes filtered = filterPicture(image, opaque, level, filteredSize);
-    const std::size_t bound = libdeflate_zlib_compress_bound(compressor.get(), filteredSize);
-    RawBytes packed = allocateRaw(bound);
-    const std::size_t packedSize = libdeflate_zlib_compress(compressor.get(), filtered.get(),
-                                                            filteredSize, packed.get(), bound);
-    if (packedSize == 0) return {ErrorCode::Failed, "The PNG could not be compressed"};
-    filtered.reset();
-
     Bytes out;
-    out.reserve(packedSize + packedSize / kMaxChunk * 12 + 4096);
     appendHeader(out, image, opaque);
     appendResolution(out, properties);
     const Bytes exif = writeExifBlock(exifTreeOf(properties), std::nullopt);
     if (!exif.empty()) appendPngChunk(out, "eXIf", exif);
-    for (std::size_t at = 0; at < packedSize; at += kMaxChunk) {
-        appendPngChunk(out, "IDAT", {packed.get() + at, std::min(kMaxChunk, packedSize - at)});
+    if (!appendData(image, opaque, numberProperty(properties, kPropertyCompressionLevel), out)) {
+        return {ErrorCode::Failed, "The PNG could not be compressed"};
     }
     appendPngChunk(out, "IEND", {});
     return out;

@@ -2,11 +2,14 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "imaging/io/deflate.h"
 #include "imaging/io/exif_block.h"
 #include "imaging/io/tiff_common.h"
+#include "imaging/io/tiff_strips.h"
 #include "imaging/io/writers.h"
 
 namespace skarnel::io {
@@ -136,10 +139,6 @@ bool setTags(TIFF* tiff, const CGImage& image, const ImageProperties& properties
     if (compression == COMPRESSION_LZW || compression == COMPRESSION_ADOBE_DEFLATE) {
         tags.set(TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
     }
-    if (compression == COMPRESSION_ADOBE_DEFLATE) {
-        const double level = numberProperty(properties, kPropertyCompressionLevel).value_or(1);
-        tags.set(TIFFTAG_ZIPQUALITY, static_cast<int>(std::clamp(level, 1.0, 12.0)));
-    }
     if (const auto resolution = resolutionOf(properties)) {
         tags.set(TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
         tags.set(TIFFTAG_XRESOLUTION, resolution->horizontal);
@@ -168,7 +167,32 @@ bool writeExif(TIFF* tiff, MemoryFile& file, const ExifTree& tree) {
     return tags.ok();
 }
 
-bool writeStrips(TIFF* tiff, const CGImage& image, std::uint32_t rowsPerStrip) {
+/// The library checks what it is given and keeps the account; the coding is ours.
+bool writeCodedStrips(TIFF* tiff, const CGImage& image, const ImageProperties& properties,
+                      std::uint32_t rowsPerStrip) {
+    const StripCode code =
+        compressionOf(properties) == COMPRESSION_LZW ? StripCode::Lzw : StripCode::Deflate;
+    std::optional<int> level;
+    if (const auto wanted = numberProperty(properties, kPropertyCompressionLevel)) {
+        level =
+            static_cast<int>(std::clamp(*wanted, double{kFastestLevel}, double{kSmallestLevel}));
+    }
+    return codeStrips(image.pixels(), static_cast<int>(rowsPerStrip), code, level,
+                      [tiff](std::uint32_t number, ByteView codes) {
+                          // It does not write to them; its interface is older than const.
+                          const auto size = static_cast<tmsize_t>(codes.size());
+                          return TIFFWriteRawStrip(tiff, number,
+                                                   const_cast<std::uint8_t*>(codes.data()),
+                                                   size) == size;
+                      });
+}
+
+bool writeStrips(TIFF* tiff, const CGImage& image, const ImageProperties& properties,
+                 std::uint32_t rowsPerStrip) {
+    const std::uint16_t compression = compressionOf(properties);
+    if (compression == COMPRESSION_LZW || compression == COMPRESSION_ADOBE_DEFLATE) {
+        return writeCodedStrips(tiff, image, properties, rowsPerStrip);
+    }
     const PixelView view = image.pixels();
     const std::size_t rowBytes =
         static_cast<std::size_t>(view.width) * static_cast<std::size_t>(view.samplesPerPixel);
@@ -224,7 +248,8 @@ Result<Bytes> writeTiff(const CGImage& image, const ImageProperties& properties)
     }
     // The large form counts in 64 bits, also in these directories.
     if (!large && !writeExif(tiff.get(), file, exifTreeOf(properties))) return failure();
-    if (!writeStrips(tiff.get(), image, static_cast<std::uint32_t>(rows))) return failure();
+    if (!writeStrips(tiff.get(), image, properties, static_cast<std::uint32_t>(rows)))
+        return failure();
     if (TIFFWriteDirectory(tiff.get()) != 1) return failure();
     tiff.reset();
     // A tag that could not be kept for want of memory is reported and then left out.

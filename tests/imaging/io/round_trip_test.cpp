@@ -1,6 +1,8 @@
 // What is written is read back: every writable format through our own readers.
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "imaging/io/image_io.h"
 #include "imaging/io/pictures.h"
 
@@ -22,6 +24,10 @@ ImageProperties with(std::string_view key, PropertyValue value) {
 std::vector<ExactFormat> exactFormats() {
     return {{"TiffLzw", kUTTypeTIFF, with(kPropertyTiffCompression, std::int64_t{5})},
             {"TiffDeflate", kUTTypeTIFF, with(kPropertyTiffCompression, std::int64_t{8})},
+            {"TiffDeflateSmall",
+             kUTTypeTIFF,
+             {{std::string(kPropertyTiffCompression), std::int64_t{8}},
+              {std::string(kPropertyCompressionLevel), std::int64_t{6}}}},
             {"TiffOldDeflate", kUTTypeTIFF, with(kPropertyTiffCompression, std::int64_t{32946})},
             {"TiffPackBits", kUTTypeTIFF, with(kPropertyTiffCompression, std::int64_t{32773})},
             {"TiffNone", kUTTypeTIFF, with(kPropertyTiffCompression, std::int64_t{1})},
@@ -95,6 +101,39 @@ TEST_P(ExactRoundTrip, CarriesTheResolution) {
     EXPECT_NEAR(numberProperty(back->properties, kPropertyDpiHeight), 150.0, 0.02);
 }
 
+/// Grain over a slope, opaque above and fading below: large and noisy enough for every shortcut
+/// that writers take on photos.
+CGImage grainyPicture(int width, int height) {
+    std::mt19937 random(11);
+    auto buffer = PixelBuffer::zeroed(width, height);
+    const MutablePixelView view = buffer->view();
+    for (int y = 0; y < height; ++y) {
+        const unsigned alpha =
+            2 * y < height ? 255 : static_cast<unsigned>(255 * (height - y) / height);
+        for (int x = 0; x < width; ++x) {
+            std::uint8_t* pixel = view.row(y) + 4 * x;
+            for (int k = 0; k < 3; ++k) {
+                const unsigned colour = static_cast<unsigned>(x * 200 / width) + random() % 32;
+                pixel[k] = static_cast<std::uint8_t>(colour * alpha / 255);
+            }
+            pixel[3] = static_cast<std::uint8_t>(alpha);
+        }
+    }
+    return CGImage(*std::move(buffer));
+}
+
+TEST_P(ExactRoundTrip, GivesTheSamePixelsOfALargeNoisyPicture) {
+    if (GetParam().type == kUTTypeWebP || GetParam().type == kUTTypeJPEG2000) {
+        GTEST_SKIP() << "Has no writer of our own, and takes long";
+    }
+    const CGImage image = grainyPicture(811, 640);  // strips and chunks end within it
+    const auto bytes = encodeImage(image, GetParam().type, GetParam().options);
+    ASSERT_TRUE(bytes) << bytes.error().message;
+    const auto back = decodeImage(*bytes);
+    ASSERT_TRUE(back) << back.error().message;
+    EXPECT_TRUE(samePixels(back->image, image));
+}
+
 INSTANTIATE_TEST_SUITE_P(Formats, ExactRoundTrip, ::testing::ValuesIn(exactFormats()),
                          [](const auto& row) { return std::string(row.param.name); });
 
@@ -124,6 +163,29 @@ TEST(TiffRoundTrip, SaysHowItIsCompressed) {
         EXPECT_EQ(wholeProperty(back->properties, kPropertyHasAlpha), 1);
         EXPECT_EQ(textProperty(back->properties, kPropertyColorModel), "RGB");
     }
+}
+
+TEST(TiffRoundTrip, ALevelMakesDeflateSmaller) {
+    const CGImage image = grainyPicture(400, 300);
+    std::size_t before = 0;
+    for (const std::int64_t level : {12, 1}) {
+        const auto bytes = encodeImage(image, kUTTypeTIFF,
+                                       {{std::string(kPropertyTiffCompression), std::int64_t{8}},
+                                        {std::string(kPropertyCompressionLevel), level}});
+        ASSERT_TRUE(bytes);
+        EXPECT_GT(bytes->size(), before) << level;
+        before = bytes->size();
+    }
+}
+
+TEST(PngRoundTrip, WithoutALevelItIsFastAndStillSmall) {
+    const CGImage image = grainyPicture(811, 640);
+    const auto fast = encodeImage(image, kUTTypePNG);
+    const auto searched =
+        encodeImage(image, kUTTypePNG, with(kPropertyCompressionLevel, std::int64_t{1}));
+    ASSERT_TRUE(fast && searched);
+    EXPECT_NE(fast->size(), searched->size());
+    EXPECT_LE(fast->size(), searched->size() * 6 / 5);
 }
 
 TEST(JpegRoundTrip, LaysTransparentPartsOverTheMatte) {
