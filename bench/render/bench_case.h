@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "imaging/cgimage.h"
+
 namespace skarnel::bench {
 
 struct Case {
@@ -28,6 +30,9 @@ struct Measurement {
 
 /// Runs the case `repeats` times, each beside a memcpy, after one run that is not counted.
 Measurement measure(const Case& tested, int repeats);
+
+/// Smooth areas, edges and a little noise, as a photo has them; opaque.
+CGImage photoLike(int width, int height);
 
 std::vector<Case> renderCases(const std::vector<std::string>& sizes);
 std::vector<Case> codecCases();

@@ -20,25 +20,6 @@ struct Settings {
 constexpr Settings kDefaults{"defaults", 0, 100, 0, 0, 7, 200, 50};
 constexpr Settings kTurned{"turned", 10, 60, 5, 10, 7, 200, 30};
 
-/// Smooth areas, edges and a little noise, as a photo has them; opaque.
-CGImage photoLike(int width, int height) {
-    PixelBuffer buffer = *PixelBuffer::uninitialized(width, height);
-    std::uint32_t state = 1;
-    for (int y = 0; y < height; ++y) {
-        std::uint8_t* pixel = buffer.view().row(y);
-        for (int x = 0; x < width; ++x, pixel += 4) {
-            state = state * 1664525U + 1013904223U;
-            const int noise = static_cast<int>(state >> 29);
-            const int tile = ((x / 97) + (y / 61)) % 3 * 40;
-            pixel[0] = static_cast<std::uint8_t>(100 * x / width + tile + noise);
-            pixel[1] = static_cast<std::uint8_t>(120 * y / height + tile + noise);
-            pixel[2] = static_cast<std::uint8_t>(60 + tile + noise);
-            pixel[3] = 255;
-        }
-    }
-    return CGImage(std::move(buffer));
-}
-
 std::optional<CGImage> rendered(const CGImage& picture, const Settings& s,
                                 Drawing drawing = Drawing::AtOnce) {
     const RenderInputReaders readers([&] { return s.alpha; }, [] { return std::nullopt; },
@@ -111,6 +92,24 @@ void addRenderCases(std::vector<Case>& cases, const std::string& size, const CGI
 }
 
 }  // namespace
+
+CGImage photoLike(int width, int height) {
+    PixelBuffer buffer = *PixelBuffer::uninitialized(width, height);
+    std::uint32_t state = 1;
+    for (int y = 0; y < height; ++y) {
+        std::uint8_t* pixel = buffer.view().row(y);
+        for (int x = 0; x < width; ++x, pixel += 4) {
+            state = state * 1664525U + 1013904223U;
+            const int noise = static_cast<int>(state >> 29);
+            const int tile = ((x / 97) + (y / 61)) % 3 * 40;
+            pixel[0] = static_cast<std::uint8_t>(100 * x / width + tile + noise);
+            pixel[1] = static_cast<std::uint8_t>(120 * y / height + tile + noise);
+            pixel[2] = static_cast<std::uint8_t>(60 + tile + noise);
+            pixel[3] = 255;
+        }
+    }
+    return CGImage(std::move(buffer));
+}
 
 std::vector<Case> renderCases(const std::vector<std::string>& sizes) {
     std::vector<Case> cases;
