@@ -85,6 +85,22 @@ class PngDecoder {
     std::array<char, 160> message_{};
 };
 
+/// Whether the last chunk is there and every chunk up to it lies within the file. The library takes memory for a
+/// whole chunk, two gigabytes where its length says so, before it finds that the file is shorter.
+bool chunksLieWithin(ByteView bytes) {
+    constexpr std::size_t kSignatureBytes = 8;
+    constexpr std::size_t kAroundData = 12;  // length, type and check
+    for (std::size_t at = kSignatureBytes; bytes.size() >= at + kAroundData;) {
+        const std::uint8_t* chunk = bytes.data() + at;
+        const std::size_t length = std::size_t{chunk[0]} << 24 | std::size_t{chunk[1]} << 16 |
+                                   std::size_t{chunk[2]} << 8 | chunk[3];
+        if (length > bytes.size() - at - kAroundData) return false;
+        if (std::memcmp(chunk + 4, "IEND", 4) == 0) return true;
+        at += kAroundData + length;
+    }
+    return false;
+}
+
 void readProfile(const PngDecoder& decoder, SourcePicture& picture) {
     png_charp name = nullptr;
     int method = 0;
@@ -117,6 +133,7 @@ void readExifChunk(const PngDecoder& decoder, SourcePicture& picture) {
 }  // namespace
 
 Result<SourcePicture> readPng(ByteView bytes, const DecodeLimits& limits) {
+    if (!chunksLieWithin(bytes)) return {ErrorCode::Damaged, "The file ends too early"};
     PngDecoder decoder(bytes);
     if (!decoder.readHeader()) return {ErrorCode::Damaged, decoder.message()};
     const auto width = png_get_image_width(decoder.png(), decoder.info());
