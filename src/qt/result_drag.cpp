@@ -17,7 +17,10 @@ constexpr int kIconSide = 128;  // logical pixels
 }  // namespace
 
 ResultDrag::ResultDrag(Viewer& viewer, MakeFile makeFile)
-    : QObject(&viewer), viewer_(viewer), makeFile_(std::move(makeFile)) {
+    : QObject(&viewer),
+      viewer_(viewer),
+      makeFile_(std::move(makeFile)),
+      carry_([](QDrag& drag) { drag.exec(Qt::CopyAction); }) {
     viewer.installEventFilter(this);
 }
 
@@ -60,14 +63,15 @@ void ResultDrag::drag() {
     if (path.isEmpty()) return;
     auto* data = new QMimeData;
     data->setUrls({QUrl::fromLocalFile(path)});
-    QDrag drag(&viewer_);  // takes the data over
-    drag.setMimeData(data);
+    // Qt deletes a drag that it has carried; one that was carried otherwise goes with the viewer.
+    auto* drag = new QDrag(&viewer_);
+    drag->setMimeData(data);
     const qreal ratio = viewer_.devicePixelRatioF();
     QPixmap icon = QPixmap::fromImage(viewer_.shownImage().scaled(
         QSize(kIconSide, kIconSide) * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation));
     icon.setDevicePixelRatio(ratio);
-    drag.setPixmap(icon);
-    drag.exec(Qt::CopyAction);
+    drag->setPixmap(icon);
+    carry_(*drag);
 }
 
 }  // namespace skarnel

@@ -6,6 +6,7 @@
 #include <QString>
 #include <functional>
 
+class QDrag;
 class QMouseEvent;
 
 namespace skarnel {
@@ -21,7 +22,13 @@ class ResultDrag final : public QObject {
     /// no result.
     using MakeFile = std::function<QString()>;
 
+    /// Lets the user carry the drag to its end; blocks until then.
+    using Carry = std::function<void(QDrag& drag)>;
+
     ResultDrag(Viewer& viewer, MakeFile makeFile);
+
+    /// Another way to carry drags than the toolkit's own.
+    void setCarry(Carry carry) { carry_ = std::move(carry); }
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -32,6 +39,7 @@ class ResultDrag final : public QObject {
 
     Viewer& viewer_;
     MakeFile makeFile_;
+    Carry carry_;
     QPoint start_;
     bool armed_ = false;
 };

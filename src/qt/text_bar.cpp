@@ -137,7 +137,7 @@ void TextBar::addAlignment(QHBoxLayout& row) {
         group->addButton(alignments_[i]);
         row.addWidget(alignments_[i]);
         connect(alignments_[i], &QToolButton::clicked, this,
-                [this, i] { editor_.alignParagraphs(kAlignments[i]); });
+                [this, i] { editor_.alignParagraphs(kAlignments[i] | Qt::AlignAbsolute); });
     }
 }
 
@@ -151,7 +151,7 @@ void TextBar::showStyle() {
     bold_->setChecked(style.weight >= kTextWeightBold);
     italic_->setChecked(style.slant != TextSlant::Upright);
     underline_->setChecked(style.underline == TextUnderline::Single);
-    const Qt::Alignment now = editor_.alignment() & Qt::AlignHorizontal_Mask;
+    const Qt::Alignment now = editor_.alignment() & Qt::AlignHorizontal_Mask & ~Qt::AlignAbsolute;
     for (int i = 0; i < 3; ++i) alignments_[i]->setChecked(now == kAlignments[i]);
 }
 

@@ -2,12 +2,16 @@
 #include "qt/companions.h"
 
 #include <QCheckBox>
+#include <QDrag>
 #include <QDropEvent>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QMimeData>
+#include <QMouseEvent>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QUrl>
 
 #include "application_fixture.h"
@@ -268,6 +272,58 @@ TEST_F(CompanionsTest, ASavedFileCarriesTheRecipeWhereItIsAskedFor) {
     EXPECT_EQ(recipe->settings[5], 77);
 }
 
+TEST_F(CompanionsTest, StyledTextSurvivesInsideEveryFormatThatCarriesARecipe) {
+    start();
+    Recipe recipe = someRecipe();
+    StyledText text;
+    TextStyle large;
+    large.family = "Helvetica";
+    large.size = 36;
+    large.weight = kTextWeightBold;
+    large.color = {0xC0, 0x20, 0x10, 0xFF};
+    text.append(u"Größe 日本\n", large);
+    TextStyle small;
+    small.slant = TextSlant::Italic;
+    small.underline = TextUnderline::Single;
+    text.append(u"second", small);
+    text.setAlignment(0, TextAlignment::Left);
+    text.setAlignment(1, TextAlignment::Center);
+    recipe.text = text;
+    const std::string embedded = *serializeRecipe(recipe);
+    const auto image = ImageOperations().getCGImageRef(*app->controller().image);
+    for (const std::string_view type : {kUTTypePNG, kUTTypeTIFF, kUTTypeJPEG}) {
+        const std::string path = folder.filePath(QStringLiteral("carrier")).toStdString() + "." +
+                                 std::string(*preferredExtensionOfType(type));
+        const auto write = [&](const ImageProperties& properties) {
+            auto destination =
+                app->toolkit().imageFiles().imageDestinationCreateWithURL(path, type);
+            destination->addImage(*image, properties);
+            return destination->finalize();
+        };
+        ASSERT_TRUE(write({}));
+        EXPECT_FALSE(readRecipeFile(path)) << path << " carries one unasked";
+        ASSERT_TRUE(write({{std::string(kPropertyRecipe), embedded}}));
+        const auto read = readRecipeFile(path);
+        ASSERT_TRUE(read) << path << ": " << read.error().message;
+        EXPECT_EQ(read->settings, recipe.settings) << path;
+        EXPECT_EQ(read->text, recipe.text) << path;
+    }
+}
+
+TEST_F(CompanionsTest, AnOpenedRecipesTextKeepsItsStylesAndAlignments) {
+    start();
+    Recipe recipe = someRecipe();
+    StyledText text;
+    text.append(u"left\nmiddle\nright", TextStyle());
+    const TextAlignment alignments[] = {TextAlignment::Left, TextAlignment::Center,
+                                        TextAlignment::Right};
+    for (std::size_t i = 0; i < 3; ++i) text.setAlignment(i, alignments[i]);
+    recipe.text = text;
+    ASSERT_TRUE(recipes().openFrom(recipeFile(recipe)));
+    EXPECT_EQ(window().textEditor().text().characters(), text.characters());
+    EXPECT_EQ(window().textEditor().text().alignments(), text.alignments());
+}
+
 // Compare and drag -----------------------------------------------------------------------------
 
 TEST_F(CompanionsTest, ThePictureAloneIsShownWhileTheSpaceBarIsHeld) {
@@ -300,6 +356,70 @@ TEST_F(CompanionsTest, TheDraggedFileIsThePngOfTheFullResult) {
     EXPECT_TRUE(path.endsWith(QStringLiteral("/Beach Reflection.png"))) << path.toStdString();
     // Picture and reflection of 200 rows each.
     EXPECT_EQ(QImage(path).size(), QSize(300, 400));
+}
+
+class ResultDragTest : public CompanionsTest {
+  protected:
+    void SetUp() override {
+        start();
+        ASSERT_TRUE(app->openPicture(picture(QStringLiteral("Beach.png"), 300, 200, Qt::red)));
+        settle();
+        auto* drag = viewer().findChild<ResultDrag*>();
+        ASSERT_NE(drag, nullptr);
+        drag->setCarry([this](QDrag& carried) {
+            urls << carried.mimeData()->urls();
+            icon = carried.pixmap().size();
+        });
+    }
+    /// A drag from the picture's middle, where it is red.
+    void dragBy(int pixels, Qt::KeyboardModifiers keys = Qt::NoModifier) {
+        const QPoint from = viewer().rect().center();
+        QTest::mousePress(&viewer(), Qt::LeftButton, keys, from);
+        const QPoint to = from + QPoint(pixels, 0);
+        QMouseEvent move(QEvent::MouseMove, to, viewer().mapToGlobal(to), Qt::NoButton,
+                         Qt::LeftButton, keys);
+        QApplication::sendEvent(&viewer(), &move);
+        QTest::mouseRelease(&viewer(), Qt::LeftButton, keys, to);
+    }
+    QList<QUrl> urls;
+    QSize icon;
+};
+
+TEST_F(ResultDragTest, ADragOverTheThresholdTakesTheResultOutAsAFile) {
+    dragBy(QApplication::startDragDistance());
+    ASSERT_EQ(urls.size(), 1);
+    ASSERT_TRUE(urls.front().isLocalFile());
+    const QString path = urls.front().toLocalFile();
+    EXPECT_EQ(QFileInfo(path).fileName(), QStringLiteral("Beach Reflection.png"));
+    EXPECT_TRUE(
+        path.startsWith(QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation)));
+    // Full size, whatever the window shows: the picture's rows and as many of its reflection.
+    EXPECT_EQ(QImage(path).size(), QSize(300, 400));
+    EXPECT_FALSE(icon.isEmpty());
+}
+
+TEST_F(ResultDragTest, AStirOfTheHandIsNoDrag) {
+    dragBy(QApplication::startDragDistance() - 1);
+    EXPECT_TRUE(urls.isEmpty());
+}
+
+TEST_F(ResultDragTest, WhatCanBeScrolledIsMovedInsteadUnlessAltIsHeld) {
+    viewer().setZoomFactor(20);
+    const CGPoint before = viewer().sheet().view.scroll();
+    dragBy(40);
+    EXPECT_TRUE(urls.isEmpty());
+    EXPECT_NE(viewer().sheet().view.scroll(), before);
+    const CGPoint moved = viewer().sheet().view.scroll();
+    dragBy(40, Qt::AltModifier);
+    EXPECT_EQ(urls.size(), 1);
+    EXPECT_EQ(viewer().sheet().view.scroll(), moved);
+}
+
+TEST_F(ResultDragTest, OtherToolsKeepTheirDrag) {
+    app->actions().tools[1]->trigger();
+    dragBy(40);
+    EXPECT_TRUE(urls.isEmpty());
+    EXPECT_TRUE(viewer().sheet().selection.has_value());
 }
 
 TEST_F(CompanionsTest, TheGuideIsInTheHelpMenu) {
