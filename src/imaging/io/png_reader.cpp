@@ -85,8 +85,9 @@ class PngDecoder {
     std::array<char, 160> message_{};
 };
 
-/// Whether the last chunk is there and every chunk up to it lies within the file. The library takes memory for a
-/// whole chunk, two gigabytes where its length says so, before it finds that the file is shorter.
+/// Whether the last chunk is there and every chunk up to it lies within the file. The library takes
+/// memory for a whole chunk, two gigabytes where its length says so, before it finds that the file
+/// is shorter.
 bool chunksLieWithin(ByteView bytes) {
     constexpr std::size_t kSignatureBytes = 8;
     constexpr std::size_t kAroundData = 12;  // length, type and check
