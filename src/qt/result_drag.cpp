@@ -46,8 +46,12 @@ bool ResultDrag::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::MouseButtonRelease) armed_ = false;
     if (event->type() != QEvent::MouseMove || !armed_) return false;
     const auto& move = static_cast<const QMouseEvent&>(*event);
+    if (!move.buttons().testFlag(Qt::LeftButton)) {  // the release went elsewhere
+        armed_ = false;
+        return false;
+    }
     const int way = (move.position().toPoint() - start_).manhattanLength();
-    if (move.buttons().testFlag(Qt::LeftButton) && way >= QApplication::startDragDistance()) {
+    if (way >= QApplication::startDragDistance()) {
         armed_ = false;
         drag();
     }

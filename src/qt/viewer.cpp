@@ -1,8 +1,6 @@
 #include "qt/viewer.h"
 
-#include <QApplication>
 #include <QKeyEvent>
-#include <QLineEdit>
 #include <QMouseEvent>
 #include <QNativeGestureEvent>
 #include <QPainter>
@@ -12,6 +10,7 @@
 
 #include "qt/accessible_parts.h"
 #include "qt/annotate_bar.h"
+#include "qt/annotation_line.h"
 #include "qt/viewer_scroll_bars.h"
 
 namespace skarnel {
@@ -56,13 +55,19 @@ CGSize Viewer::viewportSize() const {
 }
 
 void Viewer::setImage(const CGImage& image) {
+    const CGSize size{static_cast<double>(image.width()), static_cast<double>(image.height())};
+    const CGSize old = sheet_.view.imageSize();
+    // A drag's points and what it would put back belong to the old size.
+    if (size != old) cancelDrag();
+    if (textLine_ != nullptr && old.width > 0 && old.height > 0)
+        textLine_->scalePlace(size.width / old.width, size.height / old.height);
     const ViewerSheet before = sheet_;
     const bool wasPlain = painter_.isPlain(sheet_.view);
     painter_.setImage(image);
-    sheet_.setImageSize({static_cast<double>(image.width()), static_cast<double>(image.height())});
+    sheet_.setImageSize(size);
     // What lies beside the old picture and the new one stays as it is.
     if (wasPlain && painter_.isPlain(sheet_.view) && !sheet_.selection &&
-        sheet_.annotations.empty() && !pressed_)
+        sheet_.annotations.empty() && !held_)
         update(logicalBox(before.view).united(logicalBox(sheet_.view)));
     else
         update();
@@ -88,6 +93,7 @@ void Viewer::changed(const ViewerSheet& before) {
 void Viewer::settled(const ViewerSheet& before) {
     if (before == sheet_) return;
     scrollBars_->place(sheet_.view, size());
+    if (textLine_ != nullptr) textLine_->follow(sheet_.view, devicePixelRatioF());
     if (before.view.factor() != sheet_.view.factor() || before.view.fits() != sheet_.view.fits())
         emit zoomChanged();
     if (before.selection != sheet_.selection) emit selectionChanged();
@@ -117,9 +123,8 @@ void Viewer::zoomAround(double factor, QPointF logical) {
 
 void Viewer::setToolMode(IKToolMode mode) {
     if (mode == mode_) return;
+    cancelDrag();
     const ViewerSheet before = sheet_;
-    if (pressed_) tool_->cancel(sheet_);
-    pressed_ = false;
     endText(true);
     mode_ = mode;
     tool_ = ViewerTool::create(mode);
@@ -149,6 +154,7 @@ void Viewer::setAutohidesScrollers(bool hides) {
 }
 
 void Viewer::discardEdits() {
+    cancelDrag();
     const ViewerSheet before = sheet_;
     endText(false);
     sheet_.discardEdits();
@@ -164,6 +170,7 @@ void Viewer::setAnnotationColor(const QColor& color) {
 }
 
 void Viewer::clearAnnotations() {
+    cancelDrag();
     const ViewerSheet before = sheet_;
     endText(false);
     sheet_.annotations.clear();
@@ -187,6 +194,7 @@ QImage Viewer::selectedPicture() const {
 void Viewer::followViewport() {
     const CGSize port = viewportSize();
     if (port == sheet_.view.viewport()) return;
+    cancelDrag();
     const ViewerSheet before = sheet_;
     if (!autoresizes_ && sheet_.view.fits()) sheet_.view.setFactor(sheet_.view.factor());
     sheet_.view.setViewport(port);
@@ -213,32 +221,51 @@ ToolPoint Viewer::toolPoint(QPointF logical, Qt::KeyboardModifiers modifiers) co
 }
 
 void Viewer::showCursor() {
-    setCursor(painter_.isEmpty() ? Qt::ArrowCursor : tool_->cursor(pressed_));
+    setCursor(painter_.isEmpty() ? Qt::ArrowCursor : tool_->cursor(held_.has_value()));
 }
 
 void Viewer::mousePressEvent(QMouseEvent* event) {
     endText(true);
     if (event->button() != Qt::LeftButton || painter_.isEmpty()) return event->ignore();
+    finishDrag();
     const ViewerSheet before = sheet_;
-    pressed_ = true;
-    tool_->press(sheet_, toolPoint(event->position(), event->modifiers()));
+    held_ = toolPoint(event->position(), event->modifiers());
+    tool_->press(sheet_, *held_);
     showCursor();
     changed(before);
     if (const auto place = tool_->takeTextPlace()) beginText(*place);
 }
 
 void Viewer::mouseMoveEvent(QMouseEvent* event) {
-    if (!pressed_) return showCursor();
+    if (!held_) return showCursor();
+    // The release went elsewhere, to a menu or another program.
+    if (!event->buttons().testFlag(Qt::LeftButton)) return finishDrag();
     const ViewerSheet before = sheet_;
-    tool_->drag(sheet_, toolPoint(event->position(), event->modifiers()));
+    held_ = toolPoint(event->position(), event->modifiers());
+    tool_->drag(sheet_, *held_);
     changed(before);
 }
 
 void Viewer::mouseReleaseEvent(QMouseEvent* event) {
-    if (event->button() != Qt::LeftButton || !pressed_) return event->ignore();
+    if (event->button() != Qt::LeftButton || !held_) return event->ignore();
+    held_ = toolPoint(event->position(), event->modifiers());
+    finishDrag();
+}
+
+void Viewer::finishDrag() {
+    if (!held_) return;
     const ViewerSheet before = sheet_;
-    pressed_ = false;
-    tool_->release(sheet_, toolPoint(event->position(), event->modifiers()));
+    tool_->release(sheet_, *std::exchange(held_, std::nullopt));
+    showCursor();
+    update();
+    changed(before);
+}
+
+void Viewer::cancelDrag() {
+    if (!held_) return;
+    const ViewerSheet before = sheet_;
+    held_.reset();
+    tool_->cancel(sheet_);
     showCursor();
     update();
     changed(before);
@@ -322,14 +349,8 @@ bool Viewer::scrollByKey(const QKeyEvent& event) {
 }
 
 void Viewer::keyPressEvent(QKeyEvent* event) {
+    if (held_ && event->key() == Qt::Key_Escape) return cancelDrag();
     const ViewerSheet before = sheet_;
-    if (pressed_ && event->key() == Qt::Key_Escape) {
-        tool_->cancel(sheet_);
-        pressed_ = false;
-        showCursor();
-        update();
-        return changed(before);
-    }
     const bool used = tool_->key(sheet_, event->key(), event->modifiers()) || scrollByKey(*event);
     if (!used) return QWidget::keyPressEvent(event);
     changed(before);
@@ -338,37 +359,29 @@ void Viewer::keyPressEvent(QKeyEvent* event) {
 // Text on the picture ------------------------------------------------------------------------
 
 void Viewer::beginText(CGPoint place) {
-    pressed_ = false;
-    textPlace_ = place;
-    const double ratio = devicePixelRatioF();
-    const CGPoint at = sheet_.view.toView(place);
-    textLine_ = new QLineEdit(this);
+    held_.reset();
+    textLine_ = new AnnotationLine(place, this);
     textLine_->setAccessibleName(tr("Text on the picture"));
     textLine_->setPlaceholderText(tr("Text"));
-    QFont font = QApplication::font();
-    font.setPixelSize(kAnnotationTextHeight);
-    textLine_->setFont(font);
-    const QSize size(220, textLine_->sizeHint().height());
-    const int x =
-        std::clamp(static_cast<int>(at.x / ratio), 0, std::max(0, width() - size.width()));
-    const int y = static_cast<int>(at.y / ratio) - size.height() + 6;
-    textLine_->setGeometry(
-        QRect(QPoint(x, std::clamp(y, 0, std::max(0, height() - size.height()))), size));
+    textLine_->follow(sheet_.view, devicePixelRatioF());
     connect(textLine_, &QLineEdit::editingFinished, this, [this] { endText(true); });
+    connect(textLine_, &AnnotationLine::dropped, this, [this] { endText(false); });
     textLine_->show();
     textLine_->setFocus();
 }
 
 void Viewer::endText(bool keep) {
-    QLineEdit* line = std::exchange(textLine_, nullptr);
+    AnnotationLine* line = std::exchange(textLine_, nullptr);
     if (line == nullptr) return;
     const QString text = line->text().trimmed();
+    // Where the user has gone on to something else, the focus is there already.
+    const bool wasTyping = window()->focusWidget() == line;
     line->hide();
     line->deleteLater();
-    setFocus();
+    if (wasTyping) setFocus();
     if (!keep || text.isEmpty()) return;
     sheet_.annotations.push_back(
-        {AnnotationShape::Text, textPlace_, textPlace_, text, sheet_.nextColor});
+        {AnnotationShape::Text, line->place(), line->place(), text, sheet_.nextColor});
     update();
 }
 

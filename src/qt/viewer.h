@@ -12,11 +12,10 @@
 #include "qt/picture_painter.h"
 #include "qt/viewer_tools.h"
 
-class QLineEdit;
-
 namespace skarnel {
 
 class AnnotateBar;
+class AnnotationLine;
 class ViewerScrollBars;
 
 /// Units: the transform and everything named "device" count device pixels; Qt's own positions are
@@ -100,6 +99,10 @@ class Viewer final : public QWidget {
     void beginText(CGPoint place);
     void endText(bool keep);
     void showCursor();
+    /// Ends the drag where the pointer was seen last.
+    void finishDrag();
+    /// Ends the drag and puts back what it had changed.
+    void cancelDrag();
     void paintGround(QPainter& painter);
     /// Picture and ground of a plain view at once; false where it takes one after the other.
     bool paintPlain(QPainter& painter);
@@ -111,11 +114,10 @@ class Viewer final : public QWidget {
     QColor background_ = Qt::black;
     bool checkerboard_ = false;
     bool autoresizes_ = true;
-    bool pressed_ = false;
+    std::optional<ToolPoint> held_;  // during a drag: where the pointer was seen last
     ViewerScrollBars* scrollBars_;
     AnnotateBar* annotateBar_;
-    QLineEdit* textLine_ = nullptr;
-    CGPoint textPlace_;
+    AnnotationLine* textLine_ = nullptr;
 };
 
 }  // namespace skarnel
