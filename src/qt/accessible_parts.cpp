@@ -30,9 +30,8 @@ class SliderView final : public QAccessibleWidget, public QAccessibleValueInterf
     }
 
     QVariant currentValue() const override { return static_cast<double>(slider_.floatValue()); }
-    /// As if the handle were dragged there.
     void setCurrentValue(const QVariant& value) override {
-        slider_.setValue(positionOfValue(slider_.range(), value.toFloat()));
+        slider_.moveTo(positionOfValue(slider_.range(), value.toFloat()));
     }
     QVariant maximumValue() const override {
         return static_cast<double>(slider_.range().travelMax);

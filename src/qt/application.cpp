@@ -107,6 +107,7 @@ void Application::connectWindow() {
             {"NSWindowDidEnterFullScreenNotification", &nsWindow_});
     });
     connect(&window_, &MainWindow::closing, this, [this] {
+        takeTyped();
         persist();
         QApplication::quit();
     });
@@ -159,7 +160,7 @@ void Application::connectColors() {
 
 void Application::restoreWindow() {
     applyAppearance(appearanceNamed(state_.appearance()));
-    if (!window_.restoreGeometry(state_.geometry())) window_.resize(window_.sizeHint());
+    if (!window_.restoreGeometry(state_.geometry())) window_.takeFirstSize();
     window_.splitter().restoreState(state_.splitter());
     window_.splitter().setChildrenCollapsible(false);
     window_.setTextShown(state_.textShown());

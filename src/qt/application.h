@@ -52,6 +52,9 @@ class Application final : public QObject {
 
     /// Brings the window to the front, also after it was hidden.
     void raise();
+    /// Takes what is typed in the panel's fields and waits there, as leaving them would, and sends
+    /// the action for it.
+    void takeTyped();
     /// Stores what is to be found again at the next start.
     void persist();
 

@@ -145,9 +145,14 @@ void Application::connectFile() {
         const QStringList chosen = state_.takeChosen();
         for (const QString& path : chosen) state_.addRecentFile(path);
     });
-    connect(actions_.save, &QAction::triggered, this, [this] { controller_.save(nullptr); });
-    connect(actions_.saveAndEdit, &QAction::triggered, this,
-            [this] { controller_.saveAndEdit(nullptr); });
+    connect(actions_.save, &QAction::triggered, this, [this] {
+        takeTyped();
+        controller_.save(nullptr);
+    });
+    connect(actions_.saveAndEdit, &QAction::triggered, this, [this] {
+        takeTyped();
+        controller_.saveAndEdit(nullptr);
+    });
     connect(actions_.closeNoSave, &QAction::triggered, this,
             [this] { controller_.closeNoSave(nullptr); });
     connect(actions_.quit, &QAction::triggered, &window_, &QWidget::close);
@@ -175,7 +180,7 @@ void Application::fillRecent() {
 
 void Application::connectEdit() {
     connect(actions_.copy, &QAction::triggered, this, [this] {
-        model_.flush();
+        takeTyped();
         controller_.putImageOnClipboard(nullptr);
     });
     connect(actions_.copyAsPng, &QAction::triggered, this, &Application::copyAsPng);
@@ -201,7 +206,7 @@ void Application::connectEdit() {
 }
 
 void Application::copyAsPng() {
-    model_.flush();
+    takeTyped();
     controller_.sliderChanged(nullptr);
     if (!controller_.image) return;
     const auto source = operations_.getCGImageRef(*controller_.image);
@@ -288,6 +293,12 @@ void Application::showTextColor() {
     editor.setFocus();
     toolkit_.colorPanel().showColor(editor.currentCharFormat().foreground().color());
     toolkit_.colorPanel().orderFront(nullptr);
+}
+
+void Application::takeTyped() {
+    window_.settings().commitNumbers();
+    commitColorText();
+    model_.flush();
 }
 
 void Application::commitColorText() {

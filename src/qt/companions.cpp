@@ -119,7 +119,7 @@ std::optional<CGImage> Companions::smallPicture() const {
 }
 
 QString Companions::makeResultFile() {
-    application_.model().flush();
+    application_.takeTyped();
     VanteraDesktopController& controller = application_.controller();
     if (!controller.image) return {};
     const auto source = ImageOperations().getCGImageRef(*controller.image);

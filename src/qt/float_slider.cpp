@@ -33,6 +33,12 @@ void FloatSlider::setFloatValue(float value) {
     if (another) announceValue(*this);
 }
 
+void FloatSlider::moveTo(int position) {
+    emit gestureBegan();
+    setValue(position);
+    emit gestureEnded();
+}
+
 bool FloatSlider::onHandle(const QPoint& place) const {
     QStyleOptionSlider option;
     initStyleOption(&option);
@@ -67,7 +73,8 @@ void FloatSlider::wheelEvent(QWheelEvent* event) {
 }
 
 void FloatSlider::keyPressEvent(QKeyEvent* event) {
-    if (!event->isAutoRepeat() && !keyHeld_) {
+    // A repeat may be the first: of two keys held at once, one has been let go.
+    if (!keyHeld_) {
         keyHeld_ = true;
         emit gestureBegan();
     }

@@ -17,6 +17,9 @@ class FloatSlider final : public QSlider {
     /// Shows the number; emits nothing.
     void setFloatValue(float value);
 
+    /// As if the handle were dragged to that position and let go.
+    void moveTo(int position);
+
     const SettingRange& range() const { return range_; }
 
   signals:

@@ -112,6 +112,7 @@ void MainActions::makeView() {
     fullScreen = make(tr("F&ull Screen"), {}, tr("Full screen"));
     setKeys(fullScreen, {key(Qt::Key_F11)});
     for (QAction* action : {checkerboard, showText, fullScreen}) action->setCheckable(true);
+    connect(&window_, &MainWindow::fullScreenChanged, fullScreen, &QAction::setChecked);
     const QString names[] = {tr("As the &System"), tr("&Light"), tr("&Dark")};
     auto* group = new QActionGroup(&window_);
     for (std::size_t i = 0; i < appearance.size(); ++i) {

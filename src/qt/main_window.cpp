@@ -20,6 +20,7 @@
 namespace skarnel {
 namespace {
 
+constexpr QSize kFrameRoom{16, 48};       // logical pixels that a window's frame may take
 constexpr int kFullScreenPatience = 500;  // milliseconds until any size counts as full screen
 
 QFrame* verticalLine() {
@@ -79,6 +80,10 @@ void MainWindow::tell(const QString& message) {
     toast_->tell(message);
 }
 
+void MainWindow::takeFirstSize() {
+    resize(sizeHint().boundedTo(screen()->availableSize() - kFrameRoom));
+}
+
 void MainWindow::setTextShown(bool shown) {
     splitter_->widget(1)->setVisible(shown);
 }
@@ -100,6 +105,7 @@ void MainWindow::noticeFullScreen() {
 void MainWindow::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
     if (event->type() != QEvent::WindowStateChange) return;
+    emit fullScreenChanged(isFullScreen());
     const auto before = static_cast<QWindowStateChangeEvent*>(event)->oldState();
     fullScreenAwaited_ = isFullScreen() && !before.testFlag(Qt::WindowFullScreen);
     if (!fullScreenAwaited_) return;
@@ -117,11 +123,14 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+    // The result on its way out is no picture to open.
+    if (event->source() != nullptr) return event->ignore();
     // Taken in any case: a drop that cannot be used is answered, never swallowed.
     if (event->mimeData()->hasUrls()) event->acceptProposedAction();
 }
 
 void MainWindow::dropEvent(QDropEvent* event) {
+    if (event->source() != nullptr) return event->ignore();
     event->acceptProposedAction();
     for (const QUrl& url : event->mimeData()->urls()) {
         if (!url.isLocalFile()) continue;

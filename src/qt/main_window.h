@@ -29,6 +29,10 @@ class MainWindow final : public QMainWindow {
     /// A word to the user over the picture, which goes by itself.
     void tell(const QString& message);
 
+    /// The size of the first start: the proposed one, where the screen has room for it and for a
+    /// window manager's frame.
+    void takeFirstSize();
+
     /// Shows and hides the text below the picture.
     void setTextShown(bool shown);
     bool textShown() const;
@@ -39,6 +43,8 @@ class MainWindow final : public QMainWindow {
     void resized();
     /// The window is full screen and has the screen's size.
     void enteredFullScreen();
+    /// The window went full screen or came back, whoever asked for it.
+    void fullScreenChanged(bool on);
     /// The user closes the window; nobody can prevent it any more.
     void closing();
     void pictureDropped(const QString& path);

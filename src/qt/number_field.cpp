@@ -9,7 +9,7 @@
 namespace skarnel {
 
 NumberField::NumberField(const SettingRange& range, QWidget* parent)
-    : QLineEdit(parent), range_(range) {
+    : EntryField(parent), range_(range) {
     setAlignment(Qt::AlignRight);
     setMaxLength(32);
     setFixedWidth(fontMetrics().horizontalAdvance(QStringLiteral("-000.000000")) + 12);
@@ -65,11 +65,11 @@ void NumberField::keyPressEvent(QKeyEvent* event) {
         default:
             break;
     }
-    QLineEdit::keyPressEvent(event);
+    EntryField::keyPressEvent(event);
 }
 
 void NumberField::focusInEvent(QFocusEvent* event) {
-    QLineEdit::focusInEvent(event);
+    EntryField::focusInEvent(event);
     if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason)
         selectAll();
 }
@@ -78,7 +78,7 @@ void NumberField::focusOutEvent(QFocusEvent* event) {
     // A menu or another window may take the focus for a moment; what was typed waits.
     if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason)
         commit();
-    QLineEdit::focusOutEvent(event);
+    EntryField::focusOutEvent(event);
 }
 
 }  // namespace skarnel

@@ -1,15 +1,14 @@
 // A field for one number, paired with a slider.
 #pragma once
 
-#include <QLineEdit>
-
+#include "qt/entry_field.h"
 #include "qt/setting_ranges.h"
 
 namespace skarnel {
 
 /// Return and leaving the field take what was typed; nonsense and Escape put the number back.
 /// Up and Down step. Numbers beyond the field's range are brought to its end.
-class NumberField final : public QLineEdit {
+class NumberField final : public EntryField {
     Q_OBJECT
   public:
     explicit NumberField(const SettingRange& range, QWidget* parent = nullptr);
@@ -18,6 +17,9 @@ class NumberField final : public QLineEdit {
     void setNumber(float value);
     /// Shows a text as it stands, which stands for `value`.
     void setTextFor(const QString& text, float value);
+
+    /// Takes what was typed and waits; without such does nothing.
+    void commit();
 
   signals:
     void committed(float value);
@@ -28,7 +30,6 @@ class NumberField final : public QLineEdit {
     void focusOutEvent(QFocusEvent* event) override;
 
   private:
-    void commit();
     void putBack();
     void step(float by);
 

@@ -37,6 +37,11 @@ QString droppedFile(const QMimeData& data) {
     return urls.size() == 1 && urls.front().isLocalFile() ? urls.front().toLocalFile() : QString();
 }
 
+/// Something of this window, such as the result that is being dragged out.
+bool isOwn(const QDropEvent& event) {
+    return event.source() != nullptr;
+}
+
 }  // namespace
 
 RecipeCommands::RecipeCommands(Application& application)
@@ -124,7 +129,7 @@ std::string RecipeCommands::currentText() const {
 }
 
 bool RecipeCommands::saveTo(const QString& path) {
-    application_.model().flush();
+    application_.takeTyped();
     const Result<std::string> text = serializeRecipe(current());
     const Result<void> written =
         text ? writeFileSafely(path.toStdString(),
@@ -187,14 +192,14 @@ void RecipeCommands::applyText(const StyledText& text) {
 bool RecipeCommands::eventFilter(QObject*, QEvent* event) {
     if (event->type() == QEvent::DragEnter || event->type() == QEvent::DragMove) {
         auto* drag = static_cast<QDropEvent*>(event);
-        if (droppedFile(*drag->mimeData()).isEmpty()) return false;
+        if (isOwn(*drag) || droppedFile(*drag->mimeData()).isEmpty()) return false;
         drag->setDropAction(Qt::CopyAction);
         drag->accept();
         return true;
     }
     if (event->type() != QEvent::Drop) return false;
     auto* drop = static_cast<QDropEvent*>(event);
-    const QString path = droppedFile(*drop->mimeData());
+    const QString path = isOwn(*drop) ? QString() : droppedFile(*drop->mimeData());
     if (path.isEmpty()) return false;
     drop->setDropAction(Qt::CopyAction);
     drop->accept();

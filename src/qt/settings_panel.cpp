@@ -3,12 +3,12 @@
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QVBoxLayout>
 
 #include "qt/color_well.h"
+#include "qt/entry_field.h"
 #include "qt/float_slider.h"
 #include "qt/number_field.h"
 #include "qt/settings_model.h"
@@ -115,8 +115,11 @@ void SettingsPanel::bindRow(const SettingRange& range, const Row& row) {
     connect(row.slider, &FloatSlider::gestureEnded, model, &SettingsModel::endGesture);
     connect(row.slider, &FloatSlider::wheelTurning, model,
             [model, name] { model->continueGesture(name); });
-    connect(row.slider, &FloatSlider::edited, model,
-            [model, key = range.key](float value) { model->editNumber(key, value); });
+    connect(row.slider, &FloatSlider::edited, model, [model, name, key = range.key](float value) {
+        // Undo in the middle of a drag ends the gesture; what the hand does then is another.
+        model->continueGesture(name);
+        model->editNumber(key, value);
+    });
     connect(row.slider, &FloatSlider::defaultAsked, model, [model, name, key = range.key] {
         model->changeNumber(name, key, settingDefault(key));
     });
@@ -133,7 +136,7 @@ void SettingsPanel::addBackground(QVBoxLayout& column) {
     colorWell_->setAccessibleName(tr("Background colour"));
     colorWell_->setToolTip(tr("Choose the colour behind the picture"));
     colorWell_->setObjectName(QStringLiteral("colorWell"));
-    colorText_ = new QLineEdit;
+    colorText_ = new EntryField;
     colorText_->setAccessibleName(tr("Background colour as #RRGGBB"));
     colorText_->setToolTip(tr("The background colour as #RRGGBB"));
     colorText_->setMaxLength(16);
@@ -174,6 +177,10 @@ FloatSlider& SettingsPanel::slider(std::string_view key) const {
 
 NumberField& SettingsPanel::field(std::string_view key) const {
     return *row(key).field;
+}
+
+void SettingsPanel::commitNumbers() {
+    for (const Row& row : rows_) row.field->commit();
 }
 
 void SettingsPanel::refresh() {

@@ -32,6 +32,8 @@ class SettingsPanel final : public QScrollArea {
     QLineEdit& colorText() const { return *colorText_; }
     QPushButton& resetButton() const { return *reset_; }
 
+    /// Takes the numbers that are typed and wait in their fields.
+    void commitNumbers();
     /// Shows what is stored.
     void refresh();
 

@@ -2,12 +2,16 @@
 // twice, copy, and read the clipboard from another process.
 #include <QAction>
 #include <QComboBox>
+#include <QDrag>
+#include <QDropEvent>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QProcess>
 #include <QPushButton>
 #include <QTimer>
+#include <QUrl>
 
 #include "application_fixture.h"
 #include "qt/color_well.h"
@@ -106,6 +110,30 @@ TEST_F(WindowTest, FullScreenRendersAgainAndBackOnlyFits) {
     EXPECT_TRUE(wait([&] { return !window().isFullScreen(); }));
     settle();
     EXPECT_EQ(viewer().shownImage().cacheKey(), full.cacheKey());
+}
+
+TEST_F(WindowTest, TheDraggedResultIsNotOpenedByItsOwnWindow) {
+    start();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window()));
+    const QUrl file = QUrl::fromLocalFile(picture(QStringLiteral("Own.png"), 30, 30, Qt::green));
+    auto* data = new QMimeData;
+    data->setUrls({file});
+    auto* drag = new QDrag(&viewer());
+    drag->setMimeData(data);
+    int refused = 0;
+    QTimer::singleShot(0, &window(), [&] {  // while the drag is under way
+        for (QWidget* place : {static_cast<QWidget*>(&window()), panel().viewport()}) {
+            QDragEnterEvent enter({5, 5}, Qt::CopyAction, data, Qt::LeftButton, {});
+            QApplication::sendEvent(place, &enter);
+            QDropEvent drop(QPointF(5, 5), Qt::CopyAction, data, Qt::LeftButton, {});
+            QApplication::sendEvent(place, &drop);
+            if (enter.source() == &viewer() && !enter.isAccepted() && !drop.isAccepted()) ++refused;
+        }
+        QTest::keyClick(&window(), Qt::Key_Escape);
+    });
+    drag->exec(Qt::CopyAction);
+    EXPECT_EQ(refused, 2);
+    EXPECT_EQ(app->controller().saveFilename, "TavelinLogo");
 }
 
 TEST_F(WindowTest, APersonsWholeRoad) {
