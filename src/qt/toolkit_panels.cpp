@@ -13,6 +13,7 @@
 #include <QStandardPaths>
 #include <algorithm>
 
+#include "qt/save_dialog.h"
 #include "qt/save_options_view.h"
 #include "qt/toolkit_views.h"
 
@@ -73,15 +74,11 @@ int QtOpenPanel::runModalForTypes(const std::vector<std::string>& types) {
 
 void QtSavePanel::beginSheet(const std::optional<std::string>& directory, std::string_view file,
                              NSWindow& modalForWindow, DidEnd didEnd, void* contextInfo) {
-    auto* dialog = new QFileDialog(widgetOf(modalForWindow),
-                                   QCoreApplication::translate("SavePanel", "Save Result"));
+    auto* dialog = new SaveDialog(widgetOf(modalForWindow),
+                                  QCoreApplication::translate("SavePanel", "Save Result"));
     dialog->setObjectName(QStringLiteral("savePanel"));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setWindowModality(Qt::WindowModal);
-    // Only the toolkit's own dialog can hold the format view.
-    dialog->setOption(QFileDialog::DontUseNativeDialog);
-    dialog->setAcceptMode(QFileDialog::AcceptSave);
-    dialog->setFileMode(QFileDialog::AnyFile);
     dialog->setLabelText(QFileDialog::LookIn, QCoreApplication::translate("SavePanel", "Save in:"));
     dialog->setDirectory(startFolder(directory ? toQt(*directory) : state_.saveFolder()));
     dialog->selectFile(toQt(file));
@@ -93,7 +90,7 @@ void QtSavePanel::beginSheet(const std::optional<std::string>& directory, std::s
     dialog->open();
 }
 
-void QtSavePanel::follow(QFileDialog& dialog) {
+void QtSavePanel::follow(SaveDialog& dialog) {
     if (accessory_ == nullptr || accessoryGuard_ != nullptr) return;
     SaveOptionsView* view = accessory_;
     accessoryGuard_ = view;
@@ -103,11 +100,12 @@ void QtSavePanel::follow(QFileDialog& dialog) {
     for (const char* second : {"fileTypeLabel", "fileTypeCombo"})
         if (auto* widget = dialog.findChild<QWidget*>(QString::fromLatin1(second))) widget->hide();
     auto* name = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
-    const auto showType = [&dialog, view] {
-        dialog.setNameFilter(view->nameFilter());
-        dialog.setDefaultSuffix(view->extension());
-    };
+    const auto showType = [&dialog, view] { dialog.setNameFilter(view->nameFilter()); };
     showType();
+    dialog.setComplete([view](const QString& typed) {
+        view->followName(typed);
+        return view->renamed(typed);
+    });
     QObject::connect(view, &SaveOptionsView::typeChanged, &dialog, [view, name, showType] {
         const QString renamed = name != nullptr ? view->renamed(name->text()) : QString();
         showType();
@@ -117,10 +115,10 @@ void QtSavePanel::follow(QFileDialog& dialog) {
         QObject::connect(name, &QLineEdit::textEdited, view, &SaveOptionsView::followName);
 }
 
-void QtSavePanel::ended(QFileDialog& dialog, int result, const DidEnd& didEnd, void* contextInfo) {
-    const bool saved = result == QDialog::Accepted && !dialog.selectedFiles().isEmpty();
+void QtSavePanel::ended(SaveDialog& dialog, int result, const DidEnd& didEnd, void* contextInfo) {
+    const bool saved = result == QDialog::Accepted && !dialog.chosen().isEmpty();
     if (saved) {
-        filename_ = dialog.selectedFiles().front().toStdString();
+        filename_ = dialog.chosen().toStdString();
         state_.setSaveFolder(dialog.directory().absolutePath());
     }
     if (didEnd) didEnd(*this, saved ? NSOKButton : NSCancelButton, contextInfo);

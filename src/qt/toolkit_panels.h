@@ -17,6 +17,7 @@ class QMessageBox;
 
 namespace skarnel {
 
+class SaveDialog;
 class SaveOptionsView;
 
 /// Remembers its folder in the window's state, which is borrowed.
@@ -58,8 +59,8 @@ class QtSavePanel final : public NSSavePanel, public std::enable_shared_from_thi
     std::string filename() const override { return filename_; }
 
   private:
-    void follow(QFileDialog& dialog);
-    void ended(QFileDialog& dialog, int result, const DidEnd& didEnd, void* contextInfo);
+    void follow(SaveDialog& dialog);
+    void ended(SaveDialog& dialog, int result, const DidEnd& didEnd, void* contextInfo);
 
     WindowState& state_;
     QPointer<QWidget> accessoryGuard_;

@@ -1,0 +1,154 @@
+// The save panel as the user meets it: the name that is typed, the file that is written.
+#include <QAbstractButton>
+#include <QAction>
+#include <QComboBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QTimer>
+
+#include "application_fixture.h"
+#include "qt/save_options_view.h"
+
+namespace skarnel {
+namespace {
+
+class SavePanelTest : public ApplicationTest {
+  protected:
+    void SetUp() override { ASSERT_TRUE(QDir().mkpath(saved())); }
+
+    QString saved() const { return folder.filePath(QStringLiteral("saved")); }
+    QStringList savedFiles() const {
+        return QDir(saved()).entryList(QDir::Files | QDir::Hidden, QDir::Name);
+    }
+
+    /// Opens the sheet on the folder of saved files.
+    void ask() {
+        app->state().setSaveFolder(saved());
+        app->actions().save->trigger();
+        QApplication::processEvents();
+        sheet = window().findChild<QFileDialog*>(QStringLiteral("savePanel"));
+        ASSERT_NE(sheet, nullptr);
+        name = sheet->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        options = sheet->findChild<SaveOptionsView*>(QStringLiteral("saveOptions"));
+        ASSERT_TRUE(name != nullptr && options != nullptr);
+    }
+
+    void type(const QString& text) {
+        name->selectAll();
+        QTest::keyClicks(name, text);
+    }
+
+    void press() {
+        QTest::keyClick(name, Qt::Key_Return);
+        QApplication::processEvents();
+    }
+
+    /// Answers the question that the next key brings up; its text is kept.
+    void answerWith(QMessageBox::StandardButton button) {
+        auto* poll = new QTimer(&window());
+        QObject::connect(poll, &QTimer::timeout, poll, [this, poll, button] {
+            auto* question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (question == nullptr) return;
+            poll->deleteLater();
+            asked << question->text();
+            question->button(button)->click();
+        });
+        poll->start(5);
+    }
+
+    QPointer<QFileDialog> sheet;
+    QLineEdit* name = nullptr;
+    SaveOptionsView* options = nullptr;
+    QStringList asked;
+};
+
+TEST_F(SavePanelTest, QuotationMarksAreAPartOfTheName) {
+    start({picture(QStringLiteral("12\" record.png"), 30, 20, Qt::red)});
+    ask();
+    const QString proposed = QStringLiteral("12\" record Reflection.tiff");
+    EXPECT_EQ(name->text(), proposed);
+    press();
+    EXPECT_EQ(savedFiles(), QStringList{proposed});
+    // The question is about the file that would be replaced.
+    const QByteArray before = bytesOf(saved() + QLatin1Char('/') + proposed);
+    ask();
+    answerWith(QMessageBox::No);
+    press();
+    ASSERT_EQ(asked.size(), 1);
+    EXPECT_TRUE(asked.front().contains(proposed)) << asked.front().toStdString();
+    ASSERT_NE(sheet, nullptr);
+    EXPECT_TRUE(sheet->isVisible());
+    sheet->reject();
+    EXPECT_EQ(bytesOf(saved() + QLatin1Char('/') + proposed), before);
+}
+
+TEST_F(SavePanelTest, ANameGetsTheFormatsExtensionUnlessItHasIt) {
+    const struct {
+        const char* typed;
+        const char* written;
+    } rows[] = {
+        {"Beach", "Beach.tiff"},           {"Beach.2010", "Beach.2010.tiff"},
+        {"Short.tif", "Short.tif"},        {"Loud.TIFF", "Loud.TIFF"},
+        {"Layers.psd", "Layers.tiff"},     {"Moving.gif", "Moving.tiff"},
+        {"Drawn.png", "Drawn.png"},        {"~user", "~user.tiff"},
+        {"\"quoted\"", "\"quoted\".tiff"},
+    };
+    start({picture(QStringLiteral("a.png"), 30, 20, Qt::red)});
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.typed);
+        ask();
+        type(QString::fromUtf8(row.typed));
+        press();
+        EXPECT_EQ(savedFiles(), QStringList{QString::fromUtf8(row.written)});
+        for (const QString& file : savedFiles()) QDir(saved()).remove(file);
+    }
+}
+
+TEST_F(SavePanelTest, TheExtensionOfAnotherPictureFormatChoosesIt) {
+    start({picture(QStringLiteral("a.png"), 30, 20, Qt::red)});
+    ask();
+    // As the list of files puts it there, without a key.
+    name->setText(QStringLiteral("Drawn.png"));
+    press();
+    EXPECT_EQ(savedFiles(), QStringList{QStringLiteral("Drawn.png")});
+    EXPECT_TRUE(bytesOf(saved() + QStringLiteral("/Drawn.png")).startsWith("\x89PNG"));
+}
+
+TEST_F(SavePanelTest, AFolderThatIsTypedIsGoneInto) {
+    start({picture(QStringLiteral("a.png"), 30, 20, Qt::red)});
+    ASSERT_TRUE(QDir(saved()).mkdir(QStringLiteral("in.here")));
+    ask();
+    type(QStringLiteral("in.here"));
+    press();
+    ASSERT_NE(sheet, nullptr);
+    EXPECT_TRUE(sheet->isVisible());
+    EXPECT_EQ(sheet->directory().absolutePath(), saved() + QStringLiteral("/in.here"));
+    EXPECT_TRUE(name->text().isEmpty());
+    press();
+    EXPECT_TRUE(sheet->isVisible()) << "no name is no file";
+    type(QStringLiteral("../Up"));
+    press();
+    EXPECT_EQ(savedFiles(), QStringList{QStringLiteral("Up.tiff")});
+    // The folder that was shown is remembered, for the next start too.
+    EXPECT_EQ(app->state().saveFolder(), saved() + QStringLiteral("/in.here"));
+}
+
+TEST_F(SavePanelTest, AFileIsReplacedWhenTheUserSaysSo) {
+    start({picture(QStringLiteral("a.png"), 30, 20, Qt::red)});
+    QFile old(saved() + QStringLiteral("/Old.tiff"));
+    ASSERT_TRUE(old.open(QIODevice::WriteOnly));
+    old.write("the old picture");
+    old.close();
+    ask();
+    type(QStringLiteral("Old"));
+    answerWith(QMessageBox::Yes);
+    press();
+    ASSERT_EQ(asked.size(), 1);
+    EXPECT_TRUE(asked.front().contains(QStringLiteral("Old.tiff")));
+    EXPECT_EQ(savedFiles(), QStringList{QStringLiteral("Old.tiff")});
+    EXPECT_TRUE(bytesOf(old.fileName()).startsWith("II*"));
+}
+
+}  // namespace
+}  // namespace skarnel
