@@ -11,7 +11,8 @@
 namespace skarnel {
 namespace {
 
-constexpr int kPatience = 1000;  // milliseconds for a program that has hung
+constexpr int kPatience = 1000;       // milliseconds to reach the other and to hear from it
+constexpr int kWritePatience = 5000;  // milliseconds until one that takes nothing has hung
 constexpr qint64 kLongestMessage = 1 << 20;
 constexpr quint32 kGreeting = 0x534B4C31;  // the message's first word
 constexpr QDataStream::Version kStream = QDataStream::Qt_6_0;
@@ -28,6 +29,15 @@ class OwnerOnly {
   private:
     mode_t before_;
 };
+
+/// Whether somebody listens there, however busy. A door whose owner is gone refuses at once.
+bool livesAt(const QString& door) {
+    QLocalSocket socket;
+    socket.connectToServer(door);
+    return socket.waitForConnected(kPatience) ||
+           (socket.error() != QLocalSocket::ConnectionRefusedError &&
+            socket.error() != QLocalSocket::ServerNotFoundError);
+}
 
 }  // namespace
 
@@ -57,9 +67,11 @@ bool SingleInstance::handOver(const QString& door, const QStringList& pictures) 
     stream.setVersion(kStream);
     stream << kGreeting << pictures;
     socket.write(message);
-    socket.flush();
-    // The answer says that the window has been raised.
-    return socket.waitForReadyRead(kPatience);
+    while (socket.bytesToWrite() > 0)
+        if (!socket.waitForBytesWritten(kWritePatience)) return false;
+    // The answer says that the window has been raised. One that is at work reads the message when
+    // it is done with that; only one that hangs up did not take it.
+    return socket.waitForReadyRead(kPatience) || socket.state() == QLocalSocket::ConnectedState;
 }
 
 bool SingleInstance::listen(const QString& door) {
@@ -67,7 +79,7 @@ bool SingleInstance::listen(const QString& door) {
     connect(server_.get(), &QLocalServer::newConnection, this, &SingleInstance::accept);
     const OwnerOnly rights;
     if (server_->listen(door)) return true;
-    // Nobody answered at this door a moment ago: its owner is gone.
+    if (livesAt(door)) return false;
     QLocalServer::removeServer(door);
     return server_->listen(door);
 }

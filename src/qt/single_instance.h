@@ -19,10 +19,11 @@ class SingleInstance final : public QObject {
     static QString doorName();
 
     /// Gives the pictures (absolute paths) to a program that already runs and asks it to come to
-    /// the front. False when none runs.
+    /// the front. One that is busy does so later. False when none runs.
     static bool handOver(const QString& door, const QStringList& pictures);
 
-    /// Opens the door; true when it is ours. A door left behind by a program that died is replaced.
+    /// Opens the door; true when it is ours. A door left behind by a program that died is replaced,
+    /// never one that somebody listens at.
     bool listen(const QString& door);
 
   signals:

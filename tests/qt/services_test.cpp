@@ -4,6 +4,8 @@
 
 #include <QComboBox>
 #include <QFile>
+#include <QLocalServer>
+#include <QLocalSocket>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
@@ -158,6 +160,40 @@ TEST(SingleInstance, ASecondStartHandsItsPicturesToTheFirst) {
     EXPECT_TRUE(handed);
     EXPECT_EQ(calls, 1);
     EXPECT_EQ(received, QStringList{QStringLiteral("/p/a b.png")});
+}
+
+TEST(SingleInstance, AProgramAtWorkIsHandedThePicturesAndKeepsItsDoor) {
+    const QTemporaryDir folder;
+    const QString door = folder.filePath(QStringLiteral("door"));
+    SingleInstance first;
+    ASSERT_TRUE(first.listen(door));
+    std::vector<QStringList> calls;
+    QObject::connect(&first, &SingleInstance::called,
+                     [&](const QStringList& pictures) { calls.push_back(pictures); });
+    // No event is handled meanwhile, as by a program that renders.
+    EXPECT_TRUE(SingleInstance::handOver(door, {QStringLiteral("/p/a.png")}));
+    SingleInstance second;
+    EXPECT_FALSE(second.listen(door));
+    EXPECT_TRUE(calls.empty());
+    EXPECT_TRUE(SingleInstance::handOver(door, {QStringLiteral("/p/b.png")}));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return calls.size() == 2; }, 10'000));
+    EXPECT_EQ(calls, (std::vector<QStringList>{{QStringLiteral("/p/a.png")},
+                                               {QStringLiteral("/p/b.png")}}));
+}
+
+TEST(SingleInstance, APictureThatIsRefusedIsNotHandedOver) {
+    const QTemporaryDir folder;
+    const QString door = folder.filePath(QStringLiteral("door"));
+    QLocalServer stranger;
+    ASSERT_TRUE(stranger.listen(door));
+    bool handed = true;
+    const std::unique_ptr<QThread> second(QThread::create(
+        [&] { handed = SingleInstance::handOver(door, {QStringLiteral("/p/a.png")}); }));
+    QObject::connect(&stranger, &QLocalServer::newConnection,
+                     [&] { stranger.nextPendingConnection()->abort(); });
+    second->start();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return second->isFinished(); }, 10'000));
+    EXPECT_FALSE(handed);
 }
 
 TEST(SingleInstance, TheDoorIsTheUsersAlone) {
