@@ -43,7 +43,8 @@ Application::Application(const ApplicationParts& parts)
       imageView_(window_.viewer()),
       textView_(window_.textEditor(), toolkit_.defaultNotificationCenter()),
       colorText_(window_.settings().colorText()),
-      applyBackground_(window_.settings().applyBackground()) {
+      applyBackground_(window_.settings().applyBackground()),
+      progress_(window_.progress()) {
     toolkit_.setMainWindow(&window_);
     window_.setWindowIcon(applicationIcon());
     setOutlets();
@@ -65,6 +66,7 @@ void Application::setOutlets() {
     controller_.resultView = &imageView_;
     controller_.resultViewBackgroundColorTextField = &colorText_;
     controller_.applyBackgroundColorButton = &applyBackground_;
+    controller_.progress = &progress_;
     SettingsPanel& panel = window_.settings();
     for (std::size_t i = 0; i < kSettingRanges.size(); ++i) {
         sliders_[i] = std::make_unique<QtSlider>(panel.slider(kSettingRanges[i].key));

@@ -115,6 +115,7 @@ class Application final : public QObject {
     QtTaggedSender colorWell_{0};
     QtButton applyBackground_;
     std::array<std::unique_ptr<QtSlider>, kSettingRanges.size()> sliders_;
+    QtProgressIndicator progress_;
     std::array<std::unique_ptr<QtNumberTextField>, kSettingRanges.size()> fields_;
     QTimer storeTimer_;
     Motion motion_;

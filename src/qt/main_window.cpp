@@ -4,6 +4,7 @@
 #include <QDropEvent>
 #include <QHBoxLayout>
 #include <QMimeData>
+#include <QProgressBar>
 #include <QScreen>
 #include <QSplitter>
 #include <QTimer>
@@ -39,10 +40,12 @@ MainWindow::MainWindow(SettingsModel& model)
       textEditor_(new TextEditor),
       settings_(new SettingsPanel(model)),
       splitter_(new QSplitter(Qt::Vertical)),
+      progress_(new QProgressBar(this)),
       toast_(new Toast(viewer_)) {
     setObjectName(QStringLiteral("resultWindow"));
     new FocusRing(*viewer_);
     setAcceptDrops(true);
+    progress_->hide();
     splitter_->setChildrenCollapsible(false);
     splitter_->setHandleWidth(5);
     splitter_->addWidget(viewer_);

@@ -4,6 +4,7 @@
 #include <QMainWindow>
 #include <functional>
 
+class QProgressBar;
 class QSplitter;
 
 namespace skarnel {
@@ -25,6 +26,8 @@ class MainWindow final : public QMainWindow {
     TextBar& textBar() const { return *textBar_; }
     SettingsPanel& settings() const { return *settings_; }
     QSplitter& splitter() const { return *splitter_; }
+    /// Never shown: nothing here takes long enough.
+    QProgressBar& progress() const { return *progress_; }
 
     /// A word to the user over the picture, which goes by itself.
     void tell(const QString& message);
@@ -67,6 +70,7 @@ class MainWindow final : public QMainWindow {
     TextBar* textBar_ = nullptr;
     SettingsPanel* settings_;
     QSplitter* splitter_;
+    QProgressBar* progress_;
     Toast* toast_;
     bool fullScreenAwaited_ = false;
 };

@@ -7,6 +7,7 @@
 
 class QCheckBox;
 class QLineEdit;
+class QProgressBar;
 
 namespace skarnel {
 
@@ -49,6 +50,15 @@ class QtNumberTextField final : public NSTextField {
 
   private:
     NumberField& widget_;
+};
+
+class QtProgressIndicator final : public NSProgressIndicator {
+  public:
+    explicit QtProgressIndicator(QProgressBar& widget) : widget_(widget) {}
+    const QProgressBar& widget() const { return widget_; }
+
+  private:
+    QProgressBar& widget_;
 };
 
 /// Stands for a menu item or button as the sender of an action.

@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QFileDialog>
 #include <QLabel>
+#include <QProgressBar>
 #include <QScreen>
 #include <QSplitter>
 #include <algorithm>
@@ -30,6 +31,14 @@ TEST_F(ApplicationTest, StartsWithTheLogosReflectionAndThePlaceholder) {
     EXPECT_EQ(text.styleAt(0).size, 48);
     EXPECT_EQ(app->controller().saveFilename, "TavelinLogo");
     EXPECT_EQ(app->resultWindow().firstResponder(), &app->imageView());
+}
+
+TEST_F(ApplicationTest, TheControllersProgressIndicatorIsThereAndHidden) {
+    start();
+    EXPECT_NE(app->controller().progress, nullptr);
+    const auto bars = window().findChildren<QProgressBar*>();
+    ASSERT_EQ(bars.size(), 1);
+    EXPECT_FALSE(bars.front()->isVisible());
 }
 
 TEST_F(ApplicationTest, TheFirstWorkingCopyHasTheSizeOfTheViewerAsShown) {
