@@ -113,7 +113,7 @@ void Application::connectWindow() {
         persist();
         QApplication::quit();
     });
-    connect(&window_, &MainWindow::pictureDropped, this, &Application::openPicture);
+    connect(&window_, &MainWindow::picturesDropped, this, &Application::openPictures);
     connect(&window_, &MainWindow::dropRefused, this, [this] {
         window_.tell(tr("Only a picture file of this computer can be dropped here."));
     });
@@ -193,11 +193,12 @@ void Application::start(const QStringList& pictures) {
     window_.viewer().setFocus();
     laidOut();
     controller_.awakeFromNib();
-    awake_ = true;
     controller_.applicationWillFinishLaunching(
         {"NSApplicationWillFinishLaunchingNotification", nullptr});
+    awake_ = true;
     sourceChanged();
     openPictures(pictures);
+    openPictures(std::exchange(waiting_, {}));
     // Nothing on the screen waits for the desktop's answer.
     QTimer::singleShot(0, &motion_, [this] {
         if (!qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))

@@ -48,6 +48,7 @@ class Application final : public QObject {
     /// user and changes nothing. Paths and file addresses.
     bool openPicture(const QString& path);
     /// Opens the first and puts the others into Open Recent; while a sheet is up, all of them.
+    /// What comes before the start has installed its first picture waits for that.
     void openPictures(const QStringList& paths);
 
     /// Brings the window to the front, also after it was hidden.
@@ -114,12 +115,13 @@ class Application final : public QObject {
     QtTextField colorText_;
     QtTaggedSender colorWell_{0};
     QtButton applyBackground_;
-    std::array<std::unique_ptr<QtSlider>, kSettingRanges.size()> sliders_;
     QtProgressIndicator progress_;
+    std::array<std::unique_ptr<QtSlider>, kSettingRanges.size()> sliders_;
     std::array<std::unique_ptr<QtNumberTextField>, kSettingRanges.size()> fields_;
     QTimer storeTimer_;
     Motion motion_;
-    bool awake_ = false;
+    bool awake_ = false;       // the logo is installed: pictures may come
+    QStringList waiting_;      // pictures of calls that came before
     Companions* companions_ = nullptr;  // last: it holds on to all the others; a child
 };
 

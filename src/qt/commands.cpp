@@ -106,6 +106,10 @@ bool Application::openPicture(const QString& pathOrAddress) {
 
 void Application::openPictures(const QStringList& paths) {
     if (paths.isEmpty()) return;
+    if (!awake_) {
+        waiting_ += paths;
+        return;
+    }
     // A picture installed under a sheet would be saved in place of the one the sheet is about.
     const bool sheetIsUp = QApplication::activeModalWidget() != nullptr;
     for (const QString& path : paths.mid(sheetIsUp ? 0 : 1)) state_.addRecentFile(path);

@@ -135,12 +135,13 @@ void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
 void MainWindow::dropEvent(QDropEvent* event) {
     if (event->source() != nullptr) return event->ignore();
     event->acceptProposedAction();
-    for (const QUrl& url : event->mimeData()->urls()) {
-        if (!url.isLocalFile()) continue;
-        emit pictureDropped(url.toLocalFile());
-        return;
-    }
-    emit dropRefused();
+    QStringList paths;
+    for (const QUrl& url : event->mimeData()->urls())
+        if (url.isLocalFile()) paths << url.toLocalFile();
+    if (paths.isEmpty())
+        emit dropRefused();
+    else
+        emit picturesDropped(paths);
 }
 
 }  // namespace skarnel

@@ -26,7 +26,7 @@ class MainWindow final : public QMainWindow {
     TextBar& textBar() const { return *textBar_; }
     SettingsPanel& settings() const { return *settings_; }
     QSplitter& splitter() const { return *splitter_; }
-    /// Never shown: nothing here takes long enough.
+    /// The controller has it; no command uses it, and it is never shown.
     QProgressBar& progress() const { return *progress_; }
 
     /// A word to the user over the picture, which goes by itself.
@@ -50,7 +50,7 @@ class MainWindow final : public QMainWindow {
     void fullScreenChanged(bool on);
     /// The user closes the window; nobody can prevent it any more.
     void closing();
-    void pictureDropped(const QString& path);
+    void picturesDropped(const QStringList& paths);
     /// Something was dropped that is no file of this machine.
     void dropRefused();
 

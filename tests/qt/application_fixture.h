@@ -26,13 +26,17 @@ class ApplicationTest : public ::testing::Test {
   protected:
     static constexpr int kPatience = 10'000;  // milliseconds until a condition counts as failed
 
-    void start(const QStringList& pictures = {}) {
+    void make() {
         app = std::make_unique<Application>(
             ApplicationParts{folder.filePath(QStringLiteral("settings.json")).toStdString(),
                              folder.filePath(QStringLiteral("state/window.json")),
                              textSystem,
                              textFiles,
                              {}});
+    }
+
+    void start(const QStringList& pictures = {}) {
+        make();
         app->start(pictures);
         settle();
     }

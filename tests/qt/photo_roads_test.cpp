@@ -63,6 +63,48 @@ TEST_F(PhotoRoadsTest, UnderASheetAPictureFromElsewhereWaitsAmongTheRecentOnes) 
     sheet->reject();
 }
 
+TEST_F(PhotoRoadsTest, UnderASheetADroppedPictureWaitsAmongTheRecentOnesToo) {
+    start();
+    const QString path = picture(QStringLiteral("Later.png"), 30, 30, Qt::green);
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(path)});
+    app->actions().save->trigger();
+    QApplication::processEvents();
+    auto* sheet = window().findChild<QFileDialog*>(QStringLiteral("savePanel"));
+    ASSERT_NE(sheet, nullptr);
+    dropOn(window(), data);
+    EXPECT_EQ(app->controller().saveFilename, "TavelinLogo");
+    EXPECT_EQ(app->state().recentFiles(), QStringList{path});
+    sheet->reject();
+    QApplication::processEvents();
+    dropOn(window(), data);
+    EXPECT_EQ(app->controller().saveFilename, "Later Reflection");
+}
+
+TEST_F(PhotoRoadsTest, OfSeveralDroppedPicturesTheFirstIsOpenedAndTheOthersAreRecent) {
+    start();
+    const QString first = picture(QStringLiteral("First.png"), 30, 30, Qt::green);
+    const QString second = picture(QStringLiteral("Second.png"), 30, 30, Qt::blue);
+    QMimeData data;
+    data.setUrls({QUrl(QStringLiteral("https://skarnel.example/a.png")),
+                  QUrl::fromLocalFile(first), QUrl::fromLocalFile(second)});
+    dropOn(window(), data);
+    EXPECT_EQ(app->controller().saveFilename, "First Reflection");
+    EXPECT_EQ(app->state().recentFiles(), (QStringList{first, second}));
+}
+
+TEST_F(PhotoRoadsTest, APictureOfACallDuringTheStartIsOpenedAfterTheLogo) {
+    const QString own = picture(QStringLiteral("Own.png"), 30, 30, Qt::red);
+    const QString path = picture(QStringLiteral("Called.png"), 30, 30, Qt::green);
+    make();
+    app->openPictures({path});
+    EXPECT_FALSE(app->controller().image);
+    app->start({own});
+    EXPECT_EQ(app->controller().saveFilename, "Called Reflection");
+    EXPECT_EQ(viewer().shownImage().size(), QSize(30, 60));
+    EXPECT_EQ(app->state().recentFiles(), (QStringList{path, own}));
+}
+
 TEST_F(PhotoRoadsTest, AFileThatIsNoPictureIsAnsweredAndChangesNothing) {
     start();
     const QString path = folder.filePath(QStringLiteral("notes.png"));
