@@ -25,12 +25,13 @@ void SaveDialog::accept() {
     auto* name = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
     const QString typed = name != nullptr ? name->text() : QString();
     if (typed.isEmpty()) return;
-    if (QFileInfo(absolute(typed)).isDir()) {
-        setDirectory(absolute(typed));
+    const QString there = absolute(typed);
+    if (QFileInfo(there).isDir()) {
+        setDirectory(there);
         name->clear();
         return;
     }
-    const QString path = absolute(complete_ ? complete_(typed) : typed);
+    const QString path = complete_ ? complete_(there) : there;
     if (!mayReplace(path)) return;
     chosen_ = path;
     QDialog::accept();
@@ -40,6 +41,9 @@ QString SaveDialog::absolute(const QString& typed) const {
     if (typed == QLatin1String("~")) return QDir::homePath();
     if (typed.startsWith(QLatin1String("~/")))
         return QDir::cleanPath(QDir::home().filePath(typed.mid(2)));
+    // What is marked in the list shows its name alone, and is not always in the folder shown.
+    const QStringList marked = selectedFiles();
+    if (marked.size() == 1 && QFileInfo(marked.front()).fileName() == typed) return marked.front();
     return QDir::cleanPath(directory().absoluteFilePath(typed));
 }
 

@@ -11,8 +11,8 @@ namespace skarnel {
 /// accepted.
 class SaveDialog final : public QFileDialog {
   public:
-    /// Gives the typed name, with or without folders, the extension it is to have.
-    using Complete = std::function<QString(const QString& typed)>;
+    /// Gives a path the extension it is to have.
+    using Complete = std::function<QString(const QString& path)>;
 
     SaveDialog(QWidget* parent, const QString& title);
 

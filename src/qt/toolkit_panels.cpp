@@ -102,9 +102,9 @@ void QtSavePanel::follow(SaveDialog& dialog) {
     auto* name = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
     const auto showType = [&dialog, view] { dialog.setNameFilter(view->nameFilter()); };
     showType();
-    dialog.setComplete([view](const QString& typed) {
-        view->followName(typed);
-        return view->renamed(typed);
+    dialog.setComplete([view](const QString& path) {
+        view->followName(path);
+        return view->renamed(path);
     });
     QObject::connect(view, &SaveOptionsView::typeChanged, &dialog, [view, name, showType] {
         const QString renamed = name != nullptr ? view->renamed(name->text()) : QString();

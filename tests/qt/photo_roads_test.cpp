@@ -86,8 +86,8 @@ TEST_F(PhotoRoadsTest, OfSeveralDroppedPicturesTheFirstIsOpenedAndTheOthersAreRe
     const QString first = picture(QStringLiteral("First.png"), 30, 30, Qt::green);
     const QString second = picture(QStringLiteral("Second.png"), 30, 30, Qt::blue);
     QMimeData data;
-    data.setUrls({QUrl(QStringLiteral("https://skarnel.example/a.png")),
-                  QUrl::fromLocalFile(first), QUrl::fromLocalFile(second)});
+    data.setUrls({QUrl(QStringLiteral("https://skarnel.example/a.png")), QUrl::fromLocalFile(first),
+                  QUrl::fromLocalFile(second)});
     dropOn(window(), data);
     EXPECT_EQ(app->controller().saveFilename, "First Reflection");
     EXPECT_EQ(app->state().recentFiles(), (QStringList{first, second}));
