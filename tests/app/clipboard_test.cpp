@@ -25,6 +25,16 @@ class Clipboard : public ControllerTest {
         return lines({refreshed(), {"getCGImageRef 40x30"}, defaultRender("40x30")});
     }
 
+    /// The lines of the full-size render's way to the pasteboard, up to the cue.
+    static CallLog::Lines copied() {
+        return {"dataCreateMutable",
+                "imageDestinationCreateWithData public.tiff",
+                "destination.addImage 40x60",
+                "destination.finalize",
+                "pasteboard.declareTypes NSTIFFPboardType owner none",
+                "pasteboard.setData NSTIFFPboardType"};
+    }
+
     void expectPasteboardUntouched() {
         const std::map<std::string, Bytes> before{{"text", {1, 2, 3}}};
         EXPECT_EQ(toolkit.pasteboard.contents, before);
@@ -33,13 +43,31 @@ class Clipboard : public ControllerTest {
 
 TEST_F(Clipboard, CopiesTheFullSizeRenderThenPlaysTheCue) {
     controller.putImageOnClipboard(nullptr);
+    EXPECT_THAT(log.take(), ElementsAreArray(lines({rendered(), copied(), {"sound.play"}})));
+}
+
+TEST_F(Clipboard, APreviewThatCannotBeConvertedIsNoReasonNotToCopy) {
+    log.failOn("getCGImageRef");
+    controller.putImageOnClipboard(nullptr);
+    EXPECT_THAT(log.take(), ElementsAreArray(lines({{"getCGImageRef 8x6", "getCGImageRef 40x30"},
+                                                    defaultRender("40x30"),
+                                                    copied(),
+                                                    {"sound.play"}})));
+    EXPECT_EQ(toolkit.pasteboard.contents.count("NSTIFFPboardType"), 1U);
+}
+
+TEST_F(Clipboard, APreviewWithoutAResultIsNoReasonNotToCopy) {
+    log.failOn("addReflectionToCGImage");
+    controller.putImageOnClipboard(nullptr);
     EXPECT_THAT(
         log.take(),
-        ElementsAreArray(lines({rendered(),
-                                {"dataCreateMutable", "imageDestinationCreateWithData public.tiff",
-                                 "destination.addImage 40x60", "destination.finalize",
-                                 "pasteboard.declareTypes NSTIFFPboardType owner none",
-                                 "pasteboard.setData NSTIFFPboardType", "sound.play"}})));
+        ElementsAreArray(lines({{"getCGImageRef 8x6"},
+                                settingsRead(),
+                                {"addReflectionToCGImage 8x6 0 100 0 0 7", "getCGImageRef 40x30"},
+                                defaultRender("40x30"),
+                                copied(),
+                                {"sound.play"}})));
+    EXPECT_EQ(toolkit.pasteboard.contents.count("NSTIFFPboardType"), 1U);
 }
 
 TEST_F(Clipboard, LeavesExactlyOneTypeAnLzwTiffOfTheFullSizeRender) {
@@ -64,7 +92,7 @@ TEST_F(Clipboard, LeavesExactlyOneTypeAnLzwTiffOfTheFullSizeRender) {
 TEST_F(Clipboard, WithoutTheCueASuccessfulCopyIsSilent) {
     controller.harpSound.reset();
     controller.putImageOnClipboard(nullptr);
-    EXPECT_EQ(log.take().back(), "pasteboard.setData NSTIFFPboardType");
+    EXPECT_THAT(log.take(), ElementsAreArray(lines({rendered(), copied()})));
     EXPECT_EQ(toolkit.pasteboard.contents.size(), 1U);
 }
 

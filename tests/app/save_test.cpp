@@ -100,6 +100,21 @@ TEST_F(Save, EverySaveHasOptionsOfItsOwn) {
     EXPECT_NE(controller.saveOptions, first);
 }
 
+TEST_F(Save, ASecondSaveWhileASheetIsUpLeavesTheFirstItsPathAndTakesItsOptions) {
+    beginSave();
+    const auto first = toolkit.lastSavePanel;
+    controller.save(nullptr);
+    EXPECT_THAT(log.take(), ElementsAreArray(sheetShown("40x30", "Beach Reflection.tiff")));
+    ASSERT_NE(toolkit.lastSavePanel, first);
+    // The options are those of the last save, whichever sheet ends.
+    toolkit.lastSaveOptions->type = kUTTypePNG;
+    first->end(NSOKButton);
+    EXPECT_THAT(log.take(), ElementsAreArray(written("public.png")));
+    EXPECT_EQ(decodeImageFile(path)->type, "public.png");
+    toolkit.lastSavePanel->end(NSCancelButton);
+    EXPECT_THAT(log.take(), IsEmpty());
+}
+
 TEST_F(Save, WritesTheFullSizeRenderInTheChosenFormatToTheChosenPath) {
     beginSave();
     toolkit.lastSavePanel->end(NSOKButton);
@@ -180,7 +195,13 @@ TEST_F(Save, AFailedWriteIsSilentForTheUserKeepsTheOldFileAndLogsTheCause) {
     toolkit.defaults.values["perspectiveHeight"] = 100.0F;
     const ScopedLogCapture captured;
     toolkit.lastSavePanel->end(NSOKButton);
-    EXPECT_EQ(log.take().back(), "destination.finalize");
+    EXPECT_THAT(log.take(),
+                ElementsAreArray(lines(
+                    {{"savePanel.filename", "saveOptions.imageUTType", "getCGImageRef 1x40000"},
+                     defaultRender("1x40000"),
+                     {"imageDestinationCreateWithURL " + path + " public.jpeg",
+                      "saveOptions.imageProperties", "destination.addImage 1x80000",
+                      "destination.finalize"}})));
     EXPECT_EQ(test::fileText(path), "the old file");
     EXPECT_THAT(captured.text(), ::testing::StartsWith("Couldn't write " + path + ": "));
 }
