@@ -120,8 +120,8 @@ class Application final : public QObject {
     std::array<std::unique_ptr<QtNumberTextField>, kSettingRanges.size()> fields_;
     QTimer storeTimer_;
     Motion motion_;
-    bool awake_ = false;       // the logo is installed: pictures may come
-    QStringList waiting_;      // pictures of calls that came before
+    bool awake_ = false;                // the logo is installed: pictures may come
+    QStringList waiting_;               // pictures of calls that came before
     Companions* companions_ = nullptr;  // last: it holds on to all the others; a child
 };
 
