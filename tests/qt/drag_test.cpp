@@ -38,7 +38,8 @@ TEST_F(ApplicationTest, AHandFasterThanTheRenderGetsTheNewestValueAndNothingQueu
     QTest::mousePress(&slider, Qt::LeftButton, {}, from);
     settle();
 
-    // While a picture is on its way to the screen the hand makes seven more moves.
+    // While a picture is on its way to the screen the hand makes seven more moves, all within the
+    // slider of a small screen.
     constexpr int kRounds = 5;
     constexpr int kMoves = 7;
     int renders = 0;
@@ -47,7 +48,7 @@ TEST_F(ApplicationTest, AHandFasterThanTheRenderGetsTheNewestValueAndNothingQueu
     QObject::connect(&viewer, &Viewer::painted, &slider, [&] {
         if (renders <= rounds || rounds >= kRounds) return;
         ++rounds;
-        for (int move = 1; move <= kMoves; ++move) moveTo(10 * rounds + move);
+        for (int move = 1; move <= kMoves; ++move) moveTo(3 * rounds + move);
     });
     for (int move = 1; move <= kMoves; ++move) moveTo(move);
     ASSERT_TRUE(QTest::qWaitFor([&] { return renders > kRounds; }, kPatience));
