@@ -1,6 +1,7 @@
 #include "cli/run.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <type_traits>
 #include <variant>
 
@@ -91,6 +92,9 @@ class Run {
     int watch() {
         const std::string folder = *options_.watch;
         const std::string into = options_.output.value_or(folder);
+        std::error_code failed;
+        if (options_.output && !std::filesystem::is_directory(into, failed))
+            return usage({into + ": a watched folder needs a folder to write to"});
         const auto type = outputType(options_.format, "");
         if (const auto* problem = std::get_if<UsageProblem>(&type)) return usage(*problem);
         const Result<void> ended = watchFolder(folder, [&](const std::string& path) {

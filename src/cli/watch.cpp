@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <set>
 #include <string_view>
 
@@ -56,6 +57,13 @@ void forEachEvent(std::string_view events, Each each) {
     }
 }
 
+/// The name of a result that lies in the watched folder, however the two are spelled; else empty.
+std::string nameWithin(const std::string& folder, const std::filesystem::path& result) {
+    const std::filesystem::path parent = result.has_parent_path() ? result.parent_path() : ".";
+    std::error_code failed;
+    return std::filesystem::equivalent(parent, folder, failed) ? result.filename().string() : "";
+}
+
 }  // namespace
 
 Result<void> watchFolder(const std::string& folder,
@@ -64,7 +72,7 @@ Result<void> watchFolder(const std::string& folder,
     if (queue.number() < 0) return lastError();
     if (::inotify_add_watch(queue.number(), folder.c_str(), kEvents) < 0) return lastError();
     const std::string prefix = folder.ends_with('/') ? folder : folder + "/";
-    std::set<std::string> ownResults;  // each appears twice: renamed, then closed
+    std::set<std::string> ownNames;  // each appears twice: renamed, then closed
     std::array<char, 1 << 16> buffer;
     for (;;) {
         const ssize_t got = ::read(queue.number(), buffer.data(), buffer.size());
@@ -75,10 +83,9 @@ Result<void> watchFolder(const std::string& folder,
                      [&](std::uint32_t mask, const std::string& name) {
                          gone = gone || (mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_IGNORED)) != 0;
                          if ((mask & (IN_CLOSE_WRITE | IN_MOVED_TO)) == 0) return;
-                         const std::string path = prefix + name;
-                         if (ownResults.contains(path) || !isPictureName(name)) return;
-                         const std::string result = appeared(path);
-                         if (!result.empty()) ownResults.insert(result);
+                         if (ownNames.contains(name) || !isPictureName(name)) return;
+                         const std::string result = appeared(prefix + name);
+                         if (!result.empty()) ownNames.insert(nameWithin(folder, result));
                      });
         if (gone) return {ErrorCode::NotFound, "The folder is no longer there"};
     }

@@ -83,6 +83,40 @@ TEST(Watch, WritesIntoAnotherFolderAndNamesBadFiles) {
     EXPECT_EQ(finished.out, results / "good Reflection.tiff\n");
 }
 
+/// What --watch prints for one picture when its results go to `into`, another name of the folder.
+std::string printedForOnePicture(const TemporaryFolder& folder, const std::string& into) {
+    Process process({"--watch", folder.path(), "-o", into});
+    waitUntilWatching(process);
+    test::putPicture(folder / "first.png", 10, 10);
+    EXPECT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 1); }));
+    // The result's events come before the next picture's.
+    test::putPicture(folder / "second.png", 10, 10);
+    EXPECT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 2); }));
+    process.signal(SIGINT);
+    return process.finish().out;
+}
+
+TEST(Watch, ItsOwnResultsAreNoPicturesHoweverTheFolderIsNamed) {
+    for (const bool linked : {false, true}) {
+        const TemporaryFolder parent;
+        const TemporaryFolder folder;
+        std::filesystem::create_directory_symlink(folder.path(), parent / "link");
+        const std::string into = linked ? parent / "link" : folder.path() + "/.";
+        EXPECT_EQ(printedForOnePicture(folder, into),
+                  into + "/first Reflection.tiff\n" + into + "/second Reflection.tiff\n");
+    }
+}
+
+TEST(Watch, WithoutAFolderToWriteToItDoesNotBegin) {
+    const TemporaryFolder folder;
+    test::putFile(folder / "file.png", "no folder");
+    for (const char* name : {"missing/", "file.png"}) {
+        const Finished refused = test::render({"--watch", folder.path(), "-o", folder / name});
+        EXPECT_EQ(refused.exitCode, 2);
+        EXPECT_THAT(refused.err, HasSubstr("needs a folder to write to"));
+    }
+}
+
 TEST(Watch, AFolderThatIsNotThereOrGoesAwayIsAFailure) {
     const TemporaryFolder parent;
     const Finished missing = test::render({"--watch", parent / "missing"});
