@@ -33,7 +33,7 @@ _skarnel_render() {
     esac
     $split && return
     if [[ $cur == -* ]]; then
-        mapfile -t COMPREPLY < <(compgen -W '--output --force --text --html --font --size --color
+        mapfile -t COMPREPLY < <(compgen -W '-o -f -j -q -v -h --output --force --text --html --font --size --color
             --perspective-height --perspective-width --offset --start --gradient --alpha
             --image-perspective --apply-background-color --background-color --user-settings
             --recipe --format --quality --compression --preview --embed-recipe --max-pixels

@@ -27,7 +27,7 @@ _arguments -S \
     '--quality[0 to 100]:quality:' \
     '--compression[of TIFF or PNG]:compression:(none lzw deflate)' \
     '--preview[shrink the picture, then the result, to fit]:WxH:' \
-    '--embed-recipe[keep the settings inside the TIFF, PNG or JPEG]' \
+    '--embed-recipe[keep settings and text inside the TIFF, PNG or JPEG]' \
     '--max-pixels[refuse larger pictures]:pixels:' \
     '(-j --jobs)'{-j,--jobs}'[pictures at a time]:jobs:' \
     '--watch[render what appears in a folder]:folder:_files -/' \

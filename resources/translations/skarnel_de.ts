@@ -23,6 +23,22 @@
         <translation>Das ist kein Rezept</translation>
     </message>
     <message>
+        <source>This is not a recipe, or only the beginning of one</source>
+        <translation>Das ist kein Rezept oder nur der Anfang eines Rezepts</translation>
+    </message>
+    <message>
+        <source>The file is empty</source>
+        <translation>Die Datei ist leer</translation>
+    </message>
+    <message>
+        <source>The recipe is cut off</source>
+        <translation>Das Rezept ist abgeschnitten</translation>
+    </message>
+    <message>
+        <source>The recipe is damaged at byte %1</source>
+        <translation>Das Rezept ist bei Byte %1 beschädigt</translation>
+    </message>
+    <message>
         <source>The recipe is larger than 64 MB</source>
         <translation>Das Rezept ist größer als 64 MB</translation>
     </message>

@@ -23,6 +23,22 @@
         <translation>Esto no es una receta</translation>
     </message>
     <message>
+        <source>This is not a recipe, or only the beginning of one</source>
+        <translation>Esto no es una receta, o solo el principio de una</translation>
+    </message>
+    <message>
+        <source>The file is empty</source>
+        <translation>El archivo está vacío</translation>
+    </message>
+    <message>
+        <source>The recipe is cut off</source>
+        <translation>La receta está cortada</translation>
+    </message>
+    <message>
+        <source>The recipe is damaged at byte %1</source>
+        <translation>La receta está dañada en el byte %1</translation>
+    </message>
+    <message>
         <source>The recipe is larger than 64 MB</source>
         <translation>La receta ocupa más de 64 MB</translation>
     </message>

@@ -23,6 +23,22 @@
         <translation>Ce n’est pas une recette</translation>
     </message>
     <message>
+        <source>This is not a recipe, or only the beginning of one</source>
+        <translation>Ce n’est pas une recette, ou seulement le début d’une recette</translation>
+    </message>
+    <message>
+        <source>The file is empty</source>
+        <translation>Le fichier est vide</translation>
+    </message>
+    <message>
+        <source>The recipe is cut off</source>
+        <translation>La recette est tronquée</translation>
+    </message>
+    <message>
+        <source>The recipe is damaged at byte %1</source>
+        <translation>La recette est endommagée à l’octet %1</translation>
+    </message>
+    <message>
         <source>The recipe is larger than 64 MB</source>
         <translation>La recette dépasse 64 Mo</translation>
     </message>

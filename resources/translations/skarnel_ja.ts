@@ -23,6 +23,22 @@
         <translation>レシピではありません</translation>
     </message>
     <message>
+        <source>This is not a recipe, or only the beginning of one</source>
+        <translation>レシピではないか、レシピの先頭部分しかありません</translation>
+    </message>
+    <message>
+        <source>The file is empty</source>
+        <translation>ファイルが空です</translation>
+    </message>
+    <message>
+        <source>The recipe is cut off</source>
+        <translation>レシピが途中で切れています</translation>
+    </message>
+    <message>
+        <source>The recipe is damaged at byte %1</source>
+        <translation>レシピの %1 バイト目が壊れています</translation>
+    </message>
+    <message>
         <source>The recipe is larger than 64 MB</source>
         <translation>レシピが 64 MB を超えています</translation>
     </message>

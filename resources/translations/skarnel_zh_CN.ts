@@ -23,6 +23,22 @@
         <translation>这不是配方</translation>
     </message>
     <message>
+        <source>This is not a recipe, or only the beginning of one</source>
+        <translation>这不是配方，或只是配方的开头</translation>
+    </message>
+    <message>
+        <source>The file is empty</source>
+        <translation>文件是空的</translation>
+    </message>
+    <message>
+        <source>The recipe is cut off</source>
+        <translation>配方不完整，中途被截断</translation>
+    </message>
+    <message>
+        <source>The recipe is damaged at byte %1</source>
+        <translation>配方在第 %1 字节处损坏</translation>
+    </message>
+    <message>
         <source>The recipe is larger than 64 MB</source>
         <translation>配方超过 64 MB</translation>
     </message>

@@ -11,7 +11,6 @@
 #include "cli/canvas_size.h"
 #include "cli/interrupt.h"
 #include "cli/preview.h"
-#include "cli/recipe_settings.h"
 #include "recipe/recipe_file.h"
 
 namespace skarnel::cli {
@@ -167,9 +166,7 @@ ImageProperties outputProperties(const ImageProperties& source, const JobSetting
     if (settings.format.quality) {
         properties.emplace(kPropertyLossyQuality, *settings.format.quality / 100.0);
     }
-    if (settings.embedRecipe) {
-        properties.emplace(kPropertyRecipe, recipeOfSettings(settings.render));
-    }
+    if (settings.recipe) properties.emplace(kPropertyRecipe, *settings.recipe);
     const DeviceColor& matte = settings.render.backgroundColor;
     char text[8];
     std::snprintf(text, sizeof text, "#%02X%02X%02X", int(matte.red * 255 + 0.5) & 0xFF,

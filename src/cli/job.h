@@ -25,7 +25,7 @@ struct Job {
 struct JobSettings {
     RenderSettings render;
     OutputFormat format;
-    bool embedRecipe = false;
+    std::optional<std::string> recipe;  // its text, to be put inside the results
     std::optional<PixelSize> preview;
     std::int64_t maxPixels = 500'000'000;
     Overwrite overwrite = Overwrite::Refuse;

@@ -193,7 +193,7 @@ class Binding {
                 }
             });
         flag("--user-settings", options_.userSettings, "Start from the application's settings");
-        add("--recipe", "FILE", "Start from a recipe, or from a picture that carries one",
+        add("--recipe", "FILE", "Start from a recipe or a picture with one; '-' is standard input",
             [this](const std::string& path) { options_.recipe = path; });
     }
 
@@ -215,7 +215,7 @@ class Binding {
                 }
             });
         flag("--embed-recipe", options_.embedRecipe,
-             "Keep the settings inside the TIFF, PNG or JPEG");
+             "Keep settings and text inside the TIFF, PNG or JPEG");
         add("--max-pixels", "N", "Refuse larger pictures (default: 500M)",
             [this](const std::string& text) {
                 const auto pixels = parsePixelCount(text);
@@ -280,6 +280,24 @@ std::string contradictionOfText(const Options& options) {
     return {};
 }
 
+/// The options that take standard input for themselves.
+std::ptrdiff_t readersOfStandardInput(const Options& options) {
+    return (options.recipe == kStandardStream ? 1 : 0) +
+           (options.text.html == kStandardStream ? 1 : 0);
+}
+
+/// An animation named as one format and asked for as another.
+std::string contradictionOfAnimation(const Options& options) {
+    if (!options.animate) return {};
+    if (!options.sweep) return "--animate needs --sweep";
+    if (options.output) return "--animate and --output do not go together";
+    const std::size_t dot = options.animate->rfind('.');
+    if (dot == std::string::npos || options.format.type.empty()) return {};
+    const ImageType* named = imageTypeWithExtension(options.animate->substr(dot + 1));
+    if (named == nullptr || named->identifier == options.format.type) return {};
+    return "--animate " + *options.animate + " and --format contradict each other";
+}
+
 std::string contradiction(const Options& options) {
     if (std::string message = contradictionOfText(options); !message.empty()) return message;
     const auto streams =
@@ -293,7 +311,8 @@ std::string contradiction(const Options& options) {
     if (!options.watch && !hasSource) {
         return "no picture was given";
     }
-    if (streams > 1) return "standard input can be read only once";
+    if (streams + readersOfStandardInput(options) > 1)
+        return "standard input can be read only once";
     if (toStream && options.pictures.size() > 1) {
         return "standard output takes only one picture";
     }
@@ -303,8 +322,7 @@ std::string contradiction(const Options& options) {
     if (options.embedRecipe && options.sweep) {
         return "--embed-recipe and --sweep do not go together";
     }
-    if (options.animate && !options.sweep) return "--animate needs --sweep";
-    if (options.animate && options.output) return "--animate and --output do not go together";
+    if (std::string message = contradictionOfAnimation(options); !message.empty()) return message;
     if (options.sweep && options.pictures.size() > 1) return "--sweep takes only one picture";
     if (options.sweep && toStream) return "--sweep cannot write to standard output";
     return {};

@@ -1,10 +1,15 @@
 #include "cli/recipe_settings.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
+#include "cli/options.h"
 #include "recipe/recipe_file.h"
+#include "storage/safe_file.h"
 
 namespace skarnel::cli {
 namespace {
@@ -16,11 +21,30 @@ std::uint8_t byteOf(double component) {
     return static_cast<std::uint8_t>(std::lround(std::clamp(component, 0.0, 1.0) * kFull));
 }
 
+bool isPipe(const std::string& path) {
+    struct stat status = {};
+    return ::stat(path.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
+}
+
+/// From standard input, a pipe or a file. Of a pipe no more than the largest recipe is read.
+Result<Recipe> recipeFrom(const std::string& path) {
+    const bool isStream = path == kStandardStream;
+    if (!isStream && !isPipe(path)) return readRecipeFile(path);
+    const auto bytes = isStream ? readDescriptor(STDIN_FILENO, kLargestRecipe)
+                                : readWholeFile(path, kLargestRecipe);
+    if (!bytes) return bytes.error();
+    if (bytes->empty()) return {ErrorCode::CannotRead, "Nothing came"};
+    return readRecipe(*bytes);
+}
+
 }  // namespace
 
 Result<RecipeSettings> settingsFromRecipe(const std::string& path) {
-    Result<Recipe> recipe = readRecipeFile(path);
-    if (!recipe) return {recipe.error().code, path + ": " + recipe.error().message};
+    Result<Recipe> recipe = recipeFrom(path);
+    if (!recipe) {
+        const std::string name = path == kStandardStream ? "standard input" : path;
+        return {recipe.error().code, name + ": " + recipe.error().message};
+    }
     RenderSettings settings = defaultSettings();
     settings.numbers = recipe->settings;
     settings.applyBackgroundColor = recipe->applyBackgroundColor;
@@ -30,15 +54,16 @@ Result<RecipeSettings> settingsFromRecipe(const std::string& path) {
     return RecipeSettings{settings, std::move(recipe->text)};
 }
 
-std::string recipeOfSettings(const RenderSettings& settings) {
+Result<std::string> recipeOfSettings(const RenderSettings& settings,
+                                     const std::optional<StyledText>& text) {
     Recipe recipe;
     recipe.settings = settings.numbers;
     recipe.applyBackgroundColor = settings.applyBackgroundColor;
     const DeviceColor& color = settings.backgroundColor;
     recipe.background = {byteOf(color.red), byteOf(color.green), byteOf(color.blue),
                          byteOf(color.alpha)};
-    // Only a text can be refused, and there is none.
-    return *serializeRecipe(recipe);
+    recipe.text = text;
+    return serializeRecipe(recipe);
 }
 
 }  // namespace skarnel::cli

@@ -15,11 +15,13 @@ struct RecipeSettings {
     std::optional<StyledText> text;  // what the recipe's picture was made of, if it was text
 };
 
-/// From a recipe file, or from a picture that carries a recipe. The error names the file.
+/// From a recipe file, or from a picture that carries a recipe; "-" is standard input, of which, as
+/// of a pipe, 64 MB are read at most. The error names the file.
 Result<RecipeSettings> settingsFromRecipe(const std::string& path);
 
-/// The text of a recipe with these settings. Without styled text: what is rendered here is a
-/// picture that was there before.
-std::string recipeOfSettings(const RenderSettings& settings);
+/// The text of a recipe with these settings and, where the picture is made of text, that text.
+/// InvalidArgument for a text that cannot be kept.
+Result<std::string> recipeOfSettings(const RenderSettings& settings,
+                                     const std::optional<StyledText>& text);
 
 }  // namespace skarnel::cli

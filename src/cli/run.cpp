@@ -46,7 +46,6 @@ Options withTextOfRecipe(Options options, const RecipeSettings& base) {
 JobSettings jobSettings(const Options& options, const RenderSettings& base) {
     JobSettings settings;
     settings.render = withOverrides(base, options.settings);
-    settings.embedRecipe = options.embedRecipe;
     settings.format = options.format;
     settings.preview = options.preview;
     settings.maxPixels = options.maxPixels;
@@ -74,7 +73,7 @@ class Run {
         auto planned = planJobs(options_);
         if (const auto* problem = std::get_if<UsageProblem>(&planned)) return usage(*problem);
         auto& jobs = std::get<std::vector<Job>>(planned);
-        if (!drawText(jobs.front())) return kSomeFailed;
+        if (!drawText(jobs.front()) || !writeRecipe(jobs.front().input)) return kSomeFailed;
         const auto run = [&](std::size_t index) { return runJob(jobs[index], settings_); };
         const auto lost = [&](std::size_t index, const std::string& cause) {
             JobReport report;
@@ -97,6 +96,7 @@ class Run {
             return usage({into + ": a watched folder needs a folder to write to"});
         const auto type = outputType(options_.format, "");
         if (const auto* problem = std::get_if<UsageProblem>(&type)) return usage(*problem);
+        if (!writeRecipe(folder)) return kSomeFailed;
         const Result<void> ended = watchFolder(folder, [&](const std::string& path) {
             const Job job{path,
                           proposedOutput(path, into, std::get<std::string>(type)),
@@ -138,15 +138,27 @@ class Run {
     /// Text is drawn here, on the main thread and before any work begins.
     bool drawText(Job& job) {
         if (!options_.text.isAsked()) return true;
-        Result<DecodedImage> picture =
-            pictureOfText(options_.text, settings_.render.backgroundColor);
-        if (picture) {
-            job.picture = *std::move(picture);
-            return true;
-        }
+        Result<TextPicture> drawn = pictureOfText(options_.text, settings_.render.backgroundColor);
+        if (!drawn) return fail(job.input, drawn.error().message);
+        job.picture = std::move(drawn->picture);
+        text_ = std::move(drawn->text);
+        return true;
+    }
+
+    /// What all results carry inside, where that is asked for.
+    bool writeRecipe(const std::string& input) {
+        if (!options_.embedRecipe) return true;
+        Result<std::string> recipe = recipeOfSettings(settings_.render, text_);
+        if (!recipe) return fail(input, recipe.error().message);
+        settings_.recipe = *std::move(recipe);
+        return true;
+    }
+
+    /// Always false.
+    bool fail(const std::string& input, const std::string& cause) {
         JobReport report;
-        report.input = job.input;
-        report.error = picture.error().message;
+        report.input = input;
+        report.error = cause;
         reporter()(report);
         return false;
     }
@@ -172,6 +184,7 @@ class Run {
 
     const Options& options_;
     JobSettings settings_;
+    std::optional<StyledText> text_;  // what the one picture was made of
     Console console_;
     bool failed_ = false;
 };

@@ -101,7 +101,7 @@ TextStyle styleOfOptions(const TextOptions& options) {
     return style;
 }
 
-Result<DecodedImage> pictureOfText(const TextOptions& options, const DeviceColor& ground) {
+Result<TextPicture> pictureOfText(const TextOptions& options, const DeviceColor& ground) {
     PlainNotificationCenter center;
     std::string lastLine;
     const auto log = [&](std::string_view line) { lastLine = line; };
@@ -114,7 +114,7 @@ Result<DecodedImage> pictureOfText(const TextOptions& options, const DeviceColor
     TextToolkit toolkit(**module, center);
     ImageOperations operations;
     VanteraDesktopController controller(toolkit, operations, "");
-    TextHolder holder(*std::move(text));
+    TextHolder holder(*text);
     controller.textView = &holder;
     controller.resultViewBackgroundColor =
         NSColor::colorWithDeviceRed(ground.red, ground.green, ground.blue, 1);
@@ -124,7 +124,9 @@ Result<DecodedImage> pictureOfText(const TextOptions& options, const DeviceColor
     // none, and the module has said why.
     const Result<std::vector<std::uint8_t>> file = readWholeFile(*page, kLargestPage);
     if (!file) return Error{ErrorCode::Failed, lastLine.empty() ? file.error().message : lastLine};
-    return decodeImage(*file);
+    Result<DecodedImage> picture = decodeImage(*file);
+    if (!picture) return picture.error();
+    return TextPicture{*std::move(picture), *std::move(text)};
 }
 
 }  // namespace skarnel::cli

@@ -33,10 +33,15 @@ std::u16string textWithEscapes(std::string_view text);
 /// Family, size and colour of what the options leave open: white "Times" of 48 points.
 TextStyle styleOfOptions(const TextOptions& options);
 
+struct TextPicture {
+    DecodedImage picture;
+    StyledText text;  // what was drawn, with its styles
+};
+
 /// The picture that the application would install for this text on this ground: exported, drawn,
 /// knocked out and trimmed by the same commands. Main thread only; loads the page renderer's module
 /// and needs no display. A reason is given where the module is not installed, the HTML file cannot
 /// be read, and for everything that the application would show or leave unsaid.
-Result<DecodedImage> pictureOfText(const TextOptions& options, const DeviceColor& ground);
+Result<TextPicture> pictureOfText(const TextOptions& options, const DeviceColor& ground);
 
 }  // namespace skarnel::cli

@@ -13,6 +13,10 @@ constexpr const char* kContext = "Cause";
 constexpr const char* kCauses[] = {
     QT_TRANSLATE_NOOP("Cause", "The file carries no recipe"),
     QT_TRANSLATE_NOOP("Cause", "This is not a recipe"),
+    QT_TRANSLATE_NOOP("Cause", "This is not a recipe, or only the beginning of one"),
+    QT_TRANSLATE_NOOP("Cause", "The file is empty"),
+    QT_TRANSLATE_NOOP("Cause", "The recipe is cut off"),
+    QT_TRANSLATE_NOOP("Cause", "The recipe is damaged at byte %1"),
     QT_TRANSLATE_NOOP("Cause", "The recipe is larger than 64 MB"),
     QT_TRANSLATE_NOOP("Cause", "The recipe does not say its version"),
     QT_TRANSLATE_NOOP("Cause", "The recipe has version %1 and this program reads up to version %2"),

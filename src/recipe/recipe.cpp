@@ -13,8 +13,6 @@
 namespace skarnel {
 namespace {
 
-constexpr std::size_t kLargestFile = std::size_t{64} << 20;
-
 Error damaged(std::string message) {
     return {ErrorCode::Damaged, std::move(message)};
 }
@@ -55,13 +53,13 @@ std::string settingsText(const Recipe& recipe) {
 }
 
 Result<void> checkVersion(const RecipeMembers& members) {
-    if (!members.version || *members.version == 0) {
+    if (!members.version || members.version->number == 0) {
         return damaged("The recipe does not say its version");
     }
-    if (*members.version > static_cast<unsigned>(kRecipeVersion)) {
+    if (members.version->number > kRecipeVersion) {
         return {ErrorCode::Unsupported,
                 fmt::format("The recipe has version {} and this program reads up to version {}",
-                            *members.version, kRecipeVersion)};
+                            members.version->text, kRecipeVersion)};
     }
     return {};
 }
@@ -136,10 +134,10 @@ Result<std::string> serializeRecipe(const Recipe& recipe) try {
 }
 
 Result<Recipe> parseRecipe(ByteView bytes) try {
-    if (bytes.size() > kLargestFile)
+    if (bytes.size() > kLargestRecipe)
         return {ErrorCode::TooLarge, "The recipe is larger than 64 MB"};
     const auto members = membersOfRecipe(bytes);
-    if (!members) return {ErrorCode::UnknownFormat, "This is not a recipe"};
+    if (!members) return members.error();
     if (members->doubled) {
         return damaged(fmt::format("The recipe has \"{}\" twice", *members->doubled));
     }

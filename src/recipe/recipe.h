@@ -22,7 +22,8 @@
 namespace skarnel {
 
 inline constexpr int kRecipeVersion = 1;
-inline constexpr std::string_view kRecipeExtension = "skarnel";  // without the full stop
+inline constexpr std::string_view kRecipeExtension = "skarnel";       // without the full stop
+inline constexpr std::size_t kLargestRecipe = std::size_t{64} << 20;  // bytes
 inline constexpr std::string_view kRecipeMimeType = "application/vnd.skarnel.recipe+json";
 
 struct Recipe {
@@ -43,7 +44,8 @@ Result<std::string> serializeRecipe(const Recipe& recipe);
 /// Reads the file's text. The bytes are hostile and nothing is guessed: a recipe of a newer
 /// version is Unsupported, and anything that version 1 does not have (a missing, doubled or
 /// unknown member, a wrong type, a damaged text) is Damaged with the member's name. Bytes that are
-/// no JSON object with the mark "skarnel": "recipe" are UnknownFormat. At most 64 MB: TooLarge.
+/// no JSON object with the mark "skarnel": "recipe" are UnknownFormat, and one that is cut off or
+/// broken behind its mark is Damaged. At most 64 MB: TooLarge. A byte order mark is passed over.
 Result<Recipe> parseRecipe(ByteView bytes);
 
 }  // namespace skarnel

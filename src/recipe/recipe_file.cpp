@@ -1,7 +1,12 @@
 #include "recipe/recipe_file.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <new>
 #include <utility>
 
@@ -20,6 +25,9 @@ constexpr std::string_view kPacketStart =
     "<rdf:Description rdf:about=\"\" xmlns:skarnel=\"https://skarnel.example/ns/recipe/\">";
 constexpr std::string_view kPacketEnd =
     "</rdf:Description></rdf:RDF></x:xmpmeta>\n<?xpacket end=\"r\"?>";
+
+constexpr std::size_t kHead = 4096;  // bytes; blanks before the brace included
+constexpr std::uint64_t kLargestPicture = std::uint64_t{4} << 30;
 
 constexpr std::array<std::pair<char, std::string_view>, 4> kEntities{
     {{'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}}};
@@ -58,12 +66,53 @@ ByteView bytesOf(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
-/// A recipe's text begins with its brace, perhaps after blanks; no picture does.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // of UTF-8
+
+/// A recipe's text begins with its brace, perhaps after a mark and blanks; no picture does.
 bool looksLikeText(ByteView file) {
-    const auto first = std::find_if(file.begin(), file.end(), [](std::uint8_t byte) {
-        return byte != ' ' && byte != '\t' && byte != '\r' && byte != '\n';
-    });
-    return first != file.end() && *first == '{';
+    std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
+    if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    return first != std::string_view::npos && text[first] == '{';
+}
+
+/// A file of the disk, open for reading.
+class OpenFile {
+  public:
+    explicit OpenFile(const std::string& path)
+        : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY)) {}
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+    ~OpenFile() {
+        if (descriptor_ >= 0) ::close(descriptor_);
+    }
+    int descriptor() const { return descriptor_; }
+
+    /// Its first bytes, or all of a shorter one; without moving on.
+    Bytes head(std::size_t count) const {
+        Bytes bytes(count);
+        const ssize_t got = ::pread(descriptor_, bytes.data(), count, 0);
+        bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+        return bytes;
+    }
+
+  private:
+    int descriptor_;
+};
+
+Error cannotRead(int error) {
+    return {error == ENOENT ? ErrorCode::NotFound : ErrorCode::CannotRead, describeError(error)};
+}
+
+/// How much of a file with these first bytes is worth reading; 0 when it cannot carry a recipe.
+std::uint64_t mostBytesBehind(ByteView head) {
+    if (looksLikeText(head)) return kLargestRecipe;
+    const ImageType* type = imageTypeOfContent(head);
+    return type != nullptr && canCarryRecipe(type->identifier) ? kLargestPicture : 0;
+}
+
+Error recipeTooLarge() {
+    return {ErrorCode::TooLarge, "The recipe is larger than 64 MB"};
 }
 
 Error noMemory() {
@@ -86,6 +135,7 @@ Result<Bytes> embedRecipe(ByteView picture, std::string_view recipeText) try {
 }
 
 Result<Recipe> readRecipe(ByteView file) try {
+    if (file.empty()) return {ErrorCode::NotFound, "The file is empty"};
     if (looksLikeText(file)) return parseRecipe(file);
     const Error none{ErrorCode::NotFound, "The file carries no recipe"};
     const auto packet = xmpPacketOf(file);
@@ -100,11 +150,24 @@ Result<Recipe> readRecipe(ByteView file) try {
     return noMemory();
 }
 
-Result<Recipe> readRecipeFile(const std::string& path) {
-    constexpr std::uint64_t kLargest = std::uint64_t{4} << 30;
-    const auto bytes = readWholeFile(path, kLargest);
+Result<Recipe> readRecipeFile(const std::string& path) try {
+    struct stat status = {};
+    // Looked at before it is opened: a pipe would wait for its writer, and a device might act.
+    if (::stat(path.c_str(), &status) != 0) return cannotRead(errno);
+    if (S_ISDIR(status.st_mode)) return {ErrorCode::CannotRead, "It is a folder"};
+    if (!S_ISREG(status.st_mode)) return {ErrorCode::CannotRead, "It is not an ordinary file"};
+    const OpenFile file(path);
+    if (file.descriptor() < 0) return cannotRead(errno);
+    const Bytes head = file.head(kHead);
+    const std::uint64_t most = mostBytesBehind(head);
+    if (most == 0) return readRecipe(head);
+    const auto bytes = readDescriptor(file.descriptor(), most);
+    if (!bytes && bytes.error().code == ErrorCode::TooLarge && most == kLargestRecipe)
+        return recipeTooLarge();
     if (!bytes) return bytes.error();
     return readRecipe(*bytes);
+} catch (const std::bad_alloc&) {
+    return noMemory();
 }
 
 }  // namespace skarnel

@@ -20,10 +20,11 @@ bool canCarryRecipe(std::string_view typeIdentifier);
 Result<Bytes> embedRecipe(ByteView picture, std::string_view recipeText);
 
 /// The recipe in the bytes of a recipe file or of a picture that carries one. The bytes are
-/// hostile. NotFound for any other file; the rest as `parseRecipe`.
+/// hostile. NotFound for any other file and for none; the rest as `parseRecipe`.
 Result<Recipe> readRecipe(ByteView file);
 
-/// The same with the bytes of a file of at most 4 GB; the reason where they cannot be had.
+/// The same with the bytes of an ordinary file; the reason where they cannot be had. Its first
+/// bytes are looked at before the rest is read: 64 MB of a recipe, 4 GB of a picture.
 Result<Recipe> readRecipeFile(const std::string& path);
 
 }  // namespace skarnel

@@ -18,6 +18,8 @@ class MembersReader final : public nlohmann::json_sax<Json> {
   public:
     explicit MembersReader(RecipeMembers& members) : members_(members) {}
     bool isMarked() const { return marked_; }
+    /// How many bytes were read when it went wrong; one more than there are at their end.
+    std::size_t errorPosition() const { return errorPosition_; }
 
     bool null() override { return isInside(); }
     bool boolean(bool value) override {
@@ -28,10 +30,14 @@ class MembersReader final : public nlohmann::json_sax<Json> {
         return number(static_cast<double>(value));
     }
     bool number_unsigned(number_unsigned_t value) override {
-        if (isMember(kRecipeVersionName)) members_.version = value;
+        putVersion(static_cast<double>(value), std::to_string(value));
         return number(static_cast<double>(value));
     }
-    bool number_float(number_float_t value, const string_t&) override { return number(value); }
+    bool number_float(number_float_t value, const string_t& text) override {
+        const bool isWhole = text.find_first_not_of("0123456789") == std::string::npos;
+        if (isWhole) putVersion(value, text);  // beyond 64 bits
+        return number(value);
+    }
     bool string(string_t& value) override {
         if (isSetting()) put(settingOfText(value));
         if (isMember(kRecipeMark)) marked_ = value == kRecipeMarkValue;
@@ -59,11 +65,13 @@ class MembersReader final : public nlohmann::json_sax<Json> {
         if (isSetting()) startSetting(value);
         return true;
     }
-    bool parse_error(std::size_t, const std::string&, const Json::exception&) override {
+    bool parse_error(std::size_t position, const std::string&, const Json::exception&) override {
+        errorPosition_ = position;
         return false;
     }
 
   private:
+    static constexpr std::size_t kLongestVersion = 24;  // characters; 64 bits take 20
     static constexpr std::uint64_t kMemberDepth = 1;
     static constexpr std::uint64_t kSettingDepth = 2;
 
@@ -87,6 +95,11 @@ class MembersReader final : public nlohmann::json_sax<Json> {
         if (isSetting()) put(settingOfNumber(value));
         return isInside();
     }
+    void putVersion(double number, std::string_view text) {
+        if (isMember(kRecipeVersionName)) {
+            members_.version = {number, std::string(text.substr(0, kLongestVersion))};
+        }
+    }
     void put(std::optional<float> value) {
         if (value) members_.settings.insert_or_assign(name_, *value);
     }
@@ -103,7 +116,17 @@ class MembersReader final : public nlohmann::json_sax<Json> {
     std::uint64_t depth_ = 0;
     bool inSettings_ = false;
     bool marked_ = false;
+    std::size_t errorPosition_ = 0;
 };
+
+Error brokenOff(bool isMarked, std::size_t position, std::size_t size) {
+    const bool atEnd = position > size;
+    if (!isMarked && atEnd && size > 0)
+        return {ErrorCode::UnknownFormat, "This is not a recipe, or only the beginning of one"};
+    if (!isMarked) return {ErrorCode::UnknownFormat, "This is not a recipe"};
+    if (atEnd) return {ErrorCode::Damaged, "The recipe is cut off"};
+    return {ErrorCode::Damaged, "The recipe is damaged at byte " + std::to_string(position)};
+}
 
 }  // namespace
 
@@ -111,11 +134,12 @@ bool RecipeMembers::has(std::string_view name) const {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-std::optional<RecipeMembers> membersOfRecipe(ByteView bytes) {
+Result<RecipeMembers> membersOfRecipe(ByteView bytes) {
     RecipeMembers members;
     MembersReader reader(members);
-    if (!Json::sax_parse(bytes.begin(), bytes.end(), &reader) || !reader.isMarked())
-        return std::nullopt;
+    const bool parsed = Json::sax_parse(bytes.begin(), bytes.end(), &reader);
+    if (!parsed) return brokenOff(reader.isMarked(), reader.errorPosition(), bytes.size());
+    if (!reader.isMarked()) return {ErrorCode::UnknownFormat, "This is not a recipe"};
     return members;
 }
 

@@ -9,6 +9,7 @@
 
 #include "imaging/io/image_io.h"
 #include "storage/settings_store.h"
+#include "util/log/result.h"
 
 namespace skarnel {
 
@@ -20,10 +21,15 @@ inline constexpr std::string_view kRecipeSettings = "settings";
 inline constexpr std::string_view kRecipeBackground = "background";
 inline constexpr std::string_view kRecipeText = "text";
 
+struct RecipeVersion {
+    double number = 0;  // whole and not negative; as near as a double comes
+    std::string text;   // as it stands there, cut where it is absurdly long
+};
+
 struct RecipeMembers {
-    std::vector<std::string> names;        // in the file's order, each once
-    std::optional<std::string> doubled;    // a member or a setting that is there twice
-    std::optional<std::uint64_t> version;  // a whole number that is not negative
+    std::vector<std::string> names;      // in the file's order, each once
+    std::optional<std::string> doubled;  // a member or a setting that is there twice
+    std::optional<RecipeVersion> version;
     std::optional<std::string> background;
     std::optional<std::string> text;
 
@@ -34,8 +40,9 @@ struct RecipeMembers {
     bool has(std::string_view name) const;
 };
 
-/// None for bytes that are no JSON object with the recipe's mark. They may be nested as deeply as
-/// they like: no tree is built of them, and what lies below the settings is passed over.
-std::optional<RecipeMembers> membersOfRecipe(ByteView bytes);
+/// UnknownFormat for bytes that are no JSON object with the recipe's mark, Damaged where the object
+/// ends too soon or breaks off behind its mark. They may be nested as deeply as they like: no tree
+/// is built of them, and what lies below the settings is passed over.
+Result<RecipeMembers> membersOfRecipe(ByteView bytes);
 
 }  // namespace skarnel

@@ -139,6 +139,14 @@ TEST(Options, WhatDoesNotGoTogetherIsSaid) {
     EXPECT_THAT(complaint({"--watch", "f", "--sweep", "alpha=0:1:2"}), HasSubstr("together"));
     EXPECT_THAT(complaint({"a", "b", "--sweep", "alpha=0:1:2"}), HasSubstr("only one picture"));
     EXPECT_THAT(complaint({"a", "-o", "-", "--sweep", "alpha=0:1:2"}), HasSubstr("standard"));
+    EXPECT_THAT(
+        complaint({"a", "--animate", "h.webp", "--format", "png", "--sweep", "alpha=0:1:2"}),
+        HasSubstr("--animate h.webp and --format contradict each other"));
+    for (const char* file : {"h.PNG", "h", "a.webp/h"}) {
+        EXPECT_EQ(
+            parsed({"a", "--animate", file, "--format", "png", "--sweep", "alpha=0:1:2"}).animate,
+            file);
+    }
     EXPECT_THAT(complaint({"a", "-o", "b", "--animate", "c.png", "--sweep", "alpha=0:1:2"}),
                 HasSubstr("together"));
 }

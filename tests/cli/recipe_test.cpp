@@ -102,5 +102,28 @@ TEST_F(RecipeCommand, ContradictionsAreWrongUsage) {
     EXPECT_EQ(render({in_, "--embed-recipe", "--sweep", "alpha=0:9:3"}).exitCode, 2);
 }
 
+TEST_F(RecipeCommand, StandardInputAndPipesServeAsWell) {
+    ASSERT_EQ(render({in_, "-o", two_, "--recipe", recipe_}).exitCode, 0);
+    ASSERT_EQ(render({in_, "-o", one_, "--recipe", "-"}, kRecipe).exitCode, 0);
+    EXPECT_EQ(bytesOf(one_), bytesOf(two_));
+    ASSERT_EQ(render({in_, "-f", "-o", one_, "--recipe", "/dev/stdin"}, kRecipe).exitCode, 0);
+    EXPECT_EQ(bytesOf(one_), bytesOf(two_));
+    const Finished nothing = render({in_, "-f", "-o", one_, "--recipe", "-"});
+    EXPECT_EQ(nothing.exitCode, 1);
+    EXPECT_THAT(nothing.err, HasSubstr("standard input: Nothing came"));
+    for (const std::vector<std::string>& twice :
+         {std::vector<std::string>{"-", "--recipe", "-"}, {"--html", "-", "--recipe", "-"}}) {
+        const Finished finished = render(twice);
+        EXPECT_EQ(finished.exitCode, 2);
+        EXPECT_THAT(finished.err, HasSubstr("standard input can be read only once"));
+    }
+}
+
+TEST_F(RecipeCommand, ADeviceIsRefused) {
+    const Finished finished = render({in_, "-o", one_, "--recipe", "/dev/zero"});
+    EXPECT_EQ(finished.exitCode, 1);
+    EXPECT_THAT(finished.err, HasSubstr("/dev/zero: It is not an ordinary file"));
+}
+
 }  // namespace
 }  // namespace skarnel

@@ -65,6 +65,26 @@ TEST_F(TextCommand, ReflectsTheTextWithoutADisplay) {
     EXPECT_THAT(folder_.names(), ElementsAre("out.tiff"));
 }
 
+TEST_F(TextCommand, AnEmbeddedRecipeHoldsTheStyledText) {
+    const std::string page = folder_ / "page.html";
+    test::putFile(page, "<b>Bold</b> and <i>slanted</i>");
+    const std::string carried = folder_ / "carried.png";
+    const std::vector<std::vector<std::string>> sources = {
+        {"--text", "One\\nTwo", "--size", "40", "--color", "#ff8800"},
+        {"--html", page},
+        {"--recipe", SKARNEL_TEXT_RECIPE}};
+    for (std::vector<std::string> source : sources) {
+        SCOPED_TRACE(source[0]);
+        source.insert(source.end(), {"-f", "-o", carried, "--embed-recipe", "--alpha", "90"});
+        ASSERT_EQ(render(source).exitCode, 0);
+        // All that it takes to make the picture again lies in it.
+        const Finished again = render({"--recipe", carried, "-f", "-o", out_});
+        ASSERT_EQ(again.exitCode, 0) << again.err;
+        EXPECT_TRUE(*encodeImage(result(), kUTTypeTIFF) ==
+                    *encodeImage(decodeImageFile(carried)->image, kUTTypeTIFF));
+    }
+}
+
 TEST_F(TextCommand, GivesTheSameBytesEveryTime) {
     ASSERT_EQ(text("Same").exitCode, 0);
     const std::string first = test::fileText(out_);

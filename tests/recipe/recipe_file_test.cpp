@@ -1,6 +1,7 @@
 #include "recipe/recipe_file.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -12,6 +13,7 @@
 namespace skarnel {
 namespace {
 
+namespace fs = std::filesystem;
 using namespace std::string_view_literals;
 
 ByteView bytesOf(std::string_view text) {
@@ -58,6 +60,10 @@ TEST(RecipeFile, ARecipesOwnFileIsReadAsItIs) {
     const std::string text = *serializeRecipe(someRecipe());
     EXPECT_EQ(*readRecipe(bytesOf(text)), someRecipe());
     EXPECT_EQ(*readRecipe(bytesOf(" \r\n\t" + text)), someRecipe());
+    // Some editors put a byte order mark before what they save.
+    const auto marked = readRecipe(bytesOf("\xEF\xBB\xBF" + text));
+    ASSERT_TRUE(marked) << marked.error().message;
+    EXPECT_EQ(*marked, someRecipe());
 }
 
 TEST(RecipeFile, OtherFilesCarryNone) {
@@ -79,18 +85,60 @@ TEST(RecipeFile, APacketOfAnotherProgramIsNoRecipe) {
     }
 }
 
-TEST(RecipeFile, ReadsFromDiskAndNamesTheCauseOfAFailure) {
-    std::string pattern = (std::filesystem::temp_directory_path() / "recipe-XXXXXX").string();
-    const std::filesystem::path folder = ::mkdtemp(pattern.data());
-    std::ofstream(folder / "a.skarnel") << *serializeRecipe(someRecipe());
-    const auto recipe = readRecipeFile((folder / "a.skarnel").string());
+class RecipeOnDisk : public testing::Test {
+  protected:
+    RecipeOnDisk() {
+        std::string pattern = (fs::temp_directory_path() / "recipe-XXXXXX").string();
+        folder_ = ::mkdtemp(pattern.data());
+    }
+    ~RecipeOnDisk() override { fs::remove_all(folder_); }
+
+    std::string put(const char* name, std::string_view text) const {
+        std::ofstream(folder_ / name, std::ios::binary) << text;
+        return (folder_ / name).string();
+    }
+    static std::string reasonFor(const std::string& path) {
+        const auto recipe = readRecipeFile(path);
+        return recipe ? "none" : recipe.error().message;
+    }
+    fs::path folder_;
+};
+
+TEST_F(RecipeOnDisk, IsReadAndAFailureNamesItsCause) {
+    const auto recipe = readRecipeFile(put("a.skarnel", *serializeRecipe(someRecipe())));
     ASSERT_TRUE(recipe) << recipe.error().message;
     EXPECT_EQ(*recipe, someRecipe());
-    const auto missing = readRecipeFile((folder / "b.skarnel").string());
+    const auto missing = readRecipeFile(folder_ / "b.skarnel");
     ASSERT_FALSE(missing);
     EXPECT_EQ(missing.error().code, ErrorCode::NotFound);
     EXPECT_EQ(missing.error().message, "No such file or directory");
-    std::filesystem::remove_all(folder);
+    EXPECT_EQ(reasonFor(put("empty.skarnel", "")), "The file is empty");
+    EXPECT_EQ(reasonFor(folder_), "It is a folder");
+}
+
+TEST_F(RecipeOnDisk, DevicesAndPipesAreNotOpened) {
+    EXPECT_EQ(reasonFor("/dev/zero"), "It is not an ordinary file");
+    const std::string pipe = folder_ / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    // Nobody writes: opening it would never end.
+    EXPECT_EQ(reasonFor(pipe), "It is not an ordinary file");
+}
+
+TEST_F(RecipeOnDisk, NoMoreIsReadThanCanBeARecipe) {
+    // 100 GB that are not there: reading them would not end within the test's time.
+    constexpr std::uintmax_t kHuge = std::uintmax_t{100} << 30;
+    const std::string none = put("zeros", "");
+    fs::resize_file(none, kHuge);
+    EXPECT_EQ(reasonFor(none), "The file carries no recipe");
+    const std::string film = put("film", "RIFF");
+    fs::resize_file(film, kHuge);
+    EXPECT_EQ(reasonFor(film), "The file carries no recipe");
+    const std::string text = put("text", "{");
+    fs::resize_file(text, kHuge);
+    EXPECT_EQ(reasonFor(text), "The recipe is larger than 64 MB");
+    const std::string picture = put("picture", kPng);
+    fs::resize_file(picture, kHuge);
+    EXPECT_EQ(reasonFor(picture), "The file is too large");
 }
 
 }  // namespace

@@ -139,9 +139,22 @@ TEST(Recipe, OrderAndBlanksDoNotMatter) {
 TEST(Recipe, OtherFilesAreNoRecipes) {
     for (const std::string_view text : {"", "{", "[]", "1", "null", "{}", R"({"version":1})",
                                         R"({"skarnel":"settings","version":1})", R"({"skarnel":1})",
-                                        "\xFF\xD8\xFF", R"({"skarnel":"recipe","version":1} x)"}) {
+                                        "\xFF\xD8\xFF", R"({"version":1,})"}) {
         EXPECT_EQ(codeOf(text), ErrorCode::UnknownFormat) << text;
     }
+}
+
+TEST(Recipe, OneThatIsCutOffOrBrokenIsNoStranger) {
+    const std::string text = whole();
+    EXPECT_EQ(codeOf(text.substr(0, text.size() - 1)), ErrorCode::Damaged);
+    for (const std::size_t size : {text.size() - 1, text.size() / 2, std::size_t{30}}) {
+        EXPECT_EQ(messageOf(text.substr(0, size)), "The recipe is cut off") << size;
+    }
+    // Before the mark nothing tells what it was going to be.
+    EXPECT_EQ(messageOf(text.substr(0, 5)), "This is not a recipe, or only the beginning of one");
+    EXPECT_EQ(messageOf(R"({"skarnel":"recipe",!})"), "The recipe is damaged at byte 21");
+    EXPECT_EQ(messageOf(R"({"skarnel":"recipe","version":1} x)"),
+              "The recipe is damaged at byte 34");
 }
 
 TEST(Recipe, ANewerVersionIsRefusedWithBothVersions) {
@@ -150,6 +163,12 @@ TEST(Recipe, ANewerVersionIsRefusedWithBothVersions) {
     EXPECT_EQ(messageOf(text), "The recipe has version 2 and this program reads up to version 1");
     EXPECT_EQ(codeOf(R"({"skarnel":"recipe","version":18446744073709551615})"),
               ErrorCode::Unsupported);
+    // Beyond 64 bits it is no less a newer one; 10^30 has 31 digits, of which 24 are told.
+    EXPECT_EQ(messageOf(R"({"skarnel":"recipe","version":18446744073709551616})"),
+              "The recipe has version 18446744073709551616 and this program reads up to version 1");
+    EXPECT_EQ(messageOf(R"({"skarnel":"recipe","version":1)" + std::string(30, '0') + "}"),
+              "The recipe has version 1" + std::string(23, '0') +
+                  " and this program reads up to version 1");
 }
 
 TEST(Recipe, AVersionThatIsNoneIsDamage) {
