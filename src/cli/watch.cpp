@@ -1,14 +1,19 @@
 #include "cli/watch.h"
 
+#include <fcntl.h>
 #include <sys/inotify.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
-#include <set>
+#include <map>
+#include <optional>
 #include <string_view>
+#include <vector>
 
 #include "imaging/io/image_io.h"
 #include "storage/file_system.h"
@@ -18,6 +23,7 @@ namespace {
 
 constexpr std::uint32_t kEvents =
     IN_CLOSE_WRITE | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+constexpr std::uint32_t kGone = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED;
 
 class Descriptor {
   public:
@@ -57,6 +63,34 @@ void forEachEvent(std::string_view events, Each each) {
     }
 }
 
+/// What a file is known by for as long as nobody touches it.
+struct FileState {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::int64_t size = 0;         // bytes
+    std::int64_t seconds = 0;      // of its last change
+    std::int64_t nanoseconds = 0;  // beyond them
+    friend bool operator==(const FileState&, const FileState&) = default;
+};
+
+std::optional<FileState> stateOf(const std::string& path) {
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+    return FileState{status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec,
+                     status.st_mtim.tv_nsec};
+}
+
+/// Whether somebody has the file open for writing; its closing will then be told. Only a file of
+/// one's own can be asked, and any other counts as finished.
+bool isBeingWritten(const std::string& path) {
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (file.number() < 0) return false;
+    // Who opens it for writing in this very moment makes the kernel send a signal, by default one
+    // that ends a program.
+    ::fcntl(file.number(), F_SETSIG, SIGURG);
+    return ::fcntl(file.number(), F_SETLEASE, F_RDLCK) != 0 && errno == EAGAIN;
+}
+
 /// The name of a result that lies in the watched folder, however the two are spelled; else empty.
 std::string nameWithin(const std::string& folder, const std::filesystem::path& result) {
     const std::filesystem::path parent = result.has_parent_path() ? result.parent_path() : ".";
@@ -64,15 +98,80 @@ std::string nameWithin(const std::string& folder, const std::filesystem::path& r
     return std::filesystem::equivalent(parent, folder, failed) ? result.filename().string() : "";
 }
 
+/// Tells pictures that are new from those that were seen, and from the results among them.
+class Watcher {
+  public:
+    using Appeared = std::function<std::string(const std::string&)>;
+
+    Watcher(const std::string& folder, const Appeared& appeared)
+        : folder_(folder),
+          prefix_(folder.ends_with('/') ? folder : folder + "/"),
+          appeared_(appeared) {
+        forEachPicture([this](const std::string& name) { remember(name); });
+    }
+
+    /// A file of that name was closed or moved in.
+    void see(const std::string& name) {
+        if (!isPictureName(name) || isUnchangedResult(name)) return;
+        remember(name);  // before its pixels are read, so that a later change is one
+        const std::string result = appeared_(prefix_ + name);
+        if (result.empty()) return;
+        const std::string own = nameWithin(folder_, result);
+        if (const auto state = stateOf(prefix_ + own)) own_[own] = *state;
+    }
+
+    /// Events were lost: what is there tells what has happened.
+    void lookAround() {
+        std::vector<std::string> fresh;
+        forEachPicture([&](const std::string& name) {
+            const auto state = stateOf(prefix_ + name);
+            const auto seen = seen_.find(name);
+            const bool isNew = state && (seen == seen_.end() || seen->second != *state);
+            if (isNew && !isBeingWritten(prefix_ + name)) fresh.push_back(name);
+        });
+        for (const std::string& name : fresh) see(name);
+    }
+
+  private:
+    template <typename Each>
+    void forEachPicture(Each each) const {
+        std::error_code failed;
+        for (std::filesystem::directory_iterator at(folder_, failed), end; !failed && at != end;
+             at.increment(failed)) {
+            const std::string name = at->path().filename().string();
+            if (isPictureName(name)) each(name);
+        }
+    }
+    void remember(const std::string& name) {
+        if (const auto state = stateOf(prefix_ + name)) seen_[name] = *state;
+    }
+    /// Written here and untouched since. Each is told of twice, renamed and then closed, so that
+    /// one that was replaced in between is taken once.
+    bool isUnchangedResult(const std::string& name) {
+        const auto own = own_.find(name);
+        if (own == own_.end()) return false;
+        const auto now = stateOf(prefix_ + name);
+        if (now == own->second || isBeingWritten(prefix_ + name)) return true;
+        if (now) own->second = *now;
+        return false;
+    }
+
+    const std::string folder_;
+    const std::string prefix_;
+    const Appeared& appeared_;
+    std::map<std::string, FileState> seen_;  // pictures that were there or were rendered
+    std::map<std::string, FileState> own_;   // results that lie in the folder itself
+};
+
 }  // namespace
 
 Result<void> watchFolder(const std::string& folder,
                          const std::function<std::string(const std::string&)>& appeared) {
     const Descriptor queue(::inotify_init1(IN_CLOEXEC));
     if (queue.number() < 0) return lastError();
+    // The watch stands last: it tells that all is ready. What comes in the meantime is old.
+    Watcher watcher(folder, appeared);
     if (::inotify_add_watch(queue.number(), folder.c_str(), kEvents) < 0) return lastError();
-    const std::string prefix = folder.ends_with('/') ? folder : folder + "/";
-    std::set<std::string> ownNames;  // each appears twice: renamed, then closed
     std::array<char, 1 << 16> buffer;
     for (;;) {
         const ssize_t got = ::read(queue.number(), buffer.data(), buffer.size());
@@ -81,11 +180,9 @@ Result<void> watchFolder(const std::string& folder,
         bool gone = false;
         forEachEvent({buffer.data(), static_cast<std::size_t>(got)},
                      [&](std::uint32_t mask, const std::string& name) {
-                         gone = gone || (mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_IGNORED)) != 0;
-                         if ((mask & (IN_CLOSE_WRITE | IN_MOVED_TO)) == 0) return;
-                         if (ownNames.contains(name) || !isPictureName(name)) return;
-                         const std::string result = appeared(prefix + name);
-                         if (!result.empty()) ownNames.insert(nameWithin(folder, result));
+                         gone = gone || (mask & kGone) != 0;
+                         if ((mask & (IN_CLOSE_WRITE | IN_MOVED_TO)) != 0) watcher.see(name);
+                         if ((mask & IN_Q_OVERFLOW) != 0) watcher.lookAround();
                      });
         if (gone) return {ErrorCode::NotFound, "The folder is no longer there"};
     }

@@ -1,6 +1,11 @@
 // A watched folder.
 #include <gmock/gmock.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+
 #include <cstdio>
+#include <fstream>
 
 #include "cli/pictures.h"
 #include "cli/process.h"
@@ -115,6 +120,110 @@ TEST(Watch, WithoutAFolderToWriteToItDoesNotBegin) {
         EXPECT_EQ(refused.exitCode, 2);
         EXPECT_THAT(refused.err, HasSubstr("needs a folder to write to"));
     }
+}
+
+TEST(Watch, AResultThatSomebodyReplacedIsAPicture) {
+    const TemporaryFolder folder;
+    Process process({"--watch", folder.path(), "--format", "png"});
+    waitUntilWatching(process);
+    test::putPicture(folder / "a.png", 10, 10);
+    ASSERT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 1); }));
+    test::putPicture(folder / "a Reflection.png", 12, 12);
+    ASSERT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 2); }));
+    process.signal(SIGINT);
+    EXPECT_EQ(process.finish().out,
+              folder / "a Reflection.png\n" + (folder / "a Reflection Reflection.png\n"));
+}
+
+/// More events than the kernel keeps, while the process cannot read them.
+void overflowQueue(const Process& process, const TemporaryFolder& folder) {
+    process.signal(SIGSTOP);
+    siginfo_t stopped = {};
+    ::waitid(P_PID, static_cast<id_t>(process.id()), &stopped, WSTOPPED | WNOWAIT);
+    const int most = std::stoi(kernelText("/proc/sys/fs/inotify/max_queued_events"));
+    // By turns: the kernel counts equal events in a row as one.
+    for (int i = 0; i < most + 2; ++i) test::putFile(folder / (i % 2 == 0 ? "a" : "b"), "");
+}
+
+TEST(Watch, WhereEventsAreLostItLooksAtTheFolder) {
+    const TemporaryFolder folder;
+    const TemporaryFolder results;
+    test::putPicture(folder / "old.png", 10, 10);
+    Process process({"--watch", folder.path(), "-o", results.path()});
+    waitUntilWatching(process);
+    test::putPicture(folder / "first.png", 10, 10);
+    ASSERT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 1); }));
+    overflowQueue(process, folder);
+    const Bytes picture = *encodeImage(test::gradientPicture(10, 10), kUTTypePNG);
+    std::ofstream slow(folder / "slow.png", std::ios::binary);
+    slow.write(reinterpret_cast<const char*>(picture.data()), 40).flush();
+    test::putPicture(folder / "lost.png", 10, 10);
+    process.signal(SIGCONT);
+    ASSERT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 2); }));
+    // What was still being written is taken when it is whole.
+    slow.write(reinterpret_cast<const char*>(picture.data()) + 40,
+               static_cast<std::streamsize>(picture.size()) - 40);
+    slow.close();
+    ASSERT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 3); }));
+    process.signal(SIGINT);
+    const Finished finished = process.finish();
+    EXPECT_EQ(finished.out, results / "first Reflection.tiff\n" +
+                                (results / "lost Reflection.tiff\n") +
+                                (results / "slow Reflection.tiff\n"));
+    EXPECT_EQ(finished.err, "");
+}
+
+TEST(Watch, AResultThatCannotBeWrittenDoesNotEndIt) {
+    const TemporaryFolder folder;
+    const TemporaryFolder results;
+    Process process({"--watch", folder.path(), "-o", results.path(), "--compression", "none"}, [] {
+        // Stands for a full disk: 60,000 bytes are enough for the small result alone.
+        const rlimit limit = {60'000, RLIM_INFINITY};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    });
+    waitUntilWatching(process);
+    test::putPicture(folder / "large.png", 100, 100);  // 100 x 200 pixels of 4 bytes
+    test::putPicture(folder / "small.png", 10, 10);
+    ASSERT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 1); }));
+    process.signal(SIGINT);
+    const Finished finished = process.finish();
+    EXPECT_EQ(finished.exitCode, 130);
+    EXPECT_THAT(finished.err, HasSubstr("File too large"));
+    EXPECT_EQ(results.names(), std::vector<std::string>{"small Reflection.tiff"});
+}
+
+TEST(Watch, AFolderThatIsUnmountedOrMovedIsAFailure) {
+    const TemporaryFolder parent;
+    std::filesystem::create_directory(parent / "disk");
+    const std::string disk = parent / "disk";
+    // A view of the file system that only this child and its program have.
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const bool mounted =
+            (::unshare(CLONE_NEWNS) == 0 || ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) &&
+            ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+            ::mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=64k") == 0;
+        if (!mounted) ::_exit(77);
+        Process process({"--watch", disk});
+        waitUntilWatching(process);
+        ::umount(disk.c_str());
+        const Finished finished = process.finish();
+        test::putFile(parent / "seen", std::to_string(finished.exitCode) + " " + finished.err);
+        ::_exit(0);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    // Where nothing may be mounted, the other half of the test remains.
+    if (WEXITSTATUS(status) != 77) {
+        EXPECT_THAT(test::fileText(parent / "seen"), testing::StartsWith("1 "));
+        EXPECT_THAT(test::fileText(parent / "seen"), HasSubstr("no longer there"));
+    }
+    Process process({"--watch", disk});
+    waitUntilWatching(process);
+    std::filesystem::rename(disk, parent / "elsewhere");
+    const Finished finished = process.finish();
+    EXPECT_EQ(finished.exitCode, 1);
+    EXPECT_THAT(finished.err, HasSubstr("no longer there"));
 }
 
 TEST(Watch, AFolderThatIsNotThereOrGoesAwayIsAFailure) {
