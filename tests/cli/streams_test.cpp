@@ -3,6 +3,8 @@
 #include <pty.h>
 #include <sys/ioctl.h>
 
+#include <sstream>
+
 #include "cli/pictures.h"
 #include "cli/process.h"
 #include "storage/temporary_folder.h"
@@ -99,11 +101,12 @@ TEST(Streams, ClosedStreamsAreNoReasonToCrash) {
     EXPECT_TRUE(decodeImageFile(folder / "out.png"));
 }
 
-/// What the program shows on a terminal of 60 columns, with standard error on it.
-std::string onTerminal(const std::vector<std::string>& arguments, const char* noColor) {
+/// What the program shows on a terminal, with standard error on it.
+std::string onTerminal(const std::vector<std::string>& arguments, const char* noColor,
+                       unsigned short columns = 60) {
     int terminal = -1;
     int screen = -1;
-    const winsize size = {20, 60, 0, 0};
+    const winsize size = {20, columns, 0, 0};
     if (::openpty(&terminal, &screen, nullptr, nullptr, &size) != 0) return "(no terminal)";
     {
         test::Process process(arguments, [&] {
@@ -135,6 +138,25 @@ TEST(Streams, ProgressIsShownOnATerminalOnlyAndWipedAtTheEnd) {
     EXPECT_THAT(shown, testing::EndsWith("\r\x1b[K"));
     EXPECT_EQ(onTerminal({folder / "a.png", folder / "b.png", "-f", "-q"}, nullptr), "");
     EXPECT_EQ(render({folder / "a.png", folder / "b.png", "-f"}).err, "");
+}
+
+TEST(Streams, ProgressNeverFillsALineOfANarrowTerminal) {
+    const TemporaryFolder folder;
+    const std::string name = folder / "\xE6\x97\xA5\xE6\x9C\xAC.png";  // two wide letters
+    test::putPicture(name, 30, 20);
+    test::putPicture(folder / "b.png", 30, 20);
+    for (const unsigned short columns : {1, 2, 12, 28, 60}) {
+        const std::string shown = onTerminal({name, folder / "b.png", "-f"}, nullptr, columns);
+        EXPECT_THAT(shown, HasSubstr("\r\x1b[K")) << columns;
+        // Between two returns to the line's start there is less than a line.
+        std::size_t longest = 0;
+        std::istringstream lines(shown);
+        for (std::string line; std::getline(lines, line, '\r');) {
+            const std::size_t escape = std::min(line.size(), std::string_view("\x1b[K").size());
+            longest = std::max(longest, line.size() - escape);
+        }
+        EXPECT_LT(longest, columns);
+    }
 }
 
 TEST(Streams, ColourObeysNoColor) {
