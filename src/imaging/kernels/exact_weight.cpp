@@ -11,8 +11,8 @@ namespace {
 
 constexpr int kOrder = 255;
 constexpr int kCells = 65536;
+constexpr std::uint64_t kLastPart = 255;
 constexpr int kDyadicStep = 512;  // multiples of this in 2^-16 are fractions with q <= 128
-constexpr double kExactFrom = 128;
 // Product and sum are each off by 2^-46 at most. A product d * f with d a multiple of q is off the
 // whole number it stands for by at least |f * q - p|; from here on neither rounding can close that.
 constexpr double kNear = 0x1p-44;
@@ -39,6 +39,22 @@ std::vector<std::int32_t> boundariesByCell() {
     return cells;
 }
 
+std::vector<std::uint32_t> boundaryParts() {
+    const std::int32_t* cells = boundaryTable();
+    std::vector<std::uint32_t> fours(kCells / 4);
+    for (std::uint64_t cell = 0; cell < kCells; ++cell) {
+        const auto numerator = static_cast<std::uint64_t>(cells[cell] >> 8);
+        const auto denominator = static_cast<std::uint64_t>(cells[cell] & 0xFF);
+        std::uint64_t part = kLastPart;
+        if (cell % kDyadicStep == 0)
+            part = 0;
+        else if (denominator != 0)
+            part = (numerator << 24) / denominator - (cell << 8);
+        fours[cell / 4] |= static_cast<std::uint32_t>(part << 8 * (cell % 4));
+    }
+    return fours;
+}
+
 /// A cell's edges that are boundaries k / 128 are numbers that a double holds; on them the
 /// arithmetic is exact. The fraction inside the cell is no such number: what looks equal is close.
 bool nearAnyBoundary(double fraction, int cell, std::int32_t inside) {
@@ -59,6 +75,11 @@ double wholePart(double position) {
 const std::int32_t* boundaryTable() {
     static const std::vector<std::int32_t> cells = boundariesByCell();
     return cells.data();
+}
+
+const std::uint32_t* boundaryPartTable() {
+    static const std::vector<std::uint32_t> fours = boundaryParts();
+    return fours.data();
 }
 
 ExactWeight exactWeight(double position) {

@@ -21,13 +21,16 @@ struct ExactWeight {
     std::uint16_t weight;
     /// The double arithmetic M0 + d * f may round a sum onto a whole number that the exact value
     /// only comes close to; such a column has to be calculated in doubles. False for every
-    /// position of 128 or more: there the fraction has at most 45 bits after the point, products
-    /// and sums below 256 have 53 bits, and all of them are exact.
+    /// position of kExactFrom or more: there the fraction has at most 45 bits after the point,
+    /// products and sums below 256 have 53 bits, and all of them are exact.
     bool needsDoubles;
 };
 
 /// `position` >= 0 and below 2^31; its fraction is what is turned into a weight.
 ExactWeight exactWeight(double position);
+
+/// From here on no position needs doubles.
+inline constexpr double kExactFrom = 128;
 
 /// Equally spaced positions in a row of source pixels: column x lies at (x - origin) * scale, in
 /// double precision, difference and product rounded each. All are >= 0 and below 2^31.
@@ -63,5 +66,11 @@ std::size_t planShapeColumns(const ColumnPositions& positions, std::int32_t firs
 /// numerator of 1 over 0 no fraction reaches.
 inline constexpr std::int32_t kNoBoundary = 1 << 8;
 const std::int32_t* boundaryTable();
+
+/// In which of 256 parts of its cell each boundary lies, four cells an entry, the first one lowest:
+/// a fraction's weight is its cell before that part and one more behind it. Part 0 for a cell that
+/// begins at a boundary, 255 for one without; a fraction in that part itself needs a closer look.
+/// A quarter of the table above, so that it stays in a cache between two rows.
+const std::uint32_t* boundaryPartTable();
 
 }  // namespace skarnel::kernels

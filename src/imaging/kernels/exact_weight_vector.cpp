@@ -5,6 +5,9 @@
 // The targets' code follows.
 #include <hwy/highway.h>
 
+#include <algorithm>
+#include <limits>
+
 #include "imaging/kernels/exact_weight.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -20,61 +23,214 @@ std::size_t PlanShapeColumns(const ColumnPositions& positions, std::int32_t firs
 #else
 namespace hn = hwy::HWY_NAMESPACE;
 
-/// Doubles in full vectors, what becomes whole numbers in half ones.
-std::size_t PlanShapeColumns(const ColumnPositions& positions, std::int32_t first,
-                             std::size_t count, std::int32_t* HWY_RESTRICT from,
-                             std::uint32_t* HWY_RESTRICT weight,
-                             std::int32_t* HWY_RESTRICT inDoubles) {
-    const hn::ScalableTag<double> df;
-    const hn::Rebind<std::int32_t, decltype(df)> di32;
-    const std::size_t lanes = hn::Lanes(df);
-    const std::int32_t* HWY_RESTRICT table = boundaryTable();
-    const auto origin = hn::Set(df, positions.origin);
-    const auto scale = hn::Set(df, positions.scale);
-    const auto one = hn::Set(df, 1.0);
-    const auto dyadic = hn::Set(di32, 511);
-    std::size_t found = 0;
-    std::size_t i = 0;
-    for (; i + lanes <= count; i += lanes) {
-        const auto x = hn::PromoteTo(df, hn::Iota(di32, first + static_cast<std::int32_t>(i)));
-        const auto position = hn::Mul(hn::Sub(x, origin), scale);
-        const auto before = hn::Floor(position);
-        const auto last = hn::Ge(before, hn::Set(df, static_cast<double>(positions.lastPixel)));
-        const auto fraction = hn::Sub(position, before);
-        const auto scaled = hn::Mul(fraction, hn::Set(df, 65536.0));
-        const auto cell = hn::DemoteTo(di32, scaled);
-        const auto cellStart = hn::PromoteTo(df, cell);
-        const auto inside = hn::GatherIndex(di32, table, cell);
-        const auto numerator = hn::PromoteTo(df, hn::ShiftRight<8>(inside));
-        const auto denominator = hn::PromoteTo(df, hn::And(inside, hn::Set(di32, 255)));
-        const auto above = hn::Sub(hn::Mul(fraction, denominator), numerator);
-        const auto past = hn::IfThenElseZero(hn::Ge(above, hn::Zero(df)), one);
-        const auto onEdge = hn::Eq(hn::And(cell, dyadic), hn::Zero(di32));
-        const auto edge = hn::PromoteTo(df, hn::VecFromMask(di32, onEdge));  // -1 there
-        const auto within = hn::IfThenZeroElse(hn::Eq(scaled, cellStart), edge);
-        const auto exact = hn::Sub(hn::Add(cellStart, past), within);
-        const auto q = hn::DemoteTo(di32, hn::IfThenZeroElse(last, exact));
-        hn::StoreU(
-            hn::DemoteTo(di32,
-                         hn::IfThenElse(last, hn::Set(df, static_cast<double>(positions.lastPixel)),
-                                        before)),
-            di32, from + i);
-        const hn::RebindToUnsigned<decltype(di32)> d32;
-        const auto bits = hn::BitCast(d32, q);
-        hn::StoreU(hn::Or(bits, hn::ShiftLeft<16>(bits)), d32, weight + i);
+/// What the columns of a row are written to.
+struct PlannedColumns {
+    std::int32_t* HWY_RESTRICT from;
+    std::uint32_t* HWY_RESTRICT weight;
+    std::int32_t* HWY_RESTRICT inDoubles;
+    std::size_t found;
+};
 
-        // The definition decides for a group that comes close to a boundary where doubles round.
-        if (hn::GetLane(position) >= 128) continue;
-        const auto nearInside = hn::Lt(hn::Abs(above), hn::Set(df, 0x1p-44));
-        const auto nearest = hn::Abs(hn::Sub(scaled, hn::Round(scaled)));
+/// The definition for columns [begin, end), counted from `first`.
+HWY_INLINE void PlanOneByOne(const ColumnPositions& positions, std::int32_t first,
+                             std::size_t begin, std::size_t end, PlannedColumns& planned) {
+    planned.found += scalar::planShapeColumns(
+        positions, first + static_cast<std::int32_t>(begin), end - begin, planned.from + begin,
+        planned.weight + begin, planned.inDoubles + planned.found);
+}
+
+// Doubles in full vectors, what becomes whole numbers in half ones.
+using DF = hn::ScalableTag<double>;
+using DIndex = hn::Rebind<std::int32_t, DF>;
+using DWeight = hn::RebindToUnsigned<DIndex>;
+using VF = hn::Vec<DF>;
+constexpr std::size_t kDoubles = hn::MaxLanes(DF());
+
+/// What the positions in a vector come to.
+struct Planned {
+    VF position, scaled, above;
+    hn::Vec<DIndex> from;
+    hn::Vec<DWeight> weight;
+};
+
+HWY_INLINE Planned PlanVector(const ColumnPositions& positions, hn::Vec<DIndex> columns) {
+    const DF df;
+    const DIndex di32;
+    const auto lastPixel = hn::Set(df, static_cast<double>(positions.lastPixel));
+    const auto position =
+        hn::Mul(hn::Sub(hn::PromoteTo(df, columns), hn::Set(df, positions.origin)),
+                hn::Set(df, positions.scale));
+    const auto whole = hn::Floor(position);
+    const auto last = hn::Ge(whole, lastPixel);
+    const auto fraction = hn::Sub(position, whole);
+    const auto scaled = hn::Mul(fraction, hn::Set(df, 65536.0));
+    const auto cell = hn::DemoteTo(di32, scaled);
+    const auto cellStart = hn::PromoteTo(df, cell);
+    const auto inside = hn::GatherIndex(di32, boundaryTable(), cell);
+    const auto numerator = hn::PromoteTo(df, hn::ShiftRight<8>(inside));
+    const auto denominator = hn::PromoteTo(df, hn::And(inside, hn::Set(di32, 255)));
+    const auto above = hn::Sub(hn::Mul(fraction, denominator), numerator);
+    const auto past = hn::IfThenElseZero(hn::Ge(above, hn::Zero(df)), hn::Set(df, 1.0));
+    const auto onEdge = hn::Eq(hn::And(cell, hn::Set(di32, 511)), hn::Zero(di32));
+    const auto edge = hn::PromoteTo(df, hn::VecFromMask(di32, onEdge));  // -1 there
+    const auto within = hn::IfThenZeroElse(hn::Eq(scaled, cellStart), edge);
+    const auto exact = hn::Sub(hn::Add(cellStart, past), within);
+    const auto q = hn::BitCast(DWeight(), hn::DemoteTo(di32, hn::IfThenZeroElse(last, exact)));
+    return {position, scaled, above, hn::DemoteTo(di32, hn::IfThenElse(last, lastPixel, whole)),
+            hn::Or(q, hn::ShiftLeft<16>(q))};
+}
+
+/// Columns [begin, end). Ends at the first vector whose positions do not lie below `before`;
+/// returns where.
+std::size_t PlanInDoubles(const ColumnPositions& positions, std::int32_t first, std::size_t begin,
+                          std::size_t end, double before, PlannedColumns& planned) {
+    const DF df;
+    const DIndex di32;
+    std::size_t i = begin;
+    for (; i + kDoubles <= end; i += kDoubles) {
+        const Planned made =
+            PlanVector(positions, hn::Iota(di32, first + static_cast<std::int32_t>(i)));
+        if (hn::GetLane(made.position) >= before) return i;
+        hn::StoreU(made.from, di32, planned.from + i);
+        hn::StoreU(made.weight, DWeight(), planned.weight + i);
+
+        // The definition decides for a column that comes close to a boundary where doubles round.
+        if (hn::GetLane(made.position) >= kExactFrom) continue;
+        const auto nearInside = hn::Lt(hn::Abs(made.above), hn::Set(df, 0x1p-44));
+        const auto nearest = hn::Abs(hn::Sub(made.scaled, hn::Round(made.scaled)));
         const auto nearEdge =
             hn::AndNot(hn::Eq(nearest, hn::Zero(df)), hn::Lt(nearest, hn::Set(df, 0x1p-28)));
-        if (!hn::AllFalse(df, hn::Or(nearInside, nearEdge)))
-            found += scalar::planShapeColumns(positions, first + static_cast<std::int32_t>(i),
-                                              lanes, from + i, weight + i, inDoubles + found);
+        const auto close = hn::Or(nearInside, nearEdge);
+        if (hn::AllFalse(df, close)) continue;
+        HWY_ALIGN double isClose[kDoubles];
+        hn::Store(hn::IfThenElseZero(close, hn::Set(df, 1.0)), df, isClose);
+        for (std::size_t k = 0; k < kDoubles; ++k)
+            if (isClose[k] != 0) PlanOneByOne(positions, first, i + k, i + k + 1, planned);
     }
-    return found + scalar::planShapeColumns(positions, first + static_cast<std::int32_t>(i),
-                                            count - i, from + i, weight + i, inDoubles + found);
+    return i;
+}
+
+/// Columns here and there, counted from `first`; none of them needs doubles for its bytes.
+void PlanScattered(const ColumnPositions& positions, std::int32_t first,
+                   const std::int32_t* HWY_RESTRICT columns, std::size_t count,
+                   PlannedColumns& planned) {
+    const DIndex di32;
+    std::size_t i = 0;
+    for (; i + kDoubles <= count; i += kDoubles) {
+        const Planned made =
+            PlanVector(positions, hn::Add(hn::LoadU(di32, columns + i), hn::Set(di32, first)));
+        HWY_ALIGN std::int32_t from[kDoubles];
+        HWY_ALIGN std::uint32_t weight[kDoubles];
+        hn::Store(made.from, di32, from);
+        hn::Store(made.weight, DWeight(), weight);
+        for (std::size_t k = 0; k < kDoubles; ++k) {
+            const std::int32_t at = columns[i + k];
+            planned.from[at] = from[k];
+            planned.weight[at] = weight[k];
+        }
+    }
+    for (; i < count; ++i) {
+        const auto at = static_cast<std::size_t>(columns[i]);
+        PlanOneByOne(positions, first, at, at + 1, planned);
+    }
+}
+
+// Positions in whole numbers of 2^-48: pixel, cell and what lies above the cell's start are the
+// parts of 64 bits.
+//
+//   | pixel 16 | cell 16 | above 32 |
+//
+// A sum of steps is off the double position by less than kUnsure: the double's own rounding is at
+// most 2^-39 on either side (2^9 units), and each of up to kMostSteps steps adds less than one
+// unit. Nearer than that to a boundary or to a cell's edge doubles decide. Only positions that are
+// fractions of small denominators come so near: two different fractions p / q and n / span are at
+// least 1 / (q span) apart.
+constexpr double kUnit = 0x1p48;
+constexpr std::int32_t kMostPixels = 1 << 15;
+constexpr std::size_t kMostSteps = std::size_t{1} << 13;
+constexpr std::uint32_t kUnsure = 1U << 14;
+constexpr std::uint32_t kPart = 1U << 24;
+constexpr double kLargestScale = 256;
+
+/// Columns [begin, end), whose positions are at least kExactFrom and below positions.lastPixel.
+/// Returns where it ended: less than a vector before the end.
+std::size_t PlanInWholeNumbers(const ColumnPositions& positions, std::int32_t first,
+                               std::size_t begin, std::size_t end, PlannedColumns& planned) {
+    const hn::ScalableTag<std::uint64_t> d64;
+    const hn::Repartition<std::uint32_t, decltype(d64)> d32;
+    const hn::RebindToSigned<decltype(d32)> di32;
+    const std::size_t lanes = hn::Lanes(d32);
+    HWY_ALIGN std::uint64_t starts[hn::MaxLanes(d32)];
+    for (std::size_t i = 0; i < lanes; ++i) {
+        const double x = first + static_cast<std::int32_t>(begin + i);
+        starts[i] = static_cast<std::uint64_t>((x - positions.origin) * positions.scale * kUnit);
+    }
+    auto lower = hn::Load(d64, starts);
+    auto upper = hn::Load(d64, starts + lanes / 2);
+    const auto step = hn::Set(
+        d64, static_cast<std::uint64_t>(static_cast<double>(lanes) * positions.scale * kUnit));
+    const std::uint32_t* HWY_RESTRICT table = boundaryPartTable();
+    const auto unsure = hn::Set(d32, kUnsure);
+    const auto edgeWindow = hn::Set(d32, 2 * kUnsure);
+    const auto partWindow = hn::Set(d32, kPart + 2 * kUnsure);
+    const auto three = hn::Set(d32, 3U);
+    const auto top = hn::Set(d32, 0xFF000000U);
+    const auto low16 = hn::Set(d32, 0xFFFFU);
+    const auto one = hn::Set(d32, 1U);
+    std::int32_t* HWY_RESTRICT left = planned.inDoubles + planned.found;
+    std::size_t leftCount = 0;
+    std::size_t i = begin;
+    for (; i + lanes <= end; i += lanes) {
+        const auto a = hn::BitCast(d32, lower);
+        const auto b = hn::BitCast(d32, upper);
+        const auto above = hn::ConcatEven(d32, b, a);
+        const auto head = hn::ConcatOdd(d32, b, a);
+        const auto cell = hn::And(head, low16);
+        const auto four = hn::GatherIndex(d32, table, hn::BitCast(di32, hn::ShiftRight<2>(cell)));
+        const auto toTop = hn::ShiftLeft<3>(hn::AndNot(cell, three));
+        const auto part = hn::And(hn::Shl(four, toTop), top);
+        const auto before = hn::VecFromMask(d32, hn::Lt(above, part));  // -1 there
+        const auto weight = hn::Add(hn::Add(cell, one), before);
+        hn::StoreU(hn::BitCast(di32, hn::ShiftRight<16>(head)), di32, planned.from + i);
+        hn::StoreU(hn::Or(weight, hn::ShiftLeft<16>(weight)), d32, planned.weight + i);
+        lower = hn::Add(lower, step);
+        upper = hn::Add(upper, step);
+
+        const auto fromEdge = hn::Add(above, unsure);
+        const auto close =
+            hn::Or(hn::Lt(fromEdge, edgeWindow), hn::Lt(hn::Sub(fromEdge, part), partWindow));
+        if (HWY_LIKELY(hn::AllFalse(d32, close))) continue;
+        // Room for a whole vector: no column before this one is among those that need doubles.
+        const auto columns = hn::Iota(di32, static_cast<std::int32_t>(i));
+        hn::StoreU(hn::Compress(columns, hn::RebindMask(di32, close)), di32, left + leftCount);
+        leftCount += hn::CountTrue(d32, close);
+    }
+    PlanScattered(positions, first, left, leftCount, planned);
+    return i;
+}
+
+/// The column, counted from `first`, before which all positions certainly lie below the last pixel.
+HWY_INLINE std::size_t EndOfPairs(const ColumnPositions& positions, std::int32_t first,
+                                  std::size_t count) {
+    const double end = positions.origin + (positions.lastPixel - 1) / positions.scale - first;
+    return end > 0 ? static_cast<std::size_t>(std::min(end, static_cast<double>(count))) : 0;
+}
+
+std::size_t PlanShapeColumns(const ColumnPositions& positions, std::int32_t first,
+                             std::size_t count, std::int32_t* from, std::uint32_t* weight,
+                             std::int32_t* inDoubles) {
+    PlannedColumns planned{from, weight, inDoubles, 0};
+    std::size_t done = 0;
+    if (positions.lastPixel < kMostPixels && positions.scale < kLargestScale &&
+        count <= kMostSteps * hn::Lanes(hn::ScalableTag<std::uint32_t>())) {
+        const std::size_t pairs = EndOfPairs(positions, first, count);
+        done = PlanInDoubles(positions, first, 0, pairs, kExactFrom, planned);
+        done = PlanInWholeNumbers(positions, first, done, pairs, planned);
+    }
+    const double everywhere = std::numeric_limits<double>::infinity();
+    done = PlanInDoubles(positions, first, done, count, everywhere, planned);
+    PlanOneByOne(positions, first, done, count, planned);
+    return planned.found;
 }
 
 #endif

@@ -4,6 +4,9 @@
 
 #include <cmath>
 #include <random>
+#include <vector>
+
+#include "imaging/kernels/targets.h"
 
 namespace skarnel::kernels {
 namespace {
@@ -22,6 +25,39 @@ void expectExact(double position) {
             const auto value = static_cast<int>(first + d * fraction);
             ASSERT_EQ(first + shift, value) << "position " << position << " d " << d;
         }
+    }
+}
+
+struct Plan {
+    std::vector<std::int32_t> from, inDoubles;
+    std::vector<std::uint32_t> weight;
+    bool operator==(const Plan&) const = default;
+};
+
+/// All columns of a row whose columns inset .. span - inset show `pixels` pixels.
+Plan planned(int pixels, int inset, int outWidth) {
+    const double span = outWidth - 2 * inset;
+    const auto count = static_cast<std::size_t>(outWidth - 2 * inset + 1);
+    Plan plan;
+    plan.from.resize(count);
+    plan.weight.resize(count);
+    plan.inDoubles.resize(count);
+    plan.inDoubles.resize(planShapeColumns({1.0 * inset, (pixels - 1) / span, pixels - 1}, inset,
+                                           count, plan.from.data(), plan.weight.data(),
+                                           plan.inDoubles.data()));
+    return plan;
+}
+
+void expectPlannedAlike(int pixels, int inset, int outWidth) {
+    Plan expected;
+    {
+        const ScopedTarget scalarOnly(kScalarTarget);
+        expected = planned(pixels, inset, outWidth);
+    }
+    for (const Target target : supportedTargets()) {
+        const ScopedTarget only(target);
+        ASSERT_EQ(planned(pixels, inset, outWidth), expected)
+            << targetName(target) << ": " << pixels << " pixels over " << outWidth - 2 * inset;
     }
 }
 
@@ -62,6 +98,25 @@ TEST(ExactWeight, AWholePositionHasNoWeight) {
 // for d = -2 it lies below -1, so the floor is -2, which the weight of a half would miss.
 TEST(ExactWeight, AFractionJustAboveABoundaryLeavesTheBoundary) {
     EXPECT_EQ(exactWeight(std::nextafter(300.5, 301.0)).weight, 32769);
+}
+
+// Every span in turn, so that positions come upon boundaries of every denominator.
+TEST(ExactWeight, RowsArePlannedAlikeForEverySpan) {
+    for (int inset = 0; inset < 350; ++inset) expectPlannedAlike(1000, inset, 1700);
+    for (int pixels = 1; pixels < 400; ++pixels) expectPlannedAlike(pixels, 3, 400);
+}
+
+// Where all columns lie on boundaries, at whole and half positions, and at the widths where whole
+// numbers end.
+TEST(ExactWeight, RowsArePlannedAlikeAtTheirLimits) {
+    for (const int span : {500, 999, 1998, 3996, 255 * 8, 256 * 8})
+        expectPlannedAlike(1000, 7, span + 14);
+    for (const int pixels : {32767, 32768, 32769, 65537}) {
+        expectPlannedAlike(pixels, 0, pixels);
+        expectPlannedAlike(pixels, 0, 40000);
+        expectPlannedAlike(pixels, 5, 120);
+    }
+    expectPlannedAlike(2000, 0, 140000);  // more columns than are added up
 }
 
 }  // namespace
