@@ -26,13 +26,13 @@ using VI32 = hn::Vec<DI32>;
 using VF = hn::Vec<DF>;
 constexpr std::size_t kLanes = hn::MaxLanes(D32());
 
-/// lerpByte on bytes in 16-bit lanes; the rounding high product is exactly its formula.
+/// What lerpByte adds to `first`, on bytes in 16-bit lanes; the rounding high product is exactly
+/// its formula.
 template <class D16, class V16>
-HWY_INLINE V16 Lerp(D16 d16, V16 first, V16 second, V16 weight) {
+HWY_INLINE V16 LerpChange(D16 d16, V16 first, V16 second, V16 weight) {
     const hn::RebindToSigned<D16> di16;
     const auto difference = hn::BitCast(di16, hn::Sub(second, first));
-    return hn::Add(first,
-                   hn::BitCast(d16, hn::MulFixedPoint15(difference, hn::BitCast(di16, weight))));
+    return hn::BitCast(d16, hn::MulFixedPoint15(difference, hn::BitCast(di16, weight)));
 }
 
 /// The same for pixels in 32-bit lanes, R and B apart from G and A.
@@ -43,9 +43,11 @@ HWY_INLINE V32 LerpPixels(V32 first, V32 second, V32 weight, V32 evenBytes) {
     const auto a = hn::BitCast(d16, first);
     const auto b = hn::BitCast(d16, second);
     const auto w = hn::BitCast(d16, weight);
-    const auto even = Lerp(d16, hn::And(a, low), hn::And(b, low), w);
-    const auto odd = Lerp(d16, hn::ShiftRight<8>(a), hn::ShiftRight<8>(b), w);
-    return hn::BitCast(d32, hn::Or(even, hn::ShiftLeft<8>(odd)));
+    const auto even = LerpChange(d16, hn::And(a, low), hn::And(b, low), w);
+    const auto odd = LerpChange(d16, hn::ShiftRight<8>(a), hn::ShiftRight<8>(b), w);
+    const auto change =
+        hn::OddEven(hn::BitCast(D8(), hn::ShiftLeft<8>(odd)), hn::BitCast(D8(), even));
+    return hn::BitCast(d32, hn::Add(hn::BitCast(D8(), first), change));
 }
 
 HWY_INLINE V32 EvenBytes() {

@@ -34,11 +34,12 @@ class Band {
           offset_(hn::ConvertTo(DF(), hn::Iota(DI32(), row - walk.middleRow))),
           last_(hn::Set(DF(), walk.last)),
           evenBytes_(EvenBytes()),
-          fraction_(hn::Set(DI32(), kLerpUnit - 1)),
+          fraction_(hn::Set(D32(), (kLerpUnit - 1) * 0x10001U)),
+          twice_(TwicePattern()),
           one_(hn::Set(DI32(), 1)) {}
 
-    /// Columns x, x + 1, ... of all rows, turned over: vector i holds row i.
-    HWY_INLINE void Walk(std::size_t x, V32* HWY_RESTRICT block) const {
+    /// Whether columns x, x + 1, ... cover all rows, none of them walked fast.
+    HWY_INLINE bool IsInside(std::size_t x) const {
         const DI32 di32;
         const ColumnCover& cover = walk_.cover;
         const auto first = hn::Set(di32, row_);
@@ -47,22 +48,30 @@ class Band {
         const auto behind = hn::Lt(hn::LoadU(di32, cover.fullEnd + x), end);
         const auto step = hn::LoadU(DF(), walk_.step + x);
         const auto fast = hn::RebindMask(di32, hn::Gt(step, hn::Set(DF(), kLargestStep)));
-        if (hn::AllFalse(di32, hn::Or(fast, hn::Or(before, behind)))) {
-            const std::ptrdiff_t strideBytes = 4 * walk_.columnStride;
-            const std::uint8_t* column =
-                walk_.source + static_cast<std::ptrdiff_t>(x) * strideBytes;
+        return hn::AllFalse(di32, hn::Or(fast, hn::Or(before, behind)));
+    }
+
+    /// Columns x, x + 1, ... of all rows, turned over: vector i holds row i. For columns inside.
+    HWY_INLINE void Walk(std::size_t x, V32* HWY_RESTRICT block) const {
+        const std::ptrdiff_t strideBytes = 4 * walk_.columnStride;
+        const std::uint8_t* column = walk_.source + static_cast<std::ptrdiff_t>(x) * strideBytes;
 #pragma GCC unroll 16
-            for (std::size_t i = 0; i < kLanes; ++i, column += strideBytes)
-                block[i] = Column(column, walk_.centre[x + i], walk_.step[x + i]);
-        } else {
-            const auto begun = hn::Lt(hn::LoadU(di32, cover.begin + x), end);
-            const auto ended = hn::Gt(hn::LoadU(di32, cover.end + x), first);
-            const bool nothing = hn::AllFalse(di32, hn::And(begun, ended));
-            for (std::size_t i = 0; i < kLanes; ++i)
-                block[i] = nothing ? hn::Zero(D32()) : EdgeColumn(x + i);
-            if (nothing) return;
-        }
+        for (std::size_t i = 0; i < kLanes; ++i, column += strideBytes)
+            block[i] = Column(column, walk_.centre[x + i], walk_.step[x + i]);
         Transpose(D32(), block);
+    }
+
+    /// The same for any columns. Apart from Walk, whose block then stays in registers.
+    HWY_NOINLINE void WalkEdges(std::size_t x, V32* HWY_RESTRICT block) const {
+        const DI32 di32;
+        const ColumnCover& cover = walk_.cover;
+        const auto end = hn::Set(di32, row_ + static_cast<int>(kLanes));
+        const auto begun = hn::Lt(hn::LoadU(di32, cover.begin + x), end);
+        const auto ended = hn::Gt(hn::LoadU(di32, cover.end + x), hn::Set(di32, row_));
+        const bool nothing = hn::AllFalse(di32, hn::And(begun, ended));
+        for (std::size_t i = 0; i < kLanes; ++i)
+            block[i] = nothing ? hn::Zero(D32()) : EdgeColumn(x + i);
+        if (!nothing) Transpose(D32(), block);
     }
 
   private:
@@ -83,7 +92,7 @@ class Band {
             units = Truncated(df, position);
             at = hn::ShiftRight<15>(units);
         }
-        const auto weight = hn::BitCast(d32, hn::And(units, fraction_));
+        const auto weight = hn::And(TwiceLow(units), fraction_);
         const std::int32_t start = hn::GetLane(at);
         const std::uint8_t* run = column + std::ptrdiff_t{4} * start;
         // What the next band will want of this column; a band takes up to two lines.
@@ -93,8 +102,13 @@ class Band {
         const V32 high = LoadPixels(run + 4 * kLanes);
         const auto offset = hn::Sub(at, hn::Set(di32, start));
         return LerpPixels(PickFromTwo(d32, low, high, offset),
-                          PickFromTwo(d32, low, high, hn::Add(offset, one_)),
-                          hn::Or(weight, hn::ShiftLeft<16>(weight)), evenBytes_);
+                          PickFromTwo(d32, low, high, hn::Add(offset, one_)), weight, evenBytes_);
+    }
+
+    /// The low 16 bits of each lane twice.
+    HWY_INLINE V32 TwiceLow(VI32 units) const {
+        return hn::BitCast(
+            D32(), hn::TableLookupBytes(hn::BitCast(D8(), units), hn::BitCast(D8(), twice_)));
     }
 
     /// The same for a step that passes more pixels than two vectors hold.
@@ -125,6 +139,12 @@ class Band {
         return ScaledPixels(pixels, hn::BitCast(d32, level));
     }
 
+    static HWY_INLINE V32 TwicePattern() {
+        alignas(16) static constexpr std::uint32_t kBytes[4] = {0x01000100, 0x05040504, 0x09080908,
+                                                                0x0D0C0D0C};
+        return hn::LoadDup128(D32(), kBytes);
+    }
+
     /// multiply255 of every component.
     static HWY_INLINE V32 ScaledPixels(V32 pixels, V32 level) {
         const hn::Repartition<std::uint16_t, D32> d16;
@@ -149,7 +169,8 @@ class Band {
     VF offset_;
     VF last_;
     V32 evenBytes_;
-    VI32 fraction_;
+    V32 fraction_;
+    V32 twice_;
     VI32 one_;
 };
 
@@ -165,10 +186,88 @@ HWY_INLINE void StoreRows(const V32* HWY_RESTRICT block, std::size_t rows,
     }
 }
 
-/// Columns begin .. end - 1 of a whole band of `rows` rows; at least kLanes columns.
+/// Columns are walked in strips of this many from top to bottom, so that each column is read in
+/// its own order and what a band needs of a strip stays in the nearest cache.
+constexpr std::size_t kStripColumns = 128;
+
+enum class Strip { First, Middle, Last, Only };
+
+/// The bands of a strip on their way past the caches. Each is gathered, so that whole cache lines
+/// of its rows leave for memory, and leaves bit by bit while the next band is walked: stores in a
+/// rush would only wait for the memory.
+class LineStream {
+  public:
+    static constexpr std::ptrdiff_t kStride = kLineBytes + 8 * kStripColumns;
+
+    LineStream(std::size_t columns, Strip strip, std::ptrdiff_t targetStride)
+        : bytes_(4 * columns), strip_(strip), targetStride_(targetStride) {}
+
+    /// Where the next band's pixels go; its rows lie kStride bytes apart.
+    std::uint8_t* Pixels() { return buffers_[filling_] + kLineBytes; }
+
+    /// The band is whole; the one before has left. What does not fill a line yet waits in
+    /// `unfinished`, a line for each row, for the next strip.
+    void Begin(std::uint8_t* target, int rows, std::uint8_t* unfinished) {
+        source_ = Pixels();
+        target_ = target;
+        unfinished_ = unfinished;
+        rowsLeft_ = rows;
+        filling_ = 1 - filling_;
+    }
+
+    /// Sends the next of the rows that are left, if any.
+    HWY_INLINE void SendRow() {
+        if (rowsLeft_ == 0) return;
+        FlushRow();
+        target_ += targetStride_;
+        source_ += kStride;
+        unfinished_ += kLineBytes;
+        --rowsLeft_;
+    }
+
+    void SendAll() {
+        while (rowsLeft_ > 0) SendRow();
+    }
+
+  private:
+    HWY_INLINE void FlushRow() {
+        std::uint8_t* HWY_RESTRICT target = target_;
+        std::uint8_t* HWY_RESTRICT source = source_;
+        constexpr auto kLine = static_cast<std::ptrdiff_t>(kLineBytes);
+        const auto end = static_cast<std::ptrdiff_t>(bytes_);
+        auto i =
+            -static_cast<std::ptrdiff_t>(reinterpret_cast<std::uintptr_t>(target) % kLineBytes);
+        if (strip_ == Strip::Middle || strip_ == Strip::Last) {
+            std::memcpy(source - kLine, unfinished_, kLineBytes);
+        } else if (i < 0) {
+            i += kLine;
+            std::memcpy(target, source, static_cast<std::size_t>(i));
+        }
+        for (; i + kLine <= end; i += kLine)
+            for (std::size_t part = 0; part < kLineBytes; part += 4 * kLanes)
+                hn::Stream(hn::LoadU(D8(), source + i + part), D8(), target + i + part);
+        if (strip_ == Strip::First || strip_ == Strip::Middle)
+            std::memcpy(unfinished_, source + end - kLine, kLineBytes);
+        else
+            std::memcpy(target + i, source + i, static_cast<std::size_t>(end - i));
+    }
+
+    std::size_t bytes_;  // of a row
+    Strip strip_;
+    std::ptrdiff_t targetStride_;
+    std::uint8_t* source_ = nullptr;
+    std::uint8_t* target_ = nullptr;
+    std::uint8_t* unfinished_ = nullptr;
+    int rowsLeft_ = 0;
+    std::size_t filling_ = 0;
+    alignas(kLineBytes) std::uint8_t buffers_[2][kBlockRows * kStride];
+};
+
+/// Columns begin .. end - 1 of a whole band of `rows` rows; at least kLanes columns. Now and then
+/// `lines`, if any, sends two rows of the band before.
 template <bool kTall>
 HWY_INLINE void WalkInto(std::uint8_t* target, std::ptrdiff_t strideBytes, const ColumnWalk& walk,
-                         int row, int rows, std::size_t begin, std::size_t end) {
+                         int row, int rows, std::size_t begin, std::size_t end, LineStream* lines) {
     for (int done = 0; done < rows; done += static_cast<int>(kLanes)) {
         const Band<kTall> band(walk, row + done);
         const auto count = std::min(kLanes, static_cast<std::size_t>(rows - done));
@@ -177,80 +276,42 @@ HWY_INLINE void WalkInto(std::uint8_t* target, std::ptrdiff_t strideBytes, const
             // The last block overlaps the one before; both write the same bytes.
             const std::size_t x = std::min(at, end - kLanes);
             V32 block[kLanes];
-            band.Walk(x, block);
-            StoreRows(block, count, out + 4 * (x - begin), strideBytes);
+            if (HWY_LIKELY(band.IsInside(x))) {
+                band.Walk(x, block);
+                StoreRows(block, count, out + 4 * (x - begin), strideBytes);
+            } else {
+                V32 edges[kLanes];
+                band.WalkEdges(x, edges);
+                StoreRows(edges, count, out + 4 * (x - begin), strideBytes);
+            }
+            if (lines == nullptr || at % kBlockRows != 0) continue;
+            lines->SendRow();
+            lines->SendRow();
         }
     }
 }
 
-/// Columns are walked in strips of this many from top to bottom, so that each column is read in
-/// its own order and what a band needs of a strip stays in the nearest cache.
-constexpr std::size_t kStripColumns = 128;
-
-enum class Strip { First, Middle, Last, Only };
-
-/// A band of a strip, gathered so that whole cache lines of each row leave for memory.
-class LineStream {
-  public:
-    static constexpr std::ptrdiff_t kStride = kLineBytes + 8 * kStripColumns;
-    /// The strip's pixels of row 0; the rows lie kStride bytes apart.
-    std::uint8_t* Pixels() { return bytes_ + kLineBytes; }
-
-    /// Sends the rows on. What does not fill a line yet waits in `unfinished` for the next strip.
-    void Flush(std::uint8_t* target, std::ptrdiff_t strideBytes, int rows, std::size_t columns,
-               std::uint8_t* unfinished, Strip strip) {
-        std::uint8_t* source = Pixels();
-        for (int i = 0; i < rows; ++i) {
-            FlushRow(target, source, 4 * columns, unfinished, strip);
-            target += strideBytes;
-            source += kStride;
-            unfinished += kLineBytes;
-        }
-    }
-
-  private:
-    static HWY_INLINE void FlushRow(std::uint8_t* HWY_RESTRICT target,
-                                    std::uint8_t* HWY_RESTRICT source, std::size_t bytes,
-                                    std::uint8_t* HWY_RESTRICT unfinished, Strip strip) {
-        constexpr auto kLine = static_cast<std::ptrdiff_t>(kLineBytes);
-        const auto end = static_cast<std::ptrdiff_t>(bytes);
-        auto i =
-            -static_cast<std::ptrdiff_t>(reinterpret_cast<std::uintptr_t>(target) % kLineBytes);
-        if (strip == Strip::Middle || strip == Strip::Last) {
-            std::memcpy(source - kLine, unfinished, kLineBytes);
-        } else if (i < 0) {
-            i += kLine;
-            std::memcpy(target, source, static_cast<std::size_t>(i));
-        }
-        for (; i + kLine <= end; i += kLine)
-            for (std::size_t part = 0; part < kLineBytes; part += 4 * kLanes)
-                hn::Stream(hn::LoadU(D8(), source + i + part), D8(), target + i + part);
-        if (strip == Strip::First || strip == Strip::Middle)
-            std::memcpy(unfinished, source + end - kLine, kLineBytes);
-        else
-            std::memcpy(target + i, source + i, static_cast<std::size_t>(end - i));
-    }
-
-    alignas(kLineBytes) std::uint8_t bytes_[kBlockRows * kStride];
-};
-
 template <bool kTall>
 void WalkStrip(const WalkTarget& target, const ColumnWalk& walk, std::size_t begin, std::size_t end,
                Strip strip) {
-    LineStream lines;
+    const bool streams = walk.unfinishedLines != nullptr && walk.columns >= kStripColumns;
+    LineStream lines(end - begin, strip, target.strideBytes);
     std::uint8_t* bytes = target.bytes + 4 * begin;
     for (int done = 0; done < target.rows; done += kBlockRows) {
         const int row = target.firstRow + done;
         const int rows = std::min(kBlockRows, target.rows - done);
-        if (walk.unfinishedLines == nullptr || walk.columns < kStripColumns) {
-            WalkInto<kTall>(bytes, target.strideBytes, walk, row, rows, begin, end);
+        if (streams) {
+            WalkInto<kTall>(lines.Pixels(), LineStream::kStride, walk, row, rows, begin, end,
+                            &lines);
+            lines.SendAll();
+            lines.Begin(bytes, rows,
+                        walk.unfinishedLines + kLineBytes * static_cast<std::size_t>(done));
         } else {
-            WalkInto<kTall>(lines.Pixels(), LineStream::kStride, walk, row, rows, begin, end);
-            lines.Flush(bytes, target.strideBytes, rows, end - begin,
-                        walk.unfinishedLines + kLineBytes * static_cast<std::size_t>(done), strip);
+            WalkInto<kTall>(bytes, target.strideBytes, walk, row, rows, begin, end, nullptr);
         }
         bytes += kBlockRows * target.strideBytes;
     }
+    lines.SendAll();
 }
 
 void WalkColumns(const WalkTarget& target, const ColumnWalk& walk) {
