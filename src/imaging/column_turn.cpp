@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <new>
 
@@ -22,6 +23,11 @@ bool hasUprightSides(const Quad& quad) {
 
 double mix(double a, double b, double t) {
     return (1 - t) * a + t * b;
+}
+
+std::uint8_t* columnBlock(int row, std::size_t column, const SqueezedPicture& target) {
+    return target.bytes.get() +
+           4 * (static_cast<std::ptrdiff_t>(column) * target.columnStride + row);
 }
 
 }  // namespace
@@ -102,8 +108,17 @@ std::optional<SqueezedPicture> ColumnTurn::squeezedPicture() const {
 
 void ColumnTurn::squeezeRows(int row, const std::uint8_t* const* sources,
                              std::size_t readablePixels, SqueezedPicture& target) const {
-    kernels::SqueezeTarget block{target.bytes.get() + std::ptrdiff_t{4} * row, target.columnStride,
+    squeezeColumns(row, 0, from_.size(), {sources, 0, width_, readablePixels}, target);
+}
+
+/// Columns [begin, end), which need no pixel beside the spans; after the last readable one comes
+/// that one again.
+void ColumnTurn::squeezeColumns(int row, std::size_t begin, std::size_t end, const RowSpans& spans,
+                                SqueezedPicture& target) const {
+    if (begin == end) return;
+    kernels::SqueezeTarget block{columnBlock(row, begin, target), target.columnStride,
                                  blockRows(row), target.stream};
+    const std::uint8_t* const* sources = spans.rows;
     const std::uint8_t* whole[kernels::kBlockRows];
     if (height_ >= kernels::kBlockRows && block.rows < kernels::kBlockRows) {
         // The room behind the last row takes that row again.
@@ -112,8 +127,54 @@ void ColumnTurn::squeezeRows(int row, const std::uint8_t* const* sources,
         sources = whole;
         block.rows = kernels::kBlockRows;
     }
-    kernels::squeezeRows(block, sources, readablePixels,
-                         {from_.data(), weight_.data(), from_.size()});
+    kernels::squeezeRows(block, sources, spans.readablePixels,
+                         {from_.data() + begin, weight_.data() + begin, end - begin, spans.first});
+}
+
+/// Columns [begin, end), each between the span's first or last pixel and the transparent one
+/// beside it.
+void ColumnTurn::squeezeEdge(int row, std::size_t begin, std::size_t end, Edge edge,
+                             const RowSpans& spans, SqueezedPicture& target) const {
+    if (begin == end) return;
+    std::uint8_t pixels[kernels::kBlockRows][8] = {};
+    const std::uint8_t* rows[kernels::kBlockRows];
+    const int last = spans.end - spans.first - 1;
+    for (int i = 0; i < blockRows(row); ++i) {
+        if (edge == Edge::Left)
+            std::memcpy(pixels[i] + 4, spans.rows[i], 4);
+        else
+            std::memcpy(pixels[i], spans.rows[i] + std::ptrdiff_t{4} * last, 4);
+        rows[i] = pixels[i];
+    }
+    const int first = edge == Edge::Left ? spans.first - 1 : spans.end - 1;
+    squeezeColumns(row, begin, end, {rows, first, first + 2, 2}, target);
+}
+
+void ColumnTurn::clearColumns(int row, std::size_t begin, std::size_t end,
+                              SqueezedPicture& target) const {
+    const int rows = height_ >= kernels::kBlockRows ? kernels::kBlockRows : blockRows(row);
+    std::uint8_t* column = columnBlock(row, begin, target);
+    for (; begin < end; ++begin, column += 4 * target.columnStride)
+        std::memset(column, 0, std::size_t{4} * static_cast<std::size_t>(rows));
+}
+
+//              first           end
+//   transparent  | picture ... |  transparent
+//       a column from first - 1 or from end - 1 on has one neighbour in each
+void ColumnTurn::squeezeSpans(int row, const RowSpans& spans, SqueezedPicture& target) const {
+    const auto columnFrom = [&](int pixel) {
+        return static_cast<std::size_t>(std::lower_bound(from_.begin(), from_.end(), pixel) -
+                                        from_.begin());
+    };
+    const std::size_t leftEdge = columnFrom(spans.first - 1);
+    const std::size_t inside = columnFrom(spans.first);
+    const std::size_t rightEdge = columnFrom(spans.end - 1);
+    const std::size_t beyond = columnFrom(spans.end);
+    clearColumns(row, 0, leftEdge, target);
+    squeezeEdge(row, leftEdge, inside, Edge::Left, spans, target);
+    squeezeColumns(row, inside, std::max(inside, rightEdge), spans, target);
+    squeezeEdge(row, std::max(inside, rightEdge), beyond, Edge::Right, spans, target);
+    clearColumns(row, beyond, from_.size(), target);
 }
 
 void ColumnTurn::walkRows(const SqueezedPicture& squeezed, int firstRow,

@@ -21,6 +21,14 @@
 
 namespace skarnel {
 
+/// Rows of which only the pixels [first, end) are shown; what lies beside them is transparent.
+struct RowSpans {
+    const std::uint8_t* const* rows;  // each from pixel `first` on
+    int first;
+    int end;
+    std::size_t readablePixels;  // of the memory behind each row; at least end - first
+};
+
 /// A picture after the first pass: column by column, so that the second reads runs of pixels.
 struct SqueezedPicture {
     std::shared_ptr<std::uint8_t> bytes;
@@ -42,6 +50,10 @@ class ColumnTurn {
     void squeezeRows(int row, const std::uint8_t* const* sources, std::size_t readablePixels,
                      SqueezedPicture& target) const;
 
+    /// The same for rows that are transparent but for a span of their own: 0 <= first < end, end at
+    /// most the width.
+    void squeezeSpans(int row, const RowSpans& spans, SqueezedPicture& target) const;
+
     int targetWidth() const { return static_cast<int>(from_.size()); }
 
     /// How many rows the first pass takes at once: the rows up to the next multiple of
@@ -61,6 +73,12 @@ class ColumnTurn {
 
   private:
     ColumnTurn() = default;
+    enum class Edge { Left, Right };
+    void squeezeColumns(int row, std::size_t begin, std::size_t end, const RowSpans& spans,
+                        SqueezedPicture& target) const;
+    void squeezeEdge(int row, std::size_t begin, std::size_t end, Edge edge, const RowSpans& spans,
+                     SqueezedPicture& target) const;
+    void clearColumns(int row, std::size_t begin, std::size_t end, SqueezedPicture& target) const;
     void planColumn(double position, double top, double length, int targetHeight);
 
     int width_ = 0;

@@ -144,6 +144,20 @@ bool CanvasRows::isOnlyPicture(int row) const {
            columns.size() == layout_.width && rows.fullyCovered();
 }
 
+std::optional<CanvasRows::PictureSpan> CanvasRows::pictureAlone(int row, int count,
+                                                                const std::uint8_t** rows) {
+    const AxisPlan& columns = plans_->pictureColumns;
+    const AxisPlan& lines = plans_->pictureRows;
+    if (background_ || row + count > reflectionTop_ || row < lines.first() ||
+        row + count > lines.end() || columns.size() < 1 || !lines.fullyCovered() ||
+        !columns.copyShift() || !lines.copyShift())
+        return std::nullopt;
+    const int index = row - lines.first();
+    for (int i = 0; i < count; ++i) rows[i] = pictureRows_->row(index + i);
+    return PictureSpan{columns.first(), columns.end(),
+                       pictureRows_->readableFrom(index + count - 1)};
+}
+
 const std::uint8_t* CanvasRows::row(int row, std::uint8_t* scratch) {
     if (isOnlyPicture(row) && plans_->pictureColumns.copyShift() && plans_->pictureRows.copyShift())
         return pictureRows_->row(row - plans_->pictureRows.first());

@@ -51,6 +51,15 @@ class CanvasRows {
     /// there. The picture's own stays readable as long as the picture.
     const std::uint8_t* row(int row, std::uint8_t* scratch);
 
+    /// The picture's columns on the canvas, where rows `row` .. row + count - 1 show its own pixels
+    /// and nothing beside them: `rows` then points to each row's first. None otherwise.
+    struct PictureSpan {
+        int first;
+        int end;
+        std::size_t readablePixels;  // behind each of the rows
+    };
+    std::optional<PictureSpan> pictureAlone(int row, int count, const std::uint8_t** rows);
+
     /// Calls draw(row) for the first row of each block of `blockRows` rows, each once, in an order
     /// in which picture and reflection want about the same rows of the picture: these then come
     /// from memory once for both.

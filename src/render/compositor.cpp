@@ -83,7 +83,11 @@ class TurnedCanvas final : public RowSource {
         const MutablePixelView block = block_.view();
         rows_.inReadingOrder(block.height, [&](int y) {
             const std::uint8_t* sources[kernels::kBlockRows];
-            for (int i = 0; i < turn_.blockRows(y); ++i) {
+            const int count = turn_.blockRows(y);
+            if (const auto span = rows_.pictureAlone(y, count, sources))
+                return turn_.squeezeSpans(
+                    y, {sources, span->first, span->end, span->readablePixels}, squeezed_);
+            for (int i = 0; i < count; ++i) {
                 rows_.draw(y + i, block.row(i));
                 sources[i] = block.row(i);
             }

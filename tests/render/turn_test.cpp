@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
+#include <vector>
 
 #include "imaging/column_turn.h"
 #include "imaging/test_images.h"
@@ -21,6 +23,36 @@ using test::validNoise;
 void expectCorner(CGPoint corner, double x, double y) {
     EXPECT_EQ(corner.x, x);
     EXPECT_NEAR(corner.y, y, 5e-5);
+}
+
+/// Squeezes `picture`, which begins at pixel `first` of rows `whole` pixels wide, in both ways.
+void expectSqueezedAlike(const ColumnTurn& turn, const CGImage& picture, int first, int whole) {
+    const PixelView view = picture.pixels();
+    auto drawnOut = turn.squeezedPicture();
+    auto alone = turn.squeezedPicture();
+    ASSERT_TRUE(drawnOut && alone);
+    for (int y = 0; y < view.height; y += kernels::kBlockRows) {
+        std::vector<std::vector<std::uint8_t>> rows;
+        const std::uint8_t* wide[kernels::kBlockRows];
+        const std::uint8_t* own[kernels::kBlockRows];
+        for (int i = 0; i < turn.blockRows(y); ++i) {
+            rows.emplace_back(4 * static_cast<std::size_t>(whole));
+            std::memcpy(rows.back().data() + std::ptrdiff_t{4} * first, view.row(y + i),
+                        4 * static_cast<std::size_t>(view.width));
+            own[i] = view.row(y + i);
+        }
+        for (std::size_t i = 0; i < rows.size(); ++i) wide[i] = rows[i].data();
+        turn.squeezeRows(y, wide, static_cast<std::size_t>(whole), *drawnOut);
+        turn.squeezeSpans(y, {own, first, first + view.width, static_cast<std::size_t>(view.width)},
+                          *alone);
+    }
+    for (int column = 0; column < turn.targetWidth(); ++column) {
+        const std::ptrdiff_t at = 4 * column * drawnOut->columnStride;
+        ASSERT_EQ(std::memcmp(drawnOut->bytes.get() + at, alone->bytes.get() + at,
+                              4 * static_cast<std::size_t>(view.height)),
+                  0)
+            << "column " << column << ", picture from " << first << " of " << whole;
+    }
 }
 
 TEST(Turn, AQuarterOfTheSliderMakesTheRightEdgeTall) {
@@ -184,6 +216,29 @@ TEST(ColumnTurn, RefusesQuadsWithoutUprightSides) {
     EXPECT_FALSE(ColumnTurn::plan(10, 10, {{0, 10}, {10, 10}, {1, 0}, {10, 0}}, {0, 0}, 10, 10));
     EXPECT_FALSE(ColumnTurn::plan(10, 10, {{0, 0}, {10, 0}, {0, 10}, {10, 10}}, {0, 0}, 10, 10));
     EXPECT_TRUE(ColumnTurn::plan(10, 10, {{0, 10}, {10, 10}, {0, 0}, {10, 0}}, {0, 0}, 10, 10));
+}
+
+// The same canvas rows twice: drawn out with what is transparent beside the picture, and as the
+// picture's own rows.
+TEST(Turn, RowsOfThePictureAloneAreSqueezedAsWhenDrawnOut) {
+    for (const int height : {1, 15, 16, 37})
+        for (const int width : {1, 2, 3, 40, 130})
+            for (const int first : {0, 1, 17, 80})
+                for (const int beyond : {0, 1, 50})
+                    for (const float inset : {0.0F, 0.15F, 0.45F}) {
+                        const CGImage picture = noiseImage(width, height, 5);
+                        const int whole = first + width + beyond;
+                        const double in = std::floor(inset * static_cast<float>(whole));
+                        const Quad quad{{in, 1.1 * height},
+                                        {whole - in, 0.9 * height},
+                                        {in, -0.1 * height},
+                                        {whole - in, 0.1 * height}};
+                        const auto turn = ColumnTurn::plan(
+                            whole, height, quad, {in, -0.1 * height},
+                            std::max(1, whole - 2 * static_cast<int>(in)), 2 + height);
+                        ASSERT_TRUE(turn);
+                        expectSqueezedAlike(*turn, picture, first, whole);
+                    }
 }
 
 }  // namespace

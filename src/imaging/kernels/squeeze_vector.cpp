@@ -93,8 +93,8 @@ HWY_INLINE void SqueezeWholeRows(const SqueezeTarget& target, const std::uint8_t
         // The last vector overlaps the one before; both write the same bytes.
         const std::size_t x = std::min(at, map.columns - kLanes);
         const std::int32_t* from = map.from + x;
-        const auto start = static_cast<std::size_t>(from[0]);
-        const std::size_t reach = static_cast<std::size_t>(from[kLanes - 1]) - start + 2;
+        const auto start = static_cast<std::size_t>(from[0] - map.firstPixel);
+        const std::size_t reach = static_cast<std::size_t>(from[kLanes - 1] - from[0]) + 2;
         const std::size_t pairs = (reach + 2 * kLanes - 1) / (2 * kLanes);
         const SqueezeColumns columns{hn::Sub(hn::LoadU(di32, from), hn::Set(di32, from[0])),
                                      hn::LoadU(D32(), map.weight + x),
@@ -102,7 +102,8 @@ HWY_INLINE void SqueezeWholeRows(const SqueezeTarget& target, const std::uint8_t
         if (pairs > 2 || start + 2 * kLanes * pairs > readablePixels) {
             SqueezeTarget place = target;
             place.bytes += 4 * static_cast<std::ptrdiff_t>(x) * target.columnStride;
-            scalar::squeezeRows(place, sources, readablePixels, {from, map.weight + x, kLanes});
+            scalar::squeezeRows(place, sources, readablePixels,
+                                {from, map.weight + x, kLanes, map.firstPixel});
         } else if (pairs == 2) {
             SqueezeBlock<2, kStream>(target, x, sources, columns);
         } else {

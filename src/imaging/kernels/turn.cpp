@@ -12,7 +12,7 @@ namespace scalar {
 void squeezeRows(const SqueezeTarget& target, const std::uint8_t* const* sources,
                  std::size_t readablePixels, const SqueezeMap& map) {
     for (std::size_t x = 0; x < map.columns; ++x) {
-        const auto at = static_cast<std::size_t>(map.from[x]);
+        const auto at = static_cast<std::size_t>(map.from[x] - map.firstPixel);
         const std::size_t next = at + 1 < readablePixels ? at + 1 : at;
         const int weight = static_cast<int>(map.weight[x] & 0xFFFF);
         std::uint8_t* column =

@@ -36,6 +36,7 @@ struct SqueezeMap {
     const std::int32_t* from;     // source pixel left of the sample; does not fall
     const std::uint32_t* weight;  // of the next one, twice, in the low and the high 16 bits
     std::size_t columns;
+    std::int32_t firstPixel = 0;  // the number of the pixel that each source begins with
 };
 
 /// Where one block of squeezed rows goes: row r of column x is pixel x * columnStride + r.
@@ -47,8 +48,9 @@ struct SqueezeTarget {
 };
 
 /// Pixel x of each row = lerp of the pixels map.from[x] and map.from[x] + 1 of its source row, for
-/// every component. `sources` are target.rows rows, of each of which readablePixels may be read;
-/// after the last of these comes that one again. Sources and target are disjoint.
+/// every component. `sources` are target.rows rows from map.firstPixel on, of each of which
+/// readablePixels may be read; after the last of these comes that one again. Sources and target are
+/// disjoint.
 void squeezeRows(const SqueezeTarget& target, const std::uint8_t* const* sources,
                  std::size_t readablePixels, const SqueezeMap& map);
 
