@@ -30,11 +30,12 @@ Measurement measure(const Case& tested, int repeats) {
     result.megapixels = tested.megapixels;
     result.correct = tested.check();
     if (!result.correct) return result;
-    const auto from = allocatePixelMemory(tested.bytes, PixelContents::Undefined);
-    const auto to = allocatePixelMemory(tested.bytes, PixelContents::Undefined);
+    const std::size_t bytes = tested.bytes();
+    const auto from = allocatePixelMemory(bytes, PixelContents::Undefined);
+    const auto to = allocatePixelMemory(bytes, PixelContents::Undefined);
     if (!from || !to) return result;
-    std::memset(from.get(), 1, tested.bytes);
-    std::memset(to.get(), 2, tested.bytes);
+    std::memset(from.get(), 1, bytes);
+    std::memset(to.get(), 2, bytes);
     tested.run();
     std::vector<double> times;
     std::vector<double> processor;
@@ -44,7 +45,7 @@ Measurement measure(const Case& tested, int repeats) {
         times.push_back(milliseconds(CLOCK_MONOTONIC, tested.run));
         processor.push_back(now(CLOCK_THREAD_CPUTIME_ID) - start);
         copies.push_back(milliseconds(CLOCK_THREAD_CPUTIME_ID,
-                                      [&] { std::memcpy(to.get(), from.get(), tested.bytes); }));
+                                      [&] { std::memcpy(to.get(), from.get(), bytes); }));
     }
     std::sort(times.begin(), times.end());
     result.bestMs = *std::min_element(processor.begin(), processor.end());

@@ -57,10 +57,12 @@ bool sameBytes(const std::optional<CGImage>& a, const std::optional<CGImage>& b)
 /// Checked against the scalar definition of every kernel.
 Case checkedCase(std::string name, const CGImage& source,
                  std::function<std::optional<CGImage>()> work) {
-    const std::optional<CGImage> result = work();
     Case made;
     made.name = std::move(name);
-    made.bytes = (bytesOf(source) + (result ? bytesOf(*result) : 0)) / 2;
+    made.bytes = [source, work] {
+        const std::optional<CGImage> result = work();
+        return (bytesOf(source) + (result ? bytesOf(*result) : 0)) / 2;
+    };
     made.megapixels = 1e-6 * source.width() * source.height();
     made.check = [work] {
         const auto fast = work();
