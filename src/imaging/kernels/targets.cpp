@@ -1,7 +1,8 @@
 #include "imaging/kernels/targets.h"
 
+#include <strings.h>
+
 #include <cstdlib>
-#include <string_view>
 
 #if SKARNEL_VECTOR
 #include <hwy/targets.h>
@@ -13,23 +14,10 @@ namespace skarnel::kernels {
 
 namespace {
 
-bool environmentAllowsVectors() {
-    const char* choice = std::getenv("SKARNEL_SIMD");
-    return choice == nullptr || std::string_view(choice) != "scalar";
-}
+/// All targets that the processor can run.
+constexpr Target kAnyTarget = -1;
 
-bool& vectorsChosen() {
-    static bool chosen = environmentAllowsVectors();
-    return chosen;
-}
-
-}  // namespace
-
-bool useVectors() {
-    return vectorsChosen();
-}
-
-std::vector<Target> supportedTargets() {
+std::vector<Target> targetsInUse() {
     std::vector<Target> targets;
     for (std::int64_t rest = hwy::SupportedTargets() & HWY_TARGETS & ~HWY_SCALAR; rest != 0;
          rest &= rest - 1)
@@ -37,21 +25,59 @@ std::vector<Target> supportedTargets() {
     return targets;
 }
 
+void limitTo(Target target) {
+    hwy::SetSupportedTargetsForTest(target == kAnyTarget ? 0 : target);
+    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+}
+
+Target targetOfEnvironment() {
+    const char* name = std::getenv("SKARNEL_SIMD");
+    return name == nullptr ? kAnyTarget : targetNamed(name).value_or(kAnyTarget);
+}
+
+struct Choice {
+    Choice() {
+        if (target != kAnyTarget && target != kScalarTarget) limitTo(target);
+    }
+    Target target = targetOfEnvironment();  // what holds outside any ScopedTarget
+    bool vectors = target != kScalarTarget;
+};
+
+Choice& choice() {
+    static Choice made;
+    return made;
+}
+
+}  // namespace
+
+bool useVectors() {
+    return choice().vectors;
+}
+
+std::vector<Target> supportedTargets() {
+    choice();
+    return targetsInUse();
+}
+
+std::optional<Target> targetNamed(const char* name) {
+    if (::strcasecmp(name, "scalar") == 0) return kScalarTarget;
+    for (const Target target : targetsInUse())
+        if (::strcasecmp(name, hwy::TargetName(target)) == 0) return target;
+    return std::nullopt;
+}
+
 std::string targetName(Target target) {
     return target == kScalarTarget ? "scalar" : hwy::TargetName(target);
 }
 
-ScopedTarget::ScopedTarget(Target target) : before_(vectorsChosen()) {
-    vectorsChosen() = target != kScalarTarget;
-    if (target == kScalarTarget) return;
-    hwy::SetSupportedTargetsForTest(target);
-    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+ScopedTarget::ScopedTarget(Target target) : before_(useVectors()) {
+    choice().vectors = target != kScalarTarget;
+    if (target != kScalarTarget) limitTo(target);
 }
 
 ScopedTarget::~ScopedTarget() {
-    vectorsChosen() = before_;
-    hwy::SetSupportedTargetsForTest(0);
-    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+    choice().vectors = before_;
+    limitTo(choice().target == kScalarTarget ? kAnyTarget : choice().target);
 }
 
 #else
@@ -61,6 +87,9 @@ bool useVectors() {
 }
 std::vector<Target> supportedTargets() {
     return {};
+}
+std::optional<Target> targetNamed(const char*) {
+    return std::nullopt;
 }
 std::string targetName(Target) {
     return "scalar";

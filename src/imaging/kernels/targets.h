@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,10 +16,16 @@ inline constexpr Target kScalarTarget = 0;
 /// test chose the scalar definition.
 bool useVectors();
 
-/// The vector targets that this processor can run, best first; without kScalarTarget.
+/// The vector targets that this processor can run, best first; without kScalarTarget. Only one
+/// where the environment's SKARNEL_SIMD names it (avx3, avx2, sse4, ssse3); a name that the
+/// processor cannot run counts as none.
 std::vector<Target> supportedTargets();
 
 std::string targetName(Target target);
+
+/// The target of that name in any case, "scalar" among them; none where the processor cannot run
+/// it.
+std::optional<Target> targetNamed(const char* name);
 
 /// Until the object goes, kernels run on this target alone. For tests and benchmarks, one at a
 /// time; not for use beside running renders.

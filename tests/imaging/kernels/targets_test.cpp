@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <fstream>
 #include <iterator>
 #include <set>
@@ -46,6 +47,19 @@ TEST(Targets, AChosenOneIsTheOnlyOne) {
         EXPECT_EQ(supportedTargets(), std::vector<Target>{target});
     }
     EXPECT_EQ(supportedTargets(), all);
+}
+
+TEST(Targets, AreFoundByTheirNamesInAnyCase) {
+    if (supportedTargets().empty()) GTEST_SKIP() << "No targets in this build";
+    for (const Target target : supportedTargets()) {
+        std::string name = targetName(target);
+        EXPECT_EQ(targetNamed(name.c_str()), target);
+        for (char& letter : name) letter = static_cast<char>(std::tolower(letter));
+        EXPECT_EQ(targetNamed(name.c_str()), target) << name;
+    }
+    EXPECT_EQ(targetNamed("scalar"), kScalarTarget);
+    for (const char* other : {"", "avx", "avx22", "SSSE", "none"})
+        EXPECT_FALSE(targetNamed(other)) << other;
 }
 
 }  // namespace
