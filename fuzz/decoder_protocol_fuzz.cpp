@@ -7,22 +7,40 @@
 
 using namespace skarnel;
 
-/// The first bytes are an answer's header, the rest is its text.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    io::AnswerHeader header;
-    if (size < sizeof header) return 0;
-    std::memcpy(&header, data, sizeof header);
-    const std::uint64_t fileBytes = 1U << 24U;
-    if (io::checkAnswer(header, fileBytes, {}) && header.isPicture != 0) {
-        const std::uint64_t pixels = std::uint64_t{4} * header.width * header.height;
-        if (pixels == 0 || header.pixelOffset + pixels > fileBytes) std::abort();
+namespace {
+
+class FuzzSource : public io::AnswerSource {
+  public:
+    explicit FuzzSource(ByteView bytes) : left_(bytes) {}
+    bool read(void* target, std::size_t size) override {
+        if (size > left_.size()) return false;
+        if (size > 0) std::memcpy(target, left_.data(), size);
+        left_ = left_.subspan(size);
+        return true;
     }
-    const auto packed = io::unpackProperties(ByteView(data + sizeof header, size - sizeof header));
-    if (!packed) return 0;
+    bool isAtEnd() override { return left_.empty(); }
+
+  private:
+    ByteView left_;
+};
+
+}  // namespace
+
+/// The bytes are a whole answer.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const DecodeLimits limits{4096};
+    FuzzSource source(ByteView(data, size));
+    const auto received = io::receiveAnswer(source, limits);
+    if (!received) return 0;
+    const std::size_t pixels = static_cast<std::size_t>(received->image.width()) *
+                               static_cast<std::size_t>(received->image.height());
+    // Every pixel of a picture that was taken has been sent.
+    if (pixels == 0 || pixels > 4096 || pixels * 4 > size || !source.isAtEnd()) std::abort();
     // What was understood is written down and understood alike.
-    const auto again = io::unpackProperties(io::packProperties(packed->type, packed->properties));
-    if (!again || again->type != packed->type ||
-        again->properties.size() != packed->properties.size()) {
+    const auto again =
+        io::unpackProperties(io::packProperties(received->type, received->properties));
+    if (!again || again->type != received->type ||
+        again->properties.size() != received->properties.size()) {
         std::abort();
     }
     return 0;

@@ -134,6 +134,28 @@ Bytes exifBlock() {
     return out.u32(300).u32(1).bytes;
 }
 
+void append(Bytes& answer, io::RecordKind kind, std::uint32_t first, std::uint32_t second,
+            const Bytes& data) {
+    const io::AnswerRecord record{kind, first, second};
+    const auto* raw = reinterpret_cast<const std::uint8_t*>(&record);
+    answer.insert(answer.end(), raw, raw + sizeof record);
+    answer.insert(answer.end(), data.begin(), data.end());
+}
+
+void saveAnswers() {
+    const Bytes text = io::packProperties(
+        kUTTypePNG, {{"a", std::int64_t{1}}, {"b", 2.5}, {"c", std::string("x")}, {"d", Bytes{9}}});
+    Bytes picture;
+    append(picture, io::RecordKind::Picture, 2, 3, {});
+    append(picture, io::RecordKind::Rows, 1, 0, Bytes(8, 1));
+    append(picture, io::RecordKind::Rows, 2, 0, Bytes(16, 2));
+    append(picture, io::RecordKind::Done, static_cast<std::uint32_t>(text.size()), 0, text);
+    save("decoder_protocol", "picture", picture);
+    Bytes error;
+    append(error, io::RecordKind::Failed, 3, 5, {'b', 'a', 'd'});
+    save("decoder_protocol", "error", error);
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -152,10 +174,6 @@ int main(int count, char** arguments) {
     save("gif", "clear", buildGif(7, 5, Bytes(768, 9), Bytes(35, 3), 2));
     save("gif", "opaque", buildGif(2, 2, Bytes(768, 9), Bytes(4, 3)));
     save("exif", "block", exifBlock());
-    Bytes answer(sizeof(io::AnswerHeader), 0);
-    const Bytes text = io::packProperties(
-        kUTTypePNG, {{"a", std::int64_t{1}}, {"b", 2.5}, {"c", std::string("x")}, {"d", Bytes{9}}});
-    answer.insert(answer.end(), text.begin(), text.end());
-    save("decoder_protocol", "properties", answer);
+    saveAnswers();
     return 0;
 }

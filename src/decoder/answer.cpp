@@ -1,103 +1,82 @@
 #include "decoder/answer.h"
 
-#include <fcntl.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
+#include <new>
+#include <stdexcept>
 
 #include "imaging/io/decoder_protocol.h"
+#include "imaging/io/read_file.h"
+#include "imaging/io/upright_picture.h"
 
 namespace skarnel {
 namespace {
 
-using io::kAnswerDescriptor;
-using io::kAnswerPage;
+using io::RecordKind;
 
-/// The end of what has been given out; grows by whole pages.
-std::uint64_t fileBytes = kAnswerPage;
-
-/// The latest picture's memory, to recognise the result's pixels by.
-const std::uint8_t* latestBytes = nullptr;
-std::uint64_t latestOffset = 0;
-
-std::uint64_t wholePages(std::uint64_t size) {
-    return (size + kAnswerPage - 1) / kAnswerPage * kAnswerPage;
-}
-
-bool writeAll(const void* data, std::size_t size, std::uint64_t offset) {
+bool sendBytes(const void* data, std::size_t size) {
     const auto* bytes = static_cast<const std::uint8_t*>(data);
     while (size > 0) {
-        const ssize_t count = ::pwrite(kAnswerDescriptor, bytes, size, static_cast<off_t>(offset));
+        const ssize_t count = ::write(io::kAnswerDescriptor, bytes, size);
         if (count < 0 && errno == EINTR) continue;
         if (count <= 0) return false;
         bytes += count;
-        offset += static_cast<std::uint64_t>(count);
         size -= static_cast<std::size_t>(count);
     }
     return true;
 }
 
-/// Offset of the picture's pixels in the file, copied there if they lie elsewhere; 0 = failed.
-std::uint64_t placePixels(const CGImage& image) {
-    const PixelView view = image.pixels();
-    if (view.bytes == latestBytes) return latestOffset;
-    const std::uint64_t offset = fileBytes;
-    const std::size_t rowBytes = std::size_t{4} * static_cast<std::size_t>(view.width);
-    for (int y = 0; y < view.height; ++y) {
-        if (!writeAll(view.row(y), rowBytes, offset + rowBytes * static_cast<std::size_t>(y))) {
-            return 0;
-        }
+bool send(RecordKind kind, std::size_t first, std::size_t second, const void* data = nullptr,
+          std::size_t size = 0) {
+    const io::AnswerRecord record{kind, static_cast<std::uint32_t>(first),
+                                  static_cast<std::uint32_t>(second)};
+    return sendBytes(&record, sizeof record) && sendBytes(data, size);
+}
+
+/// What ends the answer well; an Error to be sent instead, or false inside when sending failed.
+Result<bool> sendPicture(io::UprightPicture& picture) {
+    const int height = picture.height();
+    if (!send(RecordKind::Picture, static_cast<std::size_t>(picture.width()),
+              static_cast<std::size_t>(height))) {
+        return false;
     }
-    fileBytes = wholePages(offset + rowBytes * static_cast<std::size_t>(view.height));
-    return offset;
+    for (int sent = 0; sent < height;) {
+        const auto rows = picture.next();
+        if (!rows) return rows.error();
+        const auto count = static_cast<std::size_t>(rows->height);
+        if (!send(RecordKind::Rows, count, 0, rows->bytes,
+                  static_cast<std::size_t>(rows->strideBytes) * count)) {
+            return false;
+        }
+        sent += rows->height;
+    }
+    const auto properties = picture.finish();
+    if (!properties) return properties.error();
+    const Bytes text = io::packProperties(picture.type(), *properties);
+    return send(RecordKind::Done, text.size(), 0, text.data(), text.size());
+}
+
+Result<bool> decodeAndSend(ByteView bytes, const DecodeLimits& limits) try {
+    auto picture = io::openUpright(bytes, limits);
+    if (!picture) return picture.error();
+    return sendPicture(*picture);
+} catch (const std::bad_alloc&) {
+    return {ErrorCode::OutOfMemory, io::kNoMemory};
+} catch (const std::length_error&) {
+    return {ErrorCode::OutOfMemory, io::kNoMemory};
 }
 
 }  // namespace
 
-std::shared_ptr<std::uint8_t> answerMemory(std::size_t size) {
-    const std::uint64_t offset = fileBytes;
-    const std::size_t mapped = static_cast<std::size_t>(wholePages(size));
-    if (::ftruncate(kAnswerDescriptor, static_cast<off_t>(offset + mapped)) != 0) return nullptr;
-    void* address = ::mmap(nullptr, mapped, PROT_READ | PROT_WRITE, MAP_SHARED, kAnswerDescriptor,
-                           static_cast<off_t>(offset));
-    if (address == MAP_FAILED) return nullptr;
-    // The kernel may use large pages for it where the administrator allows that.
-    ::madvise(address, mapped, MADV_HUGEPAGE);
-    fileBytes = offset + mapped;
-    latestBytes = static_cast<const std::uint8_t*>(address);
-    latestOffset = offset;
-    return {static_cast<std::uint8_t*>(address), [mapped, offset](std::uint8_t* bytes) {
-                ::munmap(bytes, mapped);
-                // A picture that was turned leaves its first form behind.
-                if (bytes != latestBytes) {
-                    ::fallocate(kAnswerDescriptor, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE,
-                                static_cast<off_t>(offset), static_cast<off_t>(mapped));
-                }
-            }};
+bool sendError(const Error& error) {
+    return send(RecordKind::Failed, error.message.size(), static_cast<std::size_t>(error.code),
+                error.message.data(), error.message.size());
 }
 
-bool writeAnswer(const Result<DecodedImage>& result) {
-    io::AnswerHeader header;
-    header.magic = io::kAnswerMagic;
-    Bytes text;
-    if (result) {
-        header.isPicture = 1;
-        header.width = static_cast<std::uint32_t>(result->image.width());
-        header.height = static_cast<std::uint32_t>(result->image.height());
-        header.pixelOffset = placePixels(result->image);
-        if (header.pixelOffset == 0) return false;
-        text = io::packProperties(result->type, result->properties);
-    } else {
-        header.errorCode = static_cast<std::uint32_t>(result.error().code);
-        text.assign(result.error().message.begin(), result.error().message.end());
-    }
-    header.textOffset = fileBytes;
-    header.textBytes = text.size();
-    return ::ftruncate(kAnswerDescriptor, static_cast<off_t>(fileBytes + text.size())) == 0 &&
-           writeAll(text.data(), text.size(), header.textOffset) &&
-           writeAll(&header, sizeof header, 0);
+bool decodeIntoAnswer(ByteView bytes, const DecodeLimits& limits) {
+    const auto sent = decodeAndSend(bytes, limits);
+    return sent ? *sent : sendError(sent.error());
 }
 
 }  // namespace skarnel

@@ -9,7 +9,6 @@ namespace skarnel {
 
 struct CellLimits {
     std::uint64_t memoryBytes;  // address space
-    std::uint64_t fileBytes;    // any file written, the answer included
     unsigned seconds;           // of processor time
     /// Whether the decoder may start threads of its own; never processes.
     enum class Threads : std::uint8_t { One, Many } threads = Threads::One;
@@ -17,11 +16,11 @@ struct CellLimits {
 
 /// Locks the calling process in for good; it must have one thread:
 /// - every descriptor but 0 to 2 and the two given is closed, and no new one can be had;
-/// - memory, written files and processor time are bounded, there are no core files;
+/// - memory and processor time are bounded, no file can be written, there are no core files;
 /// - no privileges can be gained, the process dies with its parent and cannot be traced;
 /// - Landlock, where the kernel has it, takes the whole file system away;
 /// - seccomp kills the process at any system call but those that reading `picture`, writing
-///   `answer` and memory need.
+///   to `answer`, a pipe, and memory need.
 ///
 /// Fails only when the last wall cannot be raised; a decoder must not run then.
 Result<void> lockIn(int picture, int answer, const CellLimits& limits);

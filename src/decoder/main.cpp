@@ -1,5 +1,5 @@
-// skarnel-decode MAXPIXELS: decodes the picture on descriptor 3 into the memory file on
-// descriptor 4, locked into a cell. Started by the programs, of no use by itself.
+// skarnel-decode MAXPIXELS: decodes the picture on descriptor 3 into the pipe on descriptor 4,
+// locked into a cell. Started by the programs, of no use by itself.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,7 +14,6 @@
 #include "decoder/cell.h"
 #include "imaging/io/decoder_protocol.h"
 #include "imaging/io/late_codec.h"
-#include "imaging/io/picture_memory.h"
 #include "imaging/io/read_file.h"
 
 namespace skarnel {
@@ -25,7 +24,7 @@ namespace {
 CellLimits limitsFor(const DecodeLimits& limits) {
     constexpr std::uint64_t kPrograms = std::uint64_t{1} << 30U;
     const auto pixels = static_cast<std::uint64_t>(limits.maxPixels);
-    return {kPrograms + pixels * 24, (std::uint64_t{64} << 20U) + pixels * 8, 120};
+    return {kPrograms + pixels * 24, 120};
 }
 
 /// Looks at no more than the bytes that tell the format; the library for it cannot be opened from
@@ -39,7 +38,7 @@ io::CodecNeeds needsOf(int picture) {
 
 int decode(const DecodeLimits& limits) {
     struct stat status {};
-    if (::fstat(io::kAnswerDescriptor, &status) != 0 || !S_ISREG(status.st_mode)) return 2;
+    if (::fstat(io::kAnswerDescriptor, &status) != 0 || !S_ISFIFO(status.st_mode)) return 2;
     CellLimits cell = limitsFor(limits);
     if (needsOf(io::kPictureDescriptor) == io::CodecNeeds::Threads) {
         cell.threads = CellLimits::Threads::Many;
@@ -48,9 +47,8 @@ int decode(const DecodeLimits& limits) {
         return 3;
     }
     const auto bytes = io::readAll(io::kPictureDescriptor);
-    if (!bytes) return writeAnswer(bytes.error()) ? 0 : 1;
-    io::setPictureMemory(answerMemory);
-    return writeAnswer(decodeImage(*bytes, limits)) ? 0 : 1;
+    const bool sent = bytes ? decodeIntoAnswer(*bytes, limits) : sendError(bytes.error());
+    return sent ? 0 : 1;
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -21,12 +20,13 @@ constexpr bool kSanitized = false;
 
 /// Runs the probe as the decoder would be run, with one descriptor too many; its wait status.
 int runProbe(const std::vector<std::string>& arguments) {
+    int answer[2];
+    if (::pipe2(answer, O_CLOEXEC) != 0) return -1;
     const pid_t child = ::fork();
     if (child == 0) {
         const int picture = ::open("/proc/self/exe", O_RDONLY);
-        const int answer = ::memfd_create("answer", 0);
         ::dup2(picture, 9);
-        ::dup2(answer, 20);
+        ::dup2(answer[1], 20);
         ::dup2(picture, 3);
         ::dup2(20, 4);
         std::vector<std::string> all = {DECODER_PROBE};
@@ -37,8 +37,10 @@ int runProbe(const std::vector<std::string>& arguments) {
         ::execv(raw[0], raw.data());
         ::_exit(99);
     }
+    ::close(answer[1]);
     int status = 0;
     ::waitpid(child, &status, 0);
+    ::close(answer[0]);
     return status;
 }
 
@@ -79,7 +81,7 @@ INSTANTIATE_TEST_SUITE_P(
                       "open a network socket", "open a local socket", "execute a program", "fork",
                       "signal its parent", "trace", "read a process's memory",
                       "write to standard output", "write to the picture",
-                      "read the answer's descriptor", "have executable memory",
+                      "read the answer's descriptor", "hand over pages", "have executable memory",
                       "make memory executable", "duplicate a descriptor", "ask for limits",
                       "make a memory file", "change the folder", "set up kernel queues",
                       "use an inherited descriptor", "start a thread"),
@@ -98,11 +100,11 @@ TEST(Cell, AllowsWhatADecoderNeeds) {
 
 TEST(Cell, IsWhatDeniesTheActs) {
     // Without the cell the same acts succeed, so that a denial above means something.
-    for (const char* act :
-         {"open a file", "list a folder", "ask for a file's status", "open a local socket",
-          "execute a program", "fork", "signal its parent", "have executable memory",
-          "duplicate a descriptor", "ask for limits", "make a memory file", "change the folder",
-          "use an inherited descriptor", "write to standard output"}) {
+    for (const char* act : {"open a file", "list a folder", "ask for a file's status",
+                            "open a local socket", "execute a program", "fork", "signal its parent",
+                            "hand over pages", "have executable memory", "duplicate a descriptor",
+                            "ask for limits", "make a memory file", "change the folder",
+                            "use an inherited descriptor", "write to standard output"}) {
         EXPECT_TRUE(succeeded(runProbe({"FREE", act}))) << act;
     }
 }

@@ -32,7 +32,7 @@ constexpr int kAnswer = 4;
 bool nothing() {
     char byte = 0;
     const bool canRead = ::read(kPicture, &byte, 1) >= 0;
-    const bool canWrite = ::pwrite(kAnswer, &byte, 1, 0) == 1;
+    const bool canWrite = ::write(kAnswer, &byte, 1) == 1;
     void* memory =
         ::mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     return canRead && canWrite && memory != MAP_FAILED;
@@ -104,6 +104,12 @@ bool readAnswer() {
     char byte = 0;
     return ::read(kAnswer, &byte, 1) >= 0;
 }
+bool handOverPages() {
+    // Pages in a pipe could still be written to by who put them there.
+    static char page[4096];
+    iovec pages{page, sizeof page};
+    return ::vmsplice(kAnswer, &pages, 1, 0) > 0;
+}
 bool executableMemory() {
     return ::mmap(nullptr, 4096, PROT_READ | PROT_WRITE | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS,
                   -1, 0) != MAP_FAILED;
@@ -154,6 +160,7 @@ const std::map<std::string, bool (*)()>& acts() {
         {"write to standard output", writeToStandardOutput},
         {"write to the picture", writeToPicture},
         {"read the answer's descriptor", readAnswer},
+        {"hand over pages", handOverPages},
         {"have executable memory", executableMemory},
         {"make memory executable", makeExecutable},
         {"duplicate a descriptor", duplicateDescriptor},
@@ -176,8 +183,7 @@ int main(int count, char** arguments) {
     if (act == acts().end()) return 2;
     if (!free) {
         using Threads = skarnel::CellLimits::Threads;
-        const skarnel::CellLimits limits{1U << 30U, 1U << 20U, 10,
-                                         many ? Threads::Many : Threads::One};
+        const skarnel::CellLimits limits{1U << 30U, 10, many ? Threads::Many : Threads::One};
         if (!skarnel::lockIn(kPicture, kAnswer, limits)) return 3;
     }
     return act->second() ? 0 : 10;

@@ -8,7 +8,6 @@
 #include "decoder/answer.h"
 #include "imaging/io/decoder_protocol.h"
 #include "imaging/io/late_codec.h"
-#include "imaging/io/picture_memory.h"
 #include "imaging/io/read_file.h"
 #include "memory/failing_memory.h"
 
@@ -20,14 +19,13 @@ int decode(long order, const DecodeLimits& limits) {
     const auto bytes = io::readAll(io::kPictureDescriptor);
     if (!bytes) return 1;
     static_cast<void>(io::prepareToDecode(*bytes));
-    io::setPictureMemory(answerMemory);
     const auto refusal =
         (order - 1) % 2 == 0 ? testing::Refusal::Once : testing::Refusal::FromThenOn;
     testing::refuseMemory(order == 0 ? -1 : (order - 1) / 2, refusal);
-    auto result = decodeImage(*bytes, limits);
+    if (order != 0) return decodeIntoAnswer(*bytes, limits) ? 0 : 1;
+    static_cast<void>(decodeImage(*bytes, limits));
     const long requests = testing::allowMemory();
-    if (order == 0) result = Error{ErrorCode::Failed, std::to_string(requests)};
-    return writeAnswer(result) ? 0 : 1;
+    return sendError({ErrorCode::Failed, std::to_string(requests)}) ? 0 : 1;
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 namespace skarnel::io {
@@ -47,46 +48,141 @@ TEST(DecoderProtocol, TextOfAnUnknownTypeIsRefused) {
     EXPECT_FALSE(unpackProperties(packProperties("public.nothing", {})));
 }
 
-AnswerHeader goodHeader() {
-    AnswerHeader header;
-    header.magic = kAnswerMagic;
-    header.isPicture = 1;
-    header.width = 10;
-    header.height = 20;
-    header.pixelOffset = 4096;
-    header.textOffset = 8192;
-    header.textBytes = 100;
-    return header;
+/// An answer as the helper would send it, and as it would not.
+class Answer {
+  public:
+    Answer& record(RecordKind kind, std::uint32_t first, std::uint32_t second = 0) {
+        const AnswerRecord record{kind, first, second};
+        const auto* raw = reinterpret_cast<const std::uint8_t*>(&record);
+        bytes_.insert(bytes_.end(), raw, raw + sizeof record);
+        return *this;
+    }
+    Answer& data(const Bytes& more) {
+        bytes_.insert(bytes_.end(), more.begin(), more.end());
+        return *this;
+    }
+    Answer& rows(std::uint32_t count, std::size_t size, std::uint8_t value) {
+        return record(RecordKind::Rows, count).data(Bytes(size, value));
+    }
+    Answer& done() {
+        const Bytes text = packProperties(kUTTypePNG, manyProperties());
+        return record(RecordKind::Done, static_cast<std::uint32_t>(text.size())).data(text);
+    }
+    const Bytes& bytes() const { return bytes_; }
+
+    Result<DecodedImage> receive(const DecodeLimits& limits = {1000}) const {
+        return receive(bytes_, limits);
+    }
+    static Result<DecodedImage> receive(ByteView bytes, const DecodeLimits& limits) {
+        Source source(bytes);
+        return receiveAnswer(source, limits);
+    }
+
+  private:
+    class Source : public AnswerSource {
+      public:
+        explicit Source(ByteView bytes) : left_(bytes) {}
+        bool read(void* target, std::size_t size) override {
+            if (size > left_.size()) return false;
+            std::copy_n(left_.begin(), size, static_cast<std::uint8_t*>(target));
+            left_ = left_.subspan(size);
+            return true;
+        }
+        bool isAtEnd() override { return left_.empty(); }
+
+      private:
+        ByteView left_;
+    };
+
+    Bytes bytes_;
+};
+
+/// 2 x 3 pixels: 8 bytes a row.
+Answer goodAnswer() {
+    Answer answer;
+    answer.record(RecordKind::Picture, 2, 3).rows(1, 8, 11).rows(2, 16, 22).done();
+    return answer;
 }
 
-TEST(DecoderProtocol, AGoodHeaderIsTaken) {
-    EXPECT_TRUE(checkAnswer(goodHeader(), 8292, {}));
+TEST(DecoderAnswer, RowsThatComeInPiecesMakeThePicture) {
+    const auto received = goodAnswer().receive();
+    ASSERT_TRUE(received);
+    EXPECT_EQ(received->image.width(), 2);
+    ASSERT_EQ(received->image.height(), 3);
+    EXPECT_EQ(received->image.pixels().row(0)[7], 11);
+    EXPECT_EQ(received->image.pixels().row(1)[0], 22);
+    EXPECT_EQ(received->image.pixels().row(2)[7], 22);
+    EXPECT_EQ(received->properties, manyProperties());
+    EXPECT_EQ(received->type, kUTTypePNG);
 }
 
-TEST(DecoderProtocol, AHeaderThatLiesIsRefused) {
+TEST(DecoderAnswer, AReasonIsPassedOnWhereverItComes) {
+    const Bytes text = {'b', 'a', 'd'};
+    const auto code = static_cast<std::uint32_t>(ErrorCode::Unsupported);
+    for (const int place : {0, 1, 2}) {
+        Answer answer;
+        if (place > 0) answer.record(RecordKind::Picture, 2, 3);
+        if (place > 1) answer.rows(2, 16, 5);
+        const auto received = answer.record(RecordKind::Failed, 3, code).data(text).receive();
+        ASSERT_FALSE(received) << place;
+        EXPECT_EQ(received.error().code, ErrorCode::Unsupported);
+        EXPECT_EQ(received.error().message, "bad");
+    }
+    const auto unknown = Answer().record(RecordKind::Failed, 0, 4711).receive();
+    ASSERT_FALSE(unknown);
+    EXPECT_EQ(unknown.error().code, ErrorCode::Failed);
+}
+
+TEST(DecoderAnswer, EveryPrefixIsRefused) {
+    const Answer answer = goodAnswer();
+    for (std::size_t size = 0; size < answer.bytes().size(); ++size) {
+        EXPECT_FALSE(Answer::receive(ByteView(answer.bytes()).first(size), {1000})) << size;
+    }
+}
+
+TEST(DecoderAnswer, OneThatBreaksTheOrderIsRefused) {
+    constexpr std::uint32_t kAll = 0xFFFFFFFF;
+    constexpr auto kPicture = RecordKind::Picture;
+    constexpr auto kRows = RecordKind::Rows;
     struct Row {
         const char* name;
-        void (*change)(AnswerHeader&);
+        Answer answer;
     };
     for (const Row& row : {
-             Row{"magic", [](AnswerHeader& h) { h.magic = 0; }},
-             Row{"no width", [](AnswerHeader& h) { h.width = 0; }},
-             Row{"no height", [](AnswerHeader& h) { h.height = 0; }},
-             Row{"width beyond the file", [](AnswerHeader& h) { h.width = 1000; }},
-             Row{"area beyond 64 bits", [](AnswerHeader& h) { h.width = h.height = 0xFFFFFFFF; }},
-             Row{"area above the limit", [](AnswerHeader& h) { h.width = h.height = 30000; }},
-             Row{"pixels in the header", [](AnswerHeader& h) { h.pixelOffset = 0; }},
-             Row{"pixels inside a page", [](AnswerHeader& h) { h.pixelOffset = 4100; }},
-             Row{"pixels past the end", [](AnswerHeader& h) { h.pixelOffset = 8192; }},
-             Row{"pixels far away", [](AnswerHeader& h) { h.pixelOffset = ~std::uint64_t{4095}; }},
-             Row{"text in the header", [](AnswerHeader& h) { h.textOffset = 8; }},
-             Row{"text past the end", [](AnswerHeader& h) { h.textBytes = 101; }},
-             Row{"text far away", [](AnswerHeader& h) { h.textOffset = ~std::uint64_t{0}; }},
-             Row{"text without end", [](AnswerHeader& h) { h.textBytes = ~std::uint64_t{0}; }},
+             Row{"no picture", Answer().done()},
+             Row{"rows before the picture", Answer().rows(1, 8, 1)},
+             Row{"no rows", Answer().record(kPicture, 2, 3).done()},
+             Row{"a row too few", Answer().record(kPicture, 2, 3).rows(2, 16, 1).done()},
+             Row{"a row too many", Answer().record(kPicture, 2, 3).rows(4, 32, 1).done()},
+             Row{"a record of no rows", Answer().record(kPicture, 2, 3).record(kRows, 0)},
+             Row{"rows beyond 31 bits", Answer().record(kPicture, 2, 3).record(kRows, kAll)},
+             Row{"a second picture", Answer().record(kPicture, 2, 3).record(kPicture, 2, 3)},
+             Row{"no width", Answer().record(kPicture, 0, 3)},
+             Row{"no height", Answer().record(kPicture, 2, 0)},
+             Row{"area above the limit", Answer().record(kPicture, 40, 40)},
+             Row{"area beyond 64 bits", Answer().record(kPicture, kAll, kAll)},
+             Row{"an unknown record", Answer().record(static_cast<RecordKind>(7), 0)},
+             Row{"text without end", Answer().record(RecordKind::Failed, kAll)},
+             Row{"something after the end", goodAnswer().data({0})},
+             Row{"rows after the end", goodAnswer().rows(1, 8, 1)},
+             Row{"two ends", goodAnswer().done()},
          }) {
-        AnswerHeader header = goodHeader();
-        row.change(header);
-        EXPECT_FALSE(checkAnswer(header, 8292, {})) << row.name;
+        const auto received = row.answer.receive();
+        ASSERT_FALSE(received) << row.name;
+        EXPECT_NE(received.error().code, ErrorCode::Failed) << row.name;
+    }
+}
+
+TEST(DecoderAnswer, DamageNeverDoesHarm) {
+    const Answer answer = goodAnswer();
+    std::mt19937 random(2);
+    for (int i = 0; i < 20000; ++i) {
+        Bytes damaged = answer.bytes();
+        damaged[random() % damaged.size()] = static_cast<std::uint8_t>(random());
+        const auto received = Answer::receive(damaged, {1000});
+        if (received) {
+            EXPECT_EQ(received->image.width() * received->image.height(), 6);
+        }
     }
 }
 

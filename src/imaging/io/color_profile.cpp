@@ -155,56 +155,51 @@ Transform builtInInkTransform() {
     return kept;
 }
 
-void divideByAlpha(SourcePicture& picture) {
-    const MutablePixelView view = picture.pixels.view();
-    for (int y = 0; y < view.height; ++y) {
-        unpremultiplyRow(view.row(y), view.row(y), static_cast<std::size_t>(view.width));
-    }
-    picture.alpha = Alpha::Straight;
-}
-
-void applyTransform(SourcePicture& picture, cmsHTRANSFORM transform) {
-    const MutablePixelView view = picture.pixels.view();
-    const auto width = static_cast<cmsUInt32Number>(view.width);
-    for (int y = 0; y < view.height; ++y) {
-        cmsDoTransform(transform, view.row(y), view.row(y), width);
-    }
-}
-
-/// After the conversion the fourth byte, which was ink, becomes alpha.
-void settleCmykAlpha(SourcePicture& picture) {
-    const MutablePixelView view = picture.pixels.view();
-    const bool hasAlpha = !picture.cmykAlpha.empty();
-    const std::uint8_t* alpha = picture.cmykAlpha.data();
-    for (int y = 0; y < view.height; ++y) {
-        std::uint8_t* row = view.row(y);
-        for (int x = 0; x < view.width; ++x) {
-            row[std::size_t{4} * x + 3] = hasAlpha ? *alpha++ : std::uint8_t{255};
-        }
-    }
-    picture.cmykAlpha = {};
-    picture.samples = Samples::Rgb;
-    if (!hasAlpha) picture.alpha = Alpha::Opaque;
+/// After the conversion the fourth byte, which was ink, becomes alpha: `alpha` or, where that is
+/// null, 255.
+void setAlpha(std::uint8_t* row, std::size_t count, const std::uint8_t* alpha) {
+    for (std::size_t x = 0; x < count; ++x) row[4 * x + 3] = alpha != nullptr ? alpha[x] : 255;
 }
 
 }  // namespace
 
-Result<void> convertToSrgb(SourcePicture& picture) {
+Result<ColorConversion> ColorConversion::prepare(SourcePicture& picture) {
     Prepared prepared;
     if (!picture.profile.empty()) prepared = preparedFor(picture.profile, picture.samples);
     if (!prepared.usable && picture.samples == Samples::Cmyk) {
         prepared = {builtInInkTransform(), true};
         if (!prepared.transform) return {ErrorCode::OutOfMemory, "Not enough memory for colours"};
     }
-    if (prepared.transform) {
-        if (picture.samples != Samples::Cmyk && picture.alpha == Alpha::Premultiplied) {
-            divideByAlpha(picture);
+    ColorConversion conversion;
+    conversion.transform_ = std::move(prepared.transform);
+    conversion.samples_ = picture.samples;
+    conversion.alpha_ = picture.alpha;
+    conversion.cmykAlpha_ = std::move(picture.cmykAlpha);
+    return conversion;
+}
+
+Alpha ColorConversion::alphaAfterwards() const {
+    if (samples_ == Samples::Cmyk) return cmykAlpha_.empty() ? Alpha::Opaque : alpha_;
+    return transform_ && alpha_ == Alpha::Premultiplied ? Alpha::Straight : alpha_;
+}
+
+void ColorConversion::apply(MutablePixelView rows, int firstRow) const {
+    if (!transform_ && samples_ != Samples::Cmyk) return;
+    const bool divides = samples_ != Samples::Cmyk && alpha_ == Alpha::Premultiplied;
+    const auto width = static_cast<std::size_t>(rows.width);
+    const std::uint8_t* alpha =
+        cmykAlpha_.empty() ? nullptr
+                           : cmykAlpha_.data() + width * static_cast<std::size_t>(firstRow);
+    for (int y = 0; y < rows.height; ++y) {
+        std::uint8_t* row = rows.row(y);
+        if (divides) unpremultiplyRow(row, row, width);
+        if (transform_) {
+            cmsDoTransform(transform_.get(), row, row, static_cast<cmsUInt32Number>(width));
         }
-        applyTransform(picture, prepared.transform.get());
+        if (samples_ != Samples::Cmyk) continue;
+        setAlpha(row, width, alpha);
+        if (alpha != nullptr) alpha += width;
     }
-    if (picture.samples == Samples::Cmyk) settleCmykAlpha(picture);
-    picture.samples = Samples::Rgb;
-    return {};
 }
 
 Bytes makeRgbProfile(const RgbPrimaries& primaries, RgbCurve curve) {

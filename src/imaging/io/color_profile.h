@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "imaging/io/image_io.h"
@@ -10,12 +11,29 @@
 
 namespace skarnel::io {
 
-/// Converts a picture in place to sRGB by its profile, or by the built-in inks for CMYK without
-/// one: relative colorimetric, with black-point compensation, on straight colours. Premultiplied
-/// pictures are divided first. Afterwards the samples are Rgb, and alpha is Opaque or Straight
-/// (or as it was, where nothing had to be done). A profile that is damaged or of another kind of
-/// colour than the picture counts as none: the pixels are right, only their tint is unsure.
-Result<void> convertToSrgb(SourcePicture& picture);
+/// Converts the rows of one picture in place to sRGB by its profile, or by the built-in inks for
+/// CMYK without one: relative colorimetric, with black-point compensation, on straight colours.
+/// Premultiplied pictures are divided first. A profile that is damaged or of another kind of colour
+/// than the picture counts as none: the pixels are right, only their tint is unsure.
+class ColorConversion {
+  public:
+    /// Takes the alpha of a CMYK picture away from it.
+    static Result<ColorConversion> prepare(SourcePicture& picture);
+
+    /// `rows` are those of the picture from row `firstRow` on, each once.
+    void apply(MutablePixelView rows, int firstRow) const;
+
+    /// What alpha the rows have then.
+    Alpha alphaAfterwards() const;
+
+  private:
+    ColorConversion() = default;
+
+    std::shared_ptr<void> transform_;  // null = colours stay
+    Samples samples_ = Samples::Rgb;
+    Alpha alpha_ = Alpha::Opaque;
+    Bytes cmykAlpha_;  // as SourcePicture has it
+};
 
 struct Chromaticity {
     double x;

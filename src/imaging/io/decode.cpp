@@ -5,9 +5,9 @@
 #include <stdexcept>
 
 #include "imaging/io/image_io.h"
-#include "imaging/io/picture_memory.h"
 #include "imaging/io/read_file.h"
 #include "imaging/io/readers.h"
+#include "imaging/io/upright_picture.h"
 
 namespace skarnel {
 namespace io {
@@ -32,8 +32,7 @@ std::optional<Error> checkPictureSize(std::int64_t width, std::int64_t height,
 Result<PixelBuffer> allocatePicture(std::int64_t width, std::int64_t height,
                                     const DecodeLimits& limits, std::int64_t formatPixels) {
     if (auto error = checkPictureSize(width, height, limits, formatPixels)) return *error;
-    auto buffer = newPictureBuffer(static_cast<int>(width), static_cast<int>(height),
-                                   PictureContents::Undefined);
+    auto buffer = PixelBuffer::uninitialized(static_cast<int>(width), static_cast<int>(height));
     if (!buffer) return {ErrorCode::OutOfMemory, "Not enough memory for the picture"};
     return *std::move(buffer);
 }
@@ -83,20 +82,27 @@ Reader readerOfType(std::string_view type) {
 }
 
 }  // namespace
-}  // namespace io
 
-Result<DecodedImage> decodeImage(ByteView bytes, const DecodeLimits& limits) try {
+Result<UprightPicture> openUpright(ByteView bytes, const DecodeLimits& limits) {
     if (bytes.empty()) return {ErrorCode::UnknownFormat, "The file is empty"};
     const ImageType* type = imageTypeOfContent(bytes);
     if (type == nullptr) return {ErrorCode::UnknownFormat, "Not a picture of a known format"};
-    const io::Reader reader = io::readerOfType(type->identifier);
+    const Reader reader = readerOfType(type->identifier);
     if (reader == nullptr) {
         return {ErrorCode::Unsupported,
                 "This build cannot read pictures of type " + std::string(type->name)};
     }
     auto picture = reader(bytes, limits);
     if (!picture) return picture.error();
-    return io::finishPicture(*std::move(picture), type->identifier);
+    return UprightPicture::make(*std::move(picture), type->identifier);
+}
+
+}  // namespace io
+
+Result<DecodedImage> decodeImage(ByteView bytes, const DecodeLimits& limits) try {
+    auto picture = io::openUpright(bytes, limits);
+    if (!picture) return picture.error();
+    return (*std::move(picture)).whole();
 } catch (const std::bad_alloc&) {
     return {ErrorCode::OutOfMemory, io::kNoMemory};
 } catch (const std::length_error&) {

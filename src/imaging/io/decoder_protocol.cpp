@@ -3,12 +3,13 @@
 #include <bit>
 
 #include "imaging/io/byte_reader.h"
+#include "imaging/io/read_file.h"
 #include "imaging/io/readers.h"
 
 namespace skarnel::io {
 namespace {
 
-constexpr std::uint64_t kMaxTextBytes = 64U << 20U;
+constexpr std::uint32_t kMaxTextBytes = 64U << 20U;
 
 enum Kind : std::uint8_t { kWhole = 0, kNumber = 1, kText = 2, kBytes = 3 };
 
@@ -64,8 +65,9 @@ std::optional<PropertyValue> takeValue(ByteReader& in) {
     }
 }
 
-bool isInside(std::uint64_t offset, std::uint64_t size, std::uint64_t fileBytes) {
-    return offset >= kAnswerPage && offset <= fileBytes && size <= fileBytes - offset;
+const Error& damagedAnswer() {
+    static const Error error{ErrorCode::Damaged, "The decoder's answer is damaged"};
+    return error;
 }
 
 }  // namespace
@@ -81,36 +83,96 @@ Bytes packProperties(std::string_view type, const ImageProperties& properties) {
 }
 
 Result<PackedProperties> unpackProperties(ByteView bytes) {
-    const Error damaged{ErrorCode::Damaged, "The decoder's answer is damaged"};
     ByteReader in(bytes, ByteOrder::Little);
     PackedProperties packed;
     packed.type = takeText(in);
-    if (imageTypeWithIdentifier(packed.type) == nullptr) return damaged;
+    if (imageTypeWithIdentifier(packed.type) == nullptr) return damagedAnswer();
     while (in.left() > 0) {
         std::string key = takeText(in);
         auto value = takeValue(in);
-        if (!value || in.failed()) return damaged;
+        if (!value || in.failed()) return damagedAnswer();
         packed.properties.insert_or_assign(std::move(key), *std::move(value));
     }
-    if (in.failed()) return damaged;
+    if (in.failed()) return damagedAnswer();
     return packed;
 }
 
-Result<void> checkAnswer(const AnswerHeader& header, std::uint64_t fileBytes,
-                         const DecodeLimits& limits) {
-    const Error damaged{ErrorCode::Damaged, "The decoder's answer is damaged"};
-    if (header.magic != kAnswerMagic || header.textBytes > kMaxTextBytes ||
-        !isInside(header.textOffset, header.textBytes, fileBytes)) {
-        return damaged;
+Result<std::size_t> AnswerOrder::take(const AnswerRecord& record) {
+    if (hasEnded_) return damagedAnswer();
+    switch (record.kind) {
+        case RecordKind::Picture:
+            if (width_ != 0) return damagedAnswer();
+            if (auto error = checkPictureSize(record.first, record.second, limits_)) return *error;
+            width_ = static_cast<int>(record.first);
+            height_ = static_cast<int>(record.second);
+            return std::size_t{0};
+        case RecordKind::Rows:
+            if (record.first == 0 || record.first > static_cast<std::uint32_t>(height_ - rows_)) {
+                return damagedAnswer();
+            }
+            rows_ += static_cast<int>(record.first);
+            return std::size_t{4} * static_cast<std::size_t>(width_) * record.first;
+        case RecordKind::Done:
+            if (width_ == 0 || rows_ != height_) return damagedAnswer();
+            [[fallthrough]];
+        case RecordKind::Failed:
+            if (record.first > kMaxTextBytes) return damagedAnswer();
+            hasEnded_ = true;
+            return std::size_t{record.first};
     }
-    if (header.isPicture == 0) return {};
-    if (auto error = checkPictureSize(header.width, header.height, limits)) return *error;
-    const std::uint64_t pixelBytes = std::uint64_t{4} * header.width * header.height;
-    if (header.pixelOffset % kAnswerPage != 0 ||
-        !isInside(header.pixelOffset, pixelBytes, fileBytes)) {
-        return damaged;
+    return damagedAnswer();
+}
+
+namespace {
+
+Error failureOf(const AnswerRecord& record, const Bytes& text) {
+    const auto code = record.second <= static_cast<std::uint32_t>(ErrorCode::Failed)
+                          ? static_cast<ErrorCode>(record.second)
+                          : ErrorCode::Failed;
+    return {code, std::string(text.begin(), text.end())};
+}
+
+/// The pixels, and the record that ends the answer with its text.
+struct Received {
+    std::optional<PixelBuffer> pixels;
+    AnswerRecord last;
+    Bytes text;
+};
+
+Result<Received> receiveRecords(AnswerSource& source, const DecodeLimits& limits) {
+    Received received;
+    AnswerOrder order(limits);
+    while (!order.hasEnded()) {
+        const int firstRow = order.rowsTaken();
+        if (!source.read(&received.last, sizeof received.last)) return damagedAnswer();
+        const auto size = order.take(received.last);
+        if (!size) return size.error();
+        if (received.last.kind == RecordKind::Picture) {
+            received.pixels = PixelBuffer::uninitialized(order.width(), order.height());
+            if (!received.pixels) return {ErrorCode::OutOfMemory, kNoMemory};
+        } else if (received.last.kind == RecordKind::Rows) {
+            if (!source.read(received.pixels->view().row(firstRow), *size)) return damagedAnswer();
+        } else {
+            received.text.resize(*size);
+            if (!source.read(received.text.data(), *size)) return damagedAnswer();
+        }
     }
-    return {};
+    if (!source.isAtEnd()) return damagedAnswer();
+    return received;
+}
+
+}  // namespace
+
+Result<DecodedImage> receiveAnswer(AnswerSource& source, const DecodeLimits& limits) {
+    auto received = receiveRecords(source, limits);
+    if (!received) return received.error();
+    if (received->last.kind == RecordKind::Failed) {
+        return failureOf(received->last, received->text);
+    }
+    auto packed = unpackProperties(received->text);
+    if (!packed) return packed.error();
+    return DecodedImage{CGImage(*std::move(received->pixels)), std::move(packed->properties),
+                        std::move(packed->type)};
 }
 
 }  // namespace skarnel::io

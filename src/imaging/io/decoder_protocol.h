@@ -1,7 +1,10 @@
-// What the decoder's helper hands back: a memory file with one picture or one error.
+// What the decoder's helper sends: the rows of a picture, or an error.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <string>
 
 #include "imaging/io/image_io.h"
 #include "util/log/result.h"
@@ -10,27 +13,29 @@ namespace skarnel::io {
 
 /// The descriptors that the helper is started with.
 inline constexpr int kPictureDescriptor = 3;  // the file to decode, read only
-inline constexpr int kAnswerDescriptor = 4;   // the empty memory file for the answer
+inline constexpr int kAnswerDescriptor = 4;   // the pipe for the answer, write only
 
-/// The first bytes of the memory file. What follows is found by the offsets, in the machine's own
-/// byte order: both programs run on it.
+/// The answer is a sequence of records, in the machine's own byte order, since both programs run
+/// on it. Each is followed by the bytes that it announces:
 ///
-///     | AnswerHeader | ... | pixels, page aligned | ... | text |
+///     Picture  width, height                     nothing
+///     Rows     count, 0                          4 * width * count bytes, the next rows
+///     Done     size, 0                           type and properties; nothing may follow
+///     Failed   size, ErrorCode                   message; nothing may follow
 ///
-/// The text is the type and the properties of a picture, or the message of an error.
-struct AnswerHeader {
-    std::uint32_t magic = 0;
-    std::uint32_t isPicture = 0;  // 0 = an error
-    std::uint32_t errorCode = 0;
-    std::uint32_t width = 0;
-    std::uint32_t height = 0;
-    std::uint32_t reserved = 0;
-    std::uint64_t pixelOffset = 0;
-    std::uint64_t textOffset = 0;
-    std::uint64_t textBytes = 0;
+/// Picture comes first, then all rows from the top, then Done; Failed may come at any place.
+/// The rows are copied out of the pipe, so that nothing that has been looked at can change.
+enum class RecordKind : std::uint32_t {
+    Picture = 0x534B4401,
+    Rows = 0x534B4402,
+    Done = 0x534B4403,
+    Failed = 0x534B4404,
 };
-inline constexpr std::uint32_t kAnswerMagic = 0x534B4431;
-inline constexpr std::uint64_t kAnswerPage = 4096;
+struct AnswerRecord {
+    RecordKind kind{};
+    std::uint32_t first = 0;
+    std::uint32_t second = 0;
+};
 
 /// Type and properties as bytes, and back. Reading takes nothing on trust: lengths are checked
 /// against what is there, and anything left over is an error (Damaged).
@@ -41,9 +46,45 @@ struct PackedProperties {
 };
 Result<PackedProperties> unpackProperties(ByteView bytes);
 
-/// Checks a header against the size of the file it stands in and against the limits. Afterwards
-/// the pixels (4 * width * height bytes) and the text lie inside the file, apart from the header.
-Result<void> checkAnswer(const AnswerHeader& header, std::uint64_t fileBytes,
-                         const DecodeLimits& limits);
+/// Follows the records of an answer and refuses each that does not belong where it stands, or that
+/// announces more than it may.
+class AnswerOrder {
+  public:
+    explicit AnswerOrder(const DecodeLimits& limits) : limits_(limits) {}
+
+    /// The number of bytes that follow the record; Damaged, or TooLarge for a size above the
+    /// limits. Never more bytes than the rows that are left, or 64 MB of text.
+    Result<std::size_t> take(const AnswerRecord& record);
+
+    int width() const { return width_; }         // 0 before the picture's record
+    int height() const { return height_; }       // likewise
+    int rowsTaken() const { return rows_; }      // those of the latest record included
+    bool hasEnded() const { return hasEnded_; }  // by Done or by Failed
+
+  private:
+    DecodeLimits limits_;
+    int width_ = 0;
+    int height_ = 0;
+    int rows_ = 0;
+    bool hasEnded_ = false;
+};
+
+/// Where the bytes of an answer come from.
+class AnswerSource {
+  public:
+    AnswerSource() = default;
+    AnswerSource(const AnswerSource&) = delete;
+    AnswerSource& operator=(const AnswerSource&) = delete;
+    virtual ~AnswerSource() = default;
+
+    /// Exactly `size` bytes; false when there are fewer.
+    virtual bool read(void* target, std::size_t size) = 0;
+    /// Whether nothing is left, which may have to be waited for.
+    virtual bool isAtEnd() = 0;
+};
+
+/// The picture or the error that a whole answer holds. Damaged when it ends early, goes on after
+/// its end, or breaks the order. Throws std::bad_alloc.
+Result<DecodedImage> receiveAnswer(AnswerSource& source, const DecodeLimits& limits);
 
 }  // namespace skarnel::io

@@ -6,13 +6,13 @@
 #include <signal.h>
 #include <spawn.h>
 #include <sys/mman.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <memory>
 #include <mutex>
@@ -79,82 +79,94 @@ Result<pid_t> startHelper(const std::string& program, int picture, int answer,
     return child;
 }
 
+constexpr int kPipeBytes = 1 << 20;
+
 /// The helper bounds its processor time itself; this bounds a helper that sleeps.
-constexpr int kMaxWaitMilliseconds = 180'000;
+constexpr std::chrono::seconds kMostTime{180};
 
-/// True when the helper ended by itself with status 0.
-bool waitForHelper(pid_t child) {
-    const FileDescriptor handle(
-        static_cast<int>(::syscall(SYS_pidfd_open, static_cast<long>(child), 0L)));
-    if (handle.number() >= 0) {
-        pollfd wait{handle.number(), POLLIN, 0};
-        int ready = 0;
-        do {
-            ready = ::poll(&wait, 1, kMaxWaitMilliseconds);
-        } while (ready < 0 && errno == EINTR);
-        if (ready == 0) ::kill(child, SIGKILL);
-    }
-    int status = 0;
-    while (::waitpid(child, &status, 0) < 0) {
-        if (errno != EINTR) return false;
-    }
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
+/// The reading end of the helper's pipe.
+class PipeSource : public AnswerSource {
+  public:
+    explicit PipeSource(int descriptor) : descriptor_(descriptor) {}
 
-Result<Bytes> readText(int answer, const AnswerHeader& header) {
-    Bytes text(static_cast<std::size_t>(header.textBytes));
-    const ssize_t count =
-        ::pread(answer, text.data(), text.size(), static_cast<off_t>(header.textOffset));
-    if (count < 0 || static_cast<std::uint64_t>(count) != header.textBytes) return died();
-    return text;
-}
+    bool read(void* target, std::size_t size) override {
+        auto* bytes = static_cast<std::uint8_t*>(target);
+        while (size > 0) {
+            const ssize_t count = readSome(bytes, size);
+            if (count <= 0) return false;
+            bytes += count;
+            size -= static_cast<std::size_t>(count);
+        }
+        return true;
+    }
 
-/// A private view of the pixels that lives as long as any copy of the picture. The pages are
-/// mapped at once: one fault for each of them would cost more than decoding a small picture.
-Result<CGImage> mapPixels(int answer, const AnswerHeader& header) {
-    const std::size_t size = std::size_t{4} * header.width * header.height;
-    void* address = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, answer,
-                           static_cast<off_t>(header.pixelOffset));
-    if (address == MAP_FAILED) return systemError("The decoded picture cannot be mapped");
-    const std::shared_ptr<const std::uint8_t> bytes(
-        static_cast<const std::uint8_t*>(address),
-        [size](const std::uint8_t* mapped) { ::munmap(const_cast<std::uint8_t*>(mapped), size); });
-    auto image = CGImage::share(bytes, static_cast<int>(header.width),
-                                static_cast<int>(header.height), std::size_t{4} * header.width);
-    if (!image) return died();
-    return *std::move(image);
-}
+    bool isAtEnd() override {
+        std::uint8_t byte = 0;
+        return readSome(&byte, 1) == 0;
+    }
 
-Result<DecodedImage> takeAnswer(int answer, const DecodeLimits& limits) {
-    // From here on nobody can change the file, whatever became of the helper.
-    if (::fcntl(answer, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE | F_SEAL_SEAL) !=
-        0) {
-        return died();
+  private:
+    /// 0 at the end, below 0 when the time is over or the system failed.
+    ssize_t readSome(std::uint8_t* target, std::size_t size) {
+        for (;;) {
+            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+                end_ - std::chrono::steady_clock::now());
+            if (left.count() <= 0) return -1;
+            pollfd wait{descriptor_, POLLIN, 0};
+            const int ready = ::poll(&wait, 1, static_cast<int>(left.count()));
+            if (ready < 0 && errno != EINTR) return -1;
+            if (ready <= 0) continue;
+            const ssize_t count = ::read(descriptor_, target, size);
+            if (count >= 0 || errno != EINTR) return count;
+        }
     }
-    struct stat status {};
-    AnswerHeader header;
-    if (::fstat(answer, &status) != 0 ||
-        ::pread(answer, &header, sizeof header, 0) != static_cast<ssize_t>(sizeof header)) {
-        return died();
+
+    int descriptor_;
+    std::chrono::steady_clock::time_point end_ = std::chrono::steady_clock::now() + kMostTime;
+};
+
+/// Ends a helper that is still there when its answer is no longer waited for.
+class HelperProcess {
+  public:
+    explicit HelperProcess(pid_t child) : child_(child) {}
+    HelperProcess(const HelperProcess&) = delete;
+    HelperProcess& operator=(const HelperProcess&) = delete;
+    ~HelperProcess() {
+        if (child_ < 0) return;
+        ::kill(child_, SIGKILL);
+        (void)wait();
     }
-    if (auto checked = checkAnswer(header, static_cast<std::uint64_t>(status.st_size), limits);
-        !checked) {
-        return checked.error();
+
+    /// True when it ended by itself with status 0. It has closed its pipe, by its end as a rule;
+    /// one that only closed it is not waited for.
+    bool hasEndedWell() {
+        const FileDescriptor handle(
+            static_cast<int>(::syscall(SYS_pidfd_open, static_cast<long>(child_), 0L)));
+        if (handle.number() >= 0) {
+            pollfd ended{handle.number(), POLLIN, 0};
+            int ready = 0;
+            do {
+                ready = ::poll(&ended, 1, kMostMillisecondsAfterAnswer);
+            } while (ready < 0 && errno == EINTR);
+            if (ready == 0) ::kill(child_, SIGKILL);
+        }
+        return wait();
     }
-    const auto text = readText(answer, header);
-    if (!text) return text.error();
-    if (header.isPicture == 0) {
-        const auto code = header.errorCode <= static_cast<std::uint32_t>(ErrorCode::Failed)
-                              ? static_cast<ErrorCode>(header.errorCode)
-                              : ErrorCode::Failed;
-        return {code, std::string(text->begin(), text->end())};
+
+  private:
+    static constexpr int kMostMillisecondsAfterAnswer = 10'000;
+
+    bool wait() {
+        int status = 0;
+        while (::waitpid(child_, &status, 0) < 0) {
+            if (errno != EINTR) break;
+        }
+        child_ = -1;
+        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
     }
-    auto packed = unpackProperties(*text);
-    if (!packed) return packed.error();
-    auto image = mapPixels(answer, header);
-    if (!image) return image.error();
-    return DecodedImage{*std::move(image), std::move(packed->properties), std::move(packed->type)};
-}
+
+    pid_t child_;
+};
 
 std::optional<std::string> findDecoderProgram() {
 #ifdef SKARNEL_WITHOUT_CELL
@@ -202,12 +214,23 @@ const std::optional<std::string>& decoderProgram() {
 
 Result<DecodedImage> decodeBehindWall(const std::string& program, int descriptor,
                                       const DecodeLimits& limits) {
-    const FileDescriptor answer(::memfd_create("skarnel-picture", MFD_CLOEXEC | MFD_ALLOW_SEALING));
-    if (answer.number() < 0) return systemError("The decoder");
-    const auto child = startHelper(program, descriptor, answer.number(), limits);
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) return systemError("The decoder");
+    const FileDescriptor answer(ends[0]);
+    FileDescriptor helperEnd(ends[1]);
+    // Fewer changes between the two processes where the system allows it.
+    ::fcntl(answer.number(), F_SETPIPE_SZ, kPipeBytes);
+    const auto child = startHelper(program, descriptor, helperEnd.number(), limits);
+    // As long as this process holds it too, the pipe has no end.
+    helperEnd = FileDescriptor();
     if (!child) return child.error();
-    if (!waitForHelper(*child)) return died();
-    return takeAnswer(answer.number(), limits);
+    HelperProcess helper(*child);
+    PipeSource source(answer.number());
+    auto received = receiveAnswer(source, limits);
+    // Without memory here the helper is still in the middle of its answer.
+    const bool here = !received && received.error().code == ErrorCode::OutOfMemory;
+    if (here || (source.isAtEnd() && helper.hasEndedWell())) return received;
+    return died();
 }
 
 }  // namespace io

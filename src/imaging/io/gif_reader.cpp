@@ -6,7 +6,6 @@
 #include <cstring>
 #include <memory>
 
-#include "imaging/io/picture_memory.h"
 #include "imaging/io/readers.h"
 
 namespace skarnel::io {
@@ -101,8 +100,7 @@ Result<SourcePicture> readGif(ByteView bytes, const DecodeLimits& limits) {
     const std::int64_t height =
         std::max<std::int64_t>(gif->SHeight, std::int64_t{frame.Top} + frame.Height);
     if (auto tooLarge = checkPictureSize(width, height, limits)) return *tooLarge;
-    auto buffer = newPictureBuffer(static_cast<int>(width), static_cast<int>(height),
-                                   PictureContents::Zeroed);
+    auto buffer = PixelBuffer::zeroed(static_cast<int>(width), static_cast<int>(height));
     if (!buffer) return {ErrorCode::OutOfMemory, "Not enough memory for the picture"};
     SourcePicture picture(*std::move(buffer));
     if (!readFrame(gif.get(), makePalette(*gif, transparent), picture.pixels.view())) {

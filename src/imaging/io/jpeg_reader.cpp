@@ -1,4 +1,4 @@
-// JPEG through libjpeg-turbo, straight into the final rows.
+// JPEG through libjpeg-turbo, row by row.
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -105,19 +105,26 @@ class JpegDecoder {
         });
     }
 
+    /// The first call does what has to be done before the first row.
     bool readRows(MutablePixelView view) {
         return guarded(errors_, [this, view] {
-            jpeg_start_decompress(&info_);
+            if (!started_) {
+                started_ = true;
+                jpeg_start_decompress(&info_);
+            }
             constexpr int kRows = 16;
             JSAMPROW rows[kRows];
-            while (info_.output_scanline < info_.output_height) {
-                const int first = static_cast<int>(info_.output_scanline);
+            for (int first = 0; first < view.height;) {
                 const int count = std::min(kRows, view.height - first);
                 for (int i = 0; i < count; ++i) rows[i] = view.row(first + i);
-                jpeg_read_scanlines(&info_, rows, static_cast<JDIMENSION>(count));
+                first += static_cast<int>(
+                    jpeg_read_scanlines(&info_, rows, static_cast<JDIMENSION>(count)));
             }
-            jpeg_finish_decompress(&info_);
         });
+    }
+
+    bool finish() {
+        return guarded(errors_, [this] { jpeg_finish_decompress(&info_); });
     }
 
   private:
@@ -126,6 +133,7 @@ class JpegDecoder {
     jpeg_source_mgr source_{};
     jpeg_progress_mgr progress_{};
     bool created_ = false;
+    bool started_ = false;
 };
 
 /// Puts the numbered pieces of a profile together; empty when one is missing or given twice.
@@ -180,24 +188,43 @@ void invertInks(MutablePixelView view) {
     }
 }
 
+class JpegRows : public SourceRows {
+  public:
+    explicit JpegRows(ByteView bytes) : decoder_(bytes) {}
+
+    JpegDecoder& decoder() { return decoder_; }
+
+    Result<void> decode(MutablePixelView rows) override {
+        if (!decoder_.readRows(rows)) return decoder_.error();
+        const jpeg_decompress_struct& info = decoder_.info();
+        if (info.out_color_space == JCS_CMYK && info.saw_Adobe_marker != 0) invertInks(rows);
+        return {};
+    }
+    Result<void> finish() override {
+        if (!decoder_.finish()) return decoder_.error();
+        return {};
+    }
+
+  private:
+    JpegDecoder decoder_;
+};
+
 }  // namespace
 
 Result<SourcePicture> readJpeg(ByteView bytes, const DecodeLimits& limits) {
     if (hasTooManyScans(bytes)) return {ErrorCode::TooLarge, "The JPEG has more than 100 scans"};
-    JpegDecoder decoder(bytes);
-    if (!decoder.readHeader()) return decoder.error();
-    const jpeg_decompress_struct& info = decoder.info();
-    auto pixels = allocatePicture(info.image_width, info.image_height, limits);
-    if (!pixels) return pixels.error();
-    SourcePicture picture(*std::move(pixels));
+    auto rows = std::make_unique<JpegRows>(bytes);
+    if (!rows->decoder().readHeader()) return rows->decoder().error();
+    const jpeg_decompress_struct& info = rows->decoder().info();
+    if (auto error = checkPictureSize(info.image_width, info.image_height, limits)) return *error;
+    SourcePicture picture(static_cast<int>(info.image_width), static_cast<int>(info.image_height),
+                          std::move(rows));
     // The library lets go of the saved markers at the end of the picture.
     readMarkers(info, picture);
-    if (!decoder.readRows(picture.pixels.view())) return decoder.error();
     std::string_view model = "RGB";
     if (info.out_color_space == JCS_CMYK) {
         picture.samples = Samples::Cmyk;
         model = "CMYK";
-        if (info.saw_Adobe_marker != 0) invertInks(picture.pixels.view());
     } else if (info.jpeg_color_space == JCS_GRAYSCALE) {
         picture.samples = Samples::Gray;
         model = "Gray";

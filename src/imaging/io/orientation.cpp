@@ -4,8 +4,6 @@
 #include <cstring>
 #include <utility>
 
-#include "imaging/io/picture_memory.h"
-
 namespace skarnel::io {
 namespace {
 
@@ -57,7 +55,7 @@ std::optional<PixelBuffer> turnUpright(PixelBuffer stored, int orientation) {
     if (orientation < 2 || orientation > 8) return stored;
     const bool quarter = orientation >= 5;
     if (quarter) {
-        auto turned = newPictureBuffer(stored.height(), stored.width(), PictureContents::Undefined);
+        auto turned = PixelBuffer::uninitialized(stored.height(), stored.width());
         if (!turned) return std::nullopt;
         transpose(stored.view(), turned->view());
         stored = *std::move(turned);

@@ -39,20 +39,33 @@ class PngDecoder {
     }
 
     /// Samples are scaled and never corrected for gAMA or cHRM: viewers of photos ignore both.
-    bool readRows(MutablePixelView view) {
-        rows_.resize(static_cast<std::size_t>(view.height));
-        for (int y = 0; y < view.height; ++y) rows_[static_cast<std::size_t>(y)] = view.row(y);
+    bool beginRows() {
         if (setjmp(png_jmpbuf(png_)) != 0) return false;
         png_set_expand(png_);
         png_set_scale_16(png_);
         png_set_gray_to_rgb(png_);
         png_set_add_alpha(png_, 0xFF, PNG_FILLER_AFTER);
-        png_set_interlace_handling(png_);
+        passes_ = png_set_interlace_handling(png_);
         png_read_update_info(png_, info_);
-        if (png_get_rowbytes(png_, info_) != std::size_t{4} * view.width) {
+        if (png_get_rowbytes(png_, info_) != std::size_t{4} * png_get_image_width(png_, info_)) {
             png_error(png_, "unexpected row size");
         }
-        png_read_image(png_, rows_.data());
+        return true;
+    }
+
+    /// The next rows; all of them at once for an interlaced picture.
+    bool readRows(MutablePixelView view) {
+        rows_.resize(static_cast<std::size_t>(view.height));
+        for (int y = 0; y < view.height; ++y) rows_[static_cast<std::size_t>(y)] = view.row(y);
+        if (setjmp(png_jmpbuf(png_)) != 0) return false;
+        for (int pass = 0; pass < passes_; ++pass) {
+            png_read_rows(png_, rows_.data(), nullptr, static_cast<png_uint_32>(view.height));
+        }
+        return true;
+    }
+
+    bool readEnd() {
+        if (setjmp(png_jmpbuf(png_)) != 0) return false;
         png_read_end(png_, info_);
         return true;
     }
@@ -82,24 +95,55 @@ class PngDecoder {
     png_structp png_ = nullptr;
     png_infop info_ = nullptr;
     std::vector<png_bytep> rows_;
+    int passes_ = 1;
     std::array<char, 160> message_{};
 };
 
-/// Whether the last chunk is there and every chunk up to it lies within the file. The library takes
-/// memory for a whole chunk, two gigabytes where its length says so, before it finds that the file
-/// is shorter.
-bool chunksLieWithin(ByteView bytes) {
+class PngRows : public SourceRows {
+  public:
+    explicit PngRows(ByteView bytes) : decoder_(bytes) {}
+
+    PngDecoder& decoder() { return decoder_; }
+    Error error() const { return {ErrorCode::Damaged, decoder_.message()}; }
+
+    Result<void> decode(MutablePixelView rows) override {
+        if (!decoder_.readRows(rows)) return error();
+        return {};
+    }
+    Result<void> finish() override {
+        if (!decoder_.readEnd()) return error();
+        return {};
+    }
+
+  private:
+    PngDecoder decoder_;
+};
+
+struct ChunkOrder {
+    bool isWhole = false;          // the last chunk is there and every one lies within the file
+    bool hasExifAtTheEnd = false;  // after the pixels, where its orientation comes late
+};
+
+/// The library takes memory for a whole chunk, two gigabytes where its length says so, before it
+/// finds that the file is shorter.
+ChunkOrder orderOfChunks(ByteView bytes) {
     constexpr std::size_t kSignatureBytes = 8;
     constexpr std::size_t kAroundData = 12;  // length, type and check
+    ChunkOrder order;
+    bool pixelsBegan = false;
     for (std::size_t at = kSignatureBytes; bytes.size() >= at + kAroundData;) {
         const std::uint8_t* chunk = bytes.data() + at;
         const std::size_t length = std::size_t{chunk[0]} << 24 | std::size_t{chunk[1]} << 16 |
                                    std::size_t{chunk[2]} << 8 | chunk[3];
-        if (length > bytes.size() - at - kAroundData) return false;
-        if (std::memcmp(chunk + 4, "IEND", 4) == 0) return true;
+        if (length > bytes.size() - at - kAroundData) return order;
+        const std::string_view type(reinterpret_cast<const char*>(chunk) + 4, 4);
+        pixelsBegan = pixelsBegan || type == "IDAT";
+        order.hasExifAtTheEnd = order.hasExifAtTheEnd || (pixelsBegan && type == "eXIf");
+        order.isWhole = type == "IEND";
+        if (order.isWhole) return order;
         at += kAroundData + length;
     }
-    return false;
+    return order;
 }
 
 void readProfile(const PngDecoder& decoder, SourcePicture& picture) {
@@ -131,30 +175,51 @@ void readExifChunk(const PngDecoder& decoder, SourcePicture& picture) {
     setResolution(picture.properties, facts.dpiHorizontal, facts.dpiVertical);
 }
 
+/// Whether the rows can be had before everything that is known of them.
+bool readsRowByRow(const PngDecoder& decoder, const ChunkOrder& order) {
+    return png_get_interlace_type(decoder.png(), decoder.info()) == PNG_INTERLACE_NONE &&
+           !order.hasExifAtTheEnd;
+}
+
+Result<SourcePicture> readAtOnce(PngRows& rows, int width, int height) {
+    auto pixels = PixelBuffer::uninitialized(width, height);
+    if (!pixels) return {ErrorCode::OutOfMemory, "Not enough memory for the picture"};
+    SourcePicture picture(*std::move(pixels));
+    if (auto decoded = rows.decode(picture.pixels.view()); !decoded) return decoded.error();
+    if (auto ended = rows.finish(); !ended) return ended.error();
+    return picture;
+}
+
 }  // namespace
 
 Result<SourcePicture> readPng(ByteView bytes, const DecodeLimits& limits) {
-    if (!chunksLieWithin(bytes)) return {ErrorCode::Damaged, "The file ends too early"};
-    PngDecoder decoder(bytes);
-    if (!decoder.readHeader()) return {ErrorCode::Damaged, decoder.message()};
+    const ChunkOrder order = orderOfChunks(bytes);
+    if (!order.isWhole) return {ErrorCode::Damaged, "The file ends too early"};
+    auto rows = std::make_unique<PngRows>(bytes);
+    PngDecoder& decoder = rows->decoder();
+    if (!decoder.readHeader()) return rows->error();
     const auto width = png_get_image_width(decoder.png(), decoder.info());
     const auto height = png_get_image_height(decoder.png(), decoder.info());
     const int colorType = png_get_color_type(decoder.png(), decoder.info());
     const int depth = png_get_bit_depth(decoder.png(), decoder.info());
     const bool hasAlpha = (colorType & PNG_COLOR_MASK_ALPHA) != 0 ||
                           png_get_valid(decoder.png(), decoder.info(), PNG_INFO_tRNS) != 0;
-    auto pixels = allocatePicture(width, height, limits);
-    if (!pixels) return pixels.error();
-    SourcePicture picture(*std::move(pixels));
-    if (!decoder.readRows(picture.pixels.view())) return {ErrorCode::Damaged, decoder.message()};
+    if (auto error = checkPictureSize(width, height, limits)) return *error;
+    const auto w = static_cast<int>(width);
+    const auto h = static_cast<int>(height);
+    if (!decoder.beginRows()) return rows->error();
+    Result<SourcePicture> picture = readsRowByRow(decoder, order)
+                                        ? SourcePicture(w, h, std::move(rows))
+                                        : readAtOnce(*rows, w, h);
+    if (!picture) return picture;
 
     const bool gray = (colorType & PNG_COLOR_MASK_COLOR) == 0;
-    picture.samples = gray ? Samples::Gray : Samples::Rgb;
-    picture.alpha = hasAlpha ? Alpha::Straight : Alpha::Opaque;
-    readProfile(decoder, picture);
-    readExifChunk(decoder, picture);
-    readResolution(decoder, picture);
-    describePicture(picture, gray ? "Gray" : "RGB", depth, hasAlpha);
+    picture->samples = gray ? Samples::Gray : Samples::Rgb;
+    picture->alpha = hasAlpha ? Alpha::Straight : Alpha::Opaque;
+    readProfile(decoder, *picture);
+    readExifChunk(decoder, *picture);
+    readResolution(decoder, *picture);
+    describePicture(*picture, gray ? "Gray" : "RGB", depth, hasAlpha);
     return picture;
 }
 

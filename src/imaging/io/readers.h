@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -43,11 +44,29 @@ enum class Alpha {
     OverWhite,      // colour is what shows when the picture lies on white
 };
 
-/// A decoded picture as its file has it: not turned upright, in its own colours.
+/// The rows of a picture that is decoded as it is asked for, from the top down.
+class SourceRows {
+  public:
+    SourceRows() = default;
+    SourceRows(const SourceRows&) = delete;
+    SourceRows& operator=(const SourceRows&) = delete;
+    virtual ~SourceRows() = default;
+
+    /// Decodes as many rows as `rows` has, never more than are left.
+    virtual Result<void> decode(MutablePixelView rows) = 0;
+    /// After the last row: whether the rest of the file is whole.
+    virtual Result<void> finish() = 0;
+};
+
+/// A picture as its file has it: not turned upright, in its own colours.
 struct SourcePicture {
     explicit SourcePicture(PixelBuffer buffer) : pixels(std::move(buffer)) {}
+    /// Of a size that has been checked; nothing is allocated.
+    SourcePicture(int width, int height, std::unique_ptr<SourceRows> source)
+        : pixels(PixelBuffer::adopt(nullptr, width, height)), rows(std::move(source)) {}
 
-    PixelBuffer pixels;
+    PixelBuffer pixels;                // without memory where `rows` makes them
+    std::unique_ptr<SourceRows> rows;  // null for pixels that are there
     Samples samples = Samples::Rgb;
     Alpha alpha = Alpha::Opaque;
     Bytes cmykAlpha;  // width * height bytes where a CMYK picture has alpha, else empty
@@ -57,7 +76,8 @@ struct SourcePicture {
 };
 
 /// Each takes hostile bytes of its own format and gives the first picture. Errors: Damaged,
-/// TooLarge, Unsupported, OutOfMemory. Memory: the picture, and as much again at most.
+/// TooLarge, Unsupported, OutOfMemory. Memory: the picture, and as much again at most. The bytes
+/// must outlive a picture with `rows`.
 Result<SourcePicture> readJpeg(ByteView bytes, const DecodeLimits& limits);
 Result<SourcePicture> readPng(ByteView bytes, const DecodeLimits& limits);
 Result<SourcePicture> readTiff(ByteView bytes, const DecodeLimits& limits);
