@@ -23,6 +23,12 @@ void setIdlePixelMemoryLimit(std::size_t bytes);
 /// Gives every idle block back to the system.
 void releaseIdlePixelMemory();
 
+/// Readies idle blocks, so that the next `count` blocks of `size` bytes (or fewer) need no fresh
+/// memory: one step, which touches a huge page (2 MB) at most. True when nothing is left to do:
+/// the blocks are there, the limit is reached, the system gives no more, or the size is one for
+/// the heap.
+bool preparePixelMemory(std::size_t size, std::size_t count);
+
 /// Bytes of the idle blocks, for reports and tests.
 std::size_t idlePixelMemory();
 

@@ -12,6 +12,7 @@
 #include "qt/compare_overlay.h"
 #include "qt/picture_painter.h"
 #include "qt/preset_strip.h"
+#include "qt/preview_memory.h"
 #include "qt/recipe_commands.h"
 #include "qt/result_drag.h"
 #include "qt/viewer.h"
@@ -47,6 +48,7 @@ Companions::Companions(Application& application)
     Viewer& viewer = application_.window().viewer();
     new CompareOverlay(
         viewer, [this] { return picture(); }, [&viewer] { return viewer.background(); });
+    new PreviewMemory(viewer);
     new ResultDrag(viewer, [this] { return makeResultFile(); });
     connect(&viewer, &Viewer::painted, this, &Companions::noticeSource);
 }

@@ -4,10 +4,8 @@
 #include <QPolygonF>
 #include <algorithm>
 #include <cmath>
-#include <memory>
 
 #include "imaging/kernels/pixel_ops.h"
-#include "imaging/pixel_memory.h"
 
 namespace skarnel {
 namespace {
@@ -20,28 +18,13 @@ QRectF toQt(CGRect rect) {
     return {rect.x, rect.y, rect.width, rect.height};
 }
 
-/// The picture over the ground as the screen has it, in memory that is used again and again: fresh
-/// memory costs more than the work. Null without memory.
-QImage flatImage(const PixelView& picture, const QColor& ground) {
-    const auto rowBytes = std::size_t{4} * static_cast<std::size_t>(picture.width);
-    auto memory = allocatePixelMemory(rowBytes * static_cast<std::size_t>(picture.height),
-                                      PixelContents::Undefined);
-    if (!memory) return {};
-    const kernels::Pixel under{static_cast<std::uint8_t>(ground.red()),
-                               static_cast<std::uint8_t>(ground.green()),
-                               static_cast<std::uint8_t>(ground.blue()), 255};
-    for (int y = 0; y < picture.height; ++y)
-        kernels::flattenRow(memory.get() + rowBytes * static_cast<std::size_t>(y), picture.row(y),
-                            under, static_cast<std::size_t>(picture.width));
-    std::uint8_t* const bytes = memory.get();
-    using Owner = std::shared_ptr<std::uint8_t>;
-    return {bytes,
-            picture.width,
-            picture.height,
-            static_cast<qsizetype>(rowBytes),
-            QImage::Format_RGB32,
-            [](void* owner) { delete static_cast<Owner*>(owner); },
-            new Owner(std::move(memory))};
+/// Rows that are laid over the ground together: few enough to stay in the nearest caches until
+/// they are copied to the screen's own memory.
+constexpr int kStripRows = 32;
+
+kernels::Pixel opaquePixel(const QColor& color) {
+    return {static_cast<std::uint8_t>(color.red()), static_cast<std::uint8_t>(color.green()),
+            static_cast<std::uint8_t>(color.blue()), 255};
 }
 
 }  // namespace
@@ -62,7 +45,6 @@ QImage straightImage(const QImage& paintable) {
 void PicturePainter::setImage(const CGImage& image) {
     source_ = image;
     image_ = QImage();
-    flat_ = QImage();
     shrunk_ = QImage();
 }
 
@@ -79,13 +61,19 @@ bool PicturePainter::isPlain(const ViewTransform& view) const {
 }
 
 bool PicturePainter::paintOver(QPainter& painter, const ViewTransform& view, const QColor& ground) {
-    if (flat_.isNull() || flatGround_ != ground.rgb()) {
-        flat_ = flatImage(source_->pixels(), ground);
-        flatGround_ = ground.rgb();
-    }
-    if (flat_.isNull()) return false;
+    const PixelView picture = source_->pixels();
+    if (strip_.width() < picture.width)
+        strip_ = QImage(picture.width, kStripRows, QImage::Format_RGB32);
+    if (strip_.isNull()) return false;
+    const kernels::Pixel under = opaquePixel(ground);
     const CGRect box = view.content();
-    painter.drawImage(QPointF(box.x, box.y), flat_);
+    for (int y = 0; y < picture.height; y += kStripRows) {
+        const int rows = std::min(kStripRows, picture.height - y);
+        for (int i = 0; i < rows; ++i)
+            kernels::flattenRow(strip_.scanLine(i), picture.row(y + i), under,
+                                static_cast<std::size_t>(picture.width));
+        painter.drawImage(QPointF(box.x, box.y + y), strip_, QRectF(0, 0, picture.width, rows));
+    }
     return true;
 }
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QImage>
-#include <QRgb>
 #include <optional>
 
 #include "imaging/cgimage.h"
@@ -39,7 +38,7 @@ class PicturePainter {
     bool isPlain(const ViewTransform& view) const;
 
     /// For a plain view over an opaque ground: draws picture and ground in one, so that nothing
-    /// needs to be painted below. False without memory; nothing is drawn then.
+    /// needs to be painted below. False without memory; something may be drawn then.
     bool paintOver(QPainter& painter, const ViewTransform& view, const QColor& ground);
 
     /// How often the picture was resampled anew; repainting an unchanged view must not add to it.
@@ -52,9 +51,8 @@ class PicturePainter {
 
     std::optional<CGImage> source_;
     mutable QImage image_;  // of the source; null until it is needed
-    QImage flat_;           // the source over `flatGround_`, null when it has to be made
-    QRgb flatGround_ = 0;
-    QImage shrunk_;  // the shown part at `shrunkFactor_`, empty when it has to be made
+    QImage strip_;          // some rows of the source over a ground, while they are painted
+    QImage shrunk_;         // the shown part at `shrunkFactor_`, empty when it has to be made
     CGRect shrunkPart_;
     double shrunkFactor_ = 0;
     int resampleCount_ = 0;

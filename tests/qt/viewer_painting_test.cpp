@@ -10,6 +10,8 @@
 #include <random>
 #include <vector>
 
+#include "imaging/pixel_memory.h"
+#include "qt/preview_memory.h"
 #include "qt/viewer.h"
 
 namespace skarnel {
@@ -140,6 +142,24 @@ TEST_F(ViewerPainting, NothingOfAnEarlierPictureStaysOnTheScreen) {
                   viewer.grab().toImage().convertToFormat(QImage::Format_RGB32))
             << "round " << round << ": " << width << " x " << height;
     }
+}
+
+TEST_F(ViewerPainting, AFirstPictureHasTheMemoryForTheNextOnesPrepared) {
+    releaseIdlePixelMemory();
+    const PreviewMemory memory(viewer);
+    QApplication::processEvents();
+    EXPECT_FALSE(memory.isReady()) << "there is no picture yet";
+    viewer.resize(1000, 800);
+    viewer.setImage(noise(100, 60, 9));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return memory.isReady(); }));
+    // 3.2 MB: two blocks of 4 MB, and one of 8 for the turn.
+    const std::size_t prepared = idlePixelMemory() >> 20;
+    EXPECT_EQ(prepared, 16U);
+    viewer.resize(400, 300);
+    viewer.setImage(noise(90, 60, 10));
+    QApplication::processEvents();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return memory.isReady(); }));
+    EXPECT_EQ(idlePixelMemory() >> 20, prepared) << "what is there suffices";
 }
 
 }  // namespace
