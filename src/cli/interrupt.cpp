@@ -1,9 +1,13 @@
 #include "cli/interrupt.h"
 
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <string_view>
 
@@ -17,6 +21,25 @@ volatile std::sig_atomic_t pendingSignal = 0;
 volatile std::sig_atomic_t openScopes = 0;
 volatile std::sig_atomic_t progressLine = 0;
 
+/// The name of a folder, ended by a zero; empty where there is none.
+std::array<char, PATH_MAX> folderToRemove{};
+
+/// By system calls alone, as a signal handler must.
+void removeFolder(const char* path) {
+    const int folder = ::open(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    alignas(dirent64) std::array<char, 4096> entries;
+    for (long count = 0;
+         (count = ::syscall(SYS_getdents64, folder, entries.data(), entries.size())) > 0;) {
+        for (long at = 0; at < count;) {
+            const auto* entry = reinterpret_cast<const dirent64*>(entries.data() + at);
+            ::unlinkat(folder, entry->d_name, 0);
+            at += entry->d_reclen;
+        }
+    }
+    ::close(folder);
+    ::rmdir(path);
+}
+
 [[noreturn]] void endNow(int signal) {
     if (progressLine != 0) {
         constexpr std::string_view kWipeLine = "\r\x1b[K";
@@ -24,6 +47,7 @@ volatile std::sig_atomic_t progressLine = 0;
         [[maybe_unused]] const ssize_t wiped =
             ::write(STDERR_FILENO, kWipeLine.data(), kWipeLine.size());
     }
+    if (folderToRemove[0] != 0) removeFolder(folderToRemove.data());
     ::_exit(128 + signal);
 }
 
@@ -64,6 +88,17 @@ UninterruptedScope::~UninterruptedScope() {
     if (openScopes == 0 && pendingSignal != 0) endNow(pendingSignal);
 }
 
+RemovedAtInterrupt::RemovedAtInterrupt(const std::string& path) {
+    if (path.size() >= folderToRemove.size()) return;
+    // Its first character last: with it the name counts.
+    for (std::size_t i = path.size(); i-- > 0;) folderToRemove[i] = path[i];
+}
+
+RemovedAtInterrupt::~RemovedAtInterrupt() {
+    folderToRemove[0] = 0;
+    folderToRemove.fill(0);
+}
+
 int interruptingSignal() {
     return pendingSignal;
 }
@@ -71,6 +106,7 @@ int interruptingSignal() {
 void resetInterruptsInChild() {
     openScopes = 0;
     progressLine = 0;
+    folderToRemove[0] = 0;  // the parent's too
 }
 
 int pollOrSignal(pollfd* descriptors, std::size_t count) {

@@ -4,6 +4,7 @@
 #include <poll.h>
 
 #include <cstddef>
+#include <string>
 
 namespace skarnel::cli {
 
@@ -18,6 +19,17 @@ class UninterruptedScope {
     ~UninterruptedScope();  // ends the program if a signal came and no other scope lives
     UninterruptedScope(const UninterruptedScope&) = delete;
     UninterruptedScope& operator=(const UninterruptedScope&) = delete;
+};
+
+/// While one lives, a signal that ends the program at once removes a folder and the files in it,
+/// which has no folders in it. One at a time, in the process that made it; an empty path stands for
+/// no folder.
+class RemovedAtInterrupt {
+  public:
+    explicit RemovedAtInterrupt(const std::string& path);
+    ~RemovedAtInterrupt();
+    RemovedAtInterrupt(const RemovedAtInterrupt&) = delete;
+    RemovedAtInterrupt& operator=(const RemovedAtInterrupt&) = delete;
 };
 
 /// The signal that came during a scope, or 0.

@@ -12,6 +12,7 @@
 #include "cli/interrupt.h"
 #include "cli/preview.h"
 #include "recipe/recipe_file.h"
+#include "storage/whole_file.h"
 
 namespace skarnel::cli {
 namespace {
@@ -130,7 +131,12 @@ Result<DecodedImage> loadPicture(const Job& job, std::int64_t maxPixels) {
     if (job.picture) return *job.picture;
     const DecodeLimits limits{maxPixels};
     if (job.input != kStandardStream) return decodeImageFile(job.input, limits);
-    const Result<Bytes> bytes = readDescriptor(STDIN_FILENO, mostBytes(maxPixels));
+    // What is no picture may have no end.
+    const auto limit = [&](ByteView start) -> Result<std::uint64_t> {
+        if (start.empty() || imageTypeOfContent(start) != nullptr) return mostBytes(maxPixels);
+        return Error{ErrorCode::UnknownFormat, "Not a picture of a known format"};
+    };
+    const Result<Bytes> bytes = readDescriptor(STDIN_FILENO, limit);
     if (!bytes) return bytes.error();
     if (bytes->empty()) return {ErrorCode::CannotRead, "Nothing came from standard input"};
     return decodeForeignImage(*bytes, limits);

@@ -9,7 +9,7 @@
 
 #include "cli/options.h"
 #include "recipe/recipe_file.h"
-#include "storage/safe_file.h"
+#include "storage/whole_file.h"
 
 namespace skarnel::cli {
 namespace {

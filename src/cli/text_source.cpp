@@ -8,7 +8,7 @@
 
 #include "app/vantera_desktop_controller.h"
 #include "cli/text_toolkit.h"
-#include "storage/safe_file.h"
+#include "storage/whole_file.h"
 #include "textimaging/page_module_loader.h"
 #include "textimaging/string_encodings.h"
 #include "textimaging/url_text.h"

@@ -1,7 +1,5 @@
 #include "cli/text_toolkit.h"
 
-#include <cstdlib>
-#include <filesystem>
 #include <stdexcept>
 
 namespace skarnel::cli {
@@ -40,19 +38,6 @@ void PlainNotificationCenter::postNotification(const NSNotification& notificatio
         if (each.name == notification.name &&
             (each.object == nullptr || each.object == notification.object))
             each.handler(notification);
-}
-
-PrivateFolder::PrivateFolder() {
-    std::error_code error;
-    const std::filesystem::path parent = std::filesystem::temp_directory_path(error);
-    if (error) return;
-    std::string name = (parent / "skarnel-XXXXXX").string();
-    if (::mkdtemp(name.data()) != nullptr) path_ = name;
-}
-
-PrivateFolder::~PrivateFolder() {
-    std::error_code ignored;
-    if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
 }
 
 TextToolkit::TextToolkit(PageModule& module, NSNotificationCenter& center)

@@ -8,8 +8,10 @@
 
 #include "app/standard_image_files.h"
 #include "app/standard_text_files.h"
+#include "cli/interrupt.h"
 #include "platform/page_module.h"
 #include "platform/toolkit.h"
+#include "storage/private_folder.h"
 #include "textimaging/text_system.h"
 
 namespace skarnel::cli {
@@ -31,20 +33,6 @@ class PlainNotificationCenter final : public NSNotificationCenter {
         const NSObject* object;
     };
     std::vector<Registration> registrations_;
-};
-
-/// A folder of mode 0700 that goes, with all that is in it, when the object goes.
-class PrivateFolder {
-  public:
-    /// Empty path when it cannot be made.
-    PrivateFolder();
-    ~PrivateFolder();
-    PrivateFolder(const PrivateFolder&) = delete;
-    PrivateFolder& operator=(const PrivateFolder&) = delete;
-    const std::string& path() const { return path_; }
-
-  private:
-    std::string path_;
 };
 
 /// Collects the alerts instead of showing them. What text imaging does not use raises.
@@ -87,6 +75,7 @@ class TextToolkit final : public Toolkit {
     StandardImageFiles imageFiles_;
     StandardTextFiles textFiles_;
     PrivateFolder folder_;
+    RemovedAtInterrupt removedAtInterrupt_{folder_.path()};
     std::vector<std::string> alerts_;
     int names_ = 0;
 };

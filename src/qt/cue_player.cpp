@@ -6,7 +6,7 @@
 #include <QFileInfo>
 
 #include "qt/cue/cue_module.h"
-#include "storage/safe_file.h"
+#include "storage/whole_file.h"
 
 namespace skarnel {
 namespace {

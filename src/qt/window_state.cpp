@@ -5,7 +5,9 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include "storage/left_overs.h"
 #include "storage/safe_file.h"
+#include "storage/whole_file.h"
 #include "util/log/system_log.h"
 
 namespace skarnel {
@@ -56,6 +58,10 @@ void WindowState::setValue(const QString& key, const QJsonValue& value) {
     values_.insert(key, value);
     changed_ = true;
     if (told_) told_();
+}
+
+void WindowState::removeLeftOvers() const {
+    if (!path_.isEmpty()) skarnel::removeLeftOvers(folderOfPath(path_.toStdString()));
 }
 
 QByteArray WindowState::geometry() const {

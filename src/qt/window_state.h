@@ -20,6 +20,9 @@ class WindowState {
 
     explicit WindowState(QString path);
 
+    /// Removes what a killed program's write left beside the file.
+    void removeLeftOvers() const;
+
     static constexpr int kMostRecent = 10;
 
     QByteArray geometry() const;

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "recipe/xmp_packet.h"
-#include "storage/safe_file.h"
+#include "storage/whole_file.h"
 
 namespace skarnel {
 namespace {
@@ -80,7 +80,7 @@ bool looksLikeText(ByteView file) {
 class OpenFile {
   public:
     explicit OpenFile(const std::string& path)
-        : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY)) {}
+        : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK)) {}
     OpenFile(const OpenFile&) = delete;
     OpenFile& operator=(const OpenFile&) = delete;
     ~OpenFile() {

@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/file.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -50,6 +51,13 @@ class SystemFileSystem final : public FileSystem {
     }
     int flock(int descriptor, int operation) override {
         return orError(::flock(descriptor, operation));
+    }
+    int setBlocking(int descriptor) override {
+        const int flags = ::fcntl(descriptor, F_GETFL);
+        return orError(flags < 0 ? flags : ::fcntl(descriptor, F_SETFL, flags & ~O_NONBLOCK));
+    }
+    void pause(std::chrono::milliseconds time) override {
+        ::poll(nullptr, 0, static_cast<int>(time.count()));
     }
 
     int stat(const char* path, struct stat& status) override {

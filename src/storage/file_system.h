@@ -6,6 +6,7 @@
 #include <sys/types.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -27,6 +28,7 @@ class FileSystem {
     virtual int fchmod(int descriptor, mode_t mode) = 0;
     virtual int fchown(int descriptor, uid_t user, gid_t group) = 0;
     virtual int flock(int descriptor, int operation) = 0;
+    virtual int setBlocking(int descriptor) = 0;  // takes O_NONBLOCK away
 
     virtual int stat(const char* path, struct stat& status) = 0;   // follows links
     virtual int lstat(const char* path, struct stat& status) = 0;  // does not
@@ -41,6 +43,7 @@ class FileSystem {
     virtual int renameNoReplace(const char* from, const char* to) = 0;  // RENAME_NOREPLACE
 
     virtual mode_t umask() = 0;  // the process's mask, read without changing it
+    virtual void pause(std::chrono::milliseconds time) = 0;  // perhaps shorter, for a signal
 };
 
 /// The operating system itself. Safe to use from any thread.

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "storage/left_overs.h"
+#include "storage/pipe_patience.h"
 
 namespace skarnel {
 namespace {
@@ -161,12 +162,31 @@ int TemporaryFile::giveNewName(const std::string& target) {
     return fileSystem_.rename(path_.c_str(), target.c_str());
 }
 
-Result<void> writeStream(const std::string& path, std::span<const std::uint8_t> bytes,
-                         FileSystem& fileSystem) {
-    const int descriptor =
-        uninterrupted([&] { return fileSystem.open(path.c_str(), O_WRONLY | O_NOCTTY, 0); });
+/// A descriptor that does not block yet. Whoever reads a pipe may be about to open it.
+int openStream(const std::string& path, FileSystem& fileSystem) {
+    const auto open = [&] {
+        return uninterrupted(
+            [&] { return fileSystem.open(path.c_str(), O_WRONLY | O_NOCTTY | O_NONBLOCK, 0); });
+    };
+    int descriptor = open();
+    for (auto waited = kPipePause; descriptor == -ENXIO && waited <= kPipePatience;
+         waited += kPipePause) {
+        fileSystem.pause(kPipePause);
+        descriptor = open();
+    }
+    return descriptor;
+}
+
+Result<void> writeStream(const std::string& path, const struct stat& status,
+                         std::span<const std::uint8_t> bytes, FileSystem& fileSystem) {
+    const int descriptor = openStream(path, fileSystem);
+    if (descriptor == -ENXIO && S_ISFIFO(status.st_mode)) {
+        return {ErrorCode::CannotWrite, "Nothing reads from this pipe"};
+    }
     if (descriptor < 0) return writeError(descriptor);
-    Result<void> written = writeDescriptor(descriptor, bytes, fileSystem);
+    const int blocking = fileSystem.setBlocking(descriptor);
+    Result<void> written = blocking < 0 ? Result<void>(writeError(blocking))
+                                        : writeDescriptor(descriptor, bytes, fileSystem);
     const int closed = fileSystem.close(descriptor);
     if (written && closed < 0 && closed != -EINTR) return writeError(closed);
     return written;
@@ -199,7 +219,7 @@ Result<void> writeFileSafely(const std::string& path, std::span<const std::uint8
     if (path.empty()) return {ErrorCode::InvalidArgument, "The file name is empty"};
     struct stat status = {};
     const int found = fileSystem.stat(path.c_str(), status);
-    if (found == 0 && isStream(status)) return writeStream(path, bytes, fileSystem);
+    if (found == 0 && isStream(status)) return writeStream(path, status, bytes, fileSystem);
     if (found == 0 && S_ISDIR(status.st_mode)) return {ErrorCode::CannotWrite, "It is a folder"};
     if (overwrite == Overwrite::Refuse) {
         struct stat link = {};
@@ -219,48 +239,6 @@ Result<void> writeFileSafely(const std::string& path, std::span<const std::uint8
     return replaceInOneStep(*target, &status, bytes, overwrite, fileSystem);
 } catch (const std::bad_alloc&) {
     return outOfMemory();
-}
-
-Result<std::vector<std::uint8_t>> readDescriptor(int descriptor, std::uint64_t maxBytes,
-                                                 FileSystem& fileSystem) try {
-    constexpr std::size_t kChunk = std::size_t{1} << 16;
-    std::vector<std::uint8_t> bytes;
-    struct stat status = {};
-    if (fileSystem.fstat(descriptor, status) == 0 && S_ISREG(status.st_mode)) {
-        if (static_cast<std::uint64_t>(status.st_size) > maxBytes) {
-            return {ErrorCode::TooLarge, "The file is too large"};
-        }
-        bytes.reserve(static_cast<std::size_t>(status.st_size) + 1);
-    }
-    for (;;) {
-        const std::size_t before = bytes.size();
-        bytes.resize(std::max(bytes.capacity(), before + kChunk));
-        const ssize_t count = uninterrupted([&] {
-            return fileSystem.read(descriptor, bytes.data() + before, bytes.size() - before);
-        });
-        bytes.resize(before + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-        if (count < 0) {
-            return {ErrorCode::CannotRead,
-                    count == -EISDIR ? "It is a folder" : describeError(static_cast<int>(-count))};
-        }
-        if (count == 0) return bytes;
-        if (bytes.size() > maxBytes) return {ErrorCode::TooLarge, "The file is too large"};
-    }
-} catch (const std::bad_alloc&) {
-    return outOfMemory();
-}
-
-Result<std::vector<std::uint8_t>> readWholeFile(const std::string& path, std::uint64_t maxBytes,
-                                                FileSystem& fileSystem) {
-    const int descriptor =
-        uninterrupted([&] { return fileSystem.open(path.c_str(), O_RDONLY | O_NOCTTY, 0); });
-    if (descriptor < 0) {
-        return {descriptor == -ENOENT ? ErrorCode::NotFound : ErrorCode::CannotRead,
-                describeError(-descriptor)};
-    }
-    Result<std::vector<std::uint8_t>> bytes = readDescriptor(descriptor, maxBytes, fileSystem);
-    fileSystem.close(descriptor);
-    return bytes;
 }
 
 Result<void> writeDescriptor(int descriptor, std::span<const std::uint8_t> bytes,

@@ -1,4 +1,4 @@
-// Reading whole files, and writing files so that none is ever lost: after success, failure, kill
+// Writing files so that none is ever lost: after success, failure, kill
 // or power cut the path holds the old file or the new one, never a mixture.
 #pragma once
 
@@ -25,21 +25,13 @@ enum class Overwrite {
 /// what the process's mask leaves of 0666. A symbolic link is followed, and its target replaced;
 /// other hard links to the old file keep the old bytes. An old file that may not be written is
 /// refused (CannotWrite), as an ordinary write would be. Character devices and named pipes are
-/// written through under either policy, since replacing one would lose it.
+/// written through under either policy, since replacing one would lose it; a pipe that nothing
+/// reads is waited for as long as `kPipePatience` says.
 ///
 /// One failure leaves the new file in place: when only the folder could not be flushed. The
 /// message then says so.
 Result<void> writeFileSafely(const std::string& path, std::span<const std::uint8_t> bytes,
                              Overwrite overwrite, FileSystem& fileSystem = systemFileSystem());
-
-/// All bytes of a file or stream; OutOfMemory when they do not fit into memory. TooLarge when there
-/// are more than `maxBytes`.
-Result<std::vector<std::uint8_t>> readWholeFile(const std::string& path, std::uint64_t maxBytes,
-                                                FileSystem& fileSystem = systemFileSystem());
-
-/// All bytes until the end of an open descriptor, which stays open. TooLarge as above.
-Result<std::vector<std::uint8_t>> readDescriptor(int descriptor, std::uint64_t maxBytes,
-                                                 FileSystem& fileSystem = systemFileSystem());
 
 /// Writes all bytes to an open descriptor, with checked counts; for standard output and pipes.
 Result<void> writeDescriptor(int descriptor, std::span<const std::uint8_t> bytes,

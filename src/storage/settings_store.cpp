@@ -13,6 +13,7 @@
 #include "storage/left_overs.h"
 #include "storage/safe_file.h"
 #include "storage/settings_json.h"
+#include "storage/whole_file.h"
 
 namespace skarnel {
 namespace {
@@ -65,6 +66,17 @@ std::string homeFolder() {
 
 std::span<const std::uint8_t> bytesOf(const std::string& text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+bool isSameFile(const std::string& path, const struct stat& status, FileSystem& fileSystem) {
+    struct stat other = {};
+    return fileSystem.lstat(path.c_str(), other) == 0 && other.st_dev == status.st_dev &&
+           other.st_ino == status.st_ino;
+}
+
+/// Of the copy of a given number, from 1.
+std::string copyName(const std::string& target, int number) {
+    return target + ".damaged" + (number == 1 ? "" : "-" + std::to_string(number));
 }
 
 }  // namespace
@@ -176,6 +188,12 @@ Result<void> SettingsStore::synchronize() try {
     return {ErrorCode::OutOfMemory, "Out of memory"};
 }
 
+void SettingsStore::removeLeftOvers() {
+    if (path_.empty()) return;
+    const Result<std::string> followed = followLinks(path_, fileSystem_);
+    skarnel::removeLeftOvers(folderOfPath(followed ? *followed : path_), fileSystem_);
+}
+
 Result<void> SettingsStore::mergeAndWrite(const std::string& target) {
     OnDisk onDisk = readFile();
     if (foundUnreadable_ || onDisk.readability != Readability::Whole) {
@@ -205,18 +223,23 @@ Result<void> SettingsStore::keepCopy(const std::string& target) {
     if (found < 0) return {ErrorCode::CannotWrite, describeError(-found)};
     const bool ordinary = S_ISREG(status.st_mode);
     for (int number = 1; number <= kMaxCopies; ++number) {
-        const std::string copy =
-            target + ".damaged" + (number == 1 ? "" : "-" + std::to_string(number));
+        const std::string copy = copyName(target, number);
         int kept = ordinary ? fileSystem_.link(target.c_str(), copy.c_str()) : -EPERM;
         if (kept < 0 && kept != -EEXIST) {
             kept = fileSystem_.renameNoReplace(target.c_str(), copy.c_str());
         }
-        if (kept == -EEXIST) continue;
+        if (kept == -EEXIST) {
+            if (!ordinary || !isSameFile(copy, status, fileSystem_)) continue;
+            kept = 0;  // by an earlier try, whose write failed
+        }
         if (kept < 0) return {ErrorCode::CannotWrite, describeError(-kept)};
         // The copy's name must be on disk before the new file can take the old one's place.
         return flushFolder(folderOfPath(target), fileSystem_);
     }
-    return {ErrorCode::CannotWrite, "There are too many copies of damaged settings"};
+    // No program may be kept from saving for ever: the youngest copy gives way.
+    const int moved = fileSystem_.rename(target.c_str(), copyName(target, kMaxCopies).c_str());
+    if (moved < 0) return {ErrorCode::CannotWrite, describeError(-moved)};
+    return flushFolder(folderOfPath(target), fileSystem_);
 }
 
 Result<void> SettingsStore::reload() try {

@@ -59,6 +59,9 @@ class SettingsStore {
     /// CannotWrite when another program keeps the file locked for longer than the patience.
     Result<void> synchronize();
 
+    /// Removes what a killed program's write left beside the file.
+    void removeLeftOvers();
+
     /// Synchronizes, then takes over what lies on disk. A failure to write keeps the own changes.
     Result<void> reload();
 

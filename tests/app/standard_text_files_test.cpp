@@ -86,6 +86,7 @@ class FailingWrites final : public FileSystem {
     int fchmod(int d, mode_t m) override { return real().fchmod(d, m); }
     int fchown(int d, uid_t u, gid_t g) override { return real().fchown(d, u, g); }
     int flock(int d, int o) override { return real().flock(d, o); }
+    int setBlocking(int d) override { return real().setBlocking(d); }
     int stat(const char* p, struct stat& s) override { return real().stat(p, s); }
     int lstat(const char* p, struct stat& s) override { return real().lstat(p, s); }
     int canWrite(const char* p) override { return real().canWrite(p); }
@@ -99,6 +100,7 @@ class FailingWrites final : public FileSystem {
         return real().renameNoReplace(a, b);
     }
     mode_t umask() override { return real().umask(); }
+    void pause(std::chrono::milliseconds time) override { real().pause(time); }
 
     int writeError = 0;
     int closeError = 0;

@@ -5,8 +5,8 @@
 
 #include "cli/pictures.h"
 #include "cli/process.h"
-#include "storage/safe_file.h"
 #include "storage/temporary_folder.h"
+#include "storage/whole_file.h"
 
 namespace skarnel {
 namespace {

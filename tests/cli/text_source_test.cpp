@@ -67,19 +67,6 @@ TEST(OptionsOfText, ComplainWhereTheyDoNotGoTogether) {
     EXPECT_EQ(complaint({"--text", ""}), "(no complaint)");
 }
 
-TEST(PrivateFolder, IsForTheUserAloneAndGoesWithTheObject) {
-    std::string path;
-    {
-        const PrivateFolder folder;
-        path = folder.path();
-        struct stat status {};
-        ASSERT_EQ(::stat(path.c_str(), &status), 0);
-        EXPECT_EQ(status.st_mode & 07777, 0700U);
-    }
-    struct stat status {};
-    EXPECT_NE(::stat(path.c_str(), &status), 0);
-}
-
 TEST(PlainNotificationCenter, TellsWhoeverIsRegisteredForTheNameAndSender) {
     PlainNotificationCenter center;
     const NSObject observer;

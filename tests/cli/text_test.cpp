@@ -1,8 +1,12 @@
 // Text from the command line, with the program as a process and the real page renderer.
 #include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
 #include <cstring>
+#include <random>
+#include <thread>
 
 #include "cli/pictures.h"
 #include "cli/process.h"
@@ -44,6 +48,58 @@ TEST_F(TextCommand, ReflectsTheTextOfARecipeThatNamesNoPicture) {
         blue = blue || (pixel[2] == 255 && pixel[0] < 140);
     }
     EXPECT_TRUE(orange && blue);
+}
+
+TEST_F(TextCommand, RefusesAPageThatIsNoFile) {
+    const std::string pipe = folder_ / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    for (const auto& [name, cause] : std::vector<std::pair<std::string, std::string>>{
+             {pipe, "Nothing comes through this pipe"},
+             {folder_.path(), "It is a folder"},
+             {"/dev/zero", "It is not an ordinary file"}}) {
+        const Finished finished = render({"--html", name, "-o", out_});
+        EXPECT_EQ(finished.exitCode, 1) << name;
+        EXPECT_THAT(finished.err, HasSubstr(name + ": " + cause));
+    }
+}
+
+TEST_F(TextCommand, WithoutAnyFontEndsWithACause) {
+    test::putFile(folder_ / "fonts.conf", "<?xml version=\"1.0\"?><fontconfig></fontconfig>");
+    const std::string fonts = folder_ / "fonts.conf";
+    const Finished finished = render({"--text", "Summer", "-o", out_}, {},
+                                     [&] { ::setenv("FONTCONFIG_FILE", fonts.c_str(), 1); });
+    EXPECT_EQ(finished.exitCode, 1);
+    EXPECT_THAT(finished.err, testing::StartsWith("skarnel-render: Text: "));
+    EXPECT_FALSE(std::filesystem::exists(out_));
+}
+
+TEST_F(TextCommand, AnInterruptionAtAnyMomentLeavesNoneOfTheText) {
+    const std::string temporary = folder_ / "tmp";
+    std::filesystem::create_directory(temporary);
+    std::mt19937 random(7);
+    for (int round = 0; round < 4; ++round) {
+        test::Process process({"--text", "secret", "-o", out_}, [&] {
+            std::signal(SIGINT, SIG_DFL);
+            ::setenv("TMPDIR", temporary.c_str(), 1);
+        });
+        std::this_thread::sleep_for(std::chrono::microseconds(random() % 800'000));
+        process.signal(SIGINT);
+        const Finished finished = process.finish();
+        EXPECT_TRUE(finished.exitCode == 130 || finished.exitCode == 0) << finished.exitCode;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(temporary))
+            EXPECT_EQ(entry.path().string().find("/text"), std::string::npos) << entry.path();
+    }
+}
+
+TEST_F(TextCommand, ARendererWithoutMemoryEndsWithACause) {
+    // Enough for the program itself; a renderer reserves more than this at its start.
+    const Finished finished = render({"--text", "Summer", "-o", out_}, {}, [] {
+        const rlimit limit = {rlim_t{3} << 30, rlim_t{3} << 30};
+        ::setrlimit(RLIMIT_AS, &limit);
+    });
+    EXPECT_EQ(finished.exitCode, 1);
+    EXPECT_THAT(finished.err, HasSubstr("skarnel-render: Text: The page renderer ended"));
+    EXPECT_FALSE(std::filesystem::exists(out_));
 }
 
 TEST_F(TextCommand, ReflectsTheTextWithoutADisplay) {

@@ -11,7 +11,7 @@
 
 #include "application_fixture.h"
 #include "qt/cue_player.h"
-#include "storage/safe_file.h"
+#include "storage/whole_file.h"
 #include "util/resources/resource_path.h"
 
 namespace {

@@ -55,6 +55,11 @@ class InterceptedFileSystem : public FileSystem {
         const int answer = before("flock", "");
         return answer < 0 ? answer : real_.flock(descriptor, operation);
     }
+    int setBlocking(int descriptor) override {
+        const int answer = before("setBlocking", "");
+        return answer < 0 ? answer : real_.setBlocking(descriptor);
+    }
+    void pause(std::chrono::milliseconds time) override { real_.pause(time); }
     int stat(const char* path, struct stat& status) override {
         const int answer = before("stat", path);
         return answer < 0 ? answer : real_.stat(path, status);

@@ -10,6 +10,7 @@
 #include "storage/safe_file.h"
 #include "storage/settings_store.h"
 #include "storage/temporary_folder.h"
+#include "storage/whole_file.h"
 
 namespace skarnel {
 namespace {

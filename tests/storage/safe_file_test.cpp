@@ -232,6 +232,23 @@ TEST(WriteFileSafely, WritesThroughANamedPipe) {
     EXPECT_TRUE(std::filesystem::is_fifo(folder / "pipe"));
 }
 
+TEST(WriteFileSafely, APipeThatNothingReadsIsRefused) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    const Result<void> refused =
+        writeFileSafely(folder / "pipe", bytesOf("nobody"), Overwrite::Allow);
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().message, "Nothing reads from this pipe");
+}
+
+TEST(WriteFileSafely, AStreamThatCannotBeMadeToWaitIsAFailure) {
+    test::RefusingFileSystem failing({{"setBlocking", EIO}});
+    const Result<void> refused =
+        writeFileSafely("/dev/null", bytesOf("x"), Overwrite::Allow, failing);
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().message, "Input/output error");
+}
+
 TEST(WriteFileSafely, AFileSizeLimitIsAFailureAndTheOldFileStays) {
     const TemporaryFolder folder;
     putFile(folder / "picture", "old");
@@ -371,47 +388,6 @@ TEST(WriteFileSafely, AFlushOfTheFolderThatFailsIsSaid) {
     EXPECT_THAT(result.error().message, HasSubstr("folder could not be flushed"));
     EXPECT_THAT(result.error().message, HasSubstr("Input/output error"));
     EXPECT_EQ(fileText(folder / "new"), "x");
-}
-
-TEST(ReadWholeFile, GivesAllBytes) {
-    const TemporaryFolder folder;
-    const std::string text(200'000, 'q');
-    putFile(folder / "big", text);
-    const auto bytes = readWholeFile(folder / "big", 200'000);
-    ASSERT_TRUE(bytes);
-    EXPECT_EQ(std::string(bytes->begin(), bytes->end()), text);
-}
-
-TEST(ReadWholeFile, RefusesMoreThanTheLimitFromFilesAndStreams) {
-    const TemporaryFolder folder;
-    putFile(folder / "big", std::string(101, 'q'));
-    const auto tooLarge = readWholeFile(folder / "big", 100);
-    ASSERT_FALSE(tooLarge);
-    EXPECT_EQ(tooLarge.error().code, ErrorCode::TooLarge);
-    const auto endless = readWholeFile("/dev/zero", 1'000'000);
-    ASSERT_FALSE(endless);
-    EXPECT_EQ(endless.error().code, ErrorCode::TooLarge);
-}
-
-TEST(ReadWholeFile, TellsAMissingFileFromOneThatCannotBeRead) {
-    const TemporaryFolder folder;
-    const auto missing = readWholeFile(folder / "missing", 100);
-    ASSERT_FALSE(missing);
-    EXPECT_EQ(missing.error().code, ErrorCode::NotFound);
-    EXPECT_EQ(missing.error().message, "No such file or directory");
-    const auto isFolder = readWholeFile(folder.path(), 100);
-    ASSERT_FALSE(isFolder);
-    EXPECT_EQ(isFolder.error().code, ErrorCode::CannotRead);
-    EXPECT_EQ(isFolder.error().message, "It is a folder");
-}
-
-TEST(ReadWholeFile, AReadThatFailsInTheMiddleIsAFailure) {
-    const TemporaryFolder folder;
-    putFile(folder / "file", "text");
-    test::RefusingFileSystem failing({{"read", EIO}});
-    const auto bytes = readWholeFile(folder / "file", 100, failing);
-    ASSERT_FALSE(bytes);
-    EXPECT_EQ(bytes.error().message, "Input/output error");
 }
 
 TEST(FolderOfPath, IsWhatStandsBeforeTheLastSlash) {

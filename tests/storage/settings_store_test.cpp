@@ -9,6 +9,7 @@
 #include <limits>
 
 #include "storage/fake_file_systems.h"
+#include "storage/left_overs.h"
 #include "storage/run_as_nobody.h"
 #include "storage/temporary_folder.h"
 
@@ -389,16 +390,43 @@ TEST_F(SettingsStoreTest, AFileThatMayNotBeReadIsKept) {
     EXPECT_EQ(fileText(path_ + ".damaged"), R"({"a": 1})");
 }
 
-TEST_F(SettingsStoreTest, AThousandCopiesAreEnough) {
+TEST_F(SettingsStoreTest, AThousandCopiesAreEnoughAndKeepNobodyFromSaving) {
     putFile(path_, "broken");
     putFile(path_ + ".damaged", "");
     for (int i = 2; i <= 1000; ++i) putFile(path_ + ".damaged-" + std::to_string(i), "");
     SettingsStore store(path_);
     store.setFloat("a", 1);
-    const Result<void> refused = store.synchronize();
-    ASSERT_FALSE(refused);
-    EXPECT_EQ(refused.error().message, "There are too many copies of damaged settings");
-    EXPECT_EQ(fileText(path_), "broken");
+    ASSERT_TRUE(store.synchronize());
+    EXPECT_EQ(fileText(path_ + ".damaged-1000"), "broken");
+    EXPECT_EQ(fileText(path_ + ".damaged-999"), "");
+    EXPECT_EQ(SettingsStore(path_).floatForKey("a"), 1.0F);
+}
+
+TEST_F(SettingsStoreTest, WritesThatFailMakeNoMoreThanOneCopy) {
+    putFile(path_, "broken");
+    {
+        test::RefusingFileSystem full({{"write", ENOSPC}});
+        SettingsStore store(path_, full);
+        store.setFloat("a", 1);
+        for (int i = 0; i < 5; ++i) EXPECT_FALSE(store.synchronize());
+    }
+    SettingsStore store(path_);
+    store.setFloat("a", 1);
+    ASSERT_TRUE(store.synchronize());
+    EXPECT_THAT(folder_.names(),
+                ElementsAre("settings.json", "settings.json.damaged", "settings.json.lock"));
+    EXPECT_EQ(fileText(path_ + ".damaged"), "broken");
+}
+
+TEST_F(SettingsStoreTest, WhatAKilledProgramLeftIsRemoved) {
+    std::filesystem::create_directory(folder_ / "real");
+    std::filesystem::create_symlink("real/settings.json", path_);
+    putFile(folder_ / "real/settings.json", "{}");
+    putFile(temporaryFilePath(folder_ / "real"), "half");
+    SettingsStore(path_).removeLeftOvers();
+    EXPECT_FALSE(std::filesystem::exists(path_ + ".lock"));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_ / "real"), {}), 1);
+    SettingsStore("").removeLeftOvers();
 }
 
 TEST_F(SettingsStoreTest, ALockThatIsNotGivenUpIsReportedAndNothingIsLost) {

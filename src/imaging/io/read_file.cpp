@@ -13,6 +13,12 @@ namespace {
 /// Above any picture within the pixel limit that could be decoded at all.
 constexpr std::size_t kMaxFileBytes = std::size_t{8} << 30;
 
+constexpr std::size_t kStartBytes = 64;  // enough to know any format by
+
+Error tooLarge() {
+    return {ErrorCode::TooLarge, "The file is larger than 8 GB"};
+}
+
 Error readError(int number) {
     return {number == ENOENT || number == ENOTDIR ? ErrorCode::NotFound : ErrorCode::CannotRead,
             std::strerror(number)};
@@ -36,24 +42,24 @@ Result<FileDescriptor> openPicture(const std::string& path) {
 }
 
 Result<Bytes> readAll(int descriptor) {
-    Bytes bytes;
     // By seeking, not by asking for the file's status: the decoder's cell allows no such call.
     const off_t here = ::lseek(descriptor, 0, SEEK_CUR);
     const off_t end = here < 0 ? -1 : ::lseek(descriptor, 0, SEEK_END);
+    std::size_t expected = std::size_t{1} << 20U;
     if (end >= here && here >= 0 && ::lseek(descriptor, here, SEEK_SET) == here) {
-        if (static_cast<std::uint64_t>(end - here) > kMaxFileBytes) {
-            return {ErrorCode::TooLarge, "The file is larger than 8 GB"};
-        }
+        if (static_cast<std::uint64_t>(end - here) > kMaxFileBytes) return tooLarge();
         // One more, so that the end is seen without growing.
-        bytes.resize(static_cast<std::size_t>(end - here) + 1);
-    } else {
-        bytes.resize(std::size_t{1} << 20U);
+        expected = static_cast<std::size_t>(end - here) + 1;
     }
+    Bytes bytes(kStartBytes);
     std::size_t size = 0;
     for (;;) {
         if (size == bytes.size()) {
-            if (size >= kMaxFileBytes) return {ErrorCode::TooLarge, "The file is larger than 8 GB"};
-            bytes.resize(bytes.size() * 2);
+            if (size >= kMaxFileBytes) return tooLarge();
+            if (size == kStartBytes && imageTypeOfContent(bytes) == nullptr) {
+                return {ErrorCode::UnknownFormat, "Not a picture of a known format"};
+            }
+            bytes.resize(size < expected ? expected : 2 * size);
         }
         const ssize_t count = ::read(descriptor, bytes.data() + size, bytes.size() - size);
         if (count < 0 && errno == EINTR) continue;

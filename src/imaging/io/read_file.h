@@ -33,7 +33,8 @@ class FileDescriptor {
 /// A regular file for reading; NotFound or CannotRead with the system's reason otherwise.
 Result<FileDescriptor> openPicture(const std::string& path);
 
-/// Everything from the descriptor's position to its end.
+/// Everything from the descriptor's position to its end; UnknownFormat, and no more is read, when
+/// the first bytes are of no picture.
 Result<Bytes> readAll(int descriptor);
 
 }  // namespace skarnel::io

@@ -1,0 +1,25 @@
+// A folder for one program's own temporary files.
+#pragma once
+
+#include <string>
+
+namespace skarnel {
+
+/// A new folder of mode 0700 in the system's temporary directory, that goes, with all that is in
+/// it, when the object goes. What a killed program left is removed by the next one that makes such
+/// a folder: as long as its owner lives it carries a lock.
+class PrivateFolder {
+  public:
+    /// Empty path when it cannot be made.
+    PrivateFolder();
+    ~PrivateFolder();
+    PrivateFolder(const PrivateFolder&) = delete;
+    PrivateFolder& operator=(const PrivateFolder&) = delete;
+    const std::string& path() const { return path_; }
+
+  private:
+    std::string path_;
+    int lock_ = -1;
+};
+
+}  // namespace skarnel
