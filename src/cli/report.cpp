@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
@@ -53,6 +54,27 @@ std::size_t terminalColumns() {
     winsize size = {};
     const bool known = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
     return known ? size.ws_col : 80;
+}
+
+/// A file's name may hold what a terminal obeys. There it is shown as "\x1b"; into a file or a pipe
+/// it goes as it is.
+std::string forStream(int stream, std::string_view text) {
+    if (::isatty(stream) != 1) return std::string(text);
+    std::string shown;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
+        const bool wide = byte == 0xC2 && next >= 0x80 && next < 0xA0;  // U+0080 to U+009F
+        if ((byte >= 0x20 && byte != 0x7F && !wide) || byte == '\n') {
+            shown += text[i];
+            continue;
+        }
+        char escape[8];
+        std::snprintf(escape, sizeof escape, "\\x%02x", wide ? unsigned{next} : unsigned{byte});
+        shown += escape;
+        if (wide) ++i;
+    }
+    return shown;
 }
 
 }  // namespace
@@ -116,14 +138,14 @@ void Console::report(const JobReport& report) {
               jsonOfReport(report) + "\n");
     } else if (report.output && style_.verbosity != Verbosity::Quiet &&
                !style_.pictureOnStandardOutput) {
-        print(STDOUT_FILENO, *report.output + "\n");
+        print(STDOUT_FILENO, forStream(STDOUT_FILENO, *report.output) + "\n");
     }
 }
 
 void Console::message(std::string_view text) {
     wipeProgress();
     const std::string name = style_.colour ? "\x1b[31mskarnel-render:\x1b[0m " : "skarnel-render: ";
-    print(STDERR_FILENO, name + std::string(text) + "\n");
+    print(STDERR_FILENO, name + forStream(STDERR_FILENO, text) + "\n");
 }
 
 void Console::progress(std::size_t done, std::size_t total, std::string_view name) {
@@ -132,7 +154,7 @@ void Console::progress(std::size_t done, std::size_t total, std::string_view nam
     const std::size_t filled = kBarWidth * done / total;
     std::string line = "[" + std::string(filled, '#') + std::string(kBarWidth - filled, '.') +
                        "] " + std::to_string(done) + "/" + std::to_string(total) + " " +
-                       std::string(name);
+                       forStream(STDERR_FILENO, name);
     // A line that wraps could not be wiped. Cutting inside a UTF-8 sequence must not happen.
     std::size_t length = std::min(line.size(), terminalColumns() - 1);
     while (length > 0 && length < line.size() && (line[length] & 0xC0) == 0x80) --length;

@@ -201,6 +201,8 @@ void Application::start(const QStringList& pictures) {
     openPictures(std::exchange(waiting_, {}));
     // Nothing on the screen waits for the desktop's answer.
     QTimer::singleShot(0, &motion_, [this] {
+        store_.removeLeftOvers();
+        state_.removeLeftOvers();
         if (!qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
             motion_.follow(QDBusConnection::sessionBus());
     });
@@ -222,6 +224,11 @@ void Application::persist() {
     state_.setSplitter(window_.splitter().saveState());
     state_.save();
     storeTimer_.stop();
+}
+
+void Application::persistWithoutWindow() {
+    defaults_.synchronize();
+    state_.save();
 }
 
 }  // namespace skarnel

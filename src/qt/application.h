@@ -58,6 +58,8 @@ class Application final : public QObject {
     void takeTyped();
     /// Stores what is to be found again at the next start.
     void persist();
+    /// The same without asking the window, which may have lost its display.
+    void persistWithoutWindow();
 
     MainWindow& window() { return window_; }
     MainActions& actions() { return actions_; }

@@ -8,6 +8,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
+#include <optional>
+#include <utility>
 
 #include "qt/application.h"
 #include "qt/languages.h"
@@ -36,6 +39,29 @@ void sayNoDisplay() {
         stderr);
 }
 
+/// What is done once when the toolkit ends the process because its display went away. The stack,
+/// and the application on it, is still there then.
+class LastDeed {
+  public:
+    explicit LastDeed(std::function<void()> deed) {
+        waiting() = std::move(deed);
+        std::atexit([] { happen(); });
+    }
+    LastDeed(const LastDeed&) = delete;
+    LastDeed& operator=(const LastDeed&) = delete;
+    ~LastDeed() { waiting() = {}; }
+
+    static void happen() {
+        if (const auto deed = std::exchange(waiting(), {})) deed();
+    }
+
+  private:
+    static std::function<void()>& waiting() {
+        static std::function<void()> deed;
+        return deed;
+    }
+};
+
 /// The toolkit ends the process in its own words when it cannot reach a display; these are ours.
 void onMessage(QtMsgType type, const QMessageLogContext& context, const QString& message) {
     static const QtMessageHandler before = qInstallMessageHandler(onMessage);
@@ -44,6 +70,9 @@ void onMessage(QtMsgType type, const QMessageLogContext& context, const QString&
         std::_Exit(kNoDisplay);
     }
     before(type, context, message);
+    // Said of X11 and of Wayland; what follows may end the process without its exit handlers.
+    if (type == QtWarningMsg && message.contains(QLatin1String("connection broke")))
+        LastDeed::happen();
 }
 
 bool displayNamed() {
@@ -140,6 +169,7 @@ int main(int argc, char** argv) {
                          application.raise();
                          application.openPictures(called);
                      });
+    const LastDeed keep([&application] { application.persistWithoutWindow(); });
     application.start(pictures);
     return QApplication::exec();
 }

@@ -180,6 +180,12 @@ Result<void> SettingsStore::synchronize() try {
     // A loop of links has no target; it is kept aside like any file that cannot be read.
     const Result<std::string> followed = followLinks(path_, fileSystem_);
     const std::string target = followed ? *followed : path_;
+    struct stat status = {};
+    // Moved aside or replaced, it would be lost to the whole system.
+    if (fileSystem_.stat(target.c_str(), status) == 0 &&
+        (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode))) {
+        return {ErrorCode::CannotWrite, "There is a device in place of the settings"};
+    }
     if (Result<void> made = makeFolders(folderOfPath(target), fileSystem_); !made) return made;
     FileLock lock(fileSystem_);
     if (Result<void> locked = lock.take(target + ".lock", lockPatience_); !locked) return locked;

@@ -81,8 +81,9 @@ Result<FileBytes> readRest(int descriptor, FileBytes bytes, const ReadLimit& lim
     }
     while (!ended) {
         if (bytes.size() > *most) return tooLarge();
-        if (auto error = readSome(std::max(bytes.capacity() - bytes.size(), kChunkBytes)))
-            return *error;
+        // What was set aside for a file of known size ends with a byte that stays empty.
+        const std::size_t room = bytes.capacity() - bytes.size();
+        if (auto error = readSome(room > 0 ? room : kChunkBytes)) return *error;
     }
     if (bytes.size() > *most) return tooLarge();
     return bytes;

@@ -6,14 +6,16 @@
 #include <array>
 #include <climits>
 #include <cstdlib>
+#include <optional>
 
 namespace skarnel {
 namespace {
 
-std::string folderOfProgram() {
+/// None where the system does not say; the current folder is no place to load programs from.
+std::optional<std::string> folderOfProgram() {
     std::array<char, PATH_MAX> buffer;
     const ssize_t length = readlink("/proc/self/exe", buffer.data(), buffer.size());
-    if (length <= 0) return ".";
+    if (length <= 0) return std::nullopt;
     const std::string path(buffer.data(), static_cast<std::size_t>(length));
     return path.substr(0, path.rfind('/'));
 }
@@ -23,8 +25,11 @@ std::string folderOfProgram() {
 std::vector<std::string> pageModulePaths() {
     const char* chosen = std::getenv("SKARNEL_PAGE_MODULE");
     if (chosen != nullptr && *chosen != '\0') return {chosen};
-    return {folderOfProgram() + "/../lib/skarnel/" + kPageModuleName,
-            std::string(SKARNEL_MODULE_FOLDER "/") + kPageModuleName};
+    std::vector<std::string> paths;
+    if (const auto folder = folderOfProgram())
+        paths.push_back(*folder + "/../lib/skarnel/" + kPageModuleName);
+    paths.push_back(std::string(SKARNEL_MODULE_FOLDER "/") + kPageModuleName);
+    return paths;
 }
 
 Result<std::unique_ptr<PageModule>> loadPageModule(const PageModuleContext& context,

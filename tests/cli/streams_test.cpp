@@ -129,6 +129,14 @@ std::string onTerminal(const std::vector<std::string>& arguments, const char* no
     return shown;
 }
 
+TEST(Streams, ATerminalIsNotCommandedByTheNameOfAFile) {
+    const std::string name = "/missing/a\x1b[31mb\x7f\xC2\x9B.png";
+    const std::string shown = onTerminal({name}, "1");
+    EXPECT_THAT(shown, HasSubstr("/missing/a\\x1b[31mb\\x7f\\x9b.png: No such file"));
+    EXPECT_EQ(shown.find('\x1b'), std::string::npos);
+    EXPECT_THAT(render({name}).err, HasSubstr(name));
+}
+
 TEST(Streams, ProgressIsShownOnATerminalOnlyAndWipedAtTheEnd) {
     const TemporaryFolder folder;
     test::putPicture(folder / "a.png", 30, 20);

@@ -3,6 +3,8 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <bit>
@@ -416,6 +418,22 @@ TEST_F(SettingsStoreTest, WritesThatFailMakeNoMoreThanOneCopy) {
     EXPECT_THAT(folder_.names(),
                 ElementsAre("settings.json", "settings.json.damaged", "settings.json.lock"));
     EXPECT_EQ(fileText(path_ + ".damaged"), "broken");
+}
+
+TEST_F(SettingsStoreTest, ADeviceInTheirPlaceIsLeftAlone) {
+    // One of the test's own where it may make it; for anybody else the system's cannot be lost.
+    const std::string device = folder_ / "device";
+    const bool made = ::mknod(device.c_str(), S_IFCHR | 0600, makedev(1, 7)) == 0;
+    const std::string target = made ? device : "/dev/full";
+    std::filesystem::create_symlink(target, path_);
+    SettingsStore store(path_);
+    store.setFloat("a", 1);
+    const Result<void> refused = store.synchronize();
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().message, "There is a device in place of the settings");
+    EXPECT_EQ(store.floatForKey("a"), 1.0F);
+    EXPECT_TRUE(std::filesystem::is_character_file(target));
+    EXPECT_FALSE(std::filesystem::exists(target + ".lock"));
 }
 
 TEST_F(SettingsStoreTest, WhatAKilledProgramLeftIsRemoved) {

@@ -57,10 +57,14 @@ std::vector<FileGrant> windowGrants(const std::vector<std::string>& programs,
     return grants;
 }
 
+FileAccess windowLoses(unsigned user, const std::string& root) {
+    std::error_code error;
+    const std::filesystem::directory_iterator listing(root, error);
+    return user == 0 || error ? FileAccess::Execute : FileAccess::Execute | FileAccess::Change;
+}
+
 Result<void> raiseWindowWalls(const std::vector<std::string>& programs) {
-    const FileAccess removed =
-        ::geteuid() == 0 ? FileAccess::Execute : FileAccess::Execute | FileAccess::Change;
-    return restrictFileAccess(removed, windowGrants(programs));
+    return restrictFileAccess(windowLoses(::geteuid()), windowGrants(programs));
 }
 
 }  // namespace skarnel

@@ -15,9 +15,12 @@ namespace skarnel {
 std::vector<FileGrant> windowGrants(const std::vector<std::string>& programs,
                                     const std::string& root = "/");
 
-/// Restricts this process to `windowGrants`. For the super-user, who may save anywhere, changing
-/// files is left alone and only execution is taken away: no save to a place that a person chose
-/// may fail by this wall. Call it before a second thread starts.
+/// What is taken away: execution, and changing files unless `user` is the super-user, who may save
+/// anywhere, or `root` cannot be listed, where nothing could be granted again.
+FileAccess windowLoses(unsigned user, const std::string& root = "/");
+
+/// Restricts this process to `windowGrants`. No save to a place that a person chose may
+/// fail by this wall. Call it before a second thread starts.
 Result<void> raiseWindowWalls(const std::vector<std::string>& programs);
 
 }  // namespace skarnel

@@ -38,6 +38,13 @@ TEST(WindowWalls, TheSystemsFoldersAreLeftOutAndAllOthersKeepTheirChanges) {
     fs::remove_all(root);
 }
 
+TEST(WindowWalls, ChangingFilesIsNotTakenAwayWhereNothingCouldBeGrantedAgain) {
+    const FileAccess both = FileAccess::Execute | FileAccess::Change;
+    EXPECT_EQ(windowLoses(1000, "/"), both);
+    EXPECT_EQ(windowLoses(0, "/"), FileAccess::Execute);
+    EXPECT_EQ(windowLoses(1000, "/no/such/root"), FileAccess::Execute);
+}
+
 TEST(WindowWalls, OnlyTheNamedProgramsCanBeStarted) {
     if (landlockVersion() == 0) GTEST_SKIP() << "this kernel has no Landlock";
     const auto start = [](const char* program, const std::vector<std::string>& named) {

@@ -1,0 +1,188 @@
+// The real program where its surroundings fail it: the display goes away, there are no fonts.
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QThread>
+#include <functional>
+
+namespace skarnel {
+namespace {
+
+constexpr int kPatience = 20'000;  // milliseconds until a condition counts as failed
+
+constexpr const char* kRecipe =
+    R"({"skarnel":"recipe","version":1,"settings":{"perspectiveWidth":5,"perspectiveHeight":40,)"
+    R"("offset":10,"start":0,"gradient":9,"alpha":150,"imagePerspective":50,)"
+    R"("applyBackgroundColor":false},"background":"#000000"})";
+
+bool wait(const std::function<bool()>& condition) {
+    QElapsedTimer timer;
+    for (timer.start(); !condition() && timer.elapsed() < kPatience;) QThread::msleep(20);
+    return condition();
+}
+
+/// An X server of the test's own.
+class Display {
+  public:
+    Display() {
+        server_.start(QStringLiteral("Xvfb"),
+                      {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
+                       QStringLiteral("0"), QStringLiteral("1400x1000x24")});
+        wait([&] { return server_.waitForReadyRead(100) || server_.canReadLine(); });
+        name_ = QLatin1Char(':') + QString::fromLatin1(server_.readLine()).trimmed();
+    }
+    Display(const Display&) = delete;
+    Display& operator=(const Display&) = delete;
+    ~Display() { end(); }
+
+    /// Not at once but in order, so that it takes its lock file with it; its clients see the same.
+    void end() {
+        server_.terminate();
+        if (!server_.waitForFinished(kPatience)) server_.kill();
+        server_.waitForFinished();
+    }
+    const QString& name() const { return name_; }
+
+  private:
+    QProcess server_;
+    QString name_;
+};
+
+class SurroundingsTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        for (const char* tool : {"Xvfb", "xdotool"}) {
+            if (QStandardPaths::findExecutable(QString::fromLatin1(tool)).isEmpty())
+                GTEST_SKIP() << "needs " << tool;
+        }
+        surroundings = QProcessEnvironment::systemEnvironment();
+        for (const char* name : {"XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME",
+                                 "XDG_RUNTIME_DIR", "HOME", "TMPDIR"}) {
+            const QString own = folder.filePath(QString::fromLatin1(name));
+            ASSERT_TRUE(QDir().mkpath(own));
+            surroundings.insert(QString::fromLatin1(name), own);
+        }
+        QFile::setPermissions(surroundings.value(QStringLiteral("XDG_RUNTIME_DIR")),
+                              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        surroundings.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+        surroundings.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
+    }
+    void TearDown() override {
+        program.kill();
+        program.waitForFinished();
+    }
+
+    void startOn(const Display& display) {
+        surroundings.insert(QStringLiteral("DISPLAY"), display.name());
+        program.setProcessEnvironment(surroundings);
+        program.setProcessChannelMode(QProcess::ForwardedChannels);
+        program.start(QStringLiteral(SKARNEL_PROGRAM));
+        ASSERT_TRUE(program.waitForStarted());
+        ASSERT_TRUE(wait([&] { return !(window = shownWindow()).isEmpty(); })) << "no window";
+    }
+
+    QString xdotool(const QStringList& arguments) const {
+        QProcess tool;
+        tool.setProcessEnvironment(surroundings);
+        tool.start(QStringLiteral("xdotool"), arguments);
+        EXPECT_TRUE(tool.waitForFinished(kPatience));
+        return QString::fromUtf8(tool.readAllStandardOutput()).trimmed();
+    }
+    QString shownWindow() const {
+        return xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                        QStringLiteral("--name"), QStringLiteral(" — Skarnel$")})
+            .section(QLatin1Char('\n'), -1);
+    }
+    void press(const QString& key) const {
+        xdotool({QStringLiteral("windowfocus"), QStringLiteral("--sync"), window});
+        xdotool({QStringLiteral("key"), key});
+    }
+    bool ends() {
+        return wait(
+            [&] { return program.waitForFinished(10) || program.state() == QProcess::NotRunning; });
+    }
+
+    double stored(const char* key) const {
+        QFile file(surroundings.value(QStringLiteral("XDG_CONFIG_HOME")) +
+                   QStringLiteral("/skarnel/settings.json"));
+        if (!file.open(QIODevice::ReadOnly)) return -1;
+        const QJsonObject settings = QJsonDocument::fromJson(file.readAll()).object();
+        return settings.value(QLatin1String(key)).toDouble(-1);
+    }
+
+    QTemporaryDir folder;
+    QProcessEnvironment surroundings;
+    QProcess program;
+    QString window;
+};
+
+TEST_F(SurroundingsTest, ALostDisplayEndsTheProgramAndKeepsWhatWasJustSet) {
+    Display display;
+    ASSERT_NO_FATAL_FAILURE(startOn(display));
+    ASSERT_TRUE(wait([&] { return stored("alpha") == 200; })) << "the defaults are not stored";
+    QFile recipe(folder.filePath(QStringLiteral("look.skarnel")));
+    ASSERT_TRUE(recipe.open(QIODevice::WriteOnly));
+    recipe.write(kRecipe);
+    recipe.close();
+    // A second start hands the recipe over and ends; the first has it then and stores it when it
+    // has been idle for a second, which it has no time for.
+    QProcess second;
+    second.setProcessEnvironment(surroundings);
+    second.start(QStringLiteral(SKARNEL_PROGRAM), {recipe.fileName()});
+    ASSERT_TRUE(second.waitForFinished(kPatience));
+    ASSERT_EQ(second.exitCode(), 0);
+    display.end();
+    ASSERT_TRUE(ends());
+    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(program.exitCode(), 1);
+    EXPECT_EQ(stored("alpha"), 150);
+    EXPECT_EQ(stored("offset"), 10);
+}
+
+TEST_F(SurroundingsTest, TheNextStartRemovesWhatAKilledOneLeft) {
+    // The first start of all writes, and a write tidies up by itself.
+    const Display display;
+    ASSERT_NO_FATAL_FAILURE(startOn(display));
+    press(QStringLiteral("ctrl+q"));
+    ASSERT_TRUE(ends());
+    const QString name = QStringLiteral("/skarnel/.skarnel-0123456789abcdef.part");
+    QStringList left;
+    for (const char* home : {"XDG_CONFIG_HOME", "XDG_STATE_HOME"}) {
+        left << surroundings.value(QString::fromLatin1(home)) + name;
+        ASSERT_TRUE(QFile(left.back()).open(QIODevice::WriteOnly));
+    }
+    ASSERT_NO_FATAL_FAILURE(startOn(display));
+    for (const QString& path : left)
+        EXPECT_TRUE(wait([&] { return !QFile::exists(path); })) << path.toStdString();
+}
+
+TEST_F(SurroundingsTest, WithoutAnyFontTheWindowOpensAndCloses) {
+    QFile fonts(folder.filePath(QStringLiteral("fonts.conf")));
+    ASSERT_TRUE(fonts.open(QIODevice::WriteOnly));
+    fonts.write("<?xml version=\"1.0\"?><fontconfig></fontconfig>");
+    fonts.close();
+    surroundings.insert(QStringLiteral("FONTCONFIG_FILE"), fonts.fileName());
+    const Display display;
+    ASSERT_NO_FATAL_FAILURE(startOn(display));
+    press(QStringLiteral("ctrl+q"));
+    ASSERT_TRUE(ends());
+    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(program.exitCode(), 0);
+}
+
+}  // namespace
+}  // namespace skarnel
+
+int main(int argc, char** argv) {
+    ::testing::InitGoogleTest(&argc, argv);
+    QCoreApplication application(argc, argv);
+    return RUN_ALL_TESTS();
+}
