@@ -268,7 +268,8 @@ class RunLengthReader {
                 ended_ = true;
                 break;
             case 2:
-                column_ += in_.u8();
+                // Moves within a row never end it, and there may be millions of them.
+                column_ = std::min(column_ + in_.u8(), view_.width);
                 row_ += in_.u8();
                 break;
             default: {

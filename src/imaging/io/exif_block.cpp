@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 #include "imaging/io/byte_reader.h"
 #include "imaging/io/exif.h"
@@ -27,6 +28,16 @@ constexpr std::array<std::uint16_t, 4> kDroppedTags = {0x927C, 0xA002, 0xA003, 0
 
 constexpr std::uint32_t kMaxValueBytes = 60000;
 constexpr unsigned kMaxEntries = 400;
+constexpr std::uint64_t kMaxTreeBytes = 1 << 20;  // of all values of a tree
+
+/// A block that is being read, and how many bytes of values may still be taken from it. Honest
+/// values do not overlap, so together they are no longer than the block; entries that all name the
+/// same bytes would make gigabytes of one marker.
+struct Block {
+    ByteView bytes;
+    ByteOrder order;
+    std::uint64_t left;
+};
 
 /// Bytes of one number and how many numbers make one value, by the standard's type; 0 = unknown.
 struct TypeSize {
@@ -66,27 +77,30 @@ ExifField rationalField(std::uint16_t tag, double value) {
     return field;
 }
 
-std::optional<ExifField> readField(ByteView bytes, ByteReader& in, ByteOrder order) {
+/// Reads one entry, for its value only if the tag is wanted.
+std::optional<ExifField> readField(Block& block, ByteReader& in, bool (*isWanted)(std::uint16_t)) {
     ExifField field;
     field.tag = in.u16();
     field.type = in.u16();
     field.count = in.u32();
     const TypeSize size = sizeOfType(field.type);
     const std::uint64_t valueBytes = std::uint64_t{size.number} * size.numbers * field.count;
-    ByteReader value(bytes, order);
+    ByteReader value(block.bytes, block.order);
     value.seek(in.position());
     const std::uint32_t offset = in.u32();
-    if (valueBytes == 0 || valueBytes > kMaxValueBytes) return std::nullopt;
+    if (!isWanted(field.tag) || valueBytes == 0 || valueBytes > kMaxValueBytes ||
+        valueBytes > block.left) {
+        return std::nullopt;
+    }
     if (valueBytes > 4) value.seek(offset);
-    ByteReader numbers(value.take(valueBytes), order);
+    const ByteView numbers = value.take(valueBytes);
     if (value.failed() || in.failed()) return std::nullopt;
-    for (std::uint64_t i = 0; i < valueBytes / size.number; ++i) {
-        std::uint64_t number = 0;
-        if (size.number == 1) number = numbers.u8();
-        if (size.number == 2) number = numbers.u16();
-        if (size.number == 4) number = numbers.u32();
-        if (size.number == 8) number = numbers.u64();
-        put(field.value, number, static_cast<int>(size.number));
+    block.left -= valueBytes;
+    field.value.assign(numbers.begin(), numbers.end());
+    if (block.order == ByteOrder::Big && size.number > 1) {
+        for (auto at = field.value.begin(); at != field.value.end(); at += size.number) {
+            std::reverse(at, at + size.number);
+        }
     }
     return field;
 }
@@ -100,17 +114,29 @@ std::uint32_t offsetIn(const ExifField& field) {
     return in.u32();
 }
 
-ExifDirectory readDirectory(ByteView bytes, ByteOrder order, std::uint32_t offset) {
+ExifDirectory readDirectory(Block& block, std::uint32_t offset, bool (*isWanted)(std::uint16_t)) {
     ExifDirectory directory;
-    ByteReader in(bytes, order);
+    ByteReader in(block.bytes, block.order);
     in.seek(offset);
     const unsigned count = std::min<unsigned>(in.u16(), kMaxEntries);
     for (unsigned i = 0; i < count && !in.failed(); ++i) {
-        if (auto field = readField(bytes, in, order)) directory.push_back(*std::move(field));
+        if (auto field = readField(block, in, isWanted)) directory.push_back(*std::move(field));
     }
     std::stable_sort(directory.begin(), directory.end(),
                      [](const ExifField& a, const ExifField& b) { return a.tag < b.tag; });
     return directory;
+}
+
+bool isWantedInMain(std::uint16_t tag) {
+    return contains(kMainTags, tag) || tag == kExifDirectory || tag == kGpsDirectory;
+}
+
+bool isWantedInExif(std::uint16_t tag) {
+    return !contains(kDroppedTags, tag);
+}
+
+bool isWantedInGps(std::uint16_t) {
+    return true;
 }
 
 /// The directory's own bytes, without the values that do not fit into an entry.
@@ -128,17 +154,21 @@ ExifTree readExifTree(ByteView bytes) {
     ByteReader in(bytes, order);
     const std::uint16_t mark = in.u16();
     if (mark != (big ? 0x4D4D : 0x4949) || in.u16() != 42) return tree;
-    for (ExifField& field : readDirectory(bytes, order, in.u32())) {
-        if (contains(kMainTags, field.tag)) {
-            if (field.type == 2) tree.main.push_back(std::move(field));
-        } else if (field.tag == kExifDirectory) {
-            tree.exif = readDirectory(bytes, order, offsetIn(field));
+    Block block{bytes, order, std::min<std::uint64_t>(bytes.size(), kMaxTreeBytes)};
+    bool hasExif = false;
+    bool hasGps = false;
+    for (ExifField& field : readDirectory(block, in.u32(), isWantedInMain)) {
+        // A directory that is named again is not read again.
+        if (field.tag == kExifDirectory) {
+            if (!std::exchange(hasExif, true))
+                tree.exif = readDirectory(block, offsetIn(field), isWantedInExif);
         } else if (field.tag == kGpsDirectory) {
-            tree.gps = readDirectory(bytes, order, offsetIn(field));
+            if (!std::exchange(hasGps, true))
+                tree.gps = readDirectory(block, offsetIn(field), isWantedInGps);
+        } else if (field.type == 2) {
+            tree.main.push_back(std::move(field));
         }
     }
-    std::erase_if(tree.exif,
-                  [](const ExifField& field) { return contains(kDroppedTags, field.tag); });
     for (ExifField& field : tree.exif) {
         if (field.tag == kColorSpace) field = numberField(kColorSpace, 3, 1);  // sRGB
     }

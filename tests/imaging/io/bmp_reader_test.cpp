@@ -121,6 +121,18 @@ TEST(BmpReader, RunsBeyondTheRowOrThePictureAreCutOff) {
     EXPECT_EQ(decoded(bmp), (std::vector<Rgba>{kColor1, kColor1}));
 }
 
+TEST(BmpReader, MillionsOfMovesWithinARowLeadNowhere) {
+    // 255 columns a move: 8,421,505 of them pass 2^31, after which a column would be negative.
+    constexpr std::size_t kMoves = 8'421'600;
+    const Bytes move = {0, 2, 255, 0};
+    Bytes runs(4 * kMoves);
+    for (std::size_t i = 0; i < runs.size(); ++i) runs[i] = move[i % 4];
+    runs.insert(runs.end(), {1, 1, 0, 1});  // one pixel of colour 1, the end
+    BmpBuilder bmp = paletted(8, 2, 1, std::move(runs));
+    bmp.compression = 1;
+    EXPECT_EQ(decoded(bmp), (std::vector<Rgba>{kColor0, kColor0}));
+}
+
 TEST(BmpReader, RunsWithoutAnEndAreDamage) {
     BmpBuilder bmp = paletted(8, 4, 3, {2, 1, 0, 0});
     bmp.compression = 1;

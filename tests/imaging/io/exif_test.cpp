@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "imaging/io/exif_block.h"
 #include "imaging/io/file_builders.h"
 #include "imaging/io/pictures.h"
@@ -127,6 +129,47 @@ TEST(ExifBlock, DirectoriesThatPointNowhereGiveLess) {
     const io::ExifTree tree = io::readExifTree(looped);
     EXPECT_EQ(tree.main.size(), 1U);
     EXPECT_TRUE(io::readExifTree(Bytes{'M', 'I', 0, 42, 0, 0, 0, 8}).empty());
+}
+
+/// Little-endian: a main directory that names the directory after it 400 times, which has 400
+/// entries of the same 60,000 bytes.
+Bytes overlappingBlock() {
+    constexpr unsigned kEntries = 400;
+    constexpr std::uint32_t kExif = 8 + 2 + 12 * kEntries + 4;
+    constexpr std::uint32_t kBlockBytes = 65000;
+    constexpr std::uint32_t kValueBytes = 60000;
+    constexpr std::uint32_t kValue = kBlockBytes - kValueBytes;
+    ByteSink out(false);
+    out.text("II").u16(42).u32(8).u16(kEntries);
+    for (unsigned i = 0; i < kEntries; ++i) out.u16(0x8769).u16(4).u32(1).u32(kExif);
+    out.u32(0).u16(kEntries);
+    for (unsigned i = 0; i < kEntries; ++i) out.u16(0x9000 + i).u16(7).u32(kValueBytes).u32(kValue);
+    out.zeros(kBlockBytes - out.bytes.size());
+    return out.bytes;
+}
+
+TEST(ExifBlock, TakesNoMoreBytesOfValuesThanTheBlockHas) {
+    const Bytes block = overlappingBlock();
+    const auto start = std::chrono::steady_clock::now();
+    const io::ExifTree tree = io::readExifTree(block);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+    std::size_t taken = 0;
+    for (const io::ExifField& field : tree.exif) taken += field.value.size();
+    EXPECT_GE(taken, 60000U) << "one value is honest";
+    EXPECT_LE(taken, block.size());
+}
+
+TEST(ExifBlock, ReadsADirectoryThatIsNamedTwiceOnce) {
+    ByteSink out(false);
+    out.text("II").u16(42).u32(8).u16(2);
+    out.u16(0x8769).u16(4).u32(1).u32(38);
+    out.u16(0x8769).u16(4).u32(1).u32(56);
+    out.u32(0);
+    out.u16(1).u16(0x8822).u16(3).u32(1).u16(2).u16(0).u32(0);  // at 38: a program of exposure
+    out.u16(1).u16(0x9207).u16(3).u32(1).u16(5).u16(0).u32(0);  // at 56: a mode of metering
+    const io::ExifTree tree = io::readExifTree(out.bytes);
+    ASSERT_EQ(tree.exif.size(), 1U);
+    EXPECT_EQ(tree.exif[0].tag, 0x8822);
 }
 
 TEST(ExifBlock, WritesWhatItRead) {
