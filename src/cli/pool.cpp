@@ -8,11 +8,8 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <map>
-#include <memory>
-#include <thread>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -23,20 +20,6 @@ namespace skarnel::cli {
 namespace {
 
 constexpr std::uint64_t kBytesAWorker = std::uint64_t{1} << 30;
-
-/// Memory that can be had without swapping, or none where the kernel does not say.
-std::optional<std::uint64_t> availableMemory() {
-    struct CloseFile {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
-    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen("/proc/meminfo", "re"));
-    char line[128];
-    unsigned long long kilobytes = 0;
-    while (file && std::fgets(line, sizeof line, file.get()) != nullptr) {
-        if (std::sscanf(line, "MemAvailable: %llu kB", &kilobytes) == 1) return kilobytes * 1024;
-    }
-    return std::nullopt;
-}
 
 template <typename Number>
 requires std::is_arithmetic_v<Number>
@@ -281,9 +264,12 @@ void runHere(std::size_t count, const PoolCallbacks& callbacks) {
 }  // namespace
 
 int defaultWorkers() {
-    const unsigned processors = std::max(1U, std::thread::hardware_concurrency());
-    const std::uint64_t byMemory = availableMemory().value_or(kBytesAWorker) / kBytesAWorker;
-    return static_cast<int>(std::clamp<std::uint64_t>(byMemory, 1, processors));
+    return workersFor(machineShare());
+}
+
+int workersFor(const MachineShare& share) {
+    const std::uint64_t byMemory = share.freeMemory.value_or(kBytesAWorker) / kBytesAWorker;
+    return static_cast<int>(std::clamp<std::uint64_t>(byMemory, 1, share.processors));
 }
 
 void runPool(std::size_t count, int workers, const PoolCallbacks& callbacks,

@@ -5,12 +5,14 @@
 #include <functional>
 
 #include "cli/job.h"
+#include "cli/machine_share.h"
 
 namespace skarnel::cli {
 
 /// How many workers the machine serves: one a processor, and no more than memory for a picture of
-/// some fifty megapixels each allows.
+/// some fifty megapixels each allows; in a container, what that may use.
 int defaultWorkers();
+int workersFor(const MachineShare& share);
 
 struct PoolCallbacks {
     std::function<JobReport(std::size_t job)> run;        // in a worker
