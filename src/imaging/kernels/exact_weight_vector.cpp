@@ -6,7 +6,6 @@
 #include <hwy/highway.h>
 
 #include <algorithm>
-#include <limits>
 
 #include "imaging/kernels/exact_weight.h"
 
@@ -27,7 +26,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 struct PlannedColumns {
     std::int32_t* HWY_RESTRICT from;
     std::uint32_t* HWY_RESTRICT weight;
-    std::int32_t* HWY_RESTRICT inDoubles;
+    std::int32_t* inDoubles;
     std::size_t found;
 };
 
@@ -80,17 +79,15 @@ HWY_INLINE Planned PlanVector(const ColumnPositions& positions, hn::Vec<DIndex> 
             hn::Or(q, hn::ShiftLeft<16>(q))};
 }
 
-/// Columns [begin, end). Ends at the first vector whose positions do not lie below `before`;
-/// returns where.
+/// Columns [begin, end). Returns where it ended: less than a vector before the end.
 std::size_t PlanInDoubles(const ColumnPositions& positions, std::int32_t first, std::size_t begin,
-                          std::size_t end, double before, PlannedColumns& planned) {
+                          std::size_t end, PlannedColumns& planned) {
     const DF df;
     const DIndex di32;
     std::size_t i = begin;
     for (; i + kDoubles <= end; i += kDoubles) {
         const Planned made =
             PlanVector(positions, hn::Iota(di32, first + static_cast<std::int32_t>(i)));
-        if (hn::GetLane(made.position) >= before) return i;
         hn::StoreU(made.from, di32, planned.from + i);
         hn::StoreU(made.weight, DWeight(), planned.weight + i);
 
@@ -110,12 +107,17 @@ std::size_t PlanInDoubles(const ColumnPositions& positions, std::int32_t first, 
     return i;
 }
 
-/// Columns here and there, counted from `first`; none of them needs doubles for its bytes.
+/// Columns here and there, counted from `first`, in rising order. They lie in the room for those
+/// that need doubles, which never come before their turn.
 void PlanScattered(const ColumnPositions& positions, std::int32_t first,
-                   const std::int32_t* HWY_RESTRICT columns, std::size_t count,
-                   PlannedColumns& planned) {
+                   const std::int32_t* columns, std::size_t count, PlannedColumns& planned) {
     const DIndex di32;
     std::size_t i = 0;
+    for (; i < count; ++i) {
+        const auto at = static_cast<std::size_t>(columns[i]);
+        if ((first + columns[i] - positions.origin) * positions.scale >= kExactFrom) break;
+        PlanOneByOne(positions, first, at, at + 1, planned);
+    }
     for (; i + kDoubles <= count; i += kDoubles) {
         const Planned made =
             PlanVector(positions, hn::Add(hn::LoadU(di32, columns + i), hn::Set(di32, first)));
@@ -152,7 +154,7 @@ constexpr std::uint32_t kUnsure = 1U << 14;
 constexpr std::uint32_t kPart = 1U << 24;
 constexpr double kLargestScale = 256;
 
-/// Columns [begin, end), whose positions are at least kExactFrom and below positions.lastPixel.
+/// Columns [begin, end), whose positions are below positions.lastPixel.
 /// Returns where it ended: less than a vector before the end.
 std::size_t PlanInWholeNumbers(const ColumnPositions& positions, std::int32_t first,
                                std::size_t begin, std::size_t end, PlannedColumns& planned) {
@@ -177,7 +179,7 @@ std::size_t PlanInWholeNumbers(const ColumnPositions& positions, std::int32_t fi
     const auto top = hn::Set(d32, 0xFF000000U);
     const auto low16 = hn::Set(d32, 0xFFFFU);
     const auto one = hn::Set(d32, 1U);
-    std::int32_t* HWY_RESTRICT left = planned.inDoubles + planned.found;
+    std::int32_t* left = planned.inDoubles + planned.found;
     std::size_t leftCount = 0;
     std::size_t i = begin;
     for (; i + lanes <= end; i += lanes) {
@@ -200,7 +202,7 @@ std::size_t PlanInWholeNumbers(const ColumnPositions& positions, std::int32_t fi
         const auto close =
             hn::Or(hn::Lt(fromEdge, edgeWindow), hn::Lt(hn::Sub(fromEdge, part), partWindow));
         if (HWY_LIKELY(hn::AllFalse(d32, close))) continue;
-        // Room for a whole vector: no column before this one is among those that need doubles.
+        // Room for a whole vector: none of the columns so far is among those that need doubles.
         const auto columns = hn::Iota(di32, static_cast<std::int32_t>(i));
         hn::StoreU(hn::Compress(columns, hn::RebindMask(di32, close)), di32, left + leftCount);
         leftCount += hn::CountTrue(d32, close);
@@ -224,11 +226,9 @@ std::size_t PlanShapeColumns(const ColumnPositions& positions, std::int32_t firs
     if (positions.lastPixel < kMostPixels && positions.scale < kLargestScale &&
         count <= kMostSteps * hn::Lanes(hn::ScalableTag<std::uint32_t>())) {
         const std::size_t pairs = EndOfPairs(positions, first, count);
-        done = PlanInDoubles(positions, first, 0, pairs, kExactFrom, planned);
-        done = PlanInWholeNumbers(positions, first, done, pairs, planned);
+        done = PlanInWholeNumbers(positions, first, 0, pairs, planned);
     }
-    const double everywhere = std::numeric_limits<double>::infinity();
-    done = PlanInDoubles(positions, first, done, count, everywhere, planned);
+    done = PlanInDoubles(positions, first, done, count, planned);
     PlanOneByOne(positions, first, done, count, planned);
     return planned.found;
 }

@@ -88,6 +88,43 @@ HWY_INLINE void AddPair(D8 d8, hn::Vec<D8> first, hn::Vec<D8> second, std::int16
     add(hn::OddEven(oddB, down(oddA)), sums.alpha);
 }
 
+/// Three taps: the middle row plus what the outer ones' differences from it add, since the weights
+/// are a whole. Half as many products as of three rows by themselves.
+template <class D8>
+HWY_INLINE hn::Vec<D8> MixThree(D8 d8, hn::Vec<D8> first, hn::Vec<D8> middle, hn::Vec<D8> last,
+                                std::int16_t weight0, std::int16_t weight2) {
+    const hn::Repartition<std::uint16_t, D8> d16;
+    const hn::Repartition<std::uint32_t, D8> d32;
+    const hn::Repartition<std::int16_t, D8> di16;
+    const hn::Repartition<std::int32_t, D8> di32;
+    const auto low = hn::Set(d16, std::uint16_t{0xFF});
+    const auto half = hn::Set(di32, kTapUnit / 2);
+    const auto weights =
+        hn::BitCast(di16, hn::Set(di32, weight0 | static_cast<std::int32_t>(weight2) << 16));
+    const auto product = [&](auto pair) HWY_ATTR {
+        auto rest = hn::Zero(di32);
+        const auto sum =
+            hn::ReorderWidenMulAccumulate(di32, hn::BitCast(di16, pair), weights, half, rest);
+        return hn::BitCast(d32, hn::RearrangeToOddPlusEven(sum, rest));
+    };
+    // Every second byte in 16-bit lanes: x0 y0 | x1 y1 | ...
+    const auto mixed = [&](auto a, auto b, auto c) HWY_ATTR {
+        const auto before = hn::Sub(a, b);
+        const auto behind = hn::Sub(c, b);
+        const auto up = hn::BitCast(d16, hn::ShiftLeft<16>(hn::BitCast(d32, behind)));
+        const auto down = hn::BitCast(d16, hn::ShiftRight<16>(hn::BitCast(d32, before)));
+        const auto x = hn::ShiftRight<14>(product(hn::OddEven(up, before)));
+        const auto y = hn::ShiftLeft<2>(product(hn::OddEven(behind, down)));
+        return hn::Add(b, hn::OddEven(hn::BitCast(d16, y), hn::BitCast(d16, x)));
+    };
+    const auto a = hn::BitCast(d16, first);
+    const auto b = hn::BitCast(d16, middle);
+    const auto c = hn::BitCast(d16, last);
+    const auto even = mixed(hn::And(a, low), hn::And(b, low), hn::And(c, low));
+    const auto odd = mixed(hn::ShiftRight<8>(a), hn::ShiftRight<8>(b), hn::ShiftRight<8>(c));
+    return hn::BitCast(d8, hn::Or(even, hn::ShiftLeft<8>(odd)));
+}
+
 template <class D8>
 HWY_INLINE hn::Vec<D8> MixMany(D8 d8, const std::uint8_t* const* rows, const Taps& taps,
                                std::size_t at) {
@@ -116,6 +153,11 @@ void CombineRows(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* const* r
         const auto doubled = static_cast<std::int16_t>(2 * taps.weights[1]);
         for (; i + lanes <= bytes; i += lanes)
             hn::StoreU(MixTwo(d8, hn::LoadU(d8, rows[0] + i), hn::LoadU(d8, rows[1] + i), doubled),
+                       d8, target + i);
+    } else if (taps.count == 3) {
+        for (; i + lanes <= bytes; i += lanes)
+            hn::StoreU(MixThree(d8, hn::LoadU(d8, rows[0] + i), hn::LoadU(d8, rows[1] + i),
+                                hn::LoadU(d8, rows[2] + i), taps.weights[0], taps.weights[2]),
                        d8, target + i);
     } else {
         for (; i + lanes <= bytes; i += lanes)

@@ -133,6 +133,10 @@ TEST(Kernels, CombineRowsIsTheSameOnEveryTarget) {
                                                             {8192, 8192},
                                                             {16384, 0},
                                                             {5461, 5462, 5461},
+                                                            {16384, 0, 0},
+                                                            {0, 0, 16384},
+                                                            {8191, 1, 8192},
+                                                            {1, 16382, 1},
                                                             {100, 16000, 200, 84},
                                                             {1000, 2000, 3000, 4000, 6384}};
     for (const auto& weights : weightings)
