@@ -47,6 +47,9 @@ TEST(Counts, AreWholeAndWithinTheirLimit) {
 TEST(PixelCounts, TakeUnits) {
     EXPECT_EQ(parsePixelCount("1"), 1);
     EXPECT_EQ(parsePixelCount("3k"), 3000);
+    EXPECT_EQ(parsePixelCount("3K"), 3000);
+    EXPECT_EQ(parsePixelCount("4m"), 4'000'000);
+    EXPECT_EQ(parsePixelCount("2G"), 2'000'000'000);
     EXPECT_EQ(parsePixelCount("500M"), 500'000'000);
     EXPECT_EQ(parsePixelCount("2g"), 2'000'000'000);
     for (const char* text : {"0", "", "M", "1.5M", "-3", "1T", "9223372036854775807G"}) {
@@ -58,7 +61,7 @@ TEST(PixelSizes, AreTwoPositiveNumbers) {
     EXPECT_EQ(parsePixelSize("800x600"), (PixelSize{800, 600}));
     EXPECT_EQ(parsePixelSize("1x1000000"), (PixelSize{1, 1'000'000}));
     for (const char* text : {"800", "800x", "x600", "0x600", "800x0", "800X600", "-1x5", "8x6x4",
-                             "1000001x1", "1.5x2"}) {
+                             "1000001x1", "1.5x2", "ax5", "5xa", "5x-1"}) {
         EXPECT_FALSE(parsePixelSize(text)) << text;
     }
 }

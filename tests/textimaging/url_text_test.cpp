@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "textimaging/string_encodings.h"
+
 namespace skarnel {
 namespace {
 
@@ -14,6 +16,20 @@ TEST(EncodeStringTrimmingWhitespace, WhiteSpaceIsTrimmedAtBothEndsOnly) {
     EXPECT_EQ(EncodeStringTrimmingWhitespace("\t\r\n\xC2\xA0/a\tb\xE3\x80\x80\n"), "/a%09b");
     EXPECT_EQ(EncodeStringTrimmingWhitespace(" \n "), "");
     EXPECT_EQ(EncodeStringTrimmingWhitespace(""), "");
+}
+
+TEST(EncodeStringTrimmingWhitespace, EveryKindOfWhiteSpaceIsTrimmedAndNoNeighbourOfIt) {
+    const std::u16string blanks =
+        u"\t\n\v\f\r \u0085\u00A0\u1680\u2000\u2005\u200B\u2028\u2029\u202F\u205F\u3000";
+    for (const char16_t blank : blanks) {
+        const std::string text = utf8FromUtf16({&blank, 1});
+        EXPECT_EQ(EncodeStringTrimmingWhitespace(text + "/a" + text), "/a") << int{blank};
+    }
+    const std::u16string others = u"\u0008\u000E\u0021\u0084\u1FFF\u200C\u2027\u2030\u3001";
+    for (const char16_t other : others) {
+        const std::string text = utf8FromUtf16({&other, 1});
+        EXPECT_NE(EncodeStringTrimmingWhitespace("/a" + text), "/a") << int{other};
+    }
 }
 
 TEST(EncodeStringTrimmingWhitespace, AnEscapedBlankAtTheEndIsNotTrimmed) {

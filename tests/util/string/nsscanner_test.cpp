@@ -104,9 +104,10 @@ INSTANTIATE_TEST_SUITE_P(
     Table, ScanHexInt,
     ::testing::Values(HexRow{u"1F600;", 0x1F600, 5}, HexRow{u"aBcDeFg", 0xABCDEF, 6},
                       HexRow{u"0x41", 0x41, 4}, HexRow{u"0X41", 0x41, 4}, HexRow{u"0xg", 0, 1},
-                      HexRow{u"0x", 0, 1}, HexRow{u"0", 0, 1}, HexRow{u"x41", {}, 0},
-                      HexRow{u"-41", {}, 0}, HexRow{u"", {}, 0}, HexRow{u"g", {}, 0},
-                      HexRow{u"FFFFFFFF", 0xFFFFFFFF, 8}, HexRow{u"100000000", 0xFFFFFFFF, 9},
+                      HexRow{u"0x", 0, 1}, HexRow{u"0123", 0x123, 4}, HexRow{u"0", 0, 1},
+                      HexRow{u"x41", {}, 0}, HexRow{u"-41", {}, 0}, HexRow{u"", {}, 0},
+                      HexRow{u"g", {}, 0}, HexRow{u"FFFFFFFF", 0xFFFFFFFF, 8},
+                      HexRow{u"100000000", 0xFFFFFFFF, 9},
                       HexRow{u"123456789012345678901234", 0xFFFFFFFF, 24}));
 
 }  // namespace
