@@ -70,12 +70,6 @@ std::string causeOfNoResult(const CGImage& picture, const JobSettings& settings)
     return "There is not enough memory for the result, or it is too large";
 }
 
-bool isThere(const std::string& path) {
-    struct stat status = {};
-    return ::lstat(path.c_str(), &status) == 0 && !S_ISCHR(status.st_mode) &&
-           !S_ISFIFO(status.st_mode) && !S_ISLNK(status.st_mode);
-}
-
 Result<Bytes> encodeWithRecipe(const CGImage& image, const std::string& type,
                                const ImageProperties& properties) {
     Result<Bytes> bytes = encodeImage(image, type, properties);
@@ -126,6 +120,12 @@ void tryJob(const Job& job, const JobSettings& settings, JobReport& report) {
 }
 
 }  // namespace
+
+bool isThere(const std::string& path) {
+    struct stat status = {};
+    return ::lstat(path.c_str(), &status) == 0 && !S_ISCHR(status.st_mode) &&
+           !S_ISFIFO(status.st_mode) && !S_ISLNK(status.st_mode);
+}
 
 Result<DecodedImage> loadPicture(const Job& job, std::int64_t maxPixels) {
     if (job.picture) return *job.picture;

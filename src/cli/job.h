@@ -40,6 +40,9 @@ struct JobReport {
     std::optional<std::string> error;  // a result may be written all the same (an unmade turn)
 };
 
+/// Whether something stands there that writing would replace: neither a device, a pipe nor a link.
+bool isThere(const std::string& path);
+
 /// The job's own picture, or that of its input; '-' is standard input.
 Result<DecodedImage> loadPicture(const Job& job, std::int64_t maxPixels);
 

@@ -151,7 +151,7 @@ class Binding {
     void addText() {
         group_ = "Text";
         TextOptions& text = options_.text;
-        add("--text", "TEXT", "Reflect this text; \\\\n begins a line",
+        add("--text", "TEXT", "Reflect this text; \\n begins a line",
             [&text](const std::string& value) { text.text = value; });
         add("--html", "FILE", "Reflect the styled text of an HTML file; '-' is standard input",
             [&text](const std::string& path) { text.html = path; });
@@ -288,7 +288,8 @@ std::ptrdiff_t readersOfStandardInput(const Options& options) {
 
 /// An animation named as one format and asked for as another.
 std::string contradictionOfAnimation(const Options& options) {
-    if (!options.animate) return {};
+    if (!options.animate) return options.frameMilliseconds ? "--frame-time needs --animate" : "";
+    if (options.animate == kStandardStream) return "--animate cannot write to standard output";
     if (!options.sweep) return "--animate needs --sweep";
     if (options.output) return "--animate and --output do not go together";
     const std::size_t dot = options.animate->rfind('.');

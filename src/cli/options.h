@@ -52,8 +52,8 @@ struct Options {
     std::optional<std::string> watch;
     std::optional<Sweep> sweep;
     std::optional<std::string> animate;
-    int frameMilliseconds = 40;
-    TextOptions text;  // asked for: the one picture is made from it
+    std::optional<int> frameMilliseconds;  // of an animation; none: the default
+    TextOptions text;                      // asked for: the one picture is made from it
 };
 
 /// A run that ends before any picture: the text for the user and the exit code.

@@ -33,17 +33,6 @@ std::string nameInFolder(const std::string& folder, const std::string& name) {
     return folder.ends_with('/') ? folder + name : folder + "/" + name;
 }
 
-/// Two pictures may propose one name: "a.jpg" and "a.png", or "a.jpg" and "./a.jpg".
-void refuseRepeatedOutputs(std::vector<Job>& jobs) {
-    std::map<std::string, std::string> inputOfOutput;
-    for (Job& job : jobs) {
-        const std::string plain = std::filesystem::path(job.output).lexically_normal().string();
-        const auto [first, fresh] = inputOfOutput.emplace(plain, job.input);
-        if (fresh || job.output == kStandardStream) continue;
-        job.refusal = job.output + ": The result of " + first->second + " has the same name";
-    }
-}
-
 }  // namespace
 
 std::variant<std::string, UsageProblem> outputType(const OutputFormat& format,
@@ -66,6 +55,16 @@ std::string proposedOutput(const std::string& input, const std::string& folder,
     if (!folder.empty()) return nameInFolder(folder, file);
     const bool bare = input.find('/') == std::string::npos;
     return bare ? file : nameInFolder(folderOfPath(input), file);
+}
+
+void refuseRepeatedOutputs(std::vector<Job>& jobs) {
+    std::map<std::string, std::string> inputOfOutput;
+    for (Job& job : jobs) {
+        const std::string plain = std::filesystem::path(job.output).lexically_normal().string();
+        const auto [first, fresh] = inputOfOutput.emplace(plain, job.input);
+        if (fresh || job.output == kStandardStream) continue;
+        job.refusal = job.output + ": The result of " + first->second + " has the same name";
+    }
 }
 
 std::variant<std::vector<Job>, UsageProblem> planJobs(const Options& options) {

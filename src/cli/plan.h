@@ -25,6 +25,10 @@ std::variant<std::string, UsageProblem> outputType(const OutputFormat& format,
 std::string proposedOutput(const std::string& input, const std::string& folder,
                            std::string_view type);
 
+/// Gives a refusal to each job whose output is that of an earlier one, so that none replaces the
+/// other's result: "a.jpg" and "a.png" propose one name, and so do "a.jpg" and "./a.jpg".
+void refuseRepeatedOutputs(std::vector<Job>& jobs);
+
 /// One job for each picture, in order. An output that is a folder (or ends with a slash) takes the
 /// results under their proposed names; several pictures need one. A second job with the output of
 /// an earlier one is refused, so that none replaces the other's result. Looks at the file system,

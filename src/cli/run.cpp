@@ -15,6 +15,7 @@
 #include "cli/sweep.h"
 #include "cli/text_source.h"
 #include "cli/watch.h"
+#include "recipe/recipe_file.h"
 #include "storage/settings_store.h"
 #include "util/log/system_log.h"
 
@@ -24,6 +25,7 @@ namespace {
 constexpr int kAllWell = 0;
 constexpr int kSomeFailed = 1;
 constexpr int kWrongUsage = 2;
+constexpr int kFrameMilliseconds = 40;
 
 /// What the options start from.
 Result<RecipeSettings> baseSettings(const Options& options) {
@@ -73,18 +75,11 @@ class Run {
         auto planned = planJobs(options_);
         if (const auto* problem = std::get_if<UsageProblem>(&planned)) return usage(*problem);
         auto& jobs = std::get<std::vector<Job>>(planned);
+        if (const auto problem = problemOfType(jobs.front().type)) return usage(*problem);
         if (!drawText(jobs.front()) || !writeRecipe(jobs.front().input)) return kSomeFailed;
-        const auto run = [&](std::size_t index) { return runJob(jobs[index], settings_); };
-        const auto lost = [&](std::size_t index, const std::string& cause) {
-            JobReport report;
-            report.input = jobs[index].input;
-            report.error = cause;
-            return report;
-        };
-        const auto progress = [&](std::size_t done) {
+        runAll(jobs, reporter(), [&](std::size_t done) {
             console_.progress(done, jobs.size(), done < jobs.size() ? jobs[done].input : "");
-        };
-        runPool(jobs.size(), workers(), {run, reporter(), progress}, lost);
+        });
         return ending();
     }
 
@@ -96,15 +91,22 @@ class Run {
             return usage({into + ": a watched folder needs a folder to write to"});
         const auto type = outputType(options_.format, "");
         if (const auto* problem = std::get_if<UsageProblem>(&type)) return usage(*problem);
+        const std::string& format = std::get<std::string>(type);
+        if (const auto problem = problemOfType(format)) return usage(*problem);
         if (!writeRecipe(folder)) return kSomeFailed;
-        const Result<void> ended = watchFolder(folder, [&](const std::string& path) {
-            const Job job{path,
-                          proposedOutput(path, into, std::get<std::string>(type)),
-                          std::get<std::string>(type),
-                          {}};
-            const JobReport report = runJob(job, settings_);
-            reporter()(report);
-            return report.output.value_or("");
+        const Result<void> ended = watchFolder(folder, [&](const std::vector<std::string>& paths) {
+            std::vector<Job> jobs;
+            for (const std::string& path : paths) {
+                jobs.push_back({path, proposedOutput(path, into, format), format, {}});
+            }
+            refuseRepeatedOutputs(jobs);
+            std::vector<std::string> results;
+            const auto report = [&](const JobReport& each) {
+                reporter()(each);
+                if (each.output) results.push_back(*each.output);
+            };
+            runAll(jobs, report, [](std::size_t) {});
+            return results;
         });
         console_.message(folder + ": " + ended.error().message);
         return kSomeFailed;
@@ -116,8 +118,13 @@ class Run {
         if (options_.animate) named.output = options_.animate;
         const auto planned = planJobs(named);
         if (const auto* problem = std::get_if<UsageProblem>(&planned)) return usage(*problem);
+        const Job& first = std::get<std::vector<Job>>(planned).front();
+        if (options_.animate && !canBeAnimated(first.type)) {
+            return usage({*options_.animate + ": Only PNG and WebP can be animated"});
+        }
         SweepRequest request{std::get<std::vector<Job>>(planned).front(), settings_,
-                             *options_.sweep, workers(), options_.frameMilliseconds};
+                             *options_.sweep, workers(),
+                             options_.frameMilliseconds.value_or(kFrameMilliseconds)};
         if (!drawText(request.job)) return kSomeFailed;
         if (request.job.output == kStandardStream) {
             request.job.output = proposedOutput(request.job.input, "", request.job.type);
@@ -135,6 +142,25 @@ class Run {
     }
 
   private:
+    /// What is wrong with this format for what is asked for; known before any work.
+    std::optional<UsageProblem> problemOfType(const std::string& type) const {
+        if (!options_.embedRecipe || canCarryRecipe(type)) return std::nullopt;
+        return UsageProblem{"Only TIFF, PNG and JPEG files can carry a recipe"};
+    }
+
+    /// On all workers; a report for each in the jobs' order.
+    void runAll(const std::vector<Job>& jobs, const std::function<void(const JobReport&)>& report,
+                const std::function<void(std::size_t)>& progress) {
+        const auto run = [&](std::size_t index) { return runJob(jobs[index], settings_); };
+        const auto lost = [&](std::size_t index, const std::string& cause) {
+            JobReport lostReport;
+            lostReport.input = jobs[index].input;
+            lostReport.error = cause;
+            return lostReport;
+        };
+        runPool(jobs.size(), workers(), {run, report, progress}, lost);
+    }
+
     /// Text is drawn here, on the main thread and before any work begins.
     bool drawText(Job& job) {
         if (!options_.text.isAsked()) return true;

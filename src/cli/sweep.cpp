@@ -18,14 +18,22 @@ PixelSize sizeOf(const CGImage& image) {
     return {image.width(), image.height()};
 }
 
-/// The picture as the frames are made from it, shrunk once when a preview is asked for.
-Result<DecodedImage> loadSource(const SweepRequest& request) {
-    Result<DecodedImage> picture = loadPicture(request.job, request.settings.maxPixels);
-    if (!picture || !request.settings.preview) return picture;
-    const std::optional<CGImage> shrunk = shrinkToFit(picture->image, *request.settings.preview);
+/// Once, when a preview is asked for.
+Result<void> shrinkSource(DecodedImage& picture, const SweepRequest& request) {
+    if (!request.settings.preview) return {};
+    const std::optional<CGImage> shrunk = shrinkToFit(picture.image, *request.settings.preview);
     if (!shrunk) return {ErrorCode::OutOfMemory, "There is not enough memory for the preview"};
-    picture->image = *shrunk;
-    return picture;
+    picture.image = *shrunk;
+    return {};
+}
+
+std::string alreadyThere(const std::string& path) {
+    return path + ": The file already exists (--force replaces it)";
+}
+
+/// Looking first saves the work; the writing itself looks again, in one step with the naming.
+bool stands(const std::string& path, const SweepRequest& request) {
+    return request.settings.overwrite == Overwrite::Refuse && isThere(path);
 }
 
 /// One frame at the size of all.
@@ -42,6 +50,7 @@ Result<ReflectionResult> renderFrame(const CGImage& source, const SweepRequest& 
     return ReflectionResult{*frame, rendered->turn};
 }
 
+constexpr double kAnimationQuality = 0.8;  // of WebP where none is asked for; 0 to 1
 constexpr const char* kUnturned = "The turn could not be made; the frame was written without it";
 
 /// Does `work` with the clock running and memory's end caught.
@@ -63,28 +72,37 @@ JobReport timed(const std::string& input, Work work) {
 
 /// The picture and the frames' size, or none after a report of the reason.
 struct Prepared {
-    DecodedImage picture;
+    DecodedImage picture;  // shrunk for a preview
+    PixelSize inputSize;   // of the picture as it was
     PixelSize size;
 };
 
 std::optional<Prepared> prepare(const SweepRequest& request,
                                 const std::function<void(const JobReport&)>& report) {
-    JobReport failure;
-    failure.input = request.job.input;
-    const Result<DecodedImage> picture = loadSource(request);
-    if (!picture) {
-        failure.error = picture.error().message;
+    const auto fail = [&](const std::string& cause) {
+        JobReport failure;
+        failure.input = request.job.input;
+        failure.error = cause;
         report(failure);
         return std::nullopt;
+    };
+    Result<DecodedImage> picture = loadPicture(request.job, request.settings.maxPixels);
+    if (!picture) return fail(picture.error().message);
+    const PixelSize inputSize = sizeOf(picture->image);
+    if (const Result<void> shrunk = shrinkSource(*picture, request); !shrunk) {
+        return fail(shrunk.error().message);
     }
     const std::optional<PixelSize> size =
         largestFrame(sizeOf(picture->image), request.settings.render, request.sweep);
-    if (!size) {
-        failure.error = "These settings leave no picture of a possible size";
-        report(failure);
-        return std::nullopt;
-    }
-    return Prepared{*picture, *size};
+    if (!size) return fail("These settings leave no picture of a possible size");
+    return Prepared{*std::move(picture), inputSize, *size};
+}
+
+/// An animation of photos without loss takes hundreds of times the room of one picture.
+ImageProperties animationProperties(const Prepared& prepared, const SweepRequest& request) {
+    ImageProperties properties = outputProperties(prepared.picture.properties, request.settings);
+    properties.try_emplace(std::string(kPropertyLossyQuality), kAnimationQuality);
+    return properties;
 }
 
 /// All frames into the encoder; the first failure ends it.
@@ -99,10 +117,9 @@ Result<Bytes> encodeFrames(const SweepRequest& request, const Prepared& prepared
         if (frame->turn == TurnOutcome::Unturned) report.error = kUnturned;
         if (!encoder) {
             report.outputSize = sizeOf(frame->image);
-            encoder = AnimationEncoder::create(
-                request.job.type, frame->image.width(), frame->image.height(),
-                request.frameMilliseconds,
-                outputProperties(prepared.picture.properties, request.settings));
+            encoder = AnimationEncoder::create(request.job.type, frame->image.width(),
+                                               frame->image.height(), request.frameMilliseconds,
+                                               animationProperties(prepared, request));
             if (!encoder) return {ErrorCode::Unsupported, "Only PNG and WebP can be animated"};
         }
         if (Result<void> added = encoder->add(frame->image); !added) return added.error();
@@ -111,6 +128,10 @@ Result<Bytes> encodeFrames(const SweepRequest& request, const Prepared& prepared
 }
 
 }  // namespace
+
+bool canBeAnimated(std::string_view type) {
+    return type == kUTTypePNG || type == kUTTypeWebP;
+}
 
 RenderSettings frameSettings(const RenderSettings& settings, const Sweep& sweep, int index) {
     RenderSettings frame = settings;
@@ -152,16 +173,20 @@ void runSweep(const SweepRequest& request, const std::function<void(const JobRep
     if (!prepared) return;
     const auto oneFrame = [&](std::size_t index) {
         return timed(request.job.input, [&](JobReport& frameReport) {
-            frameReport.inputSize = sizeOf(prepared->picture.image);
+            frameReport.inputSize = prepared->inputSize;
             const int number = static_cast<int>(index);
+            Job job = request.job;
+            job.output = frameName(job.output, number + 1, request.sweep.count);
+            if (stands(job.output, request)) {
+                frameReport.error = alreadyThere(job.output);
+                return;
+            }
             const auto frame =
                 renderFrame(prepared->picture.image, request, prepared->size, number);
             if (!frame) {
                 frameReport.error = frame.error().message;
                 return;
             }
-            Job job = request.job;
-            job.output = frameName(job.output, number + 1, request.sweep.count);
             const Result<void> written = encodeAndWrite(
                 frame->image, job, outputProperties(prepared->picture.properties, request.settings),
                 request.settings.overwrite);
@@ -183,10 +208,15 @@ void runSweep(const SweepRequest& request, const std::function<void(const JobRep
 
 void runAnimation(const SweepRequest& request, const std::function<void(const JobReport&)>& report,
                   const std::function<void(std::size_t)>& progress) {
+    if (stands(request.job.output, request)) {
+        return report(timed(request.job.input, [&](JobReport& refused) {
+            refused.error = alreadyThere(request.job.output);
+        }));
+    }
     const std::optional<Prepared> prepared = prepare(request, report);
     if (!prepared) return;
     report(timed(request.job.input, [&](JobReport& whole) {
-        whole.inputSize = sizeOf(prepared->picture.image);
+        whole.inputSize = prepared->inputSize;
         const Result<Bytes> bytes = encodeFrames(request, *prepared, whole, progress);
         if (!bytes) {
             whole.error = bytes.error().message;

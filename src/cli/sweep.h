@@ -11,6 +11,9 @@
 
 namespace skarnel::cli {
 
+/// Whether the format can hold an animation: PNG and WebP.
+bool canBeAnimated(std::string_view type);
+
 /// The settings of frame `index` of the sweep, the first and the last exactly at its ends.
 RenderSettings frameSettings(const RenderSettings& settings, const Sweep& sweep, int index);
 
@@ -31,7 +34,9 @@ struct SweepRequest {
 };
 
 /// Renders the frames and hands on a report for each. With `animation` they become one file, and
-/// there is one report.
+/// there is one report; a WebP has losses there unless a quality asks for others, since an
+/// animation of photos without loss takes hundreds of times the room of a picture. What would
+/// replace a file is refused before the work.
 void runSweep(const SweepRequest& request, const std::function<void(const JobReport&)>& report,
               const std::function<void(std::size_t done)>& progress);
 void runAnimation(const SweepRequest& request, const std::function<void(const JobReport&)>& report,

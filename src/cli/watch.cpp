@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -13,7 +14,7 @@
 #include <map>
 #include <optional>
 #include <string_view>
-#include <vector>
+#include <utility>
 
 #include "imaging/io/image_io.h"
 #include "storage/file_system.h"
@@ -22,7 +23,7 @@ namespace skarnel::cli {
 namespace {
 
 constexpr std::uint32_t kEvents =
-    IN_CLOSE_WRITE | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+    IN_CREATE | IN_CLOSE_WRITE | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
 constexpr std::uint32_t kGone = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED;
 
 class Descriptor {
@@ -80,6 +81,13 @@ std::optional<FileState> stateOf(const std::string& path) {
                      status.st_mtim.tv_nsec};
 }
 
+/// A link is there at once; what is written in place is told of again when it is closed.
+bool isLink(const std::string& path) {
+    struct stat status = {};
+    if (::lstat(path.c_str(), &status) != 0) return false;
+    return S_ISLNK(status.st_mode) || (S_ISREG(status.st_mode) && status.st_nlink > 1);
+}
+
 /// Whether somebody has the file open for writing; its closing will then be told. Only a file of
 /// one's own can be asked, and any other counts as finished.
 bool isBeingWritten(const std::string& path) {
@@ -101,8 +109,6 @@ std::string nameWithin(const std::string& folder, const std::filesystem::path& r
 /// Tells pictures that are new from those that were seen, and from the results among them.
 class Watcher {
   public:
-    using Appeared = std::function<std::string(const std::string&)>;
-
     Watcher(const std::string& folder, const Appeared& appeared)
         : folder_(folder),
           prefix_(folder.ends_with('/') ? folder : folder + "/"),
@@ -110,29 +116,42 @@ class Watcher {
         forEachPicture([this](const std::string& name) { remember(name); });
     }
 
-    /// A file of that name was closed or moved in.
-    void see(const std::string& name) {
-        if (!isPictureName(name) || isUnchangedResult(name)) return;
-        remember(name);  // before its pixels are read, so that a later change is one
-        const std::string result = appeared_(prefix_ + name);
-        if (result.empty()) return;
-        const std::string own = nameWithin(folder_, result);
-        if (const auto state = stateOf(prefix_ + own)) own_[own] = *state;
+    /// Something happened to a file of that name.
+    void see(std::uint32_t mask, const std::string& name) {
+        const bool isWhole = (mask & (IN_CLOSE_WRITE | IN_MOVED_TO)) != 0;
+        const bool isNewLink = (mask & IN_CREATE) != 0 && isLink(prefix_ + name);
+        if (isWhole || isNewLink) take(name);
+    }
+
+    /// Hands on what came together.
+    void flush() {
+        if (fresh_.empty()) return;
+        std::vector<std::string> paths;
+        for (const std::string& name : std::exchange(fresh_, {})) {
+            remember(name);  // before its pixels are read, so that a later change is one
+            paths.push_back(prefix_ + name);
+        }
+        for (const std::string& result : appeared_(paths)) {
+            const std::string own = nameWithin(folder_, result);
+            if (const auto state = stateOf(prefix_ + own)) own_[own] = *state;
+        }
     }
 
     /// Events were lost: what is there tells what has happened.
     void lookAround() {
-        std::vector<std::string> fresh;
         forEachPicture([&](const std::string& name) {
             const auto state = stateOf(prefix_ + name);
             const auto seen = seen_.find(name);
             const bool isNew = state && (seen == seen_.end() || seen->second != *state);
-            if (isNew && !isBeingWritten(prefix_ + name)) fresh.push_back(name);
+            if (isNew && !isBeingWritten(prefix_ + name)) take(name);
         });
-        for (const std::string& name : fresh) see(name);
     }
 
   private:
+    void take(const std::string& name) {
+        if (!isPictureName(name) || isUnchangedResult(name)) return;
+        if (std::find(fresh_.begin(), fresh_.end(), name) == fresh_.end()) fresh_.push_back(name);
+    }
     template <typename Each>
     void forEachPicture(Each each) const {
         std::error_code failed;
@@ -159,14 +178,14 @@ class Watcher {
     const std::string folder_;
     const std::string prefix_;
     const Appeared& appeared_;
+    std::vector<std::string> fresh_;         // not yet handed on
     std::map<std::string, FileState> seen_;  // pictures that were there or were rendered
     std::map<std::string, FileState> own_;   // results that lie in the folder itself
 };
 
 }  // namespace
 
-Result<void> watchFolder(const std::string& folder,
-                         const std::function<std::string(const std::string&)>& appeared) {
+Result<void> watchFolder(const std::string& folder, const Appeared& appeared) {
     const Descriptor queue(::inotify_init1(IN_CLOEXEC));
     if (queue.number() < 0) return lastError();
     // The watch stands last: it tells that all is ready. What comes in the meantime is old.
@@ -181,9 +200,10 @@ Result<void> watchFolder(const std::string& folder,
         forEachEvent({buffer.data(), static_cast<std::size_t>(got)},
                      [&](std::uint32_t mask, const std::string& name) {
                          gone = gone || (mask & kGone) != 0;
-                         if ((mask & (IN_CLOSE_WRITE | IN_MOVED_TO)) != 0) watcher.see(name);
+                         watcher.see(mask, name);
                          if ((mask & IN_Q_OVERFLOW) != 0) watcher.lookAround();
                      });
+        watcher.flush();
         if (gone) return {ErrorCode::NotFound, "The folder is no longer there"};
     }
 }

@@ -182,8 +182,30 @@ TEST_F(CommandLine, SweepsAndAnimates) {
               folder_ / "f-0001.png\n" + (folder_ / "f-0002.png\n") + (folder_ / "f-0003.png\n"));
     EXPECT_EQ(render({in_, "--sweep", "offset=0:10:3", "--animate", folder_ / "a.webp"}).exitCode,
               0);
-    EXPECT_EQ(render({in_, "--sweep", "offset=0:10:3", "--animate", folder_ / "a.tiff"}).exitCode,
-              1);
+    for (const char* name : {"a.tiff", "a"}) {
+        const Finished other =
+            render({in_, "--sweep", "offset=0:10:3", "--animate", folder_ / name});
+        EXPECT_EQ(other.exitCode, 2);
+        EXPECT_THAT(other.err, HasSubstr("Only PNG and WebP can be animated"));
+    }
+    const Finished again =
+        render({in_, "--sweep", "offset=0:10:3", "--animate", folder_ / "a.webp"});
+    EXPECT_EQ(again.exitCode, 1);
+    EXPECT_THAT(again.err, HasSubstr("a.webp: The file already exists (--force replaces it)"));
+}
+
+TEST_F(CommandLine, TheHelpShowsALinesEndAsItIsTyped) {
+    EXPECT_THAT(render({"--help"}).out, HasSubstr("Reflect this text; \\n begins a line"));
+}
+
+TEST_F(CommandLine, ASweepTellsThePicturesOwnSize) {
+    for (const std::vector<std::string>& road :
+         {std::vector<std::string>{"-o", folder_ / "f.png"}, {"--animate", folder_ / "f.png"}}) {
+        std::vector<std::string> arguments = {in_,         "--sweep", "offset=0:10:2",
+                                              "--preview", "9x9",     "--json"};
+        arguments.insert(arguments.end(), road.begin(), road.end());
+        EXPECT_THAT(render(arguments).out, HasSubstr("\"inputSize\":[30,20]")) << road[0];
+    }
 }
 
 TEST_F(CommandLine, LoadsNoWindowToolkit) {

@@ -35,7 +35,7 @@ TEST(Options, WithoutAnyHaveTheirDefaults) {
     for (const auto& number : options.settings.numbers) EXPECT_FALSE(number);
     EXPECT_EQ(options.maxPixels, 500'000'000);
     EXPECT_EQ(options.verbosity, Verbosity::Normal);
-    EXPECT_EQ(options.frameMilliseconds, 40);
+    EXPECT_EQ(options.frameMilliseconds, std::nullopt);
 }
 
 TEST(Options, EachSettingHasItsOption) {
@@ -147,6 +147,9 @@ TEST(Options, WhatDoesNotGoTogetherIsSaid) {
             parsed({"a", "--animate", file, "--format", "png", "--sweep", "alpha=0:1:2"}).animate,
             file);
     }
+    EXPECT_THAT(complaint({"a", "--frame-time", "9"}), HasSubstr("--frame-time needs --animate"));
+    EXPECT_THAT(complaint({"a", "--animate", "-", "--sweep", "alpha=0:1:2"}),
+                HasSubstr("cannot write to standard output"));
     EXPECT_THAT(complaint({"a", "-o", "b", "--animate", "c.png", "--sweep", "alpha=0:1:2"}),
                 HasSubstr("together"));
 }

@@ -72,10 +72,17 @@ TEST_F(RecipeCommand, NothingIsEmbeddedUnasked) {
     EXPECT_THAT(finished.err, HasSubstr("one.png: The file carries no recipe"));
 }
 
-TEST_F(RecipeCommand, AFormatThatCannotCarryOneFails) {
-    const Finished finished = render({in_, "-o", folder_ / "out.bmp", "--embed-recipe"});
-    EXPECT_EQ(finished.exitCode, 1);
-    EXPECT_THAT(finished.err, HasSubstr("Only TIFF, PNG and JPEG files can carry a recipe"));
+TEST_F(RecipeCommand, AFormatThatCannotCarryOneIsWrongUsage) {
+    const std::vector<std::vector<std::string>> roads = {
+        {in_, "-o", folder_ / "out.bmp"},
+        {in_, "--format", "webp"},
+        {"--watch", folder_.path(), "--format", "jp2"}};
+    for (std::vector<std::string> road : roads) {
+        road.emplace_back("--embed-recipe");
+        const Finished finished = render(road);
+        EXPECT_EQ(finished.exitCode, 2);
+        EXPECT_THAT(finished.err, HasSubstr("Only TIFF, PNG and JPEG files can carry a recipe"));
+    }
 }
 
 TEST_F(RecipeCommand, ANewerADamagedAndAMissingOneAreRefusedWithTheReason) {

@@ -174,6 +174,38 @@ TEST_F(SweepRun, AnAnimatedWebPHasEveryFrame) {
     WebPAnimDecoderDelete(decoder);
 }
 
+TEST_F(SweepRun, AnAnimationIsNotBegunWhereAFileStands) {
+    test::putFile(folder_ / "out.png", "mine");
+    request_.job.input = folder_ / "missing.png";  // which would be the first failure
+    const auto reports = run(true);
+    ASSERT_EQ(reports.size(), 1U);
+    EXPECT_EQ(reports[0].error,
+              folder_ / "out.png" + ": The file already exists (--force replaces it)");
+}
+
+TEST_F(SweepRun, AnAnimatedWebPHasLossesUnlessAskedForOthers) {
+    // Noise: without losses it takes more than its 3 bytes a pixel allow to save.
+    PixelBuffer noise = *PixelBuffer::zeroed(64, 64);
+    std::uint32_t state = 1;
+    for (int y = 0; y < 64; ++y) {
+        for (int x = 0; x < 256; ++x) {
+            state = state * 1664525 + 1013904223;
+            noise.view().row(y)[x] = x % 4 == 3 ? 255 : static_cast<std::uint8_t>(state >> 24);
+        }
+    }
+    test::putBytes(folder_ / "in.png", *encodeImage(CGImage(std::move(noise)), kUTTypePNG));
+    request_.job.output = folder_ / "out.webp";
+    request_.job.type = std::string(kUTTypeWebP);
+    request_.settings.overwrite = Overwrite::Allow;
+    run(true);
+    const std::size_t byDefault = test::fileText(folder_ / "out.webp").size();
+    // The opaque half of five frames without losses: 5 x 64 x 64 x 3 bytes.
+    EXPECT_LT(byDefault, std::size_t{5} * 64 * 64 * 3 * 2 / 3);
+    request_.settings.format.quality = 5;
+    run(true);
+    EXPECT_LT(test::fileText(folder_ / "out.webp").size(), byDefault);
+}
+
 TEST_F(SweepRun, OtherFormatsCannotBeAnimated) {
     request_.job.output = folder_ / "out.tiff";
     request_.job.type = std::string(kUTTypeTIFF);

@@ -9,6 +9,7 @@
 
 #include "cli/pictures.h"
 #include "cli/process.h"
+#include "cli/watching.h"
 #include "storage/temporary_folder.h"
 
 namespace skarnel {
@@ -23,38 +24,12 @@ bool hasLines(const Finished& so, int count) {
     return std::count(so.out.begin(), so.out.end(), '\n') >= count;
 }
 
-/// The text of one of the kernel's files on a process; empty when what it tells of is gone.
-std::string kernelText(const std::filesystem::path& path) {
-    std::string text;
-    if (FILE* file = std::fopen(path.c_str(), "re")) {
-        char part[512];
-        std::size_t count = 0;
-        while ((count = std::fread(part, 1, sizeof part, file)) > 0) text.append(part, count);
-        std::fclose(file);
-    }
-    return text;
-}
-
-/// Whether the kernel watches a folder for the process; what appears before that is not seen.
-void waitUntilWatching(const Process& process) {
-    const std::string folder = "/proc/" + std::to_string(process.id()) + "/fdinfo";
-    for (;;) {
-        std::error_code ignored;
-        for (const auto& entry : std::filesystem::directory_iterator(folder, ignored)) {
-            if (kernelText(entry.path()).find("inotify wd:") != std::string::npos) {
-                return;
-            }
-        }
-        ::usleep(1000);
-    }
-}
-
 TEST(Watch, RendersWhatAppearsAndEndsWith130) {
     const TemporaryFolder folder;
     const TemporaryFolder elsewhere;
     test::putPicture(folder / "before.png", 10, 10);
     Process process({"--watch", folder.path(), "--format", "png"});
-    waitUntilWatching(process);
+    test::waitUntilWatching(process);
     test::putPicture(folder / "written.png", 10, 10);
     ASSERT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 1); }));
     test::putPicture(elsewhere / "moved.jpg", 10, 10, kUTTypeJPEG);
@@ -77,7 +52,7 @@ TEST(Watch, WritesIntoAnotherFolderAndNamesBadFiles) {
     const TemporaryFolder folder;
     const TemporaryFolder results;
     Process process({"--watch", folder.path(), "-o", results.path()});
-    waitUntilWatching(process);
+    test::waitUntilWatching(process);
     test::putFile(folder / "bad.png", "no picture");
     test::putPicture(folder / "good.png", 10, 10);
     ASSERT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 1); }));
@@ -91,7 +66,7 @@ TEST(Watch, WritesIntoAnotherFolderAndNamesBadFiles) {
 /// What --watch prints for one picture when its results go to `into`, another name of the folder.
 std::string printedForOnePicture(const TemporaryFolder& folder, const std::string& into) {
     Process process({"--watch", folder.path(), "-o", into});
-    waitUntilWatching(process);
+    test::waitUntilWatching(process);
     test::putPicture(folder / "first.png", 10, 10);
     EXPECT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 1); }));
     // The result's events come before the next picture's.
@@ -122,10 +97,45 @@ TEST(Watch, WithoutAFolderToWriteToItDoesNotBegin) {
     }
 }
 
+TEST(Watch, ALinkIsAPictureAtOnce) {
+    const TemporaryFolder folder;
+    const TemporaryFolder elsewhere;
+    const TemporaryFolder results;
+    test::putPicture(elsewhere / "photo.png", 10, 10);
+    Process process({"--watch", folder.path(), "-o", results.path()});
+    test::waitUntilWatching(process);
+    std::filesystem::create_hard_link(elsewhere / "photo.png", folder / "hard.png");
+    ASSERT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 1); }));
+    std::filesystem::create_symlink(elsewhere / "photo.png", folder / "soft.png");
+    ASSERT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 2); }));
+    process.signal(SIGINT);
+    const Finished finished = process.finish();
+    EXPECT_EQ(finished.out,
+              results / "hard Reflection.tiff\n" + (results / "soft Reflection.tiff\n"));
+    EXPECT_EQ(finished.err, "");
+}
+
+TEST(Watch, OfTwoThatProposeOneNameTheSecondIsRefused) {
+    const TemporaryFolder folder;
+    const TemporaryFolder elsewhere;
+    const TemporaryFolder results;
+    test::putPicture(elsewhere / "a.png", 10, 10);
+    test::putPicture(elsewhere / "a.bmp", 10, 10, kUTTypeBMP);
+    Process process({"--watch", folder.path(), "-o", results.path(), "--force", "--json"});
+    test::waitUntilWatching(process);
+    test::halt(process);  // so that both come together
+    std::filesystem::rename(elsewhere / "a.png", folder / "a.png");
+    std::filesystem::rename(elsewhere / "a.bmp", folder / "a.bmp");
+    process.signal(SIGCONT);
+    ASSERT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 2); }));
+    process.signal(SIGINT);
+    EXPECT_EQ(results.names(), std::vector<std::string>{"a Reflection.tiff"});
+}
+
 TEST(Watch, AResultThatSomebodyReplacedIsAPicture) {
     const TemporaryFolder folder;
     Process process({"--watch", folder.path(), "--format", "png"});
-    waitUntilWatching(process);
+    test::waitUntilWatching(process);
     test::putPicture(folder / "a.png", 10, 10);
     ASSERT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 1); }));
     test::putPicture(folder / "a Reflection.png", 12, 12);
@@ -137,10 +147,8 @@ TEST(Watch, AResultThatSomebodyReplacedIsAPicture) {
 
 /// More events than the kernel keeps, while the process cannot read them.
 void overflowQueue(const Process& process, const TemporaryFolder& folder) {
-    process.signal(SIGSTOP);
-    siginfo_t stopped = {};
-    ::waitid(P_PID, static_cast<id_t>(process.id()), &stopped, WSTOPPED | WNOWAIT);
-    const int most = std::stoi(kernelText("/proc/sys/fs/inotify/max_queued_events"));
+    test::halt(process);
+    const int most = std::stoi(test::kernelText("/proc/sys/fs/inotify/max_queued_events"));
     // By turns: the kernel counts equal events in a row as one.
     for (int i = 0; i < most + 2; ++i) test::putFile(folder / (i % 2 == 0 ? "a" : "b"), "");
 }
@@ -150,7 +158,7 @@ TEST(Watch, WhereEventsAreLostItLooksAtTheFolder) {
     const TemporaryFolder results;
     test::putPicture(folder / "old.png", 10, 10);
     Process process({"--watch", folder.path(), "-o", results.path()});
-    waitUntilWatching(process);
+    test::waitUntilWatching(process);
     test::putPicture(folder / "first.png", 10, 10);
     ASSERT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 1); }));
     overflowQueue(process, folder);
@@ -181,7 +189,7 @@ TEST(Watch, AResultThatCannotBeWrittenDoesNotEndIt) {
         const rlimit limit = {60'000, RLIM_INFINITY};
         ::setrlimit(RLIMIT_FSIZE, &limit);
     });
-    waitUntilWatching(process);
+    test::waitUntilWatching(process);
     test::putPicture(folder / "large.png", 100, 100);  // 100 x 200 pixels of 4 bytes
     test::putPicture(folder / "small.png", 10, 10);
     ASSERT_TRUE(process.readUntil([](const Finished& so) { return hasLines(so, 1); }));
@@ -205,7 +213,7 @@ TEST(Watch, AFolderThatIsUnmountedOrMovedIsAFailure) {
             ::mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=64k") == 0;
         if (!mounted) ::_exit(77);
         Process process({"--watch", disk});
-        waitUntilWatching(process);
+        test::waitUntilWatching(process);
         ::umount(disk.c_str());
         const Finished finished = process.finish();
         test::putFile(parent / "seen", std::to_string(finished.exitCode) + " " + finished.err);
@@ -219,7 +227,7 @@ TEST(Watch, AFolderThatIsUnmountedOrMovedIsAFailure) {
         EXPECT_THAT(test::fileText(parent / "seen"), HasSubstr("no longer there"));
     }
     Process process({"--watch", disk});
-    waitUntilWatching(process);
+    test::waitUntilWatching(process);
     std::filesystem::rename(disk, parent / "elsewhere");
     const Finished finished = process.finish();
     EXPECT_EQ(finished.exitCode, 1);
@@ -233,7 +241,7 @@ TEST(Watch, AFolderThatIsNotThereOrGoesAwayIsAFailure) {
     EXPECT_THAT(missing.err, HasSubstr("No such file or directory"));
     std::filesystem::create_directory(parent / "folder");
     Process process({"--watch", parent / "folder"});
-    waitUntilWatching(process);
+    test::waitUntilWatching(process);
     std::filesystem::remove(parent / "folder");
     const Finished gone = process.finish();
     EXPECT_EQ(gone.exitCode, 1);
