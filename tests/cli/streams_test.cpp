@@ -167,19 +167,18 @@ TEST(Streams, ProgressNeverFillsALineOfANarrowTerminal) {
     }
 }
 
-TEST(Streams, ANameDoesNotSteerTheTerminal) {
+TEST(Streams, ANameSteersNeitherTheTerminalNorTheBar) {
     const TemporaryFolder folder;
     // A colour, a line's end, a window's title, a control character of two bytes, and an é.
     const std::string odd = folder / "q\x1b[35m\nz\x1b]0;t\a\xC2\x9B\xC3\xA9.png";
+    test::putPicture(folder / "a.png", 30, 20);
     test::putPicture(odd, 30, 20);
-    test::putPicture(folder / "b.png", 30, 20);
-    for (const std::string& shown :
-         {onTerminal({odd, folder / "b.png", "-f", "-v"}, "1", 200),
-          onTerminal({folder / "q\x1b[35m\nz\x1b]0;t\a\xC2\x9B\xC3\xA9.none"}, "1", 200)}) {
-        EXPECT_THAT(shown, HasSubstr("q?[35m?z?]0;t??\xC3\xA9."));
-        for (const char* steers : {"\x1b[35m", "\x1b]", "\a", "\xC2\x9B"}) {
-            EXPECT_THAT(shown, Not(HasSubstr(steers)));
-        }
+    const std::string bar = onTerminal({folder / "a.png", odd, "-f", "-j", "1"}, "1", 200);
+    EXPECT_THAT(bar, HasSubstr("q\\x1b[35m?z\\x1b]0;t\\x07\\x9b\xC3\xA9.png"));
+    const std::string told = onTerminal({odd, "-f", "-v"}, "1", 200);
+    EXPECT_THAT(told, HasSubstr("z\\x1b]0;t\\x07\\x9b\xC3\xA9.png"));
+    for (const char* steers : {"\x1b[35m", "\x1b]", "\a", "\xC2\x9B"}) {
+        EXPECT_THAT(bar + told, Not(HasSubstr(steers)));
     }
     // A program that reads along gets the very name.
     EXPECT_THAT(render({odd, "-f"}).out, HasSubstr("q\x1b[35m\nz\x1b]0;t\a\xC2\x9B"));
