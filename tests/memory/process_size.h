@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <string>
 
 namespace skarnel::testing {
 
@@ -18,6 +19,22 @@ inline std::size_t residentBytes() {
     std::size_t resident = 0;
     statistics >> total >> resident;
     return resident * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+}
+
+/// The most bytes of memory that this process held while `work` ran; 0 where the system does not
+/// count that.
+template <typename Work>
+std::size_t mostBytesDuring(Work work) {
+    ::malloc_trim(0);
+    constexpr char kForgetTheMost = '5';
+    std::ofstream("/proc/self/clear_refs") << kForgetTheMost;
+    work();
+    std::ifstream status("/proc/self/status");
+    for (std::string word; status >> word;) {
+        std::size_t kilobytes = 0;
+        if (word == "VmHWM:" && status >> kilobytes) return kilobytes * 1024;
+    }
+    return 0;
 }
 
 inline std::ptrdiff_t openDescriptors() {

@@ -54,52 +54,108 @@ JpStream openMemory(MemoryFile& file) {
     return stream;
 }
 
-JpImage makePlanes(const CGImage& image, bool opaque) {
-    const PixelView view = image.pixels();
+/// How a picture is cut: into equal tiles, so that none is thin, of at most kMostTileSide pixels a
+/// side, so that the library's wide samples exist for one tile alone.
+struct Tiling {
+    static constexpr int kMostTileSide = 1024;
+
+    explicit Tiling(const CGImage& image)
+        : width(sideFor(image.width())),
+          height(sideFor(image.height())),
+          columns((image.width() + width - 1) / width),
+          rows((image.height() + height - 1) / height) {}
+
+    static int sideFor(int side) {
+        const int count = (side + kMostTileSide - 1) / kMostTileSide;
+        return (side + count - 1) / count;
+    }
+    bool isWhole() const { return columns == 1 && rows == 1; }
+
+    int width;
+    int height;
+    int columns;
+    int rows;
+};
+
+/// What the picture is made of, without samples.
+JpImage describeComponents(const CGImage& image, bool opaque) {
     const OPJ_UINT32 count = opaque ? 3 : 4;
     opj_image_cmptparm_t parameters[4] = {};
     for (OPJ_UINT32 i = 0; i < count; ++i) {
         parameters[i].dx = parameters[i].dy = 1;
-        parameters[i].w = static_cast<OPJ_UINT32>(view.width);
-        parameters[i].h = static_cast<OPJ_UINT32>(view.height);
+        parameters[i].w = static_cast<OPJ_UINT32>(image.width());
+        parameters[i].h = static_cast<OPJ_UINT32>(image.height());
         parameters[i].prec = 8;
     }
-    JpImage planes(opj_image_create(count, parameters, OPJ_CLRSPC_SRGB));
-    if (!planes) return planes;
-    planes->x1 = static_cast<OPJ_UINT32>(view.width);
-    planes->y1 = static_cast<OPJ_UINT32>(view.height);
-    if (!opaque) planes->comps[3].alpha = 1;
-    Bytes straight(static_cast<std::size_t>(view.width) * 4);
-    const auto samples = static_cast<std::size_t>(view.samplesPerPixel);
-    std::size_t at = 0;
-    for (int y = 0; y < view.height; ++y) {
-        const std::uint8_t* row = view.row(y);
+    JpImage components(opj_image_tile_create(count, parameters, OPJ_CLRSPC_SRGB));
+    if (!components) return components;
+    components->x1 = static_cast<OPJ_UINT32>(image.width());
+    components->y1 = static_cast<OPJ_UINT32>(image.height());
+    if (!opaque) components->comps[3].alpha = 1;
+    return components;
+}
+
+/// The samples of a tile, one component after the other. `straight` has room for a row.
+void takeTile(const CGImage& image, bool opaque, const Tiling& tiling, int column, int row,
+              Bytes& straight, Bytes& samples) {
+    const PixelView view = image.pixels();
+    const int left = column * tiling.width;
+    const int top = row * tiling.height;
+    const auto width = static_cast<std::size_t>(std::min(tiling.width, view.width - left));
+    const auto height = static_cast<std::size_t>(std::min(tiling.height, view.height - top));
+    const std::size_t planes = opaque ? 3 : 4;
+    const auto step = static_cast<std::size_t>(view.samplesPerPixel);
+    samples.resize(planes * width * height);
+    for (std::size_t y = 0; y < height; ++y) {
+        const std::uint8_t* pixel = view.row(top + static_cast<int>(y)) + step * left;
         if (!opaque) {
-            unpremultiplyRow(row, straight.data(), static_cast<std::size_t>(view.width));
-            row = straight.data();
+            unpremultiplyRow(pixel, straight.data(), width);
+            pixel = straight.data();
         }
-        for (int x = 0; x < view.width; ++x, row += samples, ++at) {
-            for (OPJ_UINT32 i = 0; i < count; ++i) planes->comps[i].data[at] = row[i];
+        for (std::size_t i = 0; i < planes; ++i) {
+            std::uint8_t* out = samples.data() + (i * height + y) * width;
+            for (std::size_t x = 0; x < width; ++x) out[x] = pixel[step * x + i];
         }
     }
-    return planes;
+}
+
+bool writeTiles(opj_codec_t* codec, opj_stream_t* stream, const CGImage& image, bool opaque,
+                const Tiling& tiling) {
+    Bytes straight(static_cast<std::size_t>(tiling.width) * 4);
+    Bytes samples;
+    for (int row = 0; row < tiling.rows; ++row) {
+        for (int column = 0; column < tiling.columns; ++column) {
+            takeTile(image, opaque, tiling, column, row, straight, samples);
+            if (opj_write_tile(codec, static_cast<OPJ_UINT32>(row * tiling.columns + column),
+                               samples.data(), static_cast<OPJ_UINT32>(samples.size()),
+                               stream) == OPJ_FALSE) {
+                return false;
+            }
+        }
+    }
+    return true;
 }
 
 /// Small pictures cannot be halved as often as the default asks.
-int resolutionLevels(const CGImage& image) {
+int resolutionLevels(const Tiling& tiling) {
     int levels = 1;
-    for (int side = std::min(image.width(), image.height()); side > 1 && levels < 6; side /= 2) {
+    for (int side = std::min(tiling.width, tiling.height); side > 1 && levels < 6; side /= 2) {
         ++levels;
     }
     return levels;
 }
 
-opj_cparameters_t makeParameters(const CGImage& image, double quality) {
+opj_cparameters_t makeParameters(const Tiling& tiling, double quality) {
     opj_cparameters_t parameters;
     opj_set_default_encoder_parameters(&parameters);
     parameters.tcp_numlayers = 1;
-    parameters.numresolution = resolutionLevels(image);
+    parameters.numresolution = resolutionLevels(tiling);
     parameters.tcp_mct = 1;
+    if (!tiling.isWhole()) {
+        parameters.tile_size_on = OPJ_TRUE;
+        parameters.cp_tdx = tiling.width;
+        parameters.cp_tdy = tiling.height;
+    }
     if (quality >= 1) {
         parameters.cp_disto_alloc = 1;
         parameters.tcp_rates[0] = 0;  // reversible
@@ -115,18 +171,20 @@ opj_cparameters_t makeParameters(const CGImage& image, double quality) {
 }  // namespace
 
 Result<Bytes> writeJpeg2000(const CGImage& image, const ImageProperties& properties) {
-    const JpImage planes = makePlanes(image, isOpaque(image.pixels()));
+    const bool opaque = isOpaque(image.pixels());
+    const Tiling tiling(image);
+    const JpImage components = describeComponents(image, opaque);
     MemoryFile file;
     JpMessages messages;
     const JpCodec codec(opj_create_compress(OPJ_CODEC_JP2));
     JpStream stream = openMemory(file);
-    if (!planes || !codec || !stream) throw std::bad_alloc();
+    if (!components || !codec || !stream) throw std::bad_alloc();
     messages.listenTo(codec.get());
     opj_cparameters_t parameters =
-        makeParameters(image, std::clamp(qualityOf(properties, 1.0), 0.0, 1.0));
-    if (opj_setup_encoder(codec.get(), &parameters, planes.get()) == OPJ_FALSE ||
-        opj_start_compress(codec.get(), planes.get(), stream.get()) == OPJ_FALSE ||
-        opj_encode(codec.get(), stream.get()) == OPJ_FALSE ||
+        makeParameters(tiling, std::clamp(qualityOf(properties, 1.0), 0.0, 1.0));
+    if (opj_setup_encoder(codec.get(), &parameters, components.get()) == OPJ_FALSE ||
+        opj_start_compress(codec.get(), components.get(), stream.get()) == OPJ_FALSE ||
+        !writeTiles(codec.get(), stream.get(), image, opaque, tiling) ||
         opj_end_compress(codec.get(), stream.get()) == OPJ_FALSE) {
         Error error = messages.error();
         error.code = ErrorCode::Failed;

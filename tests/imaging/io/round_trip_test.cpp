@@ -1,10 +1,12 @@
 // What is written is read back: every writable format through our own readers.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 #include "imaging/io/image_io.h"
 #include "imaging/io/pictures.h"
+#include "memory/process_size.h"
 
 namespace skarnel {
 namespace {
@@ -203,6 +205,18 @@ TEST(JpegRoundTrip, LaysTransparentPartsOverTheMatte) {
     }
 }
 
+/// The same colours, all opaque.
+CGImage opaqueCopyOf(const CGImage& image) {
+    auto buffer = PixelBuffer::uninitialized(image.width(), image.height());
+    const MutablePixelView view = buffer->view();
+    for (int y = 0; y < view.height; ++y) {
+        const std::size_t rowBytes = std::size_t{4} * static_cast<std::size_t>(view.width);
+        std::copy_n(image.pixels().row(y), rowBytes, view.row(y));
+        for (std::size_t i = 3; i < rowBytes; i += 4) view.row(y)[i] = 255;
+    }
+    return CGImage(*std::move(buffer));
+}
+
 TEST(LossyRoundTrip, QualityDecidesTheSize) {
     const CGImage image = randomValidPicture(64, 64, 3);
     for (const std::string_view type : {kUTTypeJPEG, kUTTypeJPEG2000, kUTTypeWebP}) {
@@ -233,6 +247,33 @@ TEST(LossyRoundTrip, StaysNearThePicture) {
             for (std::size_t k = 0; k < 4; ++k) ASSERT_NEAR(is[k], was[k], 8) << type << " " << i;
         }
     }
+}
+
+TEST(Jpeg2000RoundTrip, KeepsEveryPixelOfAPictureInTiles) {
+    // Tiles have at most 1024 pixels a side: one, two or three of them, the last ones smaller.
+    struct Size {
+        int width;
+        int height;
+    };
+    for (const Size size : {Size{1024, 9}, Size{1025, 9}, Size{7, 1025}, Size{2051, 5}}) {
+        for (const bool opaque : {true, false}) {
+            CGImage image = randomValidPicture(size.width, size.height, 5);
+            if (opaque) image = opaqueCopyOf(image);
+            const auto back = decodeImage(*encodeImage(image, kUTTypeJPEG2000));
+            ASSERT_TRUE(back) << size.width << " x " << size.height;
+            EXPECT_TRUE(samePixels(back->image, image)) << size.width << " x " << size.height;
+        }
+    }
+}
+
+TEST(Jpeg2000RoundTrip, HoldsTheSamplesOfATileAlone) {
+    if (!kMemoryIsMeasurable) GTEST_SKIP() << "a sanitizer keeps freed memory";
+    // Three samples of 32 bits for each of 4.2 million pixels would be 50 MB, and the library would
+    // need as much again for its codes.
+    const CGImage image = opaqueCopyOf(*CGImage::copyOf(PixelBuffer::zeroed(2048, 2048)->view()));
+    const std::size_t before = residentBytes();
+    const std::size_t most = mostBytesDuring([&] { (void)encodeImage(image, kUTTypeJPEG2000); });
+    EXPECT_LT(most, before + (std::size_t{45} << 20));
 }
 
 TEST(JpegRoundTrip, CarriesTheResolution) {
