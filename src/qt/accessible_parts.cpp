@@ -95,7 +95,7 @@ class ColorView final : public QAccessibleWidget {
   private:
     QString colorText() const {
         const QColor color = well_.color();
-        const QString opaque = color.name(QColor::HexRgb).toUpper();
+        QString opaque = color.name(QColor::HexRgb).toUpper();
         if (color.alpha() == 255) return opaque;
         return QCoreApplication::translate("AccessibleView", "%1, opacity %2 %")
             .arg(opaque, QLocale().toString(color.alphaF() * 100, 'f', 0));

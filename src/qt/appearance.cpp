@@ -114,7 +114,7 @@ QString appearanceName(Appearance appearance) {
 }
 
 void applyAppearance(Appearance appearance) {
-    const QPalette platform = platformPalette();
+    const QPalette& platform = platformPalette();
     switch (appearance) {
         case Appearance::Light:
             apply(paletteOf(kLight), false);

@@ -46,6 +46,7 @@ Application::Application(const ApplicationParts& parts)
       applyBackground_(window_.settings().applyBackground()),
       progress_(window_.progress()) {
     toolkit_.setMainWindow(&window_);
+    toolkit_.setBackgroundText([this] { return controller_.backgroundColorString(); });
     window_.setWindowIcon(applicationIcon());
     setOutlets();
     connectWindow();
@@ -151,6 +152,8 @@ void Application::connectColors() {
         controller_.backgroundColor(&colorWell_);
     });
     connect(&panel.colorText(), &QLineEdit::editingFinished, this, &Application::commitColorText);
+    connect(&window_, &MainWindow::shownChanged, this,
+            [this](bool shown) { toolkit_.colorPanel().followWindow(shown); });
     toolkit_.colorPanel().setColorText([this](const QColor& color) {
         if (nsWindow_.firstResponder() != &textView_) return false;
         QTextCharFormat format;

@@ -3,6 +3,7 @@
 
 #include <QObject>
 #include <QStringList>
+#include <QTemporaryDir>
 #include <QTimer>
 #include <array>
 #include <memory>
@@ -122,9 +123,10 @@ class Application final : public QObject {
     std::array<std::unique_ptr<QtNumberTextField>, kSettingRanges.size()> fields_;
     QTimer storeTimer_;
     Motion motion_;
-    bool awake_ = false;                // the logo is installed: pictures may come
-    QStringList waiting_;               // pictures of calls that came before
-    Companions* companions_ = nullptr;  // last: it holds on to all the others; a child
+    bool awake_ = false;                     // the logo is installed: pictures may come
+    std::unique_ptr<QTemporaryDir> pasted_;  // holds the pasted picture while it is the source
+    QStringList waiting_;                    // pictures of calls that came before
+    Companions* companions_ = nullptr;       // last: it holds on to all the others; a child
 };
 
 }  // namespace skarnel

@@ -54,11 +54,11 @@ std::optional<QStringList> placesIn(const QString& message, const char* cause) {
 }  // namespace
 
 QString causeText(const Error& error) {
-    const QString message = QString::fromStdString(error.message);
+    QString message = QString::fromStdString(error.message);
     for (const char* cause : kCauses) {
         const auto places = placesIn(message, cause);
         if (!places) continue;
-        const QString text = QCoreApplication::translate(kContext, cause);
+        QString text = QCoreApplication::translate(kContext, cause);
         if (places->isEmpty()) return text;
         return places->size() == 1 ? text.arg(places->at(0))
                                    : text.arg(places->at(0), places->at(1));

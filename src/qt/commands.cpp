@@ -4,7 +4,6 @@
 #include <QBuffer>
 #include <QClipboard>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QImage>
 #include <QLineEdit>
@@ -14,11 +13,13 @@
 #include <QPushButton>
 #include <QTextCursor>
 #include <QUrl>
+#include <algorithm>
 
 #include "qt/accessible_parts.h"
 #include "qt/appearance.h"
 #include "qt/application.h"
 #include "qt/companions.h"
+#include "qt/file_names.h"
 #include "qt/icons.h"
 #include "qt/picture_painter.h"
 #include "qt/recipe_commands.h"
@@ -44,8 +45,18 @@ ByteView view(const QByteArray& bytes) {
 
 QString localPath(const QString& pathOrAddress) {
     const QUrl url(pathOrAddress);
-    const QString path = url.isLocalFile() ? url.toLocalFile() : pathOrAddress;
+    const QString path = url.isLocalFile() ? pathOfAddress(url) : pathOrAddress;
     return QFileInfo(path).absoluteFilePath();
+}
+
+/// A recent file's name, with its folder's where another one is called the same.
+QString recentName(const QString& path, const QStringList& all) {
+    const QFileInfo file(path);
+    const auto same = [&](const QString& each) {
+        return QFileInfo(each).fileName() == file.fileName();
+    };
+    if (std::count_if(all.begin(), all.end(), same) < 2) return file.fileName();
+    return QStringLiteral("%1 — %2").arg(file.fileName(), file.dir().dirName());
 }
 
 /// The clipboard's picture in one of the formats that are read here, the exact ones first.
@@ -77,6 +88,8 @@ void Application::changingSource(Command command, const QString& title) {
 
 void Application::sourceChanged(const QString& title) {
     window_.viewer().discardEdits();
+    pasted_.reset();
+    window_.endTelling();
     const QString name = title.isEmpty() ? QString::fromStdString(controller_.saveFilename) : title;
     window_.setWindowTitle(QStringLiteral("%1 — Skarnel").arg(name));
 }
@@ -85,17 +98,18 @@ bool Application::openPicture(const QString& pathOrAddress) {
     const QString path = localPath(pathOrAddress);
     if (RecipeCommands::isRecipeName(path)) return companions_->recipes().openFrom(path);
     const QString name = QFileInfo(path).fileName();
-    QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {
+    const auto bytes = bytesOfPath(path);
+    const auto head = bytes ? headOfFile(*bytes, kRecognitionBytes) : std::nullopt;
+    if (!head) {
         window_.tell(tr("“%1” cannot be read.").arg(name));
         return false;
     }
-    const ImageType* type = imageTypeOfContent(view(file.read(kRecognitionBytes)));
+    const ImageType* type = imageTypeOfContent(view(*head));
     if (type == nullptr || !type->canRead) {
         window_.tell(tr("“%1” is no picture that can be opened.").arg(name));
         return false;
     }
-    changingSource([&] { controller_.imagePathChanged(path.toStdString()); });
+    changingSource([&] { controller_.imagePathChanged(*bytes); });
     if (!controller_.image || !controller_.image->isValid()) {
         window_.tell(tr("“%1” is damaged and cannot be opened.").arg(name));
         return false;
@@ -124,7 +138,7 @@ void Application::pastePicture() {
     if (data == nullptr) return;
     for (const QUrl& url : data->urls()) {
         if (!url.isLocalFile()) continue;
-        openPicture(url.toLocalFile());
+        openPicture(pathOfAddress(url));
         return;
     }
     const auto picture = clipboardPicture(*data);
@@ -133,12 +147,14 @@ void Application::pastePicture() {
     const auto folder = toolkit_.temporaryDirectory();
     if (!bytes || !folder) return window_.tell(tr("There is no picture on the clipboard."));
     // A folder of its own lets the file have a name that suits the one proposed for saving.
-    const QString own = QString::fromStdString(*folder) + QLatin1Char('/') +
-                        QFileInfo(QString::fromStdString(toolkit_.temporaryName())).fileName();
-    const std::string path = own.toStdString() + "/" + tr("Pasted Picture").toStdString() + ".tiff";
-    if (!makeFolders(own.toStdString()) || !writeFileSafely(path, *bytes, Overwrite::Refuse))
+    auto own = std::make_unique<QTemporaryDir>(QString::fromStdString(*folder) +
+                                               QStringLiteral("/pasted-XXXXXX"));
+    const std::string path =
+        own->filePath(tr("Pasted Picture") + QStringLiteral(".tiff")).toStdString();
+    if (!own->isValid() || !writeFileSafely(path, *bytes, Overwrite::Refuse))
         return window_.tell(tr("The picture cannot be pasted."));
     changingSource([&] { controller_.imagePathChanged(path); });
+    pasted_ = std::move(own);
 }
 
 // File ---------------------------------------------------------------------------------------
@@ -166,9 +182,10 @@ void Application::connectFile() {
 
 void Application::fillRecent() {
     actions_.recent->clear();
+    actions_.recent->setToolTipsVisible(true);
     const QStringList files = state_.recentFiles();
     for (const QString& path : files) {
-        QString name = QFileInfo(path).fileName();
+        QString name = recentName(path, files);
         QAction* each =
             actions_.recent->addAction(name.replace(QLatin1Char('&'), QLatin1String("&&")));
         each->setToolTip(path);

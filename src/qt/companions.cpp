@@ -133,7 +133,7 @@ QString Companions::makeResultFile() {
     if (!bytes || !QDir().mkpath(folder)) return {};
     QString name = QString::fromStdString(controller.saveFilename);
     name.replace(QLatin1Char('/'), QLatin1Char('_'));
-    const QString path = folder + QLatin1Char('/') + name + QStringLiteral(".png");
+    QString path = folder + QLatin1Char('/') + name + QStringLiteral(".png");
     if (!writeFileSafely(path.toStdString(), *bytes, Overwrite::Allow)) return {};
     return path;
 }

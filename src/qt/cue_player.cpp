@@ -52,7 +52,9 @@ std::shared_ptr<QtSound> QtSound::read(const std::string& path, Muted muted) {
 }
 
 QtSound::~QtSound() {
-    if (playing_ != nullptr) cueModule().stop(playing_, true);
+    if (playing_ == nullptr) return;
+    const CueModule& module = cueModule();
+    if (module.stop != nullptr) module.stop(playing_, true);
 }
 
 void QtSound::play() {

@@ -5,6 +5,7 @@
 #include <QStyleOptionSlider>
 #include <QWheelEvent>
 #include <cmath>
+#include <utility>
 
 #include "qt/accessible_parts.h"
 
@@ -14,6 +15,7 @@ FloatSlider::FloatSlider(const SettingRange& range, QWidget* parent)
     : QSlider(Qt::Horizontal, parent), range_(range), value_(range.travelMin) {
     describeOwnWidgets();
     setFocusPolicy(Qt::StrongFocus);
+    setMouseTracking(true);  // a move without the button tells of a release that went elsewhere
     setRange(0, travelPositions(range));
     setSingleStep(1);
     setPageStep(static_cast<int>(std::lround(range.pageStep / range.step)));
@@ -48,13 +50,52 @@ bool FloatSlider::onHandle(const QPoint& place) const {
 }
 
 void FloatSlider::mousePressEvent(QMouseEvent* event) {
-    if (event->button() == Qt::LeftButton) emit gestureBegan();
+    // The middle button sets the slider too, in most styles.
+    endDrag();
+    held_ = event->button();
+    emit gestureBegan();
     QSlider::mousePressEvent(event);
 }
 
+void FloatSlider::mouseMoveEvent(QMouseEvent* event) {
+    if (held_ == Qt::NoButton) return event->ignore();
+    // The release went elsewhere: to a menu, another window, another program.
+    if (!event->buttons().testFlag(held_)) return endDrag();
+    QSlider::mouseMoveEvent(event);
+}
+
 void FloatSlider::mouseReleaseEvent(QMouseEvent* event) {
+    if (held_ == Qt::NoButton || event->button() != held_) return event->ignore();
     QSlider::mouseReleaseEvent(event);
-    if (event->button() == Qt::LeftButton) emit gestureEnded();
+    held_ = Qt::NoButton;
+    emit gestureEnded();
+}
+
+void FloatSlider::endDrag() {
+    const Qt::MouseButton button = std::exchange(held_, Qt::NoButton);
+    if (button == Qt::NoButton) return;
+    // The base class learns of the end of a drag from a release alone.
+    const QPointF at = rect().center();
+    QMouseEvent release(QEvent::MouseButtonRelease, at, mapToGlobal(at), button, Qt::NoButton,
+                        Qt::NoModifier);
+    QSlider::mouseReleaseEvent(&release);
+    emit gestureEnded();
+}
+
+bool FloatSlider::event(QEvent* event) {
+    switch (event->type()) {
+        case QEvent::WindowDeactivate:
+        case QEvent::Hide:
+            endDrag();
+            endKeyGesture();
+            break;
+        case QEvent::EnabledChange:
+            if (!isEnabled()) endDrag();
+            break;
+        default:
+            break;
+    }
+    return QSlider::event(event);
 }
 
 void FloatSlider::mouseDoubleClickEvent(QMouseEvent* event) {
@@ -93,6 +134,7 @@ void FloatSlider::keyReleaseEvent(QKeyEvent* event) {
 }
 
 void FloatSlider::focusOutEvent(QFocusEvent* event) {
+    endDrag();
     endKeyGesture();
     QSlider::focusOutEvent(event);
 }

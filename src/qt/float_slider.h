@@ -35,20 +35,25 @@ class FloatSlider final : public QSlider {
 
   protected:
     void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
+    bool event(QEvent* event) override;
 
   private:
     bool onHandle(const QPoint& place) const;
     void endKeyGesture();
+    /// Lets the handle go where it is.
+    void endDrag();
 
     const SettingRange& range_;
     float value_;
     bool keyHeld_ = false;
+    Qt::MouseButton held_ = Qt::NoButton;  // went down here and its release has not been seen
 };
 
 }  // namespace skarnel

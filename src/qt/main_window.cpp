@@ -11,6 +11,7 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include "qt/file_names.h"
 #include "qt/focus_ring.h"
 #include "qt/settings_panel.h"
 #include "qt/text_bar.h"
@@ -83,12 +84,19 @@ void MainWindow::tell(const QString& message) {
     toast_->tell(message);
 }
 
+void MainWindow::endTelling() {
+    toast_->hide();
+}
+
 void MainWindow::takeFirstSize() {
     resize(sizeHint().boundedTo(screen()->availableSize() - kFrameRoom));
 }
 
 void MainWindow::setTextShown(bool shown) {
+    if (shown == textShown()) return;
     splitter_->widget(1)->setVisible(shown);
+    // Its size may be the same as before; what it leaves to the picture is not.
+    emit textEditor_->frameChanged();
 }
 
 bool MainWindow::textShown() const {
@@ -120,6 +128,16 @@ void MainWindow::changeEvent(QEvent* event) {
         QTimer::singleShot(kFullScreenPatience, this, &MainWindow::noticeFullScreen);
 }
 
+void MainWindow::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    if (!event->spontaneous()) emit shownChanged(true);
+}
+
+void MainWindow::hideEvent(QHideEvent* event) {
+    QMainWindow::hideEvent(event);
+    if (!event->spontaneous()) emit shownChanged(false);
+}
+
 void MainWindow::closeEvent(QCloseEvent* event) {
     emit closing();
     event->accept();
@@ -137,7 +155,7 @@ void MainWindow::dropEvent(QDropEvent* event) {
     event->acceptProposedAction();
     QStringList paths;
     for (const QUrl& url : event->mimeData()->urls())
-        if (url.isLocalFile()) paths << url.toLocalFile();
+        if (url.isLocalFile()) paths << pathOfAddress(url);
     if (paths.isEmpty())
         emit dropRefused();
     else

@@ -31,6 +31,8 @@ class MainWindow final : public QMainWindow {
 
     /// A word to the user over the picture, which goes by itself.
     void tell(const QString& message);
+    /// Takes the word away: what it was about is over.
+    void endTelling();
 
     /// The size of the first start: the proposed one, where the screen has room for it and for a
     /// window manager's frame.
@@ -48,6 +50,8 @@ class MainWindow final : public QMainWindow {
     void enteredFullScreen();
     /// The window went full screen or came back, whoever asked for it.
     void fullScreenChanged(bool on);
+    /// The program itself hid the window or showed it; not minimising, nor another workspace.
+    void shownChanged(bool shown);
     /// The user closes the window; nobody can prevent it any more.
     void closing();
     void picturesDropped(const QStringList& paths);
@@ -57,6 +61,8 @@ class MainWindow final : public QMainWindow {
   protected:
     void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;

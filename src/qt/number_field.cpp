@@ -3,6 +3,7 @@
 #include <QKeyEvent>
 #include <QLocale>
 #include <algorithm>
+#include <utility>
 
 #include "qt/number_text.h"
 
@@ -42,7 +43,12 @@ void NumberField::commit() {
 void NumberField::step(float by) {
     const float base = numberFromText(text(), locale()).value_or(value_);
     setNumber(std::clamp(base + by, range_.fieldMin, range_.fieldMax));
-    emit committed(value_);
+    stepping_ = true;
+    emit stepped(value_);
+}
+
+void NumberField::endSteps() {
+    if (std::exchange(stepping_, false)) emit stepsEnded();
 }
 
 void NumberField::keyPressEvent(QKeyEvent* event) {
@@ -68,6 +74,11 @@ void NumberField::keyPressEvent(QKeyEvent* event) {
     EntryField::keyPressEvent(event);
 }
 
+void NumberField::keyReleaseEvent(QKeyEvent* event) {
+    if (!event->isAutoRepeat()) endSteps();
+    EntryField::keyReleaseEvent(event);
+}
+
 void NumberField::focusInEvent(QFocusEvent* event) {
     EntryField::focusInEvent(event);
     if (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason)
@@ -75,6 +86,7 @@ void NumberField::focusInEvent(QFocusEvent* event) {
 }
 
 void NumberField::focusOutEvent(QFocusEvent* event) {
+    endSteps();
     // A menu or another window may take the focus for a moment; what was typed waits.
     if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason)
         commit();

@@ -23,18 +23,24 @@ class NumberField final : public EntryField {
 
   signals:
     void committed(float value);
+    /// A key steps; while it is held, all its steps are one change, which ends with `stepsEnded`.
+    void stepped(float value);
+    void stepsEnded();
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
 
   private:
     void putBack();
     void step(float by);
+    void endSteps();
 
     const SettingRange& range_;
     float value_ = 0;
+    bool stepping_ = false;
     QString shown_;
 };
 

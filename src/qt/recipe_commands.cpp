@@ -8,9 +8,12 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QUrl>
+#include <cerrno>
+#include <system_error>
 
 #include "qt/application.h"
 #include "qt/cause_text.h"
+#include "qt/file_names.h"
 #include "qt/settings_panel.h"
 #include "qt/styled_document.h"
 #include "qt/text_bar.h"
@@ -34,7 +37,7 @@ std::uint8_t byteOf(int component) {
 /// The one local file of a drop; empty for anything else.
 QString droppedFile(const QMimeData& data) {
     const QList<QUrl> urls = data.urls();
-    return urls.size() == 1 && urls.front().isLocalFile() ? urls.front().toLocalFile() : QString();
+    return urls.size() == 1 ? pathOfAddress(urls.front()) : QString();
 }
 
 /// Something of this window, such as the result that is being dragged out.
@@ -69,7 +72,8 @@ void RecipeCommands::makeActions() {
         const QString proposed =
             QString::fromStdString(application_.controller().saveFilename) + suffix();
         QString path = QFileDialog::getSaveFileName(&application_.window(), tr("Save Recipe"),
-                                                    proposed, tr("Recipes (*.skarnel)"));
+                                                    proposed, inAnyCase(tr("Recipes (*.skarnel)")),
+                                                    nullptr, QFileDialog::HideNameFilterDetails);
         if (!path.isEmpty() && QFileInfo(path).suffix().isEmpty()) path += suffix();
         if (!path.isEmpty()) saveTo(path);
     });
@@ -96,7 +100,8 @@ void RecipeCommands::makeActions() {
 }
 
 QString RecipeCommands::chosenFile(const QString& title, const QString& filter) {
-    return QFileDialog::getOpenFileName(&application_.window(), title, {}, filter);
+    return QFileDialog::getOpenFileName(&application_.window(), title, {}, inAnyCase(filter),
+                                        nullptr, QFileDialog::HideNameFilterDetails);
 }
 
 bool RecipeCommands::isRecipeName(const QString& path) {
@@ -144,7 +149,10 @@ bool RecipeCommands::saveTo(const QString& path) {
 }
 
 std::optional<Recipe> RecipeCommands::read(const QString& path) {
-    Result<Recipe> recipe = readRecipeFile(path.toStdString());
+    const auto bytes = bytesOfPath(path);
+    Result<Recipe> recipe =
+        bytes ? readRecipeFile(*bytes)
+              : Result<Recipe>(ErrorCode::CannotRead, std::generic_category().message(EILSEQ));
     if (recipe) return *std::move(recipe);
     application_.window().tell(
         tr("“%1”: %2.").arg(QFileInfo(path).fileName(), causeText(recipe.error())));

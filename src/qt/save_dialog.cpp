@@ -34,7 +34,8 @@ void SaveDialog::accept() {
     const QString path = complete_ ? complete_(there) : there;
     if (!mayReplace(path)) return;
     chosen_ = path;
-    QDialog::accept();
+    // Past the toolkit's own notion of what was chosen.
+    QDialog::accept();  // NOLINT(bugprone-parent-virtual-call)
 }
 
 QString SaveDialog::absolute(const QString& typed) const {

@@ -123,6 +123,11 @@ void SettingsPanel::bindRow(const SettingRange& range, const Row& row) {
     connect(row.slider, &FloatSlider::defaultAsked, model, [model, name, key = range.key] {
         model->changeNumber(name, key, settingDefault(key));
     });
+    connect(row.field, &NumberField::stepped, model, [model, name, key = range.key](float value) {
+        model->continueGesture(name);
+        model->editNumber(key, value);
+    });
+    connect(row.field, &NumberField::stepsEnded, model, &SettingsModel::endGesture);
     connect(row.field, &NumberField::committed, model,
             [model, name, key = range.key](float value) { model->changeNumber(name, key, value); });
 }

@@ -25,8 +25,8 @@ std::shared_ptr<NSSavePanel> QtToolkit::savePanel() {
 
 std::shared_ptr<IKSaveOptions> QtToolkit::saveOptions(const ImageProperties& imageProperties,
                                                       std::string_view imageUTType) {
-    return std::make_shared<QtSaveOptions>(imageProperties, imageUTType,
-                                           recipeText_ ? recipeText_() : std::string());
+    return std::make_shared<QtSaveOptions>(
+        imageProperties, imageUTType, recipeText_ ? recipeText_() : std::string(), backgroundText_);
 }
 
 std::shared_ptr<NSAlert> QtToolkit::alertWithMessageText(

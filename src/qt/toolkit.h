@@ -32,6 +32,11 @@ class QtToolkit final : public Toolkit {
     /// The window that panels belong to; before the first panel.
     void setMainWindow(QWidget* window) { window_ = window; }
     QtColorPanel& colorPanel();
+    /// Asked at each save for the background as "#RRGGBB", which lies below a picture that is saved
+    /// in a format without transparency.
+    void setBackgroundText(std::function<std::string()> backgroundText) {
+        backgroundText_ = std::move(backgroundText);
+    }
     /// Asked at each save for the text of the recipe that the file may carry.
     void setRecipeText(std::function<std::string()> recipeText) {
         recipeText_ = std::move(recipeText);
@@ -77,6 +82,7 @@ class QtToolkit final : public Toolkit {
     std::unique_ptr<QtColorPanel> colorPanel_;
     std::optional<std::string> temporaryDirectory_;
     std::function<std::string()> recipeText_;
+    std::function<std::string()> backgroundText_;
 };
 
 }  // namespace skarnel

@@ -12,7 +12,9 @@
 #include <QPushButton>
 #include <QStandardPaths>
 #include <algorithm>
+#include <utility>
 
+#include "qt/file_names.h"
 #include "qt/save_dialog.h"
 #include "qt/save_options_view.h"
 #include "qt/toolkit_views.h"
@@ -47,12 +49,9 @@ void QtOpenPanel::configure(QFileDialog& dialog, const std::vector<std::string>&
                                                : QFileDialog::ExistingFile);
     dialog.setOption(QFileDialog::ReadOnly, !createDirectories_);
     QStringList patterns;
-    // Both spellings: a file system may tell them apart.
-    for (const std::string& type : types)
-        patterns << QStringLiteral("*.%1").arg(toQt(type))
-                 << QStringLiteral("*.%1").arg(toQt(type).toUpper());
-    dialog.setNameFilter(QCoreApplication::translate("OpenPanel", "Pictures") +
-                         QStringLiteral(" (%1)").arg(patterns.join(QLatin1Char(' '))));
+    for (const std::string& type : types) patterns << QStringLiteral("*.%1").arg(toQt(type));
+    dialog.setNameFilter(inAnyCase(QStringLiteral("%1 (%2)").arg(
+        QCoreApplication::translate("OpenPanel", "Pictures"), patterns.join(QLatin1Char(' ')))));
     dialog.setOption(QFileDialog::HideNameFilterDetails);
     if (!prompt_.empty()) dialog.setLabelText(QFileDialog::Accept, toQt(prompt_));
     dialog.setDirectory(startFolder(state_.openFolder()));
@@ -64,8 +63,11 @@ int QtOpenPanel::runModalForTypes(const std::vector<std::string>& types) {
     configure(dialog, types);
     filenames_.clear();
     if (dialog.exec() != QDialog::Accepted) return NSCancelButton;
-    for (const QString& path : dialog.selectedFiles()) filenames_.push_back(path.toStdString());
-    state_.setOpenFolder(dialog.directory().absolutePath());
+    // The controller leaves an empty path out.
+    for (const QString& path : dialog.selectedFiles())
+        filenames_.push_back(bytesOfPath(path).value_or(std::string()));
+    // The folder listed is another one when a whole path was typed.
+    state_.setOpenFolder(QFileInfo(dialog.selectedFiles().value(0)).absolutePath());
     state_.setChosen(dialog.selectedFiles());
     return NSOKButton;
 }
@@ -119,7 +121,7 @@ void QtSavePanel::ended(SaveDialog& dialog, int result, const DidEnd& didEnd, vo
     const bool saved = result == QDialog::Accepted && !dialog.chosen().isEmpty();
     if (saved) {
         filename_ = dialog.chosen().toStdString();
-        state_.setSaveFolder(dialog.directory().absolutePath());
+        state_.setSaveFolder(QFileInfo(dialog.chosen()).absolutePath());
     }
     if (didEnd) didEnd(*this, saved ? NSOKButton : NSCancelButton, contextInfo);
 }
@@ -139,6 +141,12 @@ void QtSaveOptions::addSaveOptionsAccessoryViewToSavePanel(NSSavePanel& panel) {
     type_ = view->type();
     properties_ = view->properties();
     own->setAccessoryView(view);
+}
+
+ImageProperties QtSaveOptions::imageProperties() const {
+    ImageProperties properties = properties_;
+    if (background_) properties.insert_or_assign(std::string(kPropertyMatteColor), background_());
+    return properties;
 }
 
 // Colours ------------------------------------------------------------------------------------
@@ -191,6 +199,16 @@ void QtColorPanel::orderFront(const NSObject* /*sender*/) {
     made().show();
     made().raise();
     made().activateWindow();
+}
+
+void QtColorPanel::followWindow(bool shown) {
+    if (!dialog_) return;
+    if (shown) {
+        if (std::exchange(waits_, false)) dialog_->show();
+        return;
+    }
+    waits_ = dialog_->isVisible();
+    dialog_->hide();
 }
 
 void QtColorPanel::showColor(const QColor& color) {

@@ -71,18 +71,25 @@ class QtSavePanel final : public NSSavePanel, public std::enable_shared_from_thi
 class QtSaveOptions final : public IKSaveOptions,
                             public std::enable_shared_from_this<QtSaveOptions> {
   public:
-    /// The recipe's text is offered to be kept inside the file; empty for no such offer.
-    QtSaveOptions(const ImageProperties& properties, std::string_view type, std::string recipe = {})
-        : properties_(properties), type_(type), recipe_(std::move(recipe)) {}
+    /// The recipe's text is offered to be kept inside the file; empty for no such offer. The
+    /// background, as "#RRGGBB", is asked for when the properties are: the user can change it while
+    /// the sheet is up.
+    QtSaveOptions(const ImageProperties& properties, std::string_view type, std::string recipe = {},
+                  std::function<std::string()> background = {})
+        : properties_(properties),
+          type_(type),
+          recipe_(std::move(recipe)),
+          background_(std::move(background)) {}
 
     void addSaveOptionsAccessoryViewToSavePanel(NSSavePanel& panel) override;
     std::string imageUTType() const override { return type_; }
-    ImageProperties imageProperties() const override { return properties_; }
+    ImageProperties imageProperties() const override;
 
   private:
     ImageProperties properties_;
     std::string type_;
     std::string recipe_;
+    std::function<std::string()> background_;
 };
 
 /// The one colour panel. While `focusedText` gives an editor, its colour goes to the text there.
@@ -96,6 +103,9 @@ class QtColorPanel final : public NSColorPanel {
 
     NSColor color() const override;
     void orderFront(const NSObject* sender) override;
+
+    /// Hides the panel with its window, and brings it back with it.
+    void followWindow(bool shown);
 
     /// Shows a colour without announcing it as a change.
     void showColor(const QColor& color);
@@ -111,6 +121,7 @@ class QtColorPanel final : public NSColorPanel {
     QWidget* parent_;
     ColorText colorText_;
     QColor color_ = Qt::black;
+    bool waits_ = false;             // was on the screen when its window was hidden
     QPointer<QColorDialog> dialog_;  // the parent's child
 };
 

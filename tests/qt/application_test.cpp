@@ -62,6 +62,17 @@ TEST_F(ApplicationTest, ResizingFitsAgainWithoutRenderingAndSoDoesTheDivider) {
     EXPECT_EQ(viewer().shownImage(), before);
 }
 
+TEST_F(ApplicationTest, ShowingAndHidingTheTextFitsAgain) {
+    start();
+    for (const bool shown : {false, true, false}) {
+        viewer().setZoomFactor(1.5);
+        app->actions().showText->setChecked(shown);
+        QApplication::processEvents();
+        EXPECT_EQ(window().textShown(), shown);
+        EXPECT_TRUE(viewer().fits()) << shown;
+    }
+}
+
 /// The height of a preview: the working copy's composite at the default settings, which is twice as
 /// high, reduced to fit the viewer and never enlarged.
 double previewHeight(CGSize copy, CGSize viewer) {

@@ -74,6 +74,24 @@ TEST_F(ColorsTest, LeavingTheColourTextForTheTextStillColoursTheBackground) {
     EXPECT_EQ(window().textEditor().text().styleAt(0).color, (TextColor{255, 255, 255, 255}));
 }
 
+TEST_F(ColorsTest, TheColourPanelHidesWithTheWindowAndComesBackWithIt) {
+    start();
+    panel().colorWell().click();
+    QColorDialog* dialog = app->toolkit().colorPanel().dialog();
+    ASSERT_TRUE(dialog->isVisible());
+    app->actions().closeNoSave->trigger();
+    EXPECT_FALSE(window().isVisible());
+    EXPECT_FALSE(dialog->isVisible());
+    app->raise();
+    EXPECT_TRUE(dialog->isVisible());
+    // One that the user had closed stays closed.
+    dialog->close();
+    app->actions().closeNoSave->trigger();
+    app->raise();
+    EXPECT_TRUE(window().isVisible());
+    EXPECT_FALSE(dialog->isVisible());
+}
+
 TEST_F(ColorsTest, TheColourPanelStandsBesideThePictureAtFirst) {
     start();
     panel().colorWell().click();

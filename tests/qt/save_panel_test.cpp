@@ -130,8 +130,8 @@ TEST_F(SavePanelTest, AFolderThatIsTypedIsGoneInto) {
     type(QStringLiteral("../Up"));
     press();
     EXPECT_EQ(savedFiles(), QStringList{QStringLiteral("Up.tiff")});
-    // The folder that was shown is remembered, for the next start too.
-    EXPECT_EQ(app->state().saveFolder(), saved() + QStringLiteral("/in.here"));
+    // The file's own folder is remembered, not the one that was listed.
+    EXPECT_EQ(app->state().saveFolder(), saved());
 }
 
 TEST_F(SavePanelTest, AFileIsReplacedWhenTheUserSaysSo) {

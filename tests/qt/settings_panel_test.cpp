@@ -4,6 +4,8 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QPushButton>
+#include <functional>
+#include <utility>
 
 #include "application_fixture.h"
 #include "qt/number_field.h"
@@ -96,6 +98,71 @@ TEST_F(SettingsPanelTest, EveryFieldReadsTheFullStopFirstAndThenTheLocalesSign) 
     }
 }
 
+TEST_F(SettingsPanelTest, ADragWhoseReleaseIsLostEndsAndIsOneEntry) {
+    start();
+    FloatSlider& slider = panel().slider("alpha");
+    const auto move = [&](QPoint to, Qt::MouseButtons buttons) {
+        QMouseEvent event(QEvent::MouseMove, to, slider.mapToGlobal(QPointF(to)), Qt::NoButton,
+                          buttons, {});
+        QApplication::sendEvent(&slider, &event);
+        settle();
+    };
+    const std::pair<const char*, std::function<void()>> losses[] = {
+        {"a move without the button", [&] { move(handleAt(slider), Qt::NoButton); }},
+        {"another window",
+         [&] {
+             QEvent away(QEvent::WindowDeactivate);
+             QApplication::sendEvent(&slider, &away);
+         }},
+        {"another widget", [&] { viewer().setFocus(); }},
+        {"the window hidden",
+         [&] {
+             app->actions().closeNoSave->trigger();
+             app->raise();
+         }},
+    };
+    for (const auto& [name, lose] : losses) {
+        SCOPED_TRACE(name);
+        const QPoint at = handleAt(slider);
+        QApplication::setActiveWindow(&window());
+        QTest::mousePress(&slider, Qt::LeftButton, {}, at);
+        move(at - QPoint(20, 0), Qt::LeftButton);
+        const float dragged = slider.floatValue();
+        EXPECT_LT(dragged, 200.0F);
+        EXPECT_TRUE(app->model().history().isGestureOpen());
+        lose();
+        EXPECT_FALSE(app->model().history().isGestureOpen());
+        EXPECT_FALSE(slider.isSliderDown());
+        // What the hand does meanwhile is not meant for the slider, nor is a late release.
+        move(at - QPoint(40, 0), Qt::LeftButton);
+        move(at - QPoint(40, 0), Qt::NoButton);
+        QTest::mouseRelease(&slider, Qt::LeftButton, {}, at - QPoint(40, 0));
+        settle();
+        EXPECT_EQ(slider.floatValue(), dragged);
+        app->model().undo();
+        EXPECT_EQ(slider.floatValue(), 200.0F);
+        EXPECT_FALSE(app->model().history().canUndo());
+    }
+}
+
+TEST_F(SettingsPanelTest, EachClickOfTheMiddleButtonIsAnEntry) {
+    start();
+    FloatSlider& slider = panel().slider("alpha");
+    const float first = slider.floatValue();
+    QTest::mouseClick(&slider, Qt::MiddleButton, {}, {slider.width() / 4, slider.height() / 2});
+    settle();
+    const float second = slider.floatValue();
+    EXPECT_LT(second, first);
+    QTest::mouseClick(&slider, Qt::MiddleButton, {}, {slider.width() / 2, slider.height() / 2});
+    settle();
+    EXPECT_GT(slider.floatValue(), second);
+    EXPECT_FALSE(app->model().history().isGestureOpen());
+    app->model().undo();
+    EXPECT_EQ(slider.floatValue(), second);
+    app->model().undo();
+    EXPECT_EQ(slider.floatValue(), first);
+}
+
 TEST_F(SettingsPanelTest, KeysOnASliderStepAndAreOneEntryWhileHeld) {
     start();
     FloatSlider& slider = panel().slider("gradient");
@@ -106,6 +173,25 @@ TEST_F(SettingsPanelTest, KeysOnASliderStepAndAreOneEntryWhileHeld) {
     expectAgree(*app, "gradient", 8, QStringLiteral("8"));
     app->actions().undo->trigger();
     expectAgree(*app, "gradient", 7, QStringLiteral("7"));
+}
+
+TEST_F(SettingsPanelTest, AKeyThatIsHeldInAFieldIsOneEntry) {
+    start();
+    NumberField& field = panel().field("perspectiveHeight");
+    field.setFocus();
+    for (int i = 0; i < 20; ++i) {
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_Up, {}, {}, i > 0);
+        QApplication::sendEvent(&field, &press);
+    }
+    QTest::keyRelease(&field, Qt::Key_Up);
+    settle();
+    EXPECT_EQ(app->defaults().floatForKey("perspectiveHeight"), 120.0F);
+    QTest::keyClick(&field, Qt::Key_Down);
+    app->model().undo();
+    EXPECT_EQ(field.text(), QStringLiteral("120"));
+    app->model().undo();
+    EXPECT_EQ(field.text(), QStringLiteral("100"));
+    EXPECT_FALSE(app->model().history().canUndo());
 }
 
 TEST_F(SettingsPanelTest, ATypedNumberIsTakenExactlyAlsoBeyondTheTravelAndOffTheSteps) {

@@ -11,6 +11,7 @@
 #include "application_fixture.h"
 #include "qt/companions.h"
 #include "qt/number_field.h"
+#include "qt/recipe_commands.h"
 #include "qt/slider_hands.h"
 
 namespace skarnel {
@@ -103,6 +104,11 @@ TEST_F(WindowHandsTest, ATypedNumberThatWaitsIsTakenByWhateverUsesTheResult) {
         settle();
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
+    typed("perspectiveHeight", QStringLiteral("13"));
+    const QString recipe = folder.filePath(QStringLiteral("r.skarnel"));
+    ASSERT_TRUE(app->companions().recipes().saveTo(recipe));
+    EXPECT_TRUE(bytesOf(recipe).contains("13"));
+    EXPECT_EQ(stored("perspectiveHeight"), 13.0F);
     typed("perspectiveHeight", QStringLiteral("12"));
     emit window().closing();
     EXPECT_EQ(stored("perspectiveHeight"), 12.0F);

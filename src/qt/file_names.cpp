@@ -1,0 +1,87 @@
+#include "qt/file_names.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QFile>
+#include <QStringList>
+#include <memory>
+
+namespace skarnel {
+namespace {
+
+bool isIllegible(const QString& name) {
+    return name.contains(QChar::ReplacementCharacter);
+}
+
+/// The bytes of the folder's entries whose names read so.
+QList<QByteArray> entriesThatRead(const QByteArray& folder, const QString& name) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> open(::opendir(folder.constData()), ::closedir);
+    QList<QByteArray> found;
+    if (!open) return found;
+    while (const dirent* entry = ::readdir(open.get())) {
+        const QByteArray bytes(entry->d_name);
+        if (QFile::decodeName(bytes) == name) found << bytes;
+    }
+    return found;
+}
+
+}  // namespace
+
+std::optional<std::string> bytesOfPath(const QString& path) {
+    if (!isIllegible(path)) return path.toStdString();
+    QByteArray bytes;
+    const QStringList names = path.split(QLatin1Char('/'));
+    for (qsizetype i = 0; i < names.size(); ++i) {
+        if (i > 0) bytes += '/';
+        if (!isIllegible(names[i])) {
+            bytes += names[i].toUtf8();
+            continue;
+        }
+        const QList<QByteArray> found =
+            entriesThatRead(bytes.isEmpty() ? QByteArray(".") : bytes, names[i]);
+        if (found.size() > 1) return std::nullopt;
+        bytes += found.isEmpty() ? names[i].toUtf8() : found.front();
+    }
+    return bytes.toStdString();
+}
+
+QString pathOfAddress(const QUrl& address) {
+    if (!address.isLocalFile()) return {};
+    const QByteArray bytes =
+        QByteArray::fromPercentEncoding(address.path(QUrl::FullyEncoded).toUtf8());
+    const QString path = QFile::decodeName(bytes);
+    return isIllegible(path) ? path : address.toLocalFile();
+}
+
+std::optional<QByteArray> headOfFile(const std::string& path, qint64 most) {
+    // A pipe without a writer would keep the opening waiting.
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (descriptor < 0) return std::nullopt;
+    QFile file;
+    if (!file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
+        ::close(descriptor);
+        return std::nullopt;
+    }
+    struct stat status {};
+    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+    return file.read(most);
+}
+
+QString inAnyCase(const QString& filter) {
+    QString result;
+    bool pattern = false;
+    for (const QChar letter : filter) {
+        if (letter == QLatin1Char('*')) pattern = true;
+        if (letter == QLatin1Char(' ') || letter == QLatin1Char(')')) pattern = false;
+        if (pattern && letter.isLetter())
+            result += QStringLiteral("[%1%2]").arg(letter.toLower(), letter.toUpper());
+        else
+            result += letter;
+    }
+    return result;
+}
+
+}  // namespace skarnel
