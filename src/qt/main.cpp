@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <QApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QLocale>
 #include <QUrl>
@@ -13,10 +14,12 @@
 #include <utility>
 
 #include "qt/application.h"
+#include "qt/file_names.h"
 #include "qt/languages.h"
 #include "qt/process_walls.h"
 #include "qt/program_parts.h"
 #include "qt/single_instance.h"
+#include "qt/toolkit_services.h"
 
 namespace {
 
@@ -96,7 +99,8 @@ QStringList pictureArguments(const QStringList& arguments) {
             continue;
         }
         const QUrl url(argument);
-        pictures << QFileInfo(url.isLocalFile() ? url.toLocalFile() : argument).absoluteFilePath();
+        pictures << QFileInfo(url.isLocalFile() ? skarnel::pathOfAddress(url) : argument)
+                        .absoluteFilePath();
     }
     return pictures;
 }
@@ -125,6 +129,15 @@ const QString* unknownOption(const QStringList& arguments) {
             return &arguments[i];
     }
     return nullptr;
+}
+
+/// The session's own folder, else a private one in the temporary folder, where anybody could lay
+/// things in the way; empty without either, and then every start has a window of its own.
+QString doorFolder() {
+    const QString session = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    if (!session.isEmpty()) return session;
+    const auto own = skarnel::privateTemporaryDirectory(QDir::tempPath().toStdString());
+    return own ? QString::fromStdString(*own) : QString();
 }
 
 }  // namespace
@@ -157,10 +170,10 @@ int main(int argc, char** argv) {
         return kUsage;
     }
     const QStringList pictures = pictureArguments(arguments);
-    const QString door = skarnel::SingleInstance::doorName();
-    if (skarnel::SingleInstance::handOver(door, pictures)) return kAllWell;
     skarnel::SingleInstance instance;
-    instance.listen(door);
+    const QString folder = doorFolder();
+    if (!folder.isEmpty() && !instance.claim(skarnel::SingleInstance::doorName(folder), pictures))
+        return kAllWell;
 
     skarnel::ProgramParts program;
     skarnel::Application application(program.parts());

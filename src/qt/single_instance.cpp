@@ -1,5 +1,6 @@
 #include "qt/single_instance.h"
 
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -7,12 +8,15 @@
 #include <QDataStream>
 #include <QLocalServer>
 #include <QLocalSocket>
+#include <QLockFile>
 
 namespace skarnel {
 namespace {
 
 constexpr int kPatience = 1000;       // milliseconds to reach the other and to hear from it
 constexpr int kWritePatience = 5000;  // milliseconds until one that takes nothing has hung
+constexpr int kTurnPatience = 5000;   // milliseconds to wait for others that start just now
+constexpr int kAttempts = 2;          // the second is for an owner that went away under the first
 constexpr qint64 kLongestMessage = 1 << 20;
 constexpr quint32 kGreeting = 0x534B4C31;  // the message's first word
 constexpr QDataStream::Version kStream = QDataStream::Qt_6_0;
@@ -39,29 +43,24 @@ bool livesAt(const QString& door) {
             socket.error() != QLocalSocket::ServerNotFoundError);
 }
 
-}  // namespace
-
-SingleInstance::SingleInstance(QObject* parent) : QObject(parent) {}
-
-SingleInstance::~SingleInstance() = default;
-
-QString SingleInstance::doorName() {
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "XDG_CONFIG_HOME", "HOME"})
-        hash.addData(qgetenv(name) + '\n');
-    const QString name = QStringLiteral("skarnel-%1-%2")
-                             .arg(getuid())
-                             .arg(QString::fromLatin1(hash.result().toHex().left(12)));
-    // Without a folder of the session's own the door stands in the temporary one, where its rights
-    // keep others out.
-    const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
-    return folder.isEmpty() ? name : folder + QLatin1Char('/') + name;
+/// Whether the other end is this user's program. Nobody else is told what is opened here, nor
+/// tells it.
+bool isOwn(const QLocalSocket& socket) {
+    ucred other{};
+    socklen_t size = sizeof other;
+    const auto descriptor = static_cast<int>(socket.socketDescriptor());
+    return ::getsockopt(descriptor, SOL_SOCKET, SO_PEERCRED, &other, &size) == 0 &&
+           other.uid == ::geteuid();
 }
 
-bool SingleInstance::handOver(const QString& door, const QStringList& pictures) {
-    QLocalSocket socket;
+/// Reaches the program behind a door; false when nobody of ours is there.
+bool reach(QLocalSocket& socket, const QString& door) {
     socket.connectToServer(door);
-    if (!socket.waitForConnected(kPatience)) return false;
+    return socket.waitForConnected(kPatience) && isOwn(socket);
+}
+
+/// Whether the other end has taken the pictures.
+bool send(QLocalSocket& socket, const QStringList& pictures) {
     QByteArray message;
     QDataStream stream(&message, QIODevice::WriteOnly);
     stream.setVersion(kStream);
@@ -72,6 +71,46 @@ bool SingleInstance::handOver(const QString& door, const QStringList& pictures) 
     // The answer says that the window has been raised. One that is at work reads the message when
     // it is done with that; only one that hangs up did not take it.
     return socket.waitForReadyRead(kPatience) || socket.state() == QLocalSocket::ConnectedState;
+}
+
+}  // namespace
+
+SingleInstance::SingleInstance(QObject* parent) : QObject(parent) {}
+
+SingleInstance::~SingleInstance() = default;
+
+QString SingleInstance::doorName(const QString& folder) {
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "XDG_CONFIG_HOME", "HOME"})
+        hash.addData(qgetenv(name) + '\n');
+    return QStringLiteral("%1/skarnel-%2-%3")
+        .arg(folder, QString::number(getuid()),
+             QString::fromLatin1(hash.result().toHex().left(12)));
+}
+
+bool SingleInstance::handOver(const QString& door, const QStringList& pictures) {
+    QLocalSocket socket;
+    return reach(socket, door) && send(socket, pictures);
+}
+
+bool SingleInstance::claim(const QString& door, const QStringList& pictures) {
+    QLockFile turn(door + QStringLiteral(".lock"));
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        // Between the look at the door and the opening of it another start must not do the same:
+        // both would find nobody, and one would tear down the door of the other.
+        {
+            const OwnerOnly rights;
+            turn.tryLock(kTurnPatience);
+        }
+        QLocalSocket socket;
+        if (!reach(socket, door)) {
+            listen(door);
+            return true;
+        }
+        turn.unlock();
+        if (send(socket, pictures)) return false;
+    }
+    return true;
 }
 
 bool SingleInstance::listen(const QString& door) {
@@ -88,6 +127,7 @@ void SingleInstance::accept() {
     QLocalSocket* caller = server_->nextPendingConnection();
     if (caller == nullptr) return;
     connect(caller, &QLocalSocket::disconnected, caller, &QObject::deleteLater);
+    if (!isOwn(*caller)) return caller->abort();
     connect(caller, &QLocalSocket::readyRead, this, [this, caller] {
         if (caller->bytesAvailable() > kLongestMessage) return caller->abort();
         QDataStream stream(caller);

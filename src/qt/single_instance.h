@@ -15,11 +15,18 @@ class SingleInstance final : public QObject {
     explicit SingleInstance(QObject* parent = nullptr);
     ~SingleInstance() override;
 
-    /// The name of the running program's door; one for each user, display and settings home.
-    static QString doorName();
+    /// The path of the running program's door in a folder that is the user's alone; one for each
+    /// user, display and settings home.
+    static QString doorName(const QString& folder);
+
+    /// Settles who has the window. False when another program has it: that one has been given the
+    /// pictures (absolute paths). Of several that start at the same time exactly one gets true. It
+    /// is also true when no door can be opened, or nobody behind it takes the pictures: then the
+    /// start has a window of its own.
+    bool claim(const QString& door, const QStringList& pictures);
 
     /// Gives the pictures (absolute paths) to a program that already runs and asks it to come to
-    /// the front. One that is busy does so later. False when none runs.
+    /// the front. One that is busy does so later. False when none of this user runs.
     static bool handOver(const QString& door, const QStringList& pictures);
 
     /// Opens the door; true when it is ours. A door left behind by a program that died is replaced,

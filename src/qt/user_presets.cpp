@@ -38,6 +38,15 @@ QJsonObject jsonOf(const UserPreset& preset) {
     return json;
 }
 
+/// The first entry that is a look of that name; -1 when there is none.
+qsizetype indexOf(const QJsonArray& entries, const QString& name) {
+    for (qsizetype i = 0; i < entries.size(); ++i) {
+        const auto preset = presetOf(entries[i].toObject());
+        if (preset && preset->name.compare(name, Qt::CaseInsensitive) == 0) return i;
+    }
+    return -1;
+}
+
 }  // namespace
 
 UserPresets::UserPresets(WindowState& state, QObject* parent) : QObject(parent), state_(state) {
@@ -45,6 +54,7 @@ UserPresets::UserPresets(WindowState& state, QObject* parent) : QObject(parent),
 }
 
 void UserPresets::load() {
+    presets_.clear();
     const QJsonArray entries = state_.value(kStateName).toArray();
     for (const auto& entry : entries) {
         const auto preset = presetOf(entry.toObject());
@@ -52,11 +62,15 @@ void UserPresets::load() {
     }
 }
 
-void UserPresets::store() {
-    QJsonArray entries;
-    for (const UserPreset& preset : std::as_const(presets_)) entries.append(jsonOf(preset));
-    state_.setValue(kStateName, entries);
-    state_.save();
+/// Another window may have looks of its own by now, and an entry that cannot be read here may be of
+/// a later version: all of them stay.
+void UserPresets::change(const std::function<void(QJsonArray& entries)>& how) {
+    state_.update(kStateName, [&](const QJsonValue& stored) {
+        QJsonArray entries = stored.toArray();
+        how(entries);
+        return QJsonValue(entries);
+    });
+    load();
     emit changed();
 }
 
@@ -69,12 +83,12 @@ bool UserPresets::isTaken(const QString& name, qsizetype except) const {
 
 qsizetype UserPresets::add(const QString& name, const SettingNumbers& settings) {
     const QString wanted = name.trimmed().isEmpty() ? tr("My Look") : name.trimmed();
-    QString free = wanted;
-    for (int number = 2; isTaken(free, -1); ++number) {
-        free = QStringLiteral("%1 %2").arg(wanted, QString::number(number));
-    }
-    presets_.append({free, settings});
-    store();
+    change([&](QJsonArray& entries) {
+        QString free = wanted;
+        for (int number = 2; indexOf(entries, free) >= 0; ++number)
+            free = QStringLiteral("%1 %2").arg(wanted, QString::number(number));
+        entries.append(jsonOf({free, settings}));
+    });
     return presets_.size() - 1;
 }
 
@@ -82,16 +96,25 @@ bool UserPresets::rename(qsizetype index, const QString& name) {
     const QString wanted = name.trimmed();
     const bool there = index >= 0 && index < presets_.size();
     if (!there || wanted.isEmpty() || isTaken(wanted, index)) return false;
-    if (presets_[index].name == wanted) return true;
-    presets_[index].name = wanted;
-    store();
+    const QString before = presets_[index].name;
+    if (before == wanted) return true;
+    change([&](QJsonArray& entries) {
+        const qsizetype at = indexOf(entries, before);
+        if (at < 0) return;  // another window has removed it
+        QJsonObject entry = entries[at].toObject();
+        entry.insert(kNameKey, wanted);
+        entries[at] = entry;
+    });
     return true;
 }
 
 void UserPresets::remove(qsizetype index) {
     if (index < 0 || index >= presets_.size()) return;
-    presets_.removeAt(index);
-    store();
+    const QString name = presets_[index].name;
+    change([&](QJsonArray& entries) {
+        const qsizetype at = indexOf(entries, name);
+        if (at >= 0) entries.removeAt(at);
+    });
 }
 
 }  // namespace skarnel

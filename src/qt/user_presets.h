@@ -1,9 +1,11 @@
 // The looks that the user has saved: an ordered list with names, in the window's state file.
 #pragma once
 
+#include <QJsonArray>
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <functional>
 
 #include "recipe/presets.h"
 
@@ -39,7 +41,7 @@ class UserPresets final : public QObject {
   private:
     bool isTaken(const QString& name, qsizetype except) const;
     void load();
-    void store();
+    void change(const std::function<void(QJsonArray& entries)>& how);
 
     WindowState& state_;
     QList<UserPreset> presets_;

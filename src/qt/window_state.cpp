@@ -4,10 +4,11 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <chrono>
 
 #include "storage/left_overs.h"
 #include "storage/safe_file.h"
-#include "storage/whole_file.h"
+#include "storage/shared_file.h"
 #include "util/log/system_log.h"
 
 namespace skarnel {
@@ -22,7 +23,10 @@ constexpr auto kCheckerboard = "checkerboard";
 constexpr auto kTextShown = "textShown";
 constexpr auto kAppearance = "appearance";
 constexpr auto kRecent = "recentFiles";
+constexpr auto kPresets = "presets";  // kept by the looks themselves
+constexpr const char* kLists[] = {kRecent, kPresets};
 constexpr std::uint64_t kLargestFile = 1 << 20;
+constexpr std::chrono::milliseconds kLockPatience{1000};
 
 QString name(const char* key) {
     return QString::fromLatin1(key);
@@ -46,22 +50,51 @@ QString WindowState::defaultPath() {
 
 WindowState::WindowState(QString path) : path_(std::move(path)) {
     if (path_.isEmpty()) return;
-    const auto bytes = readWholeFile(path_.toStdString(), kLargestFile);
-    if (!bytes) return;
+    OnDisk found = read();
+    values_ = std::move(found.values);
+    foundDamaged_ = !found.whole;
+}
+
+WindowState::OnDisk WindowState::read() const {
+    const auto bytes = readSharedFile(path_.toStdString(), kLargestFile);
+    if (!bytes) return {{}, bytes.error().code == ErrorCode::NotFound};
     const QByteArray text(reinterpret_cast<const char*>(bytes->data()),
                           static_cast<qsizetype>(bytes->size()));
-    values_ = QJsonDocument::fromJson(text).object();
+    QJsonParseError fault{};
+    const QJsonDocument document = QJsonDocument::fromJson(text, &fault);
+    OnDisk found{document.object(), fault.error == QJsonParseError::NoError && document.isObject()};
+    // The lists are the user's own work; the rest comes back with the next move of the window.
+    for (const char* list : kLists) {
+        const QJsonValue value = found.values.value(name(list));
+        if (value.isUndefined() || value.isArray()) continue;
+        found.whole = false;
+        found.values.remove(name(list));
+    }
+    return found;
 }
 
 void WindowState::setValue(const QString& key, const QJsonValue& value) {
     if (values_.value(key) == value) return;
     values_.insert(key, value);
-    changed_ = true;
+    changed_.insert(key);
     if (told_) told_();
 }
 
 void WindowState::removeLeftOvers() const {
     if (!path_.isEmpty()) skarnel::removeLeftOvers(folderOfPath(path_.toStdString()));
+}
+
+void WindowState::update(const QString& key,
+                         const std::function<QJsonValue(const QJsonValue&)>& change) {
+    QJsonValue merged;
+    const bool written = !path_.isEmpty() && write([&](QJsonObject& values) {
+                                                 merged = change(values.value(key));
+                                                 values.insert(key, merged);
+                                             }).hasValue();
+    if (written)
+        values_.insert(key, merged);
+    else
+        setValue(key, change(values_.value(key)));
 }
 
 QByteArray WindowState::geometry() const {
@@ -133,21 +166,34 @@ void WindowState::clearRecentFiles() {
 }
 
 bool WindowState::save() {
-    if (!changed_ || path_.isEmpty()) return true;
+    if (changed_.isEmpty() || path_.isEmpty()) return true;
+    return write([](QJsonObject&) {}).hasValue();
+}
+
+Result<void> WindowState::write(const std::function<void(QJsonObject&)>& change) {
     const std::string path = path_.toStdString();
-    const QByteArray text = QJsonDocument(values_).toJson();
+    const auto logged = [&](Result<void> done) {
+        if (!done) systemLog(path + ": " + done.error().message);
+        return done;
+    };
+    if (auto made = makeFolders(folderOfPath(path)); !made) return logged(std::move(made));
+    FileLock lock;
+    if (auto locked = lock.take(path + ".lock", kLockPatience); !locked)
+        return logged(std::move(locked));
+    OnDisk now = read();
+    if (foundDamaged_ || !now.whole) {
+        if (auto kept = keepDamagedCopy(path); !kept) return logged(std::move(kept));
+        systemLog(path + ": What could not be read is kept beside it");
+        foundDamaged_ = false;
+    }
+    for (const QString& key : std::as_const(changed_)) now.values.insert(key, values_.value(key));
+    change(now.values);
+    const QByteArray text = QJsonDocument(now.values).toJson();
     const std::span bytes(reinterpret_cast<const std::uint8_t*>(text.constData()),
                           static_cast<std::size_t>(text.size()));
-    if (const auto made = makeFolders(folderOfPath(path)); !made) {
-        systemLog(path + ": " + made.error().message);
-        return false;
-    }
-    if (const auto written = writeFileSafely(path, bytes, Overwrite::Allow); !written) {
-        systemLog(path + ": " + written.error().message);
-        return false;
-    }
-    changed_ = false;
-    return true;
+    auto written = writeFileSafely(path, bytes, Overwrite::Allow);
+    if (written) changed_.clear();
+    return logged(std::move(written));
 }
 
 }  // namespace skarnel

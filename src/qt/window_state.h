@@ -3,15 +3,20 @@
 
 #include <QByteArray>
 #include <QJsonObject>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <functional>
 #include <utility>
 
+#include "util/log/result.h"
+
 namespace skarnel {
 
 /// One small JSON file. Nothing here is worth an error message: what cannot be read counts as not
-/// there, what cannot be written is lost and logged.
+/// there, and is kept beside as "window.json.damaged" before anything is written; what cannot be
+/// written is logged and tried again with the next change. Windows that run at the same time write
+/// only what they changed, each over what the others left.
 class WindowState {
   public:
     /// $XDG_STATE_HOME/skarnel/window.json, with ~/.local/state where that is not set; empty when
@@ -56,6 +61,10 @@ class WindowState {
     QJsonValue value(const QString& name) const { return values_.value(name); }
     void setValue(const QString& name, const QJsonValue& value);
 
+    /// Sets a value to `change` of what lies on disk, at once and while no other program writes;
+    /// for lists to which each program adds its own.
+    void update(const QString& name, const std::function<QJsonValue(const QJsonValue&)>& change);
+
     /// Called after every change, so that somebody can save a little later.
     void onChange(std::function<void()> told) { told_ = std::move(told); }
 
@@ -63,11 +72,20 @@ class WindowState {
     bool save();
 
   private:
+    struct OnDisk {
+        QJsonObject values;
+        bool whole = true;
+    };
+    OnDisk read() const;
+    /// Under the lock: reads again, applies `change`, writes.
+    Result<void> write(const std::function<void(QJsonObject&)>& change);
+
     QString path_;
     QJsonObject values_;
+    bool foundDamaged_ = false;  // a copy is owed before the next write
     QStringList chosen_;
     std::function<void()> told_;
-    bool changed_ = false;
+    QSet<QString> changed_;  // names that are not yet written
 };
 
 }  // namespace skarnel

@@ -1,62 +1,22 @@
 #include "storage/settings_store.h"
 
-#include <fcntl.h>
 #include <pwd.h>
-#include <sys/file.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <new>
-#include <thread>
 #include <utility>
 
 #include "storage/left_overs.h"
 #include "storage/safe_file.h"
 #include "storage/settings_json.h"
-#include "storage/whole_file.h"
+#include "storage/shared_file.h"
 
 namespace skarnel {
 namespace {
 
 /// A hundred times what all settings take; anything larger is not a settings file.
 constexpr std::uint64_t kMaxFileBytes = std::uint64_t{1} << 20;
-constexpr mode_t kPrivateFileMode = 0600;
-constexpr int kMaxCopies = 1000;
-constexpr std::chrono::milliseconds kLockPause{2};
-
-/// Holds the lock file's lock while it lives. The file itself stays: removing it would let two
-/// programs hold locks on two files of one name.
-class FileLock {
-  public:
-    explicit FileLock(FileSystem& fileSystem) : fileSystem_(fileSystem) {}
-    FileLock(const FileLock&) = delete;
-    FileLock& operator=(const FileLock&) = delete;
-    ~FileLock() {
-        if (descriptor_ >= 0) fileSystem_.close(descriptor_);
-    }
-
-    Result<void> take(const std::string& path, std::chrono::milliseconds patience) {
-        descriptor_ = uninterrupted(
-            [&] { return fileSystem_.open(path.c_str(), O_RDWR | O_CREAT, kPrivateFileMode); });
-        if (descriptor_ < 0) return {ErrorCode::CannotWrite, describeError(-descriptor_)};
-        const auto end = std::chrono::steady_clock::now() + patience;
-        for (;;) {
-            const int locked =
-                uninterrupted([&] { return fileSystem_.flock(descriptor_, LOCK_EX | LOCK_NB); });
-            // Without locks in the file system the merge alone has to do.
-            if (locked == 0 || locked == -ENOLCK || locked == -EOPNOTSUPP) return {};
-            if (locked != -EWOULDBLOCK) return {ErrorCode::CannotWrite, describeError(-locked)};
-            if (std::chrono::steady_clock::now() >= end) {
-                return {ErrorCode::CannotWrite, "Another program keeps the settings locked"};
-            }
-            std::this_thread::sleep_for(kLockPause);
-        }
-    }
-
-  private:
-    FileSystem& fileSystem_;
-    int descriptor_ = -1;
-};
 
 std::string homeFolder() {
     if (const char* home = std::getenv("HOME"); home != nullptr && home[0] == '/') return home;
@@ -66,17 +26,6 @@ std::string homeFolder() {
 
 std::span<const std::uint8_t> bytesOf(const std::string& text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
-}
-
-bool isSameFile(const std::string& path, const struct stat& status, FileSystem& fileSystem) {
-    struct stat other = {};
-    return fileSystem.lstat(path.c_str(), other) == 0 && other.st_dev == status.st_dev &&
-           other.st_ino == status.st_ino;
-}
-
-/// Of the copy of a given number, from 1.
-std::string copyName(const std::string& target, int number) {
-    return target + ".damaged" + (number == 1 ? "" : "-" + std::to_string(number));
 }
 
 }  // namespace
@@ -203,7 +152,7 @@ void SettingsStore::removeLeftOvers() {
 Result<void> SettingsStore::mergeAndWrite(const std::string& target) {
     OnDisk onDisk = readFile();
     if (foundUnreadable_ || onDisk.readability != Readability::Whole) {
-        if (Result<void> kept = keepCopy(target); !kept) return kept;
+        if (Result<void> kept = keepDamagedCopy(target, fileSystem_); !kept) return kept;
         foundUnreadable_ = false;
     }
     for (const auto& [key, value] : changes_) {
@@ -217,35 +166,6 @@ Result<void> SettingsStore::mergeAndWrite(const std::string& target) {
     Result<void> written = writeFileSafely(target, bytesOf(text), Overwrite::Allow, fileSystem_);
     if (written) changes_.clear();
     return written;
-}
-
-/// A second name for what lies there costs no space and cannot be half done. Where that is not
-/// possible (a folder, a loop of links, a file system without hard links) the thing itself moves
-/// aside.
-Result<void> SettingsStore::keepCopy(const std::string& target) {
-    struct stat status = {};
-    const int found = fileSystem_.lstat(target.c_str(), status);
-    if (found == -ENOENT) return {};  // gone meanwhile: nothing to keep
-    if (found < 0) return {ErrorCode::CannotWrite, describeError(-found)};
-    const bool ordinary = S_ISREG(status.st_mode);
-    for (int number = 1; number <= kMaxCopies; ++number) {
-        const std::string copy = copyName(target, number);
-        int kept = ordinary ? fileSystem_.link(target.c_str(), copy.c_str()) : -EPERM;
-        if (kept < 0 && kept != -EEXIST) {
-            kept = fileSystem_.renameNoReplace(target.c_str(), copy.c_str());
-        }
-        if (kept == -EEXIST) {
-            if (!ordinary || !isSameFile(copy, status, fileSystem_)) continue;
-            kept = 0;  // by an earlier try, whose write failed
-        }
-        if (kept < 0) return {ErrorCode::CannotWrite, describeError(-kept)};
-        // The copy's name must be on disk before the new file can take the old one's place.
-        return flushFolder(folderOfPath(target), fileSystem_);
-    }
-    // No program may be kept from saving for ever: the youngest copy gives way.
-    const int moved = fileSystem_.rename(target.c_str(), copyName(target, kMaxCopies).c_str());
-    if (moved < 0) return {ErrorCode::CannotWrite, describeError(-moved)};
-    return flushFolder(folderOfPath(target), fileSystem_);
 }
 
 Result<void> SettingsStore::reload() try {
@@ -284,13 +204,8 @@ void SettingsStore::takeOver(SettingValues now) {
 }
 
 SettingsStore::OnDisk SettingsStore::readFile() const {
-    struct stat status = {};
-    // Opening a named pipe would wait for somebody to write into it.
-    if (fileSystem_.stat(path_.c_str(), status) == 0 && S_ISFIFO(status.st_mode)) {
-        return {{}, Readability::PartlyOrNot};
-    }
     const Result<std::vector<std::uint8_t>> bytes =
-        readWholeFile(path_, kMaxFileBytes, fileSystem_);
+        readSharedFile(path_, kMaxFileBytes, fileSystem_);
     if (!bytes) {
         const bool absent = bytes.error().code == ErrorCode::NotFound;
         return {{}, absent ? Readability::Whole : Readability::PartlyOrNot};

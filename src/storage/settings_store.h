@@ -83,7 +83,6 @@ class SettingsStore {
     void takeOver(SettingValues now);
     OnDisk readFile() const;
     Result<void> mergeAndWrite(const std::string& target);
-    Result<void> keepCopy(const std::string& target);
 
     std::string path_;
     FileSystem& fileSystem_;

@@ -16,6 +16,7 @@
 #include <QTest>
 #include <QTimer>
 #include <QUrl>
+#include <algorithm>
 #include <functional>
 #include <random>
 
@@ -153,6 +154,37 @@ TEST_F(ProcessesTest, ASecondStartShowsTheHiddenWindowAgainAndHandsItsPictureOve
               QStringList{folder.filePath(QStringLiteral("Beach.png"))});
 }
 
+TEST_F(ProcessesTest, OfProgramsThatStartAtTheSameTimeOneHasTheWindowAndAllPictures) {
+    const int rounds = qEnvironmentVariableIsSet("SKARNEL_LONG") ? 40 : 1;
+    for (int round = 0; round < rounds; ++round) {
+        SCOPED_TRACE(round);
+        QStringList pictures;
+        std::vector<QProcess*> programs;
+        for (int i = 0; i < 4; ++i)
+            pictures << picture(QStringLiteral("R%1-%2.png").arg(round).arg(i));
+        for (const QString& each : pictures) programs.push_back(&start({each}));
+        const auto running = [&] {
+            return std::count_if(programs.begin(), programs.end(), [](const QProcess* program) {
+                return program->state() == QProcess::Running;
+            });
+        };
+        ASSERT_TRUE(wait([&] { return running() == 1; })) << running();
+        // The one that stays has been told of all the others' pictures.
+        EXPECT_TRUE(wait([&] {
+            QStringList known = WindowState(statePath()).recentFiles().mid(0, pictures.size());
+            known.sort();
+            return known == pictures;
+        }));
+        EXPECT_EQ(running(), 1);
+        for (QProcess* program : programs) {
+            if (program->state() == QProcess::Running)
+                finish(*program, awaitWindow());
+            else
+                EXPECT_EQ(program->exitCode(), 0);
+        }
+    }
+}
+
 TEST_F(ProcessesTest, AKilledProgramLeavesWhatTheWindowRemembersWhole) {
     std::mt19937 random(3);
     std::uniform_int_distribution<int> pause(0, 1600);  // milliseconds; it writes after about 1000
@@ -182,7 +214,47 @@ TEST_F(ProcessesTest, AKilledProgramLeavesWhatTheWindowRemembersWhole) {
     finish(next, window);
     EXPECT_EQ(WindowState(statePath()).recentFiles().value(0), last);
     EXPECT_EQ(QFileInfo(statePath()).dir().entryList(QDir::Files | QDir::Hidden),
-              QStringList{QStringLiteral("window.json")});
+              (QStringList{QStringLiteral("window.json"), QStringLiteral("window.json.lock")}));
+}
+
+TEST_F(ProcessesTest, ClosingAPanelEndsNothingAndClosingTheMainWindowEndsWell) {
+    QProcess& program = start();
+    const QString window = awaitWindow(QStringLiteral("TavelinLogo"));
+    press(window, QStringLiteral("ctrl+shift+b"));
+    const auto panel = [] {
+        return xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                        QStringLiteral("--name"), QStringLiteral("^Colours$")});
+    };
+    ASSERT_TRUE(wait([&] { return !panel().isEmpty(); }));
+    press(panel(), QStringLiteral("Escape"));
+    ASSERT_TRUE(wait([&] { return panel().isEmpty(); }));
+    EXPECT_EQ(shownWindow(), window);
+    // It comes back, and hides and returns with its window.
+    press(window, QStringLiteral("ctrl+shift+b"));
+    ASSERT_TRUE(wait([&] { return !panel().isEmpty(); }));
+    press(window, QStringLiteral("ctrl+w"));
+    ASSERT_TRUE(wait([&] { return shownWindow().isEmpty() && panel().isEmpty(); }));
+    EXPECT_EQ(program.state(), QProcess::Running);
+    start();
+    ASSERT_TRUE(wait([&] { return shownWindow() == window && !panel().isEmpty(); }));
+    finish(program, window);
+}
+
+TEST_F(ProcessesTest, WithoutADisplayItSaysSoAndNamesTheOtherProgram) {
+    surroundings.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    surroundings.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    // None at all, and one that is not there.
+    for (const char* display : {"", ":4711"}) {
+        SCOPED_TRACE(display);
+        surroundings.insert(QStringLiteral("DISPLAY"), QString::fromLatin1(display));
+        QProcess program;
+        program.setProcessEnvironment(surroundings);
+        program.start(QStringLiteral(SKARNEL_PROGRAM), {QStringLiteral("a.png")});
+        ASSERT_TRUE(wait([&] { return program.state() == QProcess::NotRunning; }));
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(program.exitCode(), 3);
+        EXPECT_TRUE(program.readAllStandardError().contains("skarnel-render"));
+    }
 }
 
 /// A file manager in small: a drag of a file begins where the mouse is pressed.

@@ -1,0 +1,42 @@
+// Small files that several programs of one user read, merge and write again.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "storage/file_system.h"
+#include "util/log/result.h"
+
+namespace skarnel {
+
+/// Holds the lock of a lock file while it lives. The file itself stays: removing it would let two
+/// programs hold locks on two files of one name.
+class FileLock {
+  public:
+    explicit FileLock(FileSystem& fileSystem = systemFileSystem()) : fileSystem_(fileSystem) {}
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+    ~FileLock();
+
+    /// Makes the lock file at `path` where it is missing, and takes its lock. CannotWrite when
+    /// another program keeps it for longer than the patience. A file system without locks counts
+    /// as taken.
+    Result<void> take(const std::string& path, std::chrono::milliseconds patience);
+
+  private:
+    FileSystem& fileSystem_;
+    int descriptor_ = -1;
+};
+
+/// As `readWholeFile`, but a named pipe, whose opening would wait for somebody to write into it, is
+/// CannotRead.
+Result<std::vector<std::uint8_t>> readSharedFile(const std::string& path, std::uint64_t maxBytes,
+                                                 FileSystem& fileSystem = systemFileSystem());
+
+/// Keeps what lies at `path` beside it, as "path.damaged", ".damaged-2" and so on, before a new
+/// file takes its place. Nothing there is nothing to keep.
+Result<void> keepDamagedCopy(const std::string& path, FileSystem& fileSystem = systemFileSystem());
+
+}  // namespace skarnel
