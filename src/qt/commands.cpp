@@ -27,6 +27,7 @@
 #include "qt/text_bar.h"
 #include "qt/text_editor.h"
 #include "qt/viewer.h"
+#include "qt/wait_cursor.h"
 #include "storage/safe_file.h"
 
 namespace skarnel {
@@ -109,7 +110,10 @@ bool Application::openPicture(const QString& pathOrAddress) {
         window_.tell(tr("“%1” is no picture that can be opened.").arg(name));
         return false;
     }
-    changingSource([&] { controller_.imagePathChanged(*bytes); });
+    {
+        const WaitCursor atWork;
+        changingSource([&] { controller_.imagePathChanged(*bytes); });
+    }
     if (!controller_.image || !controller_.image->isValid()) {
         window_.tell(tr("“%1” is damaged and cannot be opened.").arg(name));
         return false;
@@ -202,6 +206,7 @@ void Application::fillRecent() {
 void Application::connectEdit() {
     connect(actions_.copy, &QAction::triggered, this, [this] {
         takeTyped();
+        const WaitCursor atWork;
         controller_.putImageOnClipboard(nullptr);
     });
     connect(actions_.copyAsPng, &QAction::triggered, this, &Application::copyAsPng);
@@ -228,6 +233,7 @@ void Application::connectEdit() {
 
 void Application::copyAsPng() {
     takeTyped();
+    const WaitCursor atWork;
     controller_.sliderChanged(nullptr);
     if (!controller_.image) return;
     const auto source = operations_.getCGImageRef(*controller_.image);

@@ -18,6 +18,7 @@
 #include "qt/save_dialog.h"
 #include "qt/save_options_view.h"
 #include "qt/toolkit_views.h"
+#include "qt/wait_cursor.h"
 
 namespace skarnel {
 namespace {
@@ -123,6 +124,8 @@ void QtSavePanel::ended(SaveDialog& dialog, int result, const DidEnd& didEnd, vo
         filename_ = dialog.chosen().toStdString();
         state_.setSaveFolder(QFileInfo(dialog.chosen()).absolutePath());
     }
+    // The sheet is off the screen by now; a large picture takes seconds to write.
+    const WaitCursor atWork;
     if (didEnd) didEnd(*this, saved ? NSOKButton : NSCancelButton, contextInfo);
 }
 

@@ -251,6 +251,28 @@ TEST_F(PanelsTest, ClosingThePanelEndsNothingAndClosingTheMainWindowEndsTheLoopW
     QApplication::setQuitOnLastWindowClosed(before);
 }
 
+TEST_F(PanelsTest, ThePointerSaysThatThePictureIsReadCopiedOrWritten) {
+    start();
+    int waited = 0;
+    const auto look = [&] { waited += QGuiApplication::overrideCursor() != nullptr ? 1 : 0; };
+    QObject::connect(&viewer(), &Viewer::imageChanged, &viewer(), look);
+    ASSERT_TRUE(app->openPicture(picture(QStringLiteral("a.png"), 30, 20, Qt::red)));
+    EXPECT_EQ(waited, 1);
+    app->actions().copy->trigger();
+    EXPECT_EQ(waited, 2);
+    app->actions().copyAsPng->trigger();
+    EXPECT_EQ(waited, 3);
+    const auto panel = app->toolkit().savePanel();
+    panel->beginSheet(
+        std::nullopt, "a.tiff", app->resultWindow(), [&](NSSavePanel&, int, void*) { look(); },
+        nullptr);
+    auto* sheet = window().findChild<QFileDialog*>(QStringLiteral("savePanel"));
+    ASSERT_NE(sheet, nullptr);
+    choose(*sheet, folder.filePath(QStringLiteral("a.tiff")));
+    EXPECT_EQ(waited, 4);
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+}
+
 TEST_F(PanelsTest, AnAlertWithoutAParentIsModalInTheStyleAskedFor) {
     start();
     const struct {
