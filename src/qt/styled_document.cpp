@@ -143,6 +143,9 @@ void setPlainCharacters(QTextDocument& document, std::u16string_view characters,
 
 void setStyledText(QTextDocument& document, const StyledText& text) {
     const std::u16string& characters = text.characters();
+    // One step of undo, with the characters, the styles and the alignments.
+    QTextCursor whole(&document);
+    whole.beginEditBlock();
     setPlainCharacters(document, characters,
                        charFormat(text.runs().empty() ? TextStyle() : text.styleAt(0)));
     QTextCursor cursor(&document);
@@ -168,6 +171,7 @@ void setStyledText(QTextDocument& document, const StyledText& text) {
             format.clearProperty(QTextFormat::BlockAlignment);  // left over from the text before
         QTextCursor(block).setBlockFormat(format);
     }
+    whole.endEditBlock();
 }
 
 void insertStyledText(QTextCursor& cursor, const StyledText& text) {

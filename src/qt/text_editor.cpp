@@ -80,6 +80,7 @@ void TextEditor::setWholeFont(const QString& family, double size) {
         all.mergeCharFormat(font);
         mergeCurrentCharFormat(font);
     });
+    document()->clearUndoRedoStacks();
 }
 
 void TextEditor::replaceSelection(std::u16string_view text) {
@@ -88,6 +89,7 @@ void TextEditor::replaceSelection(std::u16string_view text) {
         textCursor().insertText(
             QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size())), format);
     });
+    document()->clearUndoRedoStacks();
 }
 
 void TextEditor::colorRange(const QColor& color, NSRange range) {
@@ -106,6 +108,7 @@ void TextEditor::colorRange(const QColor& color, NSRange range) {
         if (typedNext && !textCursor().hasSelection()) mergeCurrentCharFormat(colored);
         part.mergeCharFormat(colored);
     });
+    document()->clearUndoRedoStacks();
 }
 
 void TextEditor::setText(const StyledText& text) {
@@ -120,6 +123,7 @@ void TextEditor::replaceAll(std::u16string_view text) {
         setPlainCharacters(*document(), text, format);
         setCurrentCharFormat(format);
     });
+    document()->clearUndoRedoStacks();
 }
 
 void TextEditor::mergeStyle(const QTextCharFormat& format) {

@@ -57,6 +57,32 @@ TEST_F(TextEditorTest, ThePlaceholderIsWhiteTimesAt48AndNobodyIsAsked) {
     EXPECT_TRUE(everyParagraphHasALine(editor));
 }
 
+TEST_F(TextEditorTest, WhatTheProgramSetIsNotTheUsersToUndo) {
+    editor.setWholeFont(QStringLiteral("Times"), 48);
+    editor.replaceSelection(u"Enter text for imaging here");
+    editor.colorRange(Qt::white, {0, editor.text().length()});
+    EXPECT_FALSE(editor.document()->isUndoAvailable());
+    editor.replaceAll(u"\r");
+    EXPECT_FALSE(editor.document()->isUndoAvailable());
+}
+
+TEST_F(TextEditorTest, AStyledTextIsSetAsOneStepOfUndo) {
+    editor.setWholeFont(QStringLiteral("Times"), 48);
+    QTest::keyClicks(&editor, QStringLiteral("keep me"));
+    const StyledText before = editor.text();
+    TextStyle red;
+    red.color = {255, 0, 0, 255};
+    TextStyle large;
+    large.size = 96;
+    StyledText other(u"Summer\n", red);
+    other.append(u"Sale", large);
+    other.setAlignment(0, TextAlignment::Center);
+    editor.setText(other);
+    EXPECT_EQ(editor.text().characters(), u"Summer\nSale");
+    editor.undo();
+    EXPECT_EQ(editor.text(), before);
+}
+
 TEST_F(TextEditorTest, TypingGoesOnInTheStyleBefore) {
     editor.setWholeFont(QStringLiteral("Times"), 48);
     editor.replaceSelection(u"a");
