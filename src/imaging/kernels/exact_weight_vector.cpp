@@ -154,49 +154,62 @@ constexpr std::uint32_t kUnsure = 1U << 14;
 constexpr std::uint32_t kPart = 1U << 24;
 constexpr double kLargestScale = 256;
 
-/// Columns [begin, end), whose positions are below positions.lastPixel.
-/// Returns where it ended: less than a vector before the end.
+using D64 = hn::ScalableTag<std::uint64_t>;
+using D32 = hn::Repartition<std::uint32_t, D64>;
+using V64 = hn::Vec<D64>;
+using V32 = hn::Vec<D32>;
+constexpr std::size_t kColumns = hn::MaxLanes(D32());
+
+/// The positions of kColumns columns.
+struct ColumnSums {
+    V64 lower, upper;
+};
+
+HWY_INLINE ColumnSums SumsFrom(const ColumnPositions& positions, std::int32_t column) {
+    HWY_ALIGN std::uint64_t sums[kColumns];
+    for (std::size_t i = 0; i < kColumns; ++i) {
+        const double x = column + static_cast<std::int32_t>(i);
+        sums[i] = static_cast<std::uint64_t>((x - positions.origin) * positions.scale * kUnit);
+    }
+    return {hn::Load(D64(), sums), hn::Load(D64(), sums + kColumns / 2)};
+}
+
+/// The part of the boundary in each cell, where `above` has its parts.
+HWY_INLINE V32 BoundaryParts(V32 cell) {
+    const hn::RebindToSigned<D32> di32;
+    const auto entry = hn::BitCast(di32, hn::ShiftRight<2>(cell));
+    const auto four = hn::GatherIndex(D32(), boundaryPartTable(), entry);
+    const auto toTop = hn::ShiftLeft<3>(hn::AndNot(cell, hn::Set(D32(), 3U)));
+    return hn::And(hn::Shl(four, toTop), hn::Set(D32(), 0xFF000000U));
+}
+
+/// Columns [begin, end), whose positions are below positions.lastPixel. Returns where it ended:
+/// less than a vector before the end.
 std::size_t PlanInWholeNumbers(const ColumnPositions& positions, std::int32_t first,
                                std::size_t begin, std::size_t end, PlannedColumns& planned) {
-    const hn::ScalableTag<std::uint64_t> d64;
-    const hn::Repartition<std::uint32_t, decltype(d64)> d32;
-    const hn::RebindToSigned<decltype(d32)> di32;
-    const std::size_t lanes = hn::Lanes(d32);
-    HWY_ALIGN std::uint64_t starts[hn::MaxLanes(d32)];
-    for (std::size_t i = 0; i < lanes; ++i) {
-        const double x = first + static_cast<std::int32_t>(begin + i);
-        starts[i] = static_cast<std::uint64_t>((x - positions.origin) * positions.scale * kUnit);
-    }
-    auto lower = hn::Load(d64, starts);
-    auto upper = hn::Load(d64, starts + lanes / 2);
+    const D32 d32;
+    const hn::RebindToSigned<D32> di32;
+    ColumnSums sums = SumsFrom(positions, first + static_cast<std::int32_t>(begin));
     const auto step = hn::Set(
-        d64, static_cast<std::uint64_t>(static_cast<double>(lanes) * positions.scale * kUnit));
-    const std::uint32_t* HWY_RESTRICT table = boundaryPartTable();
+        D64(), static_cast<std::uint64_t>(static_cast<double>(kColumns) * positions.scale * kUnit));
     const auto unsure = hn::Set(d32, kUnsure);
     const auto edgeWindow = hn::Set(d32, 2 * kUnsure);
     const auto partWindow = hn::Set(d32, kPart + 2 * kUnsure);
-    const auto three = hn::Set(d32, 3U);
-    const auto top = hn::Set(d32, 0xFF000000U);
-    const auto low16 = hn::Set(d32, 0xFFFFU);
-    const auto one = hn::Set(d32, 1U);
     std::int32_t* left = planned.inDoubles + planned.found;
     std::size_t leftCount = 0;
     std::size_t i = begin;
-    for (; i + lanes <= end; i += lanes) {
-        const auto a = hn::BitCast(d32, lower);
-        const auto b = hn::BitCast(d32, upper);
+    for (; i + kColumns <= end; i += kColumns) {
+        const auto a = hn::BitCast(d32, sums.lower);
+        const auto b = hn::BitCast(d32, sums.upper);
+        sums = {hn::Add(sums.lower, step), hn::Add(sums.upper, step)};
         const auto above = hn::ConcatEven(d32, b, a);
         const auto head = hn::ConcatOdd(d32, b, a);
-        const auto cell = hn::And(head, low16);
-        const auto four = hn::GatherIndex(d32, table, hn::BitCast(di32, hn::ShiftRight<2>(cell)));
-        const auto toTop = hn::ShiftLeft<3>(hn::AndNot(cell, three));
-        const auto part = hn::And(hn::Shl(four, toTop), top);
+        const auto cell = hn::And(head, hn::Set(d32, 0xFFFFU));
+        const auto part = BoundaryParts(cell);
         const auto before = hn::VecFromMask(d32, hn::Lt(above, part));  // -1 there
-        const auto weight = hn::Add(hn::Add(cell, one), before);
+        const auto weight = hn::Add(hn::Add(cell, hn::Set(d32, 1U)), before);
         hn::StoreU(hn::BitCast(di32, hn::ShiftRight<16>(head)), di32, planned.from + i);
         hn::StoreU(hn::Or(weight, hn::ShiftLeft<16>(weight)), d32, planned.weight + i);
-        lower = hn::Add(lower, step);
-        upper = hn::Add(upper, step);
 
         const auto fromEdge = hn::Add(above, unsure);
         const auto close =
@@ -224,7 +237,7 @@ std::size_t PlanShapeColumns(const ColumnPositions& positions, std::int32_t firs
     PlannedColumns planned{from, weight, inDoubles, 0};
     std::size_t done = 0;
     if (positions.lastPixel < kMostPixels && positions.scale < kLargestScale &&
-        count <= kMostSteps * hn::Lanes(hn::ScalableTag<std::uint32_t>())) {
+        count <= kMostSteps * kColumns) {
         const std::size_t pairs = EndOfPairs(positions, first, count);
         done = PlanInWholeNumbers(positions, first, 0, pairs, planned);
     }
