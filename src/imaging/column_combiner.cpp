@@ -1,6 +1,7 @@
 #include "imaging/column_combiner.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace skarnel {
 namespace {
@@ -42,6 +43,23 @@ void ColumnCombiner::combine(std::uint8_t* target, const std::uint8_t* source) c
     else
         kernels::combinePackedColumns(target, source,
                                       {first_.data(), weights_.data(), groups_, samples});
+}
+
+void ColumnCombiner::combineContent(std::uint8_t* target, const std::uint8_t* source, int first,
+                                    int end) const {
+    if (groups_ != 1) return combine(target, source);
+    // Groups do not step back from one sample to the next.
+    const auto begin = std::partition_point(
+        first_.begin(), first_.end(), [&](std::int32_t group) { return group + kGroup <= first; });
+    const auto stop =
+        std::partition_point(begin, first_.end(), [&](std::int32_t group) { return group < end; });
+    const auto from = static_cast<std::size_t>(begin - first_.begin());
+    const auto samples = static_cast<std::size_t>(stop - begin);
+    std::memset(target, 0, 4 * from);
+    kernels::combinePackedColumns(
+        target + 4 * from, source,
+        {first_.data() + from, weights_.data() + kGroup * from, 1, samples});
+    std::memset(target + 4 * (from + samples), 0, 4 * (first_.size() - from - samples));
 }
 
 }  // namespace skarnel

@@ -19,6 +19,10 @@ class ColumnCombiner {
     /// Writes columns.size() pixels from `source`, which has sourceWidth. They do not overlap.
     void combine(std::uint8_t* target, const std::uint8_t* source) const;
 
+    /// The same of a source that is transparent beside the columns [first, end); its pixels there
+    /// are 0.
+    void combineContent(std::uint8_t* target, const std::uint8_t* source, int first, int end) const;
+
   private:
     const AxisPlan* columns_ = nullptr;
     int sourceWidth_ = 0;

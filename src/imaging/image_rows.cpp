@@ -7,6 +7,13 @@
 #include "imaging/readable.h"
 
 namespace skarnel {
+namespace {
+
+std::size_t bytesOf(int pixels) {
+    return std::size_t{4} * static_cast<std::size_t>(pixels);
+}
+
+}  // namespace
 
 std::optional<ImageRows> ImageRows::create(PixelView source, const AxisPlan& columns,
                                            const AxisPlan& rows) {
@@ -46,30 +53,89 @@ std::optional<ImageRows> ImageRows::create(PixelView view, RowSource* source,
 }
 
 /// The rows of one target row follow each other, so that no two of them share a place.
-const std::uint8_t* ImageRows::sourceRow(int y) {
-    if (rowSource_ == nullptr) return source_.row(y);
+std::uint8_t* ImageRows::placeOf(int y) {
     const std::size_t place = static_cast<std::size_t>(y) % held_.size();
-    HeldRow& held = held_[place];
-    if (held.y != y)
-        held = {y, rowSource_->row(
-                       y, heldMemory_.data() + place * (heldMemory_.size() / held_.size()))};
-    return held.bytes;
+    return heldMemory_.data() + place * (heldMemory_.size() / held_.size());
+}
+
+const std::uint8_t* ImageRows::wholeRow(int y) {
+    SourceRow& row = heldRow(y).row;
+    if (!row.isWhole) {
+        std::uint8_t* place = placeOf(y);
+        std::memset(place, 0, bytesOf(row.first));
+        std::memcpy(place + bytesOf(row.first), row.bytes, bytesOf(row.end - row.first));
+        std::memset(place + bytesOf(row.end), 0, bytesOf(source_.width - row.end));
+        row.bytes = place + bytesOf(row.first);
+        row.isWhole = true;
+    }
+    return row.bytes - bytesOf(row.first);
+}
+
+ImageRows::HeldRow& ImageRows::heldRow(int y) {
+    HeldRow& held = held_[static_cast<std::size_t>(y) % held_.size()];
+    if (held.y == y) return held;
+    held = {y, rowSource_->row(y, placeOf(y))};
+    if (held_.size() > static_cast<std::size_t>(RowSource::kKeptRows)) {
+        // The source would take the row back before the last of its neighbours is made.
+        const std::uint8_t* own = placeOf(y) + bytesOf(held.row.first);
+        if (held.row.bytes != own) {
+            held.row.isWhole = false;
+            wholeRow(y);
+        }
+    }
+    return held;
+}
+
+/// Of rows that are made only the columns where one of them has content are combined.
+const std::uint8_t* ImageRows::combinedMadeRow(const kernels::Taps& taps) {
+    contentFirst_ = source_.width;
+    contentEnd_ = 0;
+    for (int j = 0; j < taps.count; ++j) {
+        const SourceRow& row = heldRow(taps.first + j).row;
+        if (row.first >= row.end) continue;
+        contentFirst_ = std::min(contentFirst_, row.first);
+        contentEnd_ = std::max(contentEnd_, row.end);
+    }
+    contentFirst_ = std::min(contentFirst_, contentEnd_);
+    if (taps.count == 1) return wholeRow(taps.first);
+    for (int j = 0; j < taps.count; ++j) {
+        const SourceRow& row = heldRow(taps.first + j).row;
+        const bool reaches = row.first <= contentFirst_ && row.end >= contentEnd_;
+        tapRows_[static_cast<std::size_t>(j)] =
+            reaches ? row.bytes + bytesOf(contentFirst_ - row.first)
+                    : wholeRow(taps.first + j) + bytesOf(contentFirst_);
+    }
+    std::memset(tall_.data(), 0, bytesOf(contentFirst_));
+    kernels::combineRows(tall_.data() + bytesOf(contentFirst_), tapRows_.data(), taps,
+                         bytesOf(contentEnd_ - contentFirst_));
+    std::memset(tall_.data() + bytesOf(contentEnd_), 0, bytesOf(source_.width - contentEnd_));
+    return tall_.data();
 }
 
 const std::uint8_t* ImageRows::combinedRow(const kernels::Taps& taps) {
-    if (taps.count == 1) return sourceRow(taps.first);
-    const std::size_t from = std::size_t{4} * static_cast<std::size_t>(columns_->firstUsed());
-    const std::size_t bytes = std::size_t{4} * static_cast<std::size_t>(columns_->endUsed()) - from;
+    if (rowSource_ != nullptr) return combinedMadeRow(taps);
+    contentFirst_ = 0;
+    contentEnd_ = source_.width;
+    if (taps.count == 1) return source_.row(taps.first);
+    const std::size_t from = bytesOf(columns_->firstUsed());
     for (int j = 0; j < taps.count; ++j)
-        tapRows_[static_cast<std::size_t>(j)] = sourceRow(taps.first + j) + from;
-    kernels::combineRows(tall_.data() + from, tapRows_.data(), taps, bytes);
+        tapRows_[static_cast<std::size_t>(j)] = source_.row(taps.first + j) + from;
+    kernels::combineRows(tall_.data() + from, tapRows_.data(), taps,
+                         bytesOf(columns_->endUsed()) - from);
     return tall_.data();
+}
+
+void ImageRows::combineAcross(std::uint8_t* target, const std::uint8_t* tall) const {
+    if (contentFirst_ == 0 && contentEnd_ == source_.width)
+        combiner_.combine(target, tall);
+    else
+        combiner_.combineContent(target, tall, contentFirst_, contentEnd_);
 }
 
 const std::uint8_t* ImageRows::row(int i) {
     const std::uint8_t* tall = combinedRow(rows_->taps(i));
     if (const auto shift = columns_->copyShift()) return tall + std::ptrdiff_t{4} * *shift;
-    combiner_.combine(wide_.data(), tall);
+    combineAcross(wide_.data(), tall);
     return wide_.data();
 }
 
@@ -79,7 +145,7 @@ void ImageRows::drawRow(int i, std::uint8_t* target) {
         std::memcpy(target, tall + std::ptrdiff_t{4} * *shift,
                     std::size_t{4} * static_cast<std::size_t>(columns_->size()));
     else
-        combiner_.combine(target, tall);
+        combineAcross(target, tall);
 }
 
 std::size_t ImageRows::readableFrom(int i) const {

@@ -45,13 +45,18 @@ class ImageRows {
     static std::optional<ImageRows> create(PixelView view, RowSource* source,
                                            const AxisPlan& columns, const AxisPlan& rows);
     const std::uint8_t* combinedRow(const kernels::Taps& taps);
-    const std::uint8_t* sourceRow(int y);
+    const std::uint8_t* combinedMadeRow(const kernels::Taps& taps);
+    void combineAcross(std::uint8_t* target, const std::uint8_t* tall) const;
 
     /// A row of the row source: its number and where it lies.
     struct HeldRow {
         int y = -1;
-        const std::uint8_t* bytes = nullptr;
+        SourceRow row{};
     };
+    HeldRow& heldRow(int y);
+    /// The row with all of its pixels in memory.
+    const std::uint8_t* wholeRow(int y);
+    std::uint8_t* placeOf(int y);
 
     PixelView source_;  // of a row source only the width counts
     RowSource* rowSource_ = nullptr;
@@ -60,6 +65,8 @@ class ImageRows {
     const AxisPlan* columns_;
     const AxisPlan* rows_;
     ColumnCombiner combiner_;  // where columns are resampled
+    int contentFirst_ = 0;     // columns of the row that combinedRow made last: beside them
+    int contentEnd_ = 0;       // it is transparent
     std::vector<const std::uint8_t*> tapRows_;
     std::vector<std::uint8_t> tall_;  // one source row after the vertical step
     std::vector<std::uint8_t> wide_;  // one target row after the horizontal step

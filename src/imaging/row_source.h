@@ -7,6 +7,16 @@
 
 namespace skarnel {
 
+/// One row of a picture: the pixels of the columns [first, end) from `bytes` on. Beside them it is
+/// transparent; with `isWhole` those pixels lie in memory too, before and behind the others. A row
+/// of nothing is whole.
+struct SourceRow {
+    const std::uint8_t* bytes;
+    int first;
+    int end;
+    bool isWhole;
+};
+
 /// Makes the rows of a picture of four samples a pixel, always to the same bytes. A reader that
 /// takes the rows from top to bottom, each once, needs no memory for the whole picture: a preview
 /// that is reduced anyway never writes and reads its full size. Cannot fail; what the rows need is
@@ -18,9 +28,10 @@ class RowSource {
     RowSource& operator=(const RowSource&) = delete;
     virtual ~RowSource() = default;
 
-    /// The pixels of row `y` (0 = top). Either written to `scratch`, which holds one row, or
-    /// memory that keeps its content as long as the source lives.
-    virtual const std::uint8_t* row(int y, std::uint8_t* scratch) = 0;
+    /// Row `y` (0 = top). Either written to `scratch`, which holds a whole row, or in memory that
+    /// keeps its content at least while the next kKeptRows rows below are made.
+    virtual SourceRow row(int y, std::uint8_t* scratch) = 0;
+    static constexpr int kKeptRows = 16;
 
     /// All rows; `target` has the picture's size. Called once at most, as the last call.
     virtual void drawAll(MutablePixelView target) = 0;

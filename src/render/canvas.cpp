@@ -158,11 +158,17 @@ std::optional<CanvasRows::PictureSpan> CanvasRows::pictureAlone(int row, int cou
                        pictureRows_->readableFrom(index + count - 1)};
 }
 
-const std::uint8_t* CanvasRows::row(int row, std::uint8_t* scratch) {
-    if (isOnlyPicture(row) && plans_->pictureColumns.copyShift() && plans_->pictureRows.copyShift())
-        return pictureRows_->row(row - plans_->pictureRows.first());
+SourceRow CanvasRows::row(int row, std::uint8_t* scratch) {
+    const std::uint8_t* own = nullptr;
+    if (const auto span = pictureAlone(row, 1, &own)) return {own, span->first, span->end, false};
     draw(row, scratch);
-    return scratch;
+    const AxisPlan& lines = plans_->pictureRows;
+    const bool hasPicture = row >= lines.first() && row < lines.end();
+    if (background_ || hasPicture) return {scratch, 0, layout_.width, true};
+    if (row < reflectionTop_) return {scratch, 0, 0, true};
+    if (reflectionWidth_ != layout_.width) return {scratch, 0, layout_.width, true};
+    const int first = shaper_->firstColumn();
+    return {scratch + bytesOf(first), first, shaper_->endColumn(), true};
 }
 
 void CanvasRows::stream(int row, std::uint8_t* target) {

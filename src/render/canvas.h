@@ -12,6 +12,7 @@
 #include "imaging/column_combiner.h"
 #include "imaging/image_rows.h"
 #include "imaging/kernels/pixel_ops.h"
+#include "imaging/row_source.h"
 #include "render/shape.h"
 
 namespace skarnel {
@@ -49,7 +50,7 @@ class CanvasRows {
 
     /// The same row: drawn into `scratch`, or the picture's own where the canvas has nothing else
     /// there. The picture's own stays readable as long as the picture.
-    const std::uint8_t* row(int row, std::uint8_t* scratch);
+    SourceRow row(int row, std::uint8_t* scratch);
 
     /// The picture's columns on the canvas, where rows `row` .. row + count - 1 show its own pixels
     /// and nothing beside them: `rows` then points to each row's first. None otherwise.

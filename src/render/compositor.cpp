@@ -27,7 +27,7 @@ class PlainCanvas final : public RowSource {
     PlainCanvas(CGImage picture, CanvasRows rows)
         : picture_(std::move(picture)), rows_(std::move(rows)) {}
 
-    const std::uint8_t* row(int y, std::uint8_t* scratch) override { return rows_.row(y, scratch); }
+    SourceRow row(int y, std::uint8_t* scratch) override { return rows_.row(y, scratch); }
 
     void drawAll(MutablePixelView target) override {
         const bool streaming = usesStreaming(target);
@@ -48,8 +48,8 @@ class PlainCanvas final : public RowSource {
 /// are drawn.
 class TurnedCanvas final : public RowSource {
   public:
-    /// `block` has room for turn.blockRows(0) rows of the canvas, and behind each for kReadBeyond
-    /// pixels.
+    /// `block` has room for twice turn.blockRows(0) rows of the canvas, and behind each for
+    /// kReadBeyond pixels.
     TurnedCanvas(CGImage picture, CanvasRows rows, ColumnTurn turn, PixelBuffer block,
                  SqueezedPicture squeezed)
         : picture_(std::move(picture)),
@@ -58,18 +58,18 @@ class TurnedCanvas final : public RowSource {
           block_(std::move(block)),
           squeezed_(std::move(squeezed)) {}
 
-    const std::uint8_t* row(int y, std::uint8_t* scratch) override {
+    /// Rows are walked in bands; of the two places for them, one keeps the band before.
+    SourceRow row(int y, std::uint8_t* /*scratch*/) override {
         squeezeRows();
-        // A turned row is no wider than the canvas, so the block has room for a band of them.
+        // A turned row is no wider than the canvas, so the block has room for bands of them.
         MutablePixelView band = block_.view();
-        const int first = y / band.height * band.height;
-        if (walkedFrom_ != first) {
-            walkedFrom_ = first;
-            turn_.walkRows(squeezed_, first, band);
-        }
-        std::memcpy(scratch, band.row(y - first),
-                    std::size_t{4} * static_cast<std::size_t>(turn_.targetWidth()));
-        return scratch;
+        band.height /= 2;
+        const int number = y / band.height;
+        const int place = number % 2;
+        band.bytes = band.row(place * band.height);
+        if (std::exchange(walkedBands_[place], number) != number)
+            turn_.walkRows(squeezed_, number * band.height, band);
+        return {band.row(y % band.height), 0, turn_.targetWidth(), true};
     }
 
     void drawAll(MutablePixelView target) override {
@@ -81,7 +81,7 @@ class TurnedCanvas final : public RowSource {
     void squeezeRows() {
         if (std::exchange(areSqueezed_, true)) return;
         const MutablePixelView block = block_.view();
-        rows_.inReadingOrder(block.height, [&](int y) {
+        rows_.inReadingOrder(turn_.blockRows(0), [&](int y) {
             const std::uint8_t* sources[kernels::kBlockRows];
             const int count = turn_.blockRows(y);
             if (const auto span = rows_.pictureAlone(y, count, sources))
@@ -101,7 +101,7 @@ class TurnedCanvas final : public RowSource {
     PixelBuffer block_;
     SqueezedPicture squeezed_;
     bool areSqueezed_ = false;
-    std::optional<int> walkedFrom_;  // the block holds turned rows from here on
+    int walkedBands_[2] = {-1, -1};  // the bands of turned rows that the block holds
 };
 
 /// Memory for a result: of one that is read row by row it is likely never touched.
@@ -126,7 +126,7 @@ std::optional<CGImage> turnedCanvas(const CGImage& picture, CanvasRows& rows,
                                  bitmap->width, bitmap->height);
     if (!turn) return std::nullopt;
     auto squeezed = turn->squeezedPicture();
-    auto block = PixelBuffer::zeroed(layout.width + kReadBeyond, turn->blockRows(0));
+    auto block = PixelBuffer::zeroed(layout.width + kReadBeyond, 2 * turn->blockRows(0));
     auto room = roomFor(bitmap->width, bitmap->height, drawing);
     if (!squeezed || !block || !room) return std::nullopt;
     return CGImage(*std::move(room),

@@ -55,6 +55,10 @@ class RowShaper {
     void shapeRow(int index, const std::uint8_t* mirrorRow, std::size_t readablePixels,
                   std::uint8_t* target);
 
+    /// The columns of the row made last that may have content: [firstColumn, endColumn).
+    int firstColumn() const { return begin_; }
+    int endColumn() const { return end_; }
+
   private:
     RowShaper(const ShapeSize& size, const FadeParameters& fade) : size_(size), fade_(fade) {}
     void planColumns(int rowInset);

@@ -110,7 +110,21 @@ const Settings kReadCases[] = {
     {0, 100, -150, 0, 7, {200, {}, 50}},
     {-20, 70, 13, 0, 7, {200, kHalfClear, 50}},
     {25, -60, 7.7F, 30, 4, {400, {}, 10}},
+    {30, 80, 12, 0, 7, {200, {}, 50}},
+    {100, 160, 50, 0, 7, {255, {}, 50}},
+    {30, 40, -20.5F, 0, 7, {200, kHalfClear, 50}},
 };
+
+/// All pixels of a row; what is said to lie in memory beside the content is looked at there.
+std::vector<std::uint8_t> wholeRow(const SourceRow& row, int width) {
+    const auto bytes = [](int pixels) { return std::ptrdiff_t{4} * pixels; };
+    std::vector<std::uint8_t> pixels(static_cast<std::size_t>(bytes(width)));
+    if (row.isWhole)
+        std::copy_n(row.bytes - bytes(row.first), bytes(width), pixels.begin());
+    else
+        std::copy_n(row.bytes, bytes(row.end - row.first), pixels.begin() + bytes(row.first));
+    return pixels;
+}
 
 TEST(Compositor, RowsReadOneByOneAreThoseOfTheWholeRender) {
     const CGImage picture = validNoise(61, 47, 5);
@@ -123,12 +137,32 @@ TEST(Compositor, RowsReadOneByOneAreThoseOfTheWholeRender) {
         const auto rowBytes = std::size_t{4} * static_cast<std::size_t>(whole.width());
         std::vector<std::uint8_t> scratch(rowBytes);
         for (int y = whole.height() - 1; y >= 0; --y)
-            ASSERT_EQ(std::memcmp(source->row(y, scratch.data()), whole.pixels().row(y), rowBytes),
+            ASSERT_EQ(std::memcmp(wholeRow(source->row(y, scratch.data()), whole.width()).data(),
+                                  whole.pixels().row(y), rowBytes),
                       0)
                 << "row " << y << ", height " << s.height << " turn " << s.inputs.imagePerspective;
         EXPECT_TRUE(samePixels(undrawn, whole));
         EXPECT_EQ(undrawn.rowSource(), nullptr);
     }
+}
+
+TEST(Compositor, RowsSayWhatTheyHaveBesideTheirContent) {
+    const CGImage picture = validNoise(61, 47, 5);
+    const CGImage undrawn = renderWhenRead(picture, {100, 100, 100, 0, 7, {255, {}, 50}})->image;
+    std::vector<std::uint8_t> scratch(std::size_t{4} * 183);
+    // 61 columns of the picture amid 183, a gap of 47 rows, and a trapezoid whose last row has no
+    // inset.
+    const SourceRow inPicture = undrawn.rowSource()->row(10, scratch.data());
+    EXPECT_EQ(std::pair(inPicture.first, inPicture.end), std::pair(61, 122));
+    EXPECT_EQ(inPicture.bytes, picture.pixels().row(10)) << "the picture's own row";
+    const SourceRow inGap = undrawn.rowSource()->row(55, scratch.data());
+    EXPECT_GE(inGap.first, inGap.end);
+    EXPECT_TRUE(inGap.isWhole);
+    const SourceRow atSeam = undrawn.rowSource()->row(undrawn.height() - 47, scratch.data());
+    EXPECT_EQ(atSeam.first, 61);
+    const SourceRow last = undrawn.rowSource()->row(undrawn.height() - 1, scratch.data());
+    EXPECT_LE(last.first, 1);
+    EXPECT_EQ(last.end, 183);
 }
 
 TEST(Compositor, AnUndrawnResultIsScaledToTheBytesOfADrawnOne) {
