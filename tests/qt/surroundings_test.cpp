@@ -36,7 +36,10 @@ class Display {
         server_.start(QStringLiteral("Xvfb"),
                       {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
                        QStringLiteral("0"), QStringLiteral("1400x1000x24")});
-        wait([&] { return server_.waitForReadyRead(100) || server_.canReadLine(); });
+        wait([&] {
+            return server_.canReadLine() ||
+                   (server_.waitForReadyRead(100) && server_.canReadLine());
+        });
         name_ = QLatin1Char(':') + QString::fromLatin1(server_.readLine()).trimmed();
     }
     Display(const Display&) = delete;
