@@ -47,9 +47,9 @@ Result<void> checkSizes(const CGImage& picture, const JobSettings& settings) {
     const std::optional<RenderSizes> sizes = renderSizes(sizeOf(picture), settings.render);
     if (!sizes) return {};  // the render itself finds out
     const std::int64_t limit =
-        settings.maxPixels > std::numeric_limits<std::int64_t>::max() / kResultFactor
+        settings.limits.maxPixels > std::numeric_limits<std::int64_t>::max() / kResultFactor
             ? std::numeric_limits<std::int64_t>::max()
-            : settings.maxPixels * kResultFactor;
+            : settings.limits.maxPixels * kResultFactor;
     for (const PixelSize size : {sizes->reflection, sizes->canvas, sizes->result}) {
         if (pixelsOf(size) > limit) {
             return {ErrorCode::TooLarge, "The result would have " + megapixels(pixelsOf(size)) +
@@ -90,7 +90,7 @@ void tryJob(const Job& job, const JobSettings& settings, JobReport& report) {
         report.error = job.output + ": The file already exists (--force replaces it)";
         return;
     }
-    Result<DecodedImage> picture = loadPicture(job, settings.maxPixels);
+    Result<DecodedImage> picture = loadPicture(job, settings.limits);
     if (!picture) {
         report.error = picture.error().message;
         return;
@@ -127,13 +127,13 @@ bool isThere(const std::string& path) {
            !S_ISFIFO(status.st_mode) && !S_ISLNK(status.st_mode);
 }
 
-Result<DecodedImage> loadPicture(const Job& job, std::int64_t maxPixels) {
+Result<DecodedImage> loadPicture(const Job& job, const DecodeLimits& limits) {
     if (job.picture) return *job.picture;
-    const DecodeLimits limits{maxPixels};
     if (job.input != kStandardStream) return decodeImageFile(job.input, limits);
     // What is no picture may have no end.
     const auto limit = [&](ByteView start) -> Result<std::uint64_t> {
-        if (start.empty() || imageTypeOfContent(start) != nullptr) return mostBytes(maxPixels);
+        if (start.empty() || imageTypeOfContent(start) != nullptr)
+            return mostBytes(limits.maxPixels);
         return Error{ErrorCode::UnknownFormat, "Not a picture of a known format"};
     };
     const Result<Bytes> bytes = readDescriptor(STDIN_FILENO, limit);

@@ -27,7 +27,7 @@ struct JobSettings {
     OutputFormat format;
     std::optional<std::string> recipe;  // its text, to be put inside the results
     std::optional<PixelSize> preview;
-    std::int64_t maxPixels = 500'000'000;
+    DecodeLimits limits;
     Overwrite overwrite = Overwrite::Refuse;
 };
 
@@ -44,11 +44,11 @@ struct JobReport {
 bool isThere(const std::string& path);
 
 /// The job's own picture, or that of its input; '-' is standard input.
-Result<DecodedImage> loadPicture(const Job& job, std::int64_t maxPixels);
+Result<DecodedImage> loadPicture(const Job& job, const DecodeLimits& limits);
 
 /// A picture rendered and, with a preview size, shrunk before and after. `turn` tells whether the
 /// turn could be made. Refuses (TooLarge) when a picture of the render would have more than four
-/// times `maxPixels` pixels, before it takes memory.
+/// times `limits.maxPixels` pixels, before it takes memory.
 Result<ReflectionResult> renderWithin(const CGImage& picture, const JobSettings& settings);
 
 /// The properties to write a result with: what the user asked for and what is kept of the source

@@ -220,7 +220,8 @@ class Binding {
             [this](const std::string& text) {
                 const auto pixels = parsePixelCount(text);
                 if (!pixels) throw wrongValue("--max-pixels", text, "a number of pixels");
-                options_.maxPixels = *pixels;
+                // Who names a number believes in it, however short the file is.
+                options_.limits = {*pixels, *pixels};
             });
     }
 

@@ -10,6 +10,7 @@
 #include "cli/numbers.h"
 #include "cli/render_settings.h"
 #include "cli/text_source.h"
+#include "imaging/io/image_io.h"
 
 namespace skarnel::cli {
 
@@ -44,7 +45,7 @@ struct Options {
     bool embedRecipe = false;
     OutputFormat format;
     std::optional<PixelSize> preview;
-    std::int64_t maxPixels = 500'000'000;
+    DecodeLimits limits;
     bool force = false;
     bool json = false;
     Verbosity verbosity = Verbosity::Normal;

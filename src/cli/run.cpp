@@ -50,7 +50,7 @@ JobSettings jobSettings(const Options& options, const RenderSettings& base) {
     settings.render = withOverrides(base, options.settings);
     settings.format = options.format;
     settings.preview = options.preview;
-    settings.maxPixels = options.maxPixels;
+    settings.limits = options.limits;
     settings.overwrite = options.force ? Overwrite::Allow : Overwrite::Refuse;
     return settings;
 }

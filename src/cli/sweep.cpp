@@ -86,7 +86,7 @@ std::optional<Prepared> prepare(const SweepRequest& request,
         report(failure);
         return std::nullopt;
     };
-    Result<DecodedImage> picture = loadPicture(request.job, request.settings.maxPixels);
+    Result<DecodedImage> picture = loadPicture(request.job, request.settings.limits);
     if (!picture) return fail(picture.error().message);
     const PixelSize inputSize = sizeOf(picture->image);
     if (const Result<void> shrunk = shrinkSource(*picture, request); !shrunk) {

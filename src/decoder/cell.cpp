@@ -15,6 +15,7 @@
 #include <memory>
 
 #include "util/walls/landlock.h"
+#include "util/walls/seccomp_support.h"
 
 namespace skarnel {
 namespace {
@@ -41,13 +42,22 @@ void limitResources(const CellLimits& limits) {
     limitTo(RLIMIT_MEMLOCK, 0);
 }
 
+/// One by one where the kernel cannot close a range.
+void closeFrom(unsigned first, unsigned last) {
+    if (::syscall(SYS_close_range, first, last, 0U) == 0) return;
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+    const auto end = static_cast<unsigned>(std::min<rlim_t>(limit.rlim_cur, last));
+    for (unsigned i = first; i <= end; ++i) ::close(static_cast<int>(i));
+}
+
 /// All but the standard three and the two that are needed.
 void closeOthers(int picture, int answer) {
     const unsigned first = static_cast<unsigned>(std::min(picture, answer));
     const unsigned second = static_cast<unsigned>(std::max(picture, answer));
-    if (first > 3) ::syscall(SYS_close_range, 3U, first - 1, 0U);
-    if (second > first + 1) ::syscall(SYS_close_range, first + 1, second - 1, 0U);
-    ::syscall(SYS_close_range, second + 1, ~0U, 0U);
+    if (first > 3) closeFrom(3U, first - 1);
+    if (second > first + 1) closeFrom(first + 1, second - 1);
+    closeFrom(second + 1, ~0U);
 }
 
 int allow(scmp_filter_ctx filter, int call) {
@@ -59,13 +69,12 @@ int allowOn(scmp_filter_ctx filter, int call, int descriptor) {
                             SCMP_A0(SCMP_CMP_EQ, static_cast<scmp_datum_t>(descriptor)));
 }
 
-/// Memory may be had, never such that can be executed.
+/// Memory may be had, never such that can be executed or that a descriptor stands for.
 int allowMemory(scmp_filter_ctx filter) {
-    int failed = 0;
-    for (const int call : {SCMP_SYS(mmap), SCMP_SYS(mprotect)}) {
-        failed |= seccomp_rule_add(filter, SCMP_ACT_ALLOW, call, 1,
-                                   SCMP_A2(SCMP_CMP_MASKED_EQ, PROT_EXEC, 0));
-    }
+    const scmp_arg_cmp isData = SCMP_A2(SCMP_CMP_MASKED_EQ, PROT_EXEC, 0);
+    int failed = seccomp_rule_add(filter, SCMP_ACT_ALLOW, SCMP_SYS(mprotect), 1, isData);
+    failed |= seccomp_rule_add(filter, SCMP_ACT_ALLOW, SCMP_SYS(mmap), 2, isData,
+                               SCMP_A3(SCMP_CMP_MASKED_EQ, MAP_ANONYMOUS, MAP_ANONYMOUS));
     for (const int call : {SCMP_SYS(munmap), SCMP_SYS(mremap), SCMP_SYS(madvise), SCMP_SYS(brk)}) {
         failed |= allow(filter, call);
     }
@@ -116,7 +125,7 @@ bool raiseSeccomp(int picture, int answer, CellLimits::Threads threads) {
 
 }  // namespace
 
-Result<void> lockIn(int picture, int answer, const CellLimits& limits) {
+Result<void> raiseOuterWalls(int picture, int answer, const CellLimits& limits) {
     // The C library reads the time zone's file at the first broken-down time, which the colour
     // library asks for; there will be no files then.
     ::tzset();
@@ -126,11 +135,17 @@ Result<void> lockIn(int picture, int answer, const CellLimits& limits) {
     if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
         return {ErrorCode::Failed, "New privileges cannot be given up"};
     }
-    // Missing on old kernels; the system calls are taken away below in any case.
+    // Missing on old kernels; the system calls are taken away in any case where that can be.
     (void)restrictFileAccess(FileAccess::Execute | FileAccess::Read | FileAccess::Change, {});
     limitResources(limits);
     // After Landlock, whose rule set is a descriptor for a moment.
     limitTo(RLIMIT_NOFILE, static_cast<std::uint64_t>(std::max(picture, answer)) + 1);
+    return {};
+}
+
+Result<void> lockIn(int picture, int answer, const CellLimits& limits) {
+    if (auto raised = raiseOuterWalls(picture, answer, limits); !raised) return raised;
+    if (!kernelHasSeccomp()) return {};
     if (!raiseSeccomp(picture, answer, limits.threads)) {
         return {ErrorCode::Failed, "The system calls cannot be restricted"};
     }

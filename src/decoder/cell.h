@@ -19,10 +19,14 @@ struct CellLimits {
 /// - memory and processor time are bounded, no file can be written, there are no core files;
 /// - no privileges can be gained, the process dies with its parent and cannot be traced;
 /// - Landlock, where the kernel has it, takes the whole file system away;
-/// - seccomp kills the process at any system call but those that reading `picture`, writing
-///   to `answer`, a pipe, and memory need.
+/// - seccomp, where the kernel has it, kills the process at any system call but those that reading
+///   `picture`, writing to `answer`, a pipe, and memory need.
 ///
-/// Fails only when the last wall cannot be raised; a decoder must not run then.
+/// A wall that the kernel lacks is left out; decoderWalls() tells which. Fails when one that it has
+/// cannot be raised; a decoder must not run then.
 Result<void> lockIn(int picture, int answer, const CellLimits& limits);
+
+/// All of it but seccomp, the part of lockIn that a kernel without filters leaves.
+Result<void> raiseOuterWalls(int picture, int answer, const CellLimits& limits);
 
 }  // namespace skarnel

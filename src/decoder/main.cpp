@@ -1,5 +1,5 @@
-// skarnel-decode MAXPIXELS: decodes the picture on descriptor 3 into the pipe on descriptor 4,
-// locked into a cell. Started by the programs, of no use by itself.
+// skarnel-decode MAXPIXELS,MAXUNPROVENPIXELS: decodes the picture on descriptor 3 into the pipe on
+// descriptor 4, locked into a cell. Started by the programs, of no use by itself.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <string_view>
 
 #include "decoder/answer.h"
@@ -44,25 +45,39 @@ int decode(const DecodeLimits& limits) {
         cell.threads = CellLimits::Threads::Many;
     }
     if (auto locked = lockIn(io::kPictureDescriptor, io::kAnswerDescriptor, cell); !locked) {
-        return 3;
+        return io::kNoWallsStatus;
     }
     const auto bytes = io::readAll(io::kPictureDescriptor);
     const bool sent = bytes ? decodeIntoAnswer(*bytes, limits) : sendError(bytes.error());
     return sent ? 0 : 1;
 }
 
+/// A number of pixels at the start of the text, which it is taken off.
+std::optional<std::int64_t> takePixels(std::string_view& text) {
+    std::int64_t pixels = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), pixels);
+    if (error != std::errc() || pixels < 0 || pixels > std::int64_t{1} << 40U) return std::nullopt;
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+    return pixels;
+}
+
+std::optional<DecodeLimits> parseLimits(std::string_view text) {
+    const auto maxPixels = takePixels(text);
+    if (!maxPixels || !text.starts_with(',')) return std::nullopt;
+    text.remove_prefix(1);
+    const auto maxUnproven = takePixels(text);
+    if (!maxUnproven || !text.empty()) return std::nullopt;
+    return DecodeLimits{*maxPixels, *maxUnproven};
+}
+
 }  // namespace
 }  // namespace skarnel
 
 int main(int count, char** arguments) {
-    skarnel::DecodeLimits limits;
-    const std::string_view text = count == 2 ? arguments[1] : "";
-    const auto [end, error] =
-        std::from_chars(text.data(), text.data() + text.size(), limits.maxPixels);
-    if (error != std::errc() || end != text.data() + text.size() || limits.maxPixels < 0 ||
-        limits.maxPixels > std::int64_t{1} << 40U) {
+    const auto limits = skarnel::parseLimits(count == 2 ? arguments[1] : "");
+    if (!limits) {
         std::fputs("skarnel-decode is started by Skarnel itself\n", stderr);
         return 2;
     }
-    return skarnel::decode(limits);
+    return skarnel::decode(*limits);
 }

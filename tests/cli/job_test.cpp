@@ -73,14 +73,14 @@ TEST_F(JobTest, SettingsThatLeaveNoPictureAreAFailureWithTheirReason) {
 }
 
 TEST_F(JobTest, APictureOverTheLimitIsRefused) {
-    settings_.maxPixels = 599;  // 30 x 20 = 600
+    settings_.limits.maxPixels = 599;  // 30 x 20 = 600
     EXPECT_TRUE(runJob(job("out.tiff"), settings_).error);
-    settings_.maxPixels = 600;
+    settings_.limits.maxPixels = 600;
     EXPECT_FALSE(runJob(job("out.tiff"), settings_).error);
 }
 
 TEST_F(JobTest, AResultOverFourTimesTheLimitIsRefusedBeforeItIsMade) {
-    settings_.maxPixels = 600;
+    settings_.limits.maxPixels = 600;
     set("perspectiveHeight", 300);  // a canvas of 30 x 80 = 2400 pixels
     EXPECT_FALSE(runJob(job("fits.tiff"), settings_).error);
     set("perspectiveHeight", 305);  // one row more

@@ -33,7 +33,7 @@ TEST(Options, WithoutAnyHaveTheirDefaults) {
     EXPECT_FALSE(options.userSettings || options.force || options.json);
     EXPECT_FALSE(options.settings.applyBackgroundColor);
     for (const auto& number : options.settings.numbers) EXPECT_FALSE(number);
-    EXPECT_EQ(options.maxPixels, 500'000'000);
+    EXPECT_EQ(options.limits.maxPixels, 500'000'000);
     EXPECT_EQ(options.verbosity, Verbosity::Normal);
     EXPECT_EQ(options.frameMilliseconds, std::nullopt);
 }
@@ -106,7 +106,9 @@ TEST(Options, QualityAndCompressionAreChecked) {
 TEST(Options, SizesAreChecked) {
     EXPECT_EQ(parsed({"a.jpg", "--preview", "800x600"}).preview, (PixelSize{800, 600}));
     EXPECT_THAT(complaint({"a.jpg", "--preview", "0x600"}), HasSubstr("--preview"));
-    EXPECT_EQ(parsed({"a.jpg", "--max-pixels", "2M"}).maxPixels, 2'000'000);
+    EXPECT_EQ(parsed({"a.jpg", "--max-pixels", "2M"}).limits.maxPixels, 2'000'000);
+    EXPECT_EQ(parsed({"a.jpg", "--max-pixels", "2G"}).limits.maxUnprovenPixels, 2'000'000'000)
+        << "who names a number believes in it";
     EXPECT_THAT(complaint({"a.jpg", "--max-pixels", "0"}), HasSubstr("--max-pixels"));
     EXPECT_EQ(parsed({"a.jpg", "-j", "3"}).jobs, 3);
     EXPECT_THAT(complaint({"a.jpg", "-j", "0"}), HasSubstr("from 1"));

@@ -1,13 +1,15 @@
 // decoder_probe ACT: locks itself into the decoder's cell and then tries one forbidden act. Exits
 // with 0 when the act succeeded, 10 when it was refused; a cell that kills ends it by a signal.
 // The act "nothing" does only what a decoder may. `FREE ACT` tries the act without the cell, to
-// show that it could succeed at all; `MANY ACT` tries it in the cell of a codec with threads.
+// show that it could succeed at all; `MANY ACT` tries it in the cell of a codec with threads;
+// `OUTER ACT` within the walls that stand where the kernel has no seccomp.
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <pthread.h>
 #include <sched.h>
 #include <signal.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -42,7 +44,7 @@ bool openFile() {
     return ::open("/etc/passwd", O_RDONLY) >= 0;
 }
 bool openForWriting() {
-    return ::open("/tmp", O_TMPFILE | O_WRONLY, 0600) >= 0;
+    return ::open("/dev/null", O_WRONLY) >= 0;
 }
 bool listFolder() {
     return ::open("/", O_RDONLY | O_DIRECTORY) >= 0;
@@ -52,7 +54,8 @@ bool statFile() {
     return ::stat("/etc/passwd", &status) == 0;
 }
 bool makeFolder() {
-    return ::mkdir(("/tmp/probe" + std::to_string(::getpid())).c_str(), 0700) == 0;
+    const std::string path = "/tmp/probe" + std::to_string(::getpid());
+    return ::mkdir(path.c_str(), 0700) == 0 && ::rmdir(path.c_str()) == 0;
 }
 bool removeFile() {
     return ::unlink("/tmp/no-such-file-of-the-probe") == 0 || errno == ENOENT;
@@ -102,7 +105,35 @@ bool writeToPicture() {
 }
 bool readAnswer() {
     char byte = 0;
-    return ::read(kAnswer, &byte, 1) >= 0;
+    return ::read(kAnswer, &byte, 0) >= 0;  // nothing, so that it need not wait
+}
+bool mapPicture() {
+    return ::mmap(nullptr, 4096, PROT_READ, MAP_PRIVATE, kPicture, 0) != MAP_FAILED;
+}
+bool takeTwoGigabytes() {
+    return ::mmap(nullptr, std::size_t{2} << 30U, PROT_READ | PROT_WRITE,
+                  MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0) != MAP_FAILED;
+}
+bool spin() {
+    timespec used{};
+    do {
+        ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
+    } while (used.tv_sec < 4);
+    return true;
+}
+bool openInAFreePlace() {
+    ::close(2);  // no bound on descriptors stands in the way
+    return ::open("/etc/passwd", O_RDONLY) >= 0;
+}
+bool gainPrivileges() {
+    return ::prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0) == 0;
+}
+bool beTraced() {
+    return ::prctl(PR_GET_DUMPABLE, 0, 0, 0, 0) != 0;
+}
+bool outliveItsParent() {
+    int signal = 0;
+    return ::prctl(PR_GET_PDEATHSIG, &signal, 0, 0, 0) == 0 && signal != SIGKILL;
 }
 bool handOverPages() {
     // Pages in a pipe could still be written to by who put them there.
@@ -161,6 +192,13 @@ const std::map<std::string, bool (*)()>& acts() {
         {"write to the picture", writeToPicture},
         {"read the answer's descriptor", readAnswer},
         {"hand over pages", handOverPages},
+        {"map the picture", mapPicture},
+        {"take two gigabytes", takeTwoGigabytes},
+        {"spin for four seconds", spin},
+        {"open a file in a free place", openInAFreePlace},
+        {"gain privileges", gainPrivileges},
+        {"be traced", beTraced},
+        {"outlive its parent", outliveItsParent},
         {"have executable memory", executableMemory},
         {"make memory executable", makeExecutable},
         {"duplicate a descriptor", duplicateDescriptor},
@@ -178,13 +216,15 @@ const std::map<std::string, bool (*)()>& acts() {
 int main(int count, char** arguments) {
     const bool free = count == 3 && std::strcmp(arguments[1], "FREE") == 0;
     const bool many = count == 3 && std::strcmp(arguments[1], "MANY") == 0;
-    if (count != 2 && !free && !many) return 2;
+    const bool outer = count == 3 && std::strcmp(arguments[1], "OUTER") == 0;
+    if (count != 2 && !free && !many && !outer) return 2;
     const auto act = acts().find(arguments[count - 1]);
     if (act == acts().end()) return 2;
     if (!free) {
         using Threads = skarnel::CellLimits::Threads;
-        const skarnel::CellLimits limits{1U << 30U, 10, many ? Threads::Many : Threads::One};
-        if (!skarnel::lockIn(kPicture, kAnswer, limits)) return 3;
+        const skarnel::CellLimits limits{1U << 30U, 1, many ? Threads::Many : Threads::One};
+        const auto raise = outer ? skarnel::raiseOuterWalls : skarnel::lockIn;
+        if (!raise(kPicture, kAnswer, limits)) return 3;
     }
     return act->second() ? 0 : 10;
 }

@@ -133,6 +133,29 @@ TEST(DecoderAnswer, AReasonIsPassedOnWhereverItComes) {
     EXPECT_EQ(unknown.error().code, ErrorCode::Failed);
 }
 
+TEST(DecoderAnswer, AReasonIsShortAndFitForATerminal) {
+    const auto passedOn = [](std::string_view text) {
+        const auto size = static_cast<std::uint32_t>(text.size());
+        Answer answer;
+        answer.record(RecordKind::Failed, size).data(Bytes(text.begin(), text.end()));
+        const auto received = answer.receive();
+        return received ? "a picture" : received.error().message;
+    };
+    EXPECT_EQ(passedOn("\033]0;x\007\n\x7F"), "?]0;x???");
+    EXPECT_EQ(passedOn("h\xC3\xB6he \xE2\x82\xAC \xF0\x9F\x99\x82"),
+              "h\xC3\xB6he \xE2\x82\xAC \xF0\x9F\x99\x82");
+    EXPECT_EQ(passedOn("\xC2\x9B"
+                       "31m"),
+              "?31m")
+        << "a control of two bytes";
+    EXPECT_EQ(passedOn("\xFF\xC3"), "??") << "no UTF-8";
+    EXPECT_EQ(passedOn(std::string(1 << 20, 'a')), std::string(300, 'a'));
+    std::string tooLong(299, 'a');
+    const std::string whole = tooLong;
+    tooLong.append("\xC3\xB6");
+    EXPECT_EQ(passedOn(tooLong), whole) << "no half of a character";
+}
+
 TEST(DecoderAnswer, EveryPrefixIsRefused) {
     const Answer answer = goodAnswer();
     for (std::size_t size = 0; size < answer.bytes().size(); ++size) {

@@ -3,15 +3,24 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <chrono>
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 
+#include "imaging/io/file_builders.h"
 #include "imaging/io/pictures.h"
 #include "imaging/io/read_file.h"
 
@@ -114,6 +123,68 @@ TEST_F(Wall, OutlivesAHelperThatDies) {
         ASSERT_FALSE(decoded) << body;
         EXPECT_EQ(decoded.error().code, ErrorCode::Damaged) << body;
     }
+}
+
+TEST_F(Wall, WaitsForASleepingHelperNoLongerThanItsPatience) {
+    const FalseHelper helper("exec sleep 1000");
+    const auto decoded = io::decodeBehindWall(helper.path(), memoryFile({}).number(), {},
+                                              std::chrono::milliseconds(100));
+    ASSERT_FALSE(decoded);
+    EXPECT_EQ(decoded.error().code, ErrorCode::Damaged);
+}
+
+TEST_F(Wall, TellsAHelperWithoutWallsFromADamagedPicture) {
+    const FalseHelper helper("exit 3");
+    const auto decoded = io::decodeBehindWall(helper.path(), memoryFile({}).number(), {});
+    ASSERT_FALSE(decoded);
+    EXPECT_EQ(decoded.error().code, ErrorCode::Failed);
+    EXPECT_NE(decoded.error().message.find("walls"), std::string::npos);
+}
+
+/// Makes the kernel look like one without filters to this process and its children.
+bool takeSeccompAway() {
+    sock_filter program[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_seccomp, 3, 0),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_prctl, 0, 3),
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args[0])),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, PR_SET_SECCOMP, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog filter{std::size(program), program};
+    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter, 0, 0) == 0;
+}
+
+TEST_F(Wall, StandsAsFarAsItCanWhereTheKernelHasNoSeccomp) {
+    const Bytes png = *encodeImage(randomValidPicture(4, 4, 3), kUTTypePNG);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        if (!takeSeccompAway()) ::_exit(2);
+        if (decoderWalls()[3].name != "seccomp" || decoderWalls()[3].stands) ::_exit(3);
+        ::_exit(throughHelper(png) ? 0 : 1);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0) << "exit status " << WEXITSTATUS(status);
+}
+
+TEST_F(Wall, HandsBothLimitsToTheHelper) {
+    // 9 million pixels ask for 4500 bytes, of which this file, ending at once, has 3378.
+    BmpBuilder bmp;
+    bmp.width = bmp.height = 3000;
+    bmp.bits = 8;
+    bmp.compression = 1;
+    bmp.palette = Bytes(1024, 1);
+    bmp.pixels = Bytes(2300, 0);
+    bmp.pixels[1] = 1;
+    const Bytes file = bmp.build();
+    const auto refused = throughHelper(file, {9'000'000, 8'999'999});
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().code, ErrorCode::TooLarge);
+    EXPECT_NE(refused.error().message.find("--max-pixels"), std::string::npos);
+    EXPECT_TRUE(throughHelper(file, {9'000'000, 9'000'000}));
 }
 
 TEST_F(Wall, SaysWhenTheHelperCannotBeStarted) {

@@ -26,6 +26,16 @@ std::optional<Error> checkPictureSize(std::int64_t width, std::int64_t height,
                       static_cast<long long>(maxPixels));
         return Error{ErrorCode::TooLarge, text};
     }
+    if (width * height > limits.maxUnprovenPixels &&
+        static_cast<std::uint64_t>(width * height) / kMaxPixelsPerByte >= limits.fileBytes) {
+        char text[160];
+        std::snprintf(text, sizeof text,
+                      "The picture says it has %lld x %lld pixels, too many for a file of %llu "
+                      "bytes (--max-pixels allows them)",
+                      static_cast<long long>(width), static_cast<long long>(height),
+                      static_cast<unsigned long long>(limits.fileBytes));
+        return Error{ErrorCode::TooLarge, text};
+    }
     return std::nullopt;
 }
 
@@ -92,7 +102,9 @@ Result<UprightPicture> openUpright(ByteView bytes, const DecodeLimits& limits) {
         return {ErrorCode::Unsupported,
                 "This build cannot read pictures of type " + std::string(type->name)};
     }
-    auto picture = reader(bytes, limits);
+    DecodeLimits ofFile = limits;
+    ofFile.fileBytes = bytes.size();
+    auto picture = reader(bytes, ofFile);
     if (!picture) return picture.error();
     return UprightPicture::make(*std::move(picture), type->identifier);
 }

@@ -1,5 +1,6 @@
 #include "imaging/io/decoder_protocol.h"
 
+#include <algorithm>
 #include <bit>
 
 #include "imaging/io/byte_reader.h"
@@ -125,11 +126,48 @@ Result<std::size_t> AnswerOrder::take(const AnswerRecord& record) {
 
 namespace {
 
+/// Bytes of the character that begins the text, by its first byte and those that follow it; 0 when
+/// they are none of UTF-8.
+std::size_t characterBytes(ByteView text) {
+    const std::uint8_t first = text.front();
+    const std::size_t size = first < 0x80                     ? 1
+                             : first >= 0xC2 && first <= 0xDF ? 2
+                             : (first & 0xF0U) == 0xE0        ? 3
+                             : first >= 0xF0 && first <= 0xF4 ? 4
+                                                              : 0;
+    if (size > text.size()) return 0;
+    for (std::size_t i = 1; i < size; ++i) {
+        if ((text[i] & 0xC0U) != 0x80) return 0;
+    }
+    return size;
+}
+
+/// A message that may stand on a terminal, whoever wrote it: not long, no control characters
+/// (those of U+0080 to U+009F neither), nothing that is no UTF-8.
+std::string plainText(ByteView text) {
+    constexpr std::size_t kMaxMessageBytes = 300;
+    std::string plain;
+    while (!text.empty()) {
+        const std::size_t size = characterBytes(text);
+        const bool isControl =
+            text[0] < 0x20 || text[0] == 0x7F || (size == 2 && text[0] == 0xC2 && text[1] < 0xA0);
+        const std::size_t taken = std::max<std::size_t>(size, 1);
+        if (plain.size() + taken > kMaxMessageBytes) break;
+        if (size == 0 || isControl) {
+            plain += '?';
+        } else {
+            plain.append(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(size));
+        }
+        text = text.subspan(taken);
+    }
+    return plain;
+}
+
 Error failureOf(const AnswerRecord& record, const Bytes& text) {
     const auto code = record.second <= static_cast<std::uint32_t>(ErrorCode::Failed)
                           ? static_cast<ErrorCode>(record.second)
                           : ErrorCode::Failed;
-    return {code, std::string(text.begin(), text.end())};
+    return {code, plainText(text)};
 }
 
 /// The pixels, and the record that ends the answer with its text.

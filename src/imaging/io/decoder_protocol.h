@@ -15,6 +15,9 @@ namespace skarnel::io {
 inline constexpr int kPictureDescriptor = 3;  // the file to decode, read only
 inline constexpr int kAnswerDescriptor = 4;   // the pipe for the answer, write only
 
+/// The helper's exit status where it has not even looked at the picture, for want of walls.
+inline constexpr int kNoWallsStatus = 3;
+
 /// The answer is a sequence of records, in the machine's own byte order, since both programs run
 /// on it. Each is followed by the bytes that it announces:
 ///

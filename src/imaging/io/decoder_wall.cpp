@@ -1,7 +1,6 @@
 #include "imaging/io/decoder_wall.h"
 
 #include <fcntl.h>
-#include <linux/seccomp.h>
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
@@ -21,6 +20,7 @@
 #include "imaging/io/read_file.h"
 #include "util/log/system_log.h"
 #include "util/walls/landlock.h"
+#include "util/walls/seccomp_support.h"
 
 namespace skarnel {
 namespace io {
@@ -66,7 +66,8 @@ Result<pid_t> startHelper(const std::string& program, int picture, int answer,
     posix_spawn_file_actions_adddup2(actions.get(), highPicture.number(), kPictureDescriptor);
     posix_spawn_file_actions_adddup2(actions.get(), highAnswer.number(), kAnswerDescriptor);
     std::string name = program;
-    std::string maxPixels = std::to_string(limits.maxPixels);
+    std::string maxPixels =
+        std::to_string(limits.maxPixels) + "," + std::to_string(limits.maxUnprovenPixels);
     std::array<char*, 3> arguments = {name.data(), maxPixels.data(), nullptr};
     std::array<char*, 1> environment = {nullptr};
     pid_t child = -1;
@@ -81,13 +82,11 @@ Result<pid_t> startHelper(const std::string& program, int picture, int answer,
 
 constexpr int kPipeBytes = 1 << 20;
 
-/// The helper bounds its processor time itself; this bounds a helper that sleeps.
-constexpr std::chrono::seconds kMostTime{180};
-
 /// The reading end of the helper's pipe.
 class PipeSource : public AnswerSource {
   public:
-    explicit PipeSource(int descriptor) : descriptor_(descriptor) {}
+    PipeSource(int descriptor, std::chrono::milliseconds patience)
+        : descriptor_(descriptor), end_(std::chrono::steady_clock::now() + patience) {}
 
     bool read(void* target, std::size_t size) override {
         auto* bytes = static_cast<std::uint8_t*>(target);
@@ -122,7 +121,7 @@ class PipeSource : public AnswerSource {
     }
 
     int descriptor_;
-    std::chrono::steady_clock::time_point end_ = std::chrono::steady_clock::now() + kMostTime;
+    std::chrono::steady_clock::time_point end_;
 };
 
 /// Ends a helper that is still there when its answer is no longer waited for.
@@ -137,9 +136,9 @@ class HelperProcess {
         (void)wait();
     }
 
-    /// True when it ended by itself with status 0. It has closed its pipe, by its end as a rule;
-    /// one that only closed it is not waited for.
-    bool hasEndedWell() {
+    /// The status that it ended with by itself, or -1. It has closed its pipe, by its end as a
+    /// rule; one that only closed it is not waited for.
+    int statusAtEnd() {
         const FileDescriptor handle(
             static_cast<int>(::syscall(SYS_pidfd_open, static_cast<long>(child_), 0L)));
         if (handle.number() >= 0) {
@@ -156,13 +155,13 @@ class HelperProcess {
   private:
     static constexpr int kMostMillisecondsAfterAnswer = 10'000;
 
-    bool wait() {
+    int wait() {
         int status = 0;
         while (::waitpid(child_, &status, 0) < 0) {
             if (errno != EINTR) break;
         }
         child_ = -1;
-        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
     pid_t child_;
@@ -183,11 +182,6 @@ std::optional<std::string> findDecoderProgram() {
         if (::access(candidate.c_str(), X_OK) == 0) return candidate;
     }
     return std::nullopt;
-}
-
-bool kernelHasSeccomp() {
-    std::uint32_t action = SECCOMP_RET_KILL_PROCESS;
-    return ::syscall(SYS_seccomp, SECCOMP_GET_ACTION_AVAIL, 0, &action) == 0;
 }
 
 /// Said once: a wall that is missing stays missing.
@@ -213,7 +207,8 @@ const std::optional<std::string>& decoderProgram() {
 }
 
 Result<DecodedImage> decodeBehindWall(const std::string& program, int descriptor,
-                                      const DecodeLimits& limits) {
+                                      const DecodeLimits& limits,
+                                      std::chrono::milliseconds patience) {
     std::array<int, 2> ends{};
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) return systemError("The decoder");
     const FileDescriptor answer(ends[0]);
@@ -225,12 +220,16 @@ Result<DecodedImage> decodeBehindWall(const std::string& program, int descriptor
     helperEnd = FileDescriptor();
     if (!child) return child.error();
     HelperProcess helper(*child);
-    PipeSource source(answer.number());
+    PipeSource source(answer.number(), patience);
     auto received = receiveAnswer(source, limits);
     // Without memory here the helper is still in the middle of its answer.
     const bool here = !received && received.error().code == ErrorCode::OutOfMemory;
-    if (here || (source.isAtEnd() && helper.hasEndedWell())) return received;
-    return died();
+    if (here) return received;
+    const int status = source.isAtEnd() ? helper.statusAtEnd() : -1;
+    if (status == kNoWallsStatus) {
+        return {ErrorCode::Failed, "The walls around the decoder cannot be raised"};
+    }
+    return status == 0 ? std::move(received) : died();
 }
 
 }  // namespace io
@@ -240,7 +239,7 @@ std::vector<DecoderWall> decoderWalls() {
     return {{"helper program", helper},
             {"no new privileges", helper},
             {"resource limits", helper},
-            {"seccomp", helper && io::kernelHasSeccomp()},
+            {"seccomp", helper && kernelHasSeccomp()},
             {"landlock", helper && landlockVersion() > 0}};
 }
 

@@ -1,6 +1,7 @@
 // Decoding in a helper program that can do nothing but decode.
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 
@@ -15,8 +16,10 @@ const std::optional<std::string>& decoderProgram();
 
 /// Starts `program` on an open descriptor, waits for its end and takes its answer. However the
 /// helper ends (refused, killed, out of time), the caller gets a picture or an Error: Damaged
-/// when it died, since a decoder that breaks breaks on its input.
+/// when it died, since a decoder that breaks breaks on its input; Failed when it found no walls.
+/// It bounds its processor time itself; `patience` bounds one that sleeps.
 Result<DecodedImage> decodeBehindWall(const std::string& program, int descriptor,
-                                      const DecodeLimits& limits);
+                                      const DecodeLimits& limits,
+                                      std::chrono::milliseconds patience = std::chrono::minutes(3));
 
 }  // namespace skarnel::io

@@ -77,7 +77,12 @@ std::optional<std::string> preferredExtensionOfType(std::string_view identifier)
 /// Bounds on what a decoder may be made to do.
 struct DecodeLimits {
     std::int64_t maxPixels = 500'000'000;
+    /// A picture of more pixels must have a byte of its file for every `kMaxPixelsPerByte`: photos
+    /// have one for a few pixels, files that are made to fill memory one for many thousands.
+    std::int64_t maxUnprovenPixels = 64'000'000;
+    std::uint64_t fileBytes = UINT64_MAX;  // set by who has the bytes
 };
+inline constexpr std::uint64_t kMaxPixelsPerByte = 2000;
 
 struct DecodedImage {
     CGImage image;               // upright, sRGB, premultiplied RGBA8; alpha 0 means colour 0

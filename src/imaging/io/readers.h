@@ -90,7 +90,8 @@ Result<SourcePicture> readJpegXL(ByteView bytes, const DecodeLimits& limits);
 Result<SourcePicture> readHeif(ByteView bytes, const DecodeLimits& limits);
 
 /// An Error when a size is below 1, a side is above what 32-bit rows can hold, or the area is
-/// above the limit (`formatPixels` is a format's own lower one); nothing is allocated.
+/// above the limit (`formatPixels` is a format's own lower one) or not to be believed of a file
+/// of so few bytes; nothing is allocated.
 std::optional<Error> checkPictureSize(std::int64_t width, std::int64_t height,
                                       const DecodeLimits& limits,
                                       std::int64_t formatPixels = INT64_MAX);

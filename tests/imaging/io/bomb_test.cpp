@@ -4,8 +4,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <fstream>
+#include <iterator>
 
 #include "imaging/io/file_builders.h"
 #include "imaging/io/pictures.h"
@@ -108,6 +110,72 @@ Bytes bmpBomb(std::int32_t side, std::uint32_t compression) {
     return bmp.build();
 }
 
+/// One colour as a lossless WebP: a header and five codes of one symbol each.
+Bytes webpOfOneColor(unsigned width, unsigned height) {
+    std::vector<bool> bits;
+    const auto put = [&bits](unsigned value, int count) {
+        for (int i = 0; i < count; ++i) bits.push_back((value >> i & 1U) != 0);
+    };
+    put(0x2F, 8);
+    put(width - 1, 14);
+    put(height - 1, 14);
+    put(0, 1);  // no alpha
+    put(0, 3);  // version
+    put(0, 3);  // no transform, no colour cache, no groups of codes
+    // Simple code, one symbol, of one bit: 0.
+    for (int i = 0; i < 5; ++i) put(1, 4);
+    Bytes data((bits.size() + 15) / 16 * 2);
+    for (std::size_t i = 0; i < bits.size(); ++i) {
+        if (bits[i]) data[i / 8] |= static_cast<std::uint8_t>(1U << i % 8);
+    }
+    ByteSink out(false);
+    out.text("RIFF").u32(12 + data.size()).text("WEBPVP8L").u32(data.size()).raw(data);
+    return out.bytes;
+}
+
+/// 1 bit a pixel, which deflate packs a thousandfold.
+Bytes pngOfOneColor(std::uint32_t side) {
+    return buildPng(side, side, 1, 0, Bytes(std::size_t{side} * ((side + 7) / 8)));
+}
+
+Bytes psdOfOneColor(std::uint32_t side) {
+    PsdBuilder psd;
+    psd.width = psd.height = side;
+    psd.depth = 1;
+    psd.mode = 0;
+    psd.packing = 2;
+    psd.rows.assign(side, Bytes((side + 7) / 8));
+    return psd.build();
+}
+
+/// Fax coding: a row like the one above it, or white at first, is one bit.
+Bytes tiffOfOneColor(std::uint32_t side) {
+    TiffBuilder tiff(side, side, 0, {1});
+    tiff.tags[259] = {4};
+    tiff.blocks = {Bytes((side + 7) / 8, 0xFF)};
+    return tiff.build();
+}
+
+/// A canvas with one pixel on it.
+Bytes gifOfOnePixel(unsigned side) {
+    Bytes file = buildGif(1, 1, Bytes(768, 7), {3});
+    file[6] = file[8] = static_cast<std::uint8_t>(side);
+    file[7] = file[9] = static_cast<std::uint8_t>(side >> 8);
+    return file;
+}
+
+/// Runs that end at once, and as much behind them as the reader asks for.
+Bytes bmpOfNoRuns(std::int32_t side) {
+    BmpBuilder bmp;
+    bmp.width = bmp.height = side;
+    bmp.bits = 8;
+    bmp.compression = 1;
+    bmp.palette = Bytes(1024, 1);
+    bmp.pixels = Bytes(static_cast<std::size_t>(side) * static_cast<std::size_t>(side) / 4000);
+    bmp.pixels[1] = 1;
+    return bmp.build();
+}
+
 struct Bomb {
     const char* name;
     Bytes (*make)();
@@ -127,9 +195,12 @@ long peakKilobytes() {
     return 0;
 }
 
+enum class Reason { Any, Size };
+
 /// Decodes in a child, whose peak of memory is its own: exit 0 when the file was refused, 1 when
-/// it opened, 2 when it took more than 300 MB, 3 when it took more than 2 seconds.
-int refuse(const Bytes& file) {
+/// it opened, 2 when it took more than 300 MB, 3 when it took more than 2 seconds, 4 when it was
+/// refused for another reason than the one that is expected.
+int refuse(const Bytes& file, Reason reason = Reason::Any) {
     const pid_t child = ::fork();
     if (child == 0) {
         std::ofstream("/proc/self/clear_refs") << 5;  // the peak starts from here
@@ -139,6 +210,9 @@ int refuse(const Bytes& file) {
         const auto time = std::chrono::steady_clock::now() - start;
         if (peakKilobytes() - before > 300 * 1024) ::_exit(2);
         if (time > std::chrono::seconds(2)) ::_exit(3);
+        const bool ofSize = !decoded && decoded.error().code == ErrorCode::TooLarge &&
+                            decoded.error().message.find("--max-pixels") != std::string::npos;
+        if (reason == Reason::Size && !decoded && !ofSize) ::_exit(4);
         ::_exit(decoded ? 1 : 0);
     }
     int status = 0;
@@ -178,6 +252,77 @@ INSTANTIATE_TEST_SUITE_P(
                       Bomb{"BmpOf20000Raw", [] { return bmpBomb(20000, 0); }},
                       Bomb{"BmpOf20000Runs", [] { return bmpBomb(20000, 1); }}),
     [](const auto& row) { return std::string(row.param.name); });
+
+class WholeBombs : public ::testing::TestWithParam<Bomb> {};
+
+TEST_P(WholeBombs, AreRefusedForTheirSize) {
+    EXPECT_EQ(refuse(GetParam().make(), Reason::Size), 0);
+}
+
+std::vector<Bomb> wholeBombs() {
+    std::vector<Bomb> all = {{"WebP", [] { return webpOfOneColor(16383, 16383); }},
+                             {"Png", [] { return pngOfOneColor(12000); }},
+                             {"Psd", [] { return psdOfOneColor(12000); }},
+                             {"TiffOfFaxRows", [] { return tiffOfOneColor(20000); }},
+                             {"BmpOfRuns", [] { return bmpOfNoRuns(20000); }}};
+    if (imageTypeWithIdentifier(kUTTypeGIF)->canRead) {
+        all.push_back({"Gif", [] { return gifOfOnePixel(20000); }});
+    }
+    return all;
+}
+
+// Nothing is wrong with these files but that a few bytes stand for hundreds of megabytes.
+INSTANTIATE_TEST_SUITE_P(Files, WholeBombs, ::testing::ValuesIn(wholeBombs()),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST(WholeBombs, AreNothingButPictures) {
+    // The same files, small: what is refused above is refused for its size alone.
+    std::vector<Bytes> files = {webpOfOneColor(160, 160), pngOfOneColor(160), psdOfOneColor(160),
+                                tiffOfOneColor(160), bmpOfNoRuns(160)};
+    if (imageTypeWithIdentifier(kUTTypeGIF)->canRead) files.push_back(gifOfOnePixel(160));
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        const auto decoded = decodeImage(files[i]);
+        ASSERT_TRUE(decoded) << i << ": " << decoded.error().message;
+        EXPECT_EQ(decoded->image.width(), 160) << i;
+    }
+}
+
+TEST(WholeBombs, AreOpenedForWhoAllowsThem) {
+    // 1600 x 1600 pixels ask for 1280 bytes.
+    const Bytes file = webpOfOneColor(1600, 1600);
+    EXPECT_TRUE(decodeImage(file)) << "not many pixels are taken on trust";
+    EXPECT_FALSE(decodeImage(file, {3'000'000, 1'000'000}));
+    EXPECT_TRUE(decodeImage(file, {3'000'000, 3'000'000}));
+}
+
+/// A JPEG XL stream that begins with its size and says nothing more.
+Bytes jxlHeader(std::uint32_t side) {
+    // From the lowest bit: not small, 18 bits of height, as wide as high, all else as usual.
+    const std::uint64_t bits = std::uint64_t{2} << 1U | std::uint64_t{side - 1} << 3U |
+                               std::uint64_t{1} << 21U | std::uint64_t{1} << 24U;
+    return ByteSink(false).u16(0x0AFF).u64(bits).bytes;
+}
+
+/// A picture whose box of its size says something else.
+Bytes withSide(const char* name, std::uint32_t side) {
+    std::ifstream stream(std::string(LATE_FILES "/") + name, std::ios::binary);
+    Bytes file{std::istreambuf_iterator<char>(stream), {}};
+    const std::string_view type = "ispe";
+    const auto at = std::search(file.begin(), file.end(), type.begin(), type.end());
+    EXPECT_NE(at, file.end()) << name;
+    const Bytes number = ByteSink(true).u32(side).u32(side).bytes;
+    std::copy(number.begin(), number.end(), at + 8);
+    return file;
+}
+
+TEST(Bombs, OfFormatsThatAreLoadedLateAreRefused) {
+    for (const std::uint32_t side : {20000U, 65500U}) {
+        // In this process: their libraries start threads, which do not survive a fork.
+        EXPECT_FALSE(decodeImage(jxlHeader(side))) << side;
+        EXPECT_FALSE(decodeImage(withSide("alpha.heic", side))) << side;
+        EXPECT_FALSE(decodeImage(withSide("p3.avif", side))) << side;
+    }
+}
 
 TEST(Bombs, ACommentThatUnpacksToMuchIsNotUnpacked) {
     const int result = refuse(pngCommentBomb());
