@@ -55,6 +55,33 @@ TEST(PngReader, GammaAndChromaticitiesDoNotChangePixels) {
         (std::vector<Rgba>{{100, 50, 20, 255}}));
 }
 
+TEST(PngReader, AnOrientationAfterThePixelsTurnsThemToo) {
+    // One entry: orientation 3, half a turn.
+    const Bytes block = ByteSink(true)
+                            .text("MM")
+                            .u16(42)
+                            .u32(8)
+                            .u16(1)
+                            .u16(0x0112)
+                            .u16(3)
+                            .u32(1)
+                            .u16(3)
+                            .u16(0)
+                            .u32(0)
+                            .bytes;
+    const Bytes rows = {10, 20, 30, 40, 50, 60};
+    const Bytes early = buildPng(2, 1, 8, 2, rows, {{"eXIf", block}});
+    Bytes late = buildPng(2, 1, 8, 2, rows);
+    constexpr long kHeadBytes = 33;  // the signature and IHDR
+    constexpr long kEndBytes = 12;   // IEND
+    const auto chunkBytes = static_cast<long>(early.size() - late.size());
+    late.insert(late.end() - kEndBytes, early.begin() + kHeadBytes,
+                early.begin() + kHeadBytes + chunkBytes);
+    const std::vector<Rgba> turned = {{40, 50, 60, 255}, {10, 20, 30, 255}};
+    EXPECT_EQ(decoded(early), turned);
+    EXPECT_EQ(decoded(late), turned);
+}
+
 TEST(PngReader, ReadsTheResolutionOnlyWhereItsUnitIsKnown) {
     auto dpi = [](unsigned unit) {
         const Bytes chunk = ByteSink(true).u32(11811).u32(3937).u8(unit).bytes;
