@@ -20,6 +20,7 @@ namespace {
 constexpr QSize kThumbnail{84, 60};  // logical pixels
 constexpr int kMargin = 4;           // of the picture within its tile
 constexpr int kCalm = 150;           // milliseconds without a change before work begins
+constexpr int kRest = 300;           // milliseconds after a change of a setting, for the next one
 constexpr int kPause = 8;            // milliseconds between two thumbnails
 
 /// The catalogues are made from the sources of this folder, which do not name the looks otherwise.
@@ -72,6 +73,8 @@ PresetStrip::PresetStrip(SettingsModel& model, UserPresets& user, Source source,
     connect(&user_, &UserPresets::changed, this, &PresetStrip::fill);
     connect(&model_, &SettingsModel::historyChanged, this, &PresetStrip::markCurrent);
     connect(&model_, &SettingsModel::refreshed, this, &PresetStrip::markCurrent);
+    connect(&model_, &SettingsModel::historyChanged, this, &PresetStrip::giveWay);
+    connect(&model_, &SettingsModel::refreshed, this, &PresetStrip::giveWay);
     for (const auto key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) {
         auto* choose = new QShortcut(key, list_);
         choose->setContext(Qt::WidgetShortcut);
@@ -236,6 +239,11 @@ void PresetStrip::sourceChanged() {
     waiting_.clear();
     for (int i = list_->count() - 1; i >= 0; --i) waiting_.push_back(list_->item(i));
     work_.start(kCalm);
+}
+
+/// A preview that follows the hand goes before the thumbnails.
+void PresetStrip::giveWay() {
+    if (work_.isActive()) work_.start(kRest);
 }
 
 void PresetStrip::workOnce() {

@@ -61,6 +61,7 @@ class PresetStrip final : public QWidget {
     void removeItem(QListWidgetItem& item);
     void showMenu(QPoint place);
     void markCurrent();
+    void giveWay();
     void workOnce();
     void setIcon(QListWidgetItem& item, const QImage& thumbnail);
 

@@ -4,6 +4,7 @@
 #include <QCheckBox>
 #include <QDrag>
 #include <QDropEvent>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
@@ -118,6 +119,25 @@ TEST_F(CompanionsTest, ThumbnailsAreMadeAfterTheFirstPictureOneByOne) {
     const QImage after = strip().list().item(0)->icon().pixmap(84, 60).toImage();
     EXPECT_NE(after, before);
     EXPECT_EQ(after.pixelColor(42, 20), QColor(Qt::red));
+}
+
+TEST_F(CompanionsTest, ThumbnailsWaitWhileSettingsChange) {
+    constexpr int kDrag = 1000;  // milliseconds: all twelve take less when nothing changes
+    constexpr int kLongest = 250;
+    start();
+    QElapsedTimer drag;
+    QElapsedTimer sinceChange;
+    drag.start();
+    sinceChange.start();
+    float value = 1;
+    while (drag.elapsed() < kDrag) {
+        app->model().editNumber("gradient", value += 0.5F);
+        sinceChange.restart();
+        QTest::qWait(1);
+        if (sinceChange.elapsed() > kLongest) GTEST_SKIP() << "too busy a machine for a drag";
+        ASSERT_TRUE(strip().isWorking()) << "after " << drag.elapsed() << " ms";
+    }
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !strip().isWorking(); }, kPatience));
 }
 
 TEST_F(CompanionsTest, TheUsersLookIsSavedRenamedAndRemoved) {
