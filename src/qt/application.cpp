@@ -2,10 +2,13 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QDialog>
 #include <QElapsedTimer>
 #include <QLineEdit>
+#include <QPointer>
 #include <QSplitter>
 #include <QWindow>
+#include <algorithm>
 
 #include "qt/appearance.h"
 #include "qt/color_well.h"
@@ -25,7 +28,8 @@
 namespace skarnel {
 namespace {
 
-constexpr int kStoreDelay = 1000;     // milliseconds after the last change
+constexpr int kStoreDelay = 1000;     // milliseconds after the last change ...
+constexpr int kStoreAtMost = 3000;    // ... and after the first, however many follow
 constexpr int kExposePatience = 300;  // milliseconds that start-up waits for the window manager
 
 }  // namespace
@@ -109,11 +113,7 @@ void Application::connectWindow() {
         controller_.windowDidEnterFullScreen(
             {"NSWindowDidEnterFullScreenNotification", &nsWindow_});
     });
-    connect(&window_, &MainWindow::closing, this, [this] {
-        takeTyped();
-        persist();
-        QApplication::quit();
-    });
+    connect(&window_, &MainWindow::closing, this, &Application::end);
     connect(&window_, &MainWindow::picturesDropped, this, &Application::openPictures);
     connect(&window_, &MainWindow::dropRefused, this, [this] {
         window_.tell(tr("Only a picture file of this computer can be dropped here."));
@@ -127,11 +127,14 @@ void Application::connectWindow() {
 
 void Application::connectSettings() {
     storeTimer_.setSingleShot(true);
-    storeTimer_.setInterval(kStoreDelay);
     // The window's place and the recent files too: a program that is killed does not get to its
     // end.
     connect(&storeTimer_, &QTimer::timeout, this, &Application::persist);
-    const auto storeSoon = [this] { storeTimer_.start(); };
+    const auto storeSoon = [this] {
+        if (!storeTimer_.isActive()) storeBy_.setRemainingTime(kStoreAtMost);
+        const qint64 left = std::max<qint64>(storeBy_.remainingTime(), 0);
+        storeTimer_.start(static_cast<int>(std::min<qint64>(left, kStoreDelay)));
+    };
     state_.onChange(storeSoon);
     connect(&window_, &MainWindow::resized, this, storeSoon);
     connect(&window_.splitter(), &QSplitter::splitterMoved, this, storeSoon);
@@ -218,6 +221,18 @@ void Application::raise() {
         window_.show();
     window_.raise();
     window_.activateWindow();
+}
+
+void Application::end() {
+    // A dialog that has no button for it would refuse to be closed, and the end with it.
+    for (QPointer<QWidget> last; QWidget* modal = QApplication::activeModalWidget(); last = modal) {
+        auto* dialog = qobject_cast<QDialog*>(modal);
+        if (dialog == nullptr || modal == last) break;
+        dialog->reject();
+    }
+    takeTyped();
+    persist();
+    QApplication::quit();
 }
 
 void Application::persist() {

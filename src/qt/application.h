@@ -1,6 +1,7 @@
 // The application: the controller with its toolkit, the window, and the wires between them.
 #pragma once
 
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -57,6 +58,8 @@ class Application final : public QObject {
     /// Takes what is typed in the panel's fields and waits there, as leaving them would, and sends
     /// the action for it.
     void takeTyped();
+    /// Ends the program as closing the window does: sheets are cancelled, everything is stored.
+    void end();
     /// Stores what is to be found again at the next start.
     void persist();
     /// The same without asking the window, which may have lost its display.
@@ -122,6 +125,7 @@ class Application final : public QObject {
     std::array<std::unique_ptr<QtSlider>, kSettingRanges.size()> sliders_;
     std::array<std::unique_ptr<QtNumberTextField>, kSettingRanges.size()> fields_;
     QTimer storeTimer_;
+    QDeadlineTimer storeBy_;  // while the timer runs
     Motion motion_;
     bool awake_ = false;                     // the logo is installed: pictures may come
     std::unique_ptr<QTemporaryDir> pasted_;  // holds the pasted picture while it is the source

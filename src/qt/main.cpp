@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "qt/application.h"
+#include "qt/end_signals.h"
 #include "qt/file_names.h"
 #include "qt/languages.h"
 #include "qt/process_walls.h"
@@ -183,6 +184,10 @@ int main(int argc, char** argv) {
                          application.openPictures(called);
                      });
     const LastDeed keep([&application] { application.persistWithoutWindow(); });
+    // The end of the session or of the terminal, or Ctrl+C there.
+    const skarnel::EndSignals endSignals;
+    QObject::connect(&endSignals, &skarnel::EndSignals::asked, &application,
+                     &skarnel::Application::end);
     application.start(pictures);
     return QApplication::exec();
 }

@@ -3,11 +3,13 @@
 #include <QAccessible>
 #include <QAction>
 #include <QCheckBox>
+#include <QDir>
 #include <QFileDialog>
 #include <QLabel>
 #include <QProgressBar>
 #include <QScreen>
 #include <QSplitter>
+#include <QTimer>
 #include <algorithm>
 #include <cmath>
 
@@ -31,6 +33,19 @@ TEST_F(ApplicationTest, StartsWithTheLogosReflectionAndThePlaceholder) {
     EXPECT_EQ(text.styleAt(0).size, 48);
     EXPECT_EQ(app->controller().saveFilename, "TavelinLogo");
     EXPECT_EQ(app->resultWindow().firstResponder(), &app->imageView());
+}
+
+TEST_F(ApplicationTest, WhatChangesWithoutAPauseIsStoredAllTheSame) {
+    start();
+    int changes = 0;
+    QTimer hand;
+    QObject::connect(&hand, &QTimer::timeout, &hand,
+                     [&] { app->state().setOpenFolder(QString::number(++changes)); });
+    hand.start(100);
+    const QString file = folder.filePath(QStringLiteral("state/window.json"));
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return !WindowState(file).openFolder().isEmpty(); }, kPatience));
+    EXPECT_GT(changes, 1);
 }
 
 TEST_F(ApplicationTest, TheControllersProgressIndicatorIsThereAndHidden) {

@@ -257,6 +257,41 @@ TEST_F(ProcessesTest, WithoutADisplayItSaysSoAndNamesTheOtherProgram) {
     }
 }
 
+QImage screenNow() {
+    return QGuiApplication::primaryScreen()->grabWindow(0).toImage();
+}
+
+TEST_F(ProcessesTest, ASignalToEndEndsItAsClosingTheWindowDoes) {
+    const struct {
+        int signal;
+        bool underASheet;
+    } rows[] = {{SIGTERM, false}, {SIGHUP, true}, {SIGINT, false}};
+    bool checkerboard = false;
+    for (const auto& row : rows) {
+        QProcess& program = start();
+        const QString window = awaitWindow(QStringLiteral("TavelinLogo"));
+        const QImage plain = screenNow();
+        press(window, QStringLiteral("ctrl+k"));
+        ASSERT_TRUE(wait([&] { return screenNow() != plain; }));
+        checkerboard = !checkerboard;
+        if (row.underASheet) {
+            press(window, QStringLiteral("ctrl+s"));
+            ASSERT_TRUE(wait([] {
+                return !xdotool({QStringLiteral("search"), QStringLiteral("--name"),
+                                 QStringLiteral("^Save Result$")})
+                            .isEmpty();
+            }));
+        }
+        ASSERT_EQ(::kill(static_cast<pid_t>(program.processId()), row.signal), 0);
+        ASSERT_TRUE(wait([&] { return program.state() == QProcess::NotRunning; })) << row.signal;
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit) << row.signal;
+        EXPECT_EQ(program.exitCode(), 0) << row.signal;
+        EXPECT_EQ(WindowState(statePath()).checkerboard(), checkerboard) << row.signal;
+        const QDir door(surroundings.value(QStringLiteral("XDG_RUNTIME_DIR")));
+        EXPECT_TRUE(door.entryList({QStringLiteral("skarnel-*[0-9a-f]")}, QDir::System).isEmpty());
+    }
+}
+
 /// A file manager in small: a drag of a file begins where the mouse is pressed.
 class DragSource final : public QWidget {
   public:
