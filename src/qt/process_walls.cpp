@@ -1,6 +1,8 @@
 #include "qt/process_walls.h"
 
 #include <QDesktopServices>
+#include <QFile>
+#include <QFileInfo>
 #include <QLibraryInfo>
 #include <string>
 #include <vector>
@@ -31,11 +33,23 @@ std::vector<std::string> knownPages() {
     return pages;
 }
 
+/// Where the page renderer's engine looks for its program: at the place that the variable names and
+/// nowhere else, or with the toolkit's programs and then beside this one.
+std::vector<std::string> pageRendererPrograms() {
+    if (const QString chosen = qEnvironmentVariable("QTWEBENGINEPROCESS_PATH"); !chosen.isEmpty())
+        return {QFile::encodeName(chosen).toStdString()};
+    const QString name = QStringLiteral("/QtWebEngineProcess");
+    const QString beside = QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath();
+    std::vector<std::string> programs{
+        QFile::encodeName(QLibraryInfo::path(QLibraryInfo::LibraryExecutablesPath) + name)
+            .toStdString()};
+    if (!beside.isEmpty()) programs.push_back(QFile::encodeName(beside + name).toStdString());
+    return programs;
+}
+
 /// The programs that the window starts, all of them its helpers.
 std::vector<std::string> helperPrograms() {
-    std::vector<std::string> programs{(QLibraryInfo::path(QLibraryInfo::LibraryExecutablesPath) +
-                                       QStringLiteral("/QtWebEngineProcess"))
-                                          .toStdString()};
+    std::vector<std::string> programs = pageRendererPrograms();
     if (const auto& decoder = io::decoderProgram()) programs.push_back(*decoder);
     return programs;
 }

@@ -63,7 +63,8 @@ void QtToolkit::beep() {
 }
 
 std::optional<std::string> QtToolkit::temporaryDirectory() {
-    if (!temporaryDirectory_) {
+    // Cleaners of temporary files remove what nobody has touched for days.
+    if (!temporaryDirectory_ || !isOwnPrivateDirectory(*temporaryDirectory_)) {
         temporaryDirectory_ = privateTemporaryDirectory(QDir::tempPath().toStdString());
         imageFiles_.setPrivateFolder(temporaryDirectory_.value_or(""));
     }

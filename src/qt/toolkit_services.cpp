@@ -150,15 +150,11 @@ bool QtPasteboard::setData(const Bytes& data, std::string_view type) {
 
 // Temporary files ----------------------------------------------------------------------------
 
-namespace {
-
 bool isOwnPrivateDirectory(const std::string& path) {
     struct stat status {};
     return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
            status.st_uid == geteuid() && (status.st_mode & 0077) == 0;
 }
-
-}  // namespace
 
 std::optional<std::string> privateTemporaryDirectory(const std::string& parent) {
     const std::string fixed = parent + "/skarnel-" + std::to_string(geteuid());

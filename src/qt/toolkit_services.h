@@ -69,8 +69,11 @@ class QtPasteboard final : public NSPasteboard {
     QHash<QString, QByteArray> given_;  // by kind, since the last declaration
 };
 
-/// A directory of the user's own (0700) for temporary files; none when there can be none. Made at
-/// first need below `parent` and the same for the rest of the run.
+/// Whether such a directory is there, the user's own and closed to all others.
+bool isOwnPrivateDirectory(const std::string& path);
+
+/// A directory of the user's own (0700) for temporary files below `parent`, made where it is
+/// missing; none when there can be none. The same at each call while nobody else holds its name.
 std::optional<std::string> privateTemporaryDirectory(const std::string& parent);
 
 /// A path that nothing stands at, with a name that cannot be guessed.

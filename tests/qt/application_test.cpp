@@ -48,6 +48,21 @@ TEST_F(ApplicationTest, WhatChangesWithoutAPauseIsStoredAllTheSame) {
     EXPECT_GT(changes, 1);
 }
 
+TEST_F(ApplicationTest, ATemporaryDirectoryThatACleanerRemovedIsMadeAgain) {
+    const QByteArray before = qgetenv("TMPDIR");
+    qputenv("TMPDIR", folder.path().toUtf8());
+    make();
+    const auto own = app->toolkit().temporaryDirectory();
+    ASSERT_TRUE(own);
+    ASSERT_TRUE(QDir(QString::fromStdString(*own)).removeRecursively());
+    EXPECT_EQ(app->toolkit().temporaryDirectory(), own);
+    EXPECT_TRUE(isOwnPrivateDirectory(*own));
+    if (before.isEmpty())
+        qunsetenv("TMPDIR");
+    else
+        qputenv("TMPDIR", before);
+}
+
 TEST_F(ApplicationTest, TheControllersProgressIndicatorIsThereAndHidden) {
     start();
     EXPECT_NE(app->controller().progress, nullptr);

@@ -36,6 +36,9 @@ void installOpener() {
                                        << " " << folder / "note"
                                        << "\n";
     ::chmod((folder / "xdg-open").c_str(), 0755);
+    // The page renderer's program may lie anywhere.
+    fs::copy_file("/usr/bin/true", folder / "renderer");
+    ::setenv("QTWEBENGINEPROCESS_PATH", (folder / "renderer").c_str(), 1);
     ::setenv("PATH", (folder.string() + ":/usr/bin:/bin").c_str(), 1);
 }
 
@@ -53,6 +56,7 @@ int errorOfStarting(const char* program) {
 TEST(ProcessWalls, TheWindowStartsNothingButItsHelpersAndItsPagesStillOpen) {
     EXPECT_EQ(errorOfStarting("/usr/bin/true"), EACCES);
     EXPECT_EQ(errorOfStarting("/bin/sh"), EACCES);
+    EXPECT_EQ(errorOfStarting((folder / "renderer").c_str()), 0);
 
     const auto photo = findResource("sample-photo.jpg");
     ASSERT_TRUE(photo);
