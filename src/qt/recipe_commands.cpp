@@ -14,6 +14,7 @@
 #include "qt/application.h"
 #include "qt/cause_text.h"
 #include "qt/file_names.h"
+#include "qt/portal_file_dialog.h"
 #include "qt/settings_panel.h"
 #include "qt/styled_document.h"
 #include "qt/text_bar.h"
@@ -71,6 +72,14 @@ void RecipeCommands::makeActions() {
     connect(save_, &QAction::triggered, this, [this] {
         const QString proposed =
             QString::fromStdString(application_.controller().saveFilename) + suffix();
+        if (const FilePortal& portal = application_.toolkit().filePortal()) {
+            // Exactly the path that comes back can be written.
+            const QString granted =
+                PortalFileDialog::pick(*portal, PortalFileDialog::Purpose::Save, tr("Save Recipe"),
+                                       tr("Recipes (*.skarnel)"), proposed, &application_.window());
+            if (!granted.isEmpty()) saveTo(granted);
+            return;
+        }
         QString path = QFileDialog::getSaveFileName(&application_.window(), tr("Save Recipe"),
                                                     proposed, inAnyCase(tr("Recipes (*.skarnel)")),
                                                     nullptr, QFileDialog::HideNameFilterDetails);
@@ -100,6 +109,9 @@ void RecipeCommands::makeActions() {
 }
 
 QString RecipeCommands::chosenFile(const QString& title, const QString& filter) {
+    if (const FilePortal& portal = application_.toolkit().filePortal())
+        return PortalFileDialog::pick(*portal, PortalFileDialog::Purpose::Open, title, filter, {},
+                                      &application_.window());
     return QFileDialog::getOpenFileName(&application_.window(), title, {}, inAnyCase(filter),
                                         nullptr, QFileDialog::HideNameFilterDetails);
 }

@@ -4,11 +4,13 @@
 #include <QDir>
 
 #include "qt/cue_player.h"
+#include "qt/portal_file_dialog.h"
 #include "util/resources/resource_path.h"
 
 namespace skarnel {
 
-QtToolkit::QtToolkit(ToolkitParts parts) : parts_(std::move(parts)) {}
+QtToolkit::QtToolkit(ToolkitParts parts)
+    : parts_(std::move(parts)), filePortal_(PortalFileDialog::busOfSandbox()) {}
 
 QtColorPanel& QtToolkit::colorPanel() {
     if (!colorPanel_) colorPanel_ = std::make_unique<QtColorPanel>(center_, window_.data());
@@ -16,11 +18,11 @@ QtColorPanel& QtToolkit::colorPanel() {
 }
 
 std::unique_ptr<NSOpenPanel> QtToolkit::openPanel() {
-    return std::make_unique<QtOpenPanel>(parts_.state, window_.data());
+    return std::make_unique<QtOpenPanel>(parts_.state, window_.data(), filePortal_);
 }
 
 std::shared_ptr<NSSavePanel> QtToolkit::savePanel() {
-    return std::make_shared<QtSavePanel>(parts_.state);
+    return std::make_shared<QtSavePanel>(parts_.state, filePortal_);
 }
 
 std::shared_ptr<IKSaveOptions> QtToolkit::saveOptions(const ImageProperties& imageProperties,

@@ -37,6 +37,9 @@ class QtToolkit final : public Toolkit {
     void setBackgroundText(std::function<std::string()> backgroundText) {
         backgroundText_ = std::move(backgroundText);
     }
+    /// Where files are asked for in the desktop's dialogs; at first as the surroundings need it.
+    const FilePortal& filePortal() const { return filePortal_; }
+    void setFilePortal(FilePortal portal) { filePortal_ = std::move(portal); }
     /// Asked at each save for the text of the recipe that the file may carry.
     void setRecipeText(std::function<std::string()> recipeText) {
         recipeText_ = std::move(recipeText);
@@ -72,6 +75,7 @@ class QtToolkit final : public Toolkit {
 
   private:
     ToolkitParts parts_;
+    FilePortal filePortal_;
     QPointer<QWidget> window_;
     QtNotificationCenter center_;
     QtRunLoop runLoop_;

@@ -15,6 +15,8 @@
 #include <utility>
 
 #include "qt/file_names.h"
+#include "qt/portal_file_dialog.h"
+#include "qt/portal_save_sheet.h"
 #include "qt/save_dialog.h"
 #include "qt/save_options_view.h"
 #include "qt/toolkit_views.h"
@@ -58,11 +60,31 @@ void QtOpenPanel::configure(QFileDialog& dialog, const std::vector<std::string>&
     dialog.setDirectory(startFolder(state_.openFolder()));
 }
 
+int QtOpenPanel::runPortalForTypes(const std::vector<std::string>& types) {
+    using Purpose = PortalFileDialog::Purpose;
+    const Purpose purpose = !files_ && directories_ ? Purpose::OpenFolder
+                            : multiple_             ? Purpose::OpenSeveral
+                                                    : Purpose::Open;
+    PortalFileDialog dialog(*portal_, purpose, toQt(title_), parent_);
+    dialog.setWindowModality(Qt::ApplicationModal);
+    QStringList patterns;
+    for (const std::string& type : types) patterns << QStringLiteral("*.%1").arg(toQt(type));
+    dialog.setNameFilter(QStringLiteral("%1 (%2)").arg(
+        QCoreApplication::translate("OpenPanel", "Pictures"), patterns.join(QLatin1Char(' '))));
+    dialog.setAcceptLabel(toQt(prompt_));
+    if (dialog.exec() != QDialog::Accepted) return NSCancelButton;
+    const QStringList paths = dialog.paths();
+    for (const QString& path : paths) filenames_.push_back(path.toStdString());
+    state_.setChosen(paths);
+    return NSOKButton;
+}
+
 int QtOpenPanel::runModalForTypes(const std::vector<std::string>& types) {
+    filenames_.clear();
+    if (portal_) return runPortalForTypes(types);
     QFileDialog dialog(parent_, toQt(title_));
     dialog.setWindowModality(Qt::ApplicationModal);
     configure(dialog, types);
-    filenames_.clear();
     if (dialog.exec() != QDialog::Accepted) return NSCancelButton;
     // The controller leaves an empty path out.
     for (const QString& path : dialog.selectedFiles())
@@ -77,6 +99,7 @@ int QtOpenPanel::runModalForTypes(const std::vector<std::string>& types) {
 
 void QtSavePanel::beginSheet(const std::optional<std::string>& directory, std::string_view file,
                              NSWindow& modalForWindow, DidEnd didEnd, void* contextInfo) {
+    if (portal_) return beginPortalSheet(toQt(file), modalForWindow, didEnd, contextInfo);
     auto* dialog = new SaveDialog(widgetOf(modalForWindow),
                                   QCoreApplication::translate("SavePanel", "Save Result"));
     dialog->setObjectName(QStringLiteral("savePanel"));
@@ -91,6 +114,23 @@ void QtSavePanel::beginSheet(const std::optional<std::string>& directory, std::s
                          self->ended(*dialog, result, didEnd, contextInfo);
                      });
     dialog->open();
+}
+
+void QtSavePanel::beginPortalSheet(const QString& file, NSWindow& modalForWindow,
+                                   const DidEnd& didEnd, void* contextInfo) {
+    auto* sheet = new PortalSaveSheet(*portal_, accessory_, file, widgetOf(modalForWindow));
+    sheet->setWindowTitle(QCoreApplication::translate("SavePanel", "Save Result"));
+    sheet->setObjectName(QStringLiteral("savePanel"));
+    sheet->setWindowModality(Qt::WindowModal);
+    QObject::connect(sheet, &QDialog::finished, sheet,
+                     [self = shared_from_this(), sheet, didEnd, contextInfo](int result) {
+                         self->filename_ = sheet->chosen().toStdString();
+                         sheet->deleteLater();
+                         const bool saved = result == QDialog::Accepted;
+                         if (didEnd)
+                             didEnd(*self, saved ? NSOKButton : NSCancelButton, contextInfo);
+                     });
+    sheet->open();
 }
 
 void QtSavePanel::follow(SaveDialog& dialog) {

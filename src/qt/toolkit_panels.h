@@ -3,10 +3,13 @@
 
 #include <QColor>
 #include <QColorDialog>
+#include <QDBusConnection>
 #include <QPointer>
 #include <QWidget>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <utility>
 
 #include "platform/notification_center.h"
 #include "platform/panels.h"
@@ -20,10 +23,15 @@ namespace skarnel {
 class SaveDialog;
 class SaveOptionsView;
 
+/// The bus of the desktop's file dialogs, for a program in a sandbox.
+using FilePortal = std::optional<QDBusConnection>;
+
 /// Remembers its folder in the window's state, which is borrowed.
 class QtOpenPanel final : public NSOpenPanel {
   public:
-    QtOpenPanel(WindowState& state, QWidget* parent) : state_(state), parent_(parent) {}
+    /// With a bus the desktop's own dialog is asked for there.
+    QtOpenPanel(WindowState& state, QWidget* parent, FilePortal portal = {})
+        : state_(state), parent_(parent), portal_(std::move(portal)) {}
 
     void setAllowsMultipleSelection(bool allows) override { multiple_ = allows; }
     void setCanChooseDirectories(bool can) override { directories_ = can; }
@@ -36,9 +44,11 @@ class QtOpenPanel final : public NSOpenPanel {
 
   private:
     void configure(QFileDialog& dialog, const std::vector<std::string>& types) const;
+    int runPortalForTypes(const std::vector<std::string>& types);
 
     WindowState& state_;
     QWidget* parent_;
+    FilePortal portal_;
     bool multiple_ = false;
     bool directories_ = false;
     bool files_ = true;
@@ -51,7 +61,9 @@ class QtOpenPanel final : public NSOpenPanel {
 /// A sheet: modal for its window alone. Asks before it overwrites.
 class QtSavePanel final : public NSSavePanel, public std::enable_shared_from_this<QtSavePanel> {
   public:
-    explicit QtSavePanel(WindowState& state) : state_(state) {}
+    /// With a bus the place is chosen in the desktop's own dialog, after the format.
+    explicit QtSavePanel(WindowState& state, FilePortal portal = {})
+        : state_(state), portal_(std::move(portal)) {}
 
     void setAccessoryView(SaveOptionsView* view) { accessory_ = view; }
     void beginSheet(const std::optional<std::string>& directory, std::string_view file,
@@ -59,10 +71,13 @@ class QtSavePanel final : public NSSavePanel, public std::enable_shared_from_thi
     std::string filename() const override { return filename_; }
 
   private:
+    void beginPortalSheet(const QString& file, NSWindow& modalForWindow, const DidEnd& didEnd,
+                          void* contextInfo);
     void follow(SaveDialog& dialog);
     void ended(SaveDialog& dialog, int result, const DidEnd& didEnd, void* contextInfo);
 
     WindowState& state_;
+    FilePortal portal_;
     QPointer<QWidget> accessoryGuard_;
     SaveOptionsView* accessory_ = nullptr;
     std::string filename_;
