@@ -256,6 +256,10 @@
         <source>Open the guide that came with the program</source>
         <translation>Das mitgelieferte Handbuch öffnen (englisch)</translation>
     </message>
+    <message>
+        <source>The result cannot be dragged: %1.</source>
+        <translation>Das Ergebnis kann nicht gezogen werden: %1.</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::CompareOverlay</name>

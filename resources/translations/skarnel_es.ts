@@ -256,6 +256,10 @@
         <source>Open the guide that came with the program</source>
         <translation>Abrir la guía incluida con el programa (en inglés)</translation>
     </message>
+    <message>
+        <source>The result cannot be dragged: %1.</source>
+        <translation>No se puede arrastrar el resultado: %1.</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::CompareOverlay</name>

@@ -256,6 +256,10 @@
         <source>Open the guide that came with the program</source>
         <translation>Ouvrir le guide fourni avec le programme (en anglais)</translation>
     </message>
+    <message>
+        <source>The result cannot be dragged: %1.</source>
+        <translation>Impossible de faire glisser le résultat : %1.</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::CompareOverlay</name>

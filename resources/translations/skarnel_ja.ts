@@ -256,6 +256,10 @@
         <source>Open the guide that came with the program</source>
         <translation>付属のガイド (英語) を開きます</translation>
     </message>
+    <message>
+        <source>The result cannot be dragged: %1.</source>
+        <translation>結果をドラッグできません: %1。</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::CompareOverlay</name>

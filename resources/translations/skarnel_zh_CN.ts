@@ -256,6 +256,10 @@
         <source>Open the guide that came with the program</source>
         <translation>打开随程序附带的指南（英文）</translation>
     </message>
+    <message>
+        <source>The result cannot be dragged: %1.</source>
+        <translation>无法拖出结果：%1。</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::CompareOverlay</name>

@@ -4,12 +4,14 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QMenu>
-#include <QStandardPaths>
+#include <QTimer>
 #include <QToolBar>
 #include <QUrl>
 
 #include "qt/application.h"
+#include "qt/cause_text.h"
 #include "qt/compare_overlay.h"
+#include "qt/drag_folder.h"
 #include "qt/picture_painter.h"
 #include "qt/preset_strip.h"
 #include "qt/preview_memory.h"
@@ -51,6 +53,7 @@ Companions::Companions(Application& application)
     new PreviewMemory(viewer);
     new ResultDrag(viewer, [this] { return makeResultFile(); });
     connect(&viewer, &Viewer::painted, this, &Companions::noticeSource);
+    QTimer::singleShot(0, this, [] { removeOldDrags(dragFolderParent()); });
 }
 
 void Companions::addPresets() {
@@ -126,16 +129,25 @@ QString Companions::makeResultFile() {
     if (!controller.image) return {};
     const auto source = ImageOperations().getCGImageRef(*controller.image);
     const auto result = source ? controller.reflectedImage(*source) : std::nullopt;
-    const auto bytes =
-        result ? encodeImage(*result, kUTTypePNG) : Result<Bytes>(ErrorCode::Failed, "no result");
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
-                           QStringLiteral("/skarnel/dragged");
-    if (!bytes || !QDir().mkpath(folder)) return {};
+    // With the source picture's properties, its resolution above all, as saving writes them.
+    const auto bytes = result ? encodeImage(*result, kUTTypePNG, controller.image->properties())
+                              : Result<Bytes>(ErrorCode::Failed, "Out of memory");
+    if (!bytes) return dragFailed(bytes.error());
+    removeOldDrags(dragFolderParent());
+    const auto folder = freshDragFolder(dragFolderParent());
+    if (!folder) return dragFailed(folder.error());
     QString name = QString::fromStdString(controller.saveFilename);
     name.replace(QLatin1Char('/'), QLatin1Char('_'));
-    QString path = folder + QLatin1Char('/') + name + QStringLiteral(".png");
-    if (!writeFileSafely(path.toStdString(), *bytes, Overwrite::Allow)) return {};
-    return path;
+    QString path = *folder + QLatin1Char('/') + name + QStringLiteral(".png");
+    const auto written = writeFileSafely(path.toStdString(), *bytes, Overwrite::Allow);
+    if (written) return path;
+    QDir(*folder).removeRecursively();
+    return dragFailed(written.error());
+}
+
+QString Companions::dragFailed(const Error& error) {
+    application_.window().tell(tr("The result cannot be dragged: %1.").arg(causeText(error)));
+    return {};
 }
 
 }  // namespace skarnel

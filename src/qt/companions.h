@@ -10,6 +10,7 @@
 #include "imaging/cgimage.h"
 #include "imaging/nsimage/nsimage.h"
 #include "qt/user_presets.h"
+#include "util/log/result.h"
 
 class QAction;
 class QToolBar;
@@ -33,14 +34,16 @@ class Companions final : public QObject {
     QAction& showPresetsAction() const { return *showPresets_; }
     QAction& guideAction() const { return *guide_; }
 
-    /// The result at full resolution as a PNG under the save name, in a cache folder of its own.
-    /// Empty without a result, or where it cannot be written.
+    /// The result at full resolution as a PNG under the save name, with the source's resolution, in
+    /// a fresh cache folder. Empty without a result, or where it cannot be written, and then the
+    /// user is told.
     QString makeResultFile();
 
   private:
     void addPresets();
     void addGuide();
     void noticeSource();
+    QString dragFailed(const Error& error);
     /// The working copy's pixels, and the same small enough for thumbnails.
     std::optional<CGImage> picture() const;
     std::optional<CGImage> smallPicture() const;
