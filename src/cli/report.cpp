@@ -155,8 +155,7 @@ void Console::progress(std::size_t done, std::size_t total, std::string_view nam
     std::string shown = forStream(STDERR_FILENO, name);
     std::replace(shown.begin(), shown.end(), '\n', '?');  // a bar of two lines could not be wiped
     std::string line = "[" + std::string(filled, '#') + std::string(kBarWidth - filled, '.') +
-                       "] " + std::to_string(done) + "/" + std::to_string(total) + " " +
-                       shown;
+                       "] " + std::to_string(done) + "/" + std::to_string(total) + " " + shown;
     // A line that wraps could not be wiped. Cutting inside a UTF-8 sequence must not happen.
     std::size_t length = std::min(line.size(), terminalColumns() - 1);
     while (length > 0 && length < line.size() && (line[length] & 0xC0) == 0x80) --length;

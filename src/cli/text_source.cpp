@@ -13,6 +13,7 @@
 #include "textimaging/string_encodings.h"
 #include "textimaging/url_text.h"
 #include "util/log/system_log.h"
+#include "util/string/html_depth.h"
 
 namespace skarnel::cli {
 namespace {
@@ -48,8 +49,10 @@ Result<StyledText> styledText(const TextOptions& options, PageModule& module) {
         *options.html == "-" ? readDescriptor(STDIN_FILENO, kLargestHtml)
                              : readWholeFile(*options.html, kLargestHtml);
     if (!bytes) return Error{bytes.error().code, *options.html + ": " + bytes.error().message};
-    return module.styledTextOfHtml(
-        utf16FromUtf8({reinterpret_cast<const char*>(bytes->data()), bytes->size()}), style);
+    const std::string_view html(reinterpret_cast<const char*>(bytes->data()), bytes->size());
+    if (isNestedTooDeeply(html, kMaxStyledHtmlDepth))
+        return Error{ErrorCode::CannotRead, *options.html + ": The elements are nested too deeply"};
+    return module.styledTextOfHtml(utf16FromUtf8(html), style);
 }
 
 // The steps of the window's command up to the file of the page, by the same methods.

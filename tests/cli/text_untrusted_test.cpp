@@ -38,5 +38,19 @@ TEST(UntrustedText, OfTheCommandLineReachesNothingAndIsDrawnAsTyped) {
     EXPECT_FALSE(watch.wasOpened());
 }
 
+TEST(UntrustedText, MarkupThatIsNestedTooDeeplyIsRefused) {
+    ::unsetenv("DISPLAY");
+    const test::TemporaryFolder folder;
+    std::string html;
+    for (int i = 0; i < 100'000; ++i) html += "<b>";
+    test::putFile(folder / "deep.html", html + "text");
+    const test::Finished finished =
+        test::render({"--html", folder / "deep.html", "-o", folder / "out.png"});
+    EXPECT_EQ(finished.exitCode, 1);
+    EXPECT_NE(finished.err.find("deep.html: The elements are nested too deeply"), std::string::npos)
+        << finished.err;
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"deep.html"});
+}
+
 }  // namespace
 }  // namespace skarnel

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "qt/page/format_values.h"
+#include "util/string/html_depth.h"
 
 namespace skarnel {
 namespace {
@@ -63,10 +64,11 @@ QString withFractionsInPoints(QString html) {
 }  // namespace
 
 StyledText styledTextOfHtml(std::u16string_view html, const TextStyle& base) {
+    const QString source = QString::fromUtf16(html.data(), static_cast<qsizetype>(html.size()));
+    if (isNestedTooDeeply(source.toStdString(), kMaxStyledHtmlDepth)) return {};
     ClosedDocument document;
     document.setUndoRedoEnabled(false);
-    document.setHtml(withFractionsInPoints(
-        QString::fromUtf16(html.data(), static_cast<qsizetype>(html.size()))));
+    document.setHtml(withFractionsInPoints(source));
     StyledText text;
     std::vector<TextAlignment> alignments;
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {

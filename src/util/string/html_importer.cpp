@@ -5,17 +5,17 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "util/string/html_depth.h"
+
 namespace skarnel {
 namespace {
 
 constexpr std::size_t kMaxDepth = 10'000;
-constexpr std::size_t kMaxReopened = 5'000'000;
 
 template <std::size_t N>
 bool isOneOf(GumboTag tag, const std::array<GumboTag, N>& tags) {
@@ -142,66 +142,11 @@ std::string textOfTree(const GumboNode& root) {
     return collector.text();
 }
 
-/// Elements that have no content, or that the parser ends by itself: they do not nest.
-bool nests(std::string_view name) {
-    static constexpr std::array<std::string_view, 22> kFlat{
-        "area", "base", "br",     "col", "embed",  "hr", "img",   "input", "link", "meta", "param",
-        "wbr",  "p",    "source", "li",  "option", "dt", "track", "dd",    "td",   "th",   "tr"};
-    return std::find(kFlat.begin(), kFlat.end(), name) == kFlat.end();
-}
-
-/// Elements that the parser opens anew in every block until their end tag comes.
-bool isFormatting(std::string_view name) {
-    static constexpr std::array<std::string_view, 14> kFormatting{
-        "a",    "b", "big",   "code",   "em",     "font", "i",
-        "nobr", "s", "small", "strike", "strong", "tt",   "u"};
-    return std::find(kFormatting.begin(), kFormatting.end(), name) != kFormatting.end();
-}
-
-struct Tag {
-    std::string name;  // lower case; empty for a comment and the like
-    bool ends = false;
-};
-
-/// The tag whose "<" is at `at`, which is moved behind the name.
-Tag readTag(std::string_view html, std::size_t& at) {
-    Tag tag;
-    tag.ends = ++at < html.size() && html[at] == '/';
-    if (tag.ends) ++at;
-    while (at < html.size() && std::isalnum(static_cast<unsigned char>(html[at])) != 0)
-        tag.name.push_back(static_cast<char>(std::tolower(static_cast<unsigned char>(html[at++]))));
-    return tag;
-}
-
-/// Estimates what the parser would have to do, from the start tags that no end tag of the same name
-/// has answered yet: the tree is about that deep, and each further tag may open all those of them
-/// anew that only format.
-bool isTooMuch(std::string_view html) {
-    std::map<std::string, std::size_t, std::less<>> open;
-    std::size_t depth = 0;
-    std::size_t formatting = 0;
-    std::size_t reopened = 0;
-    for (std::size_t at = html.find('<'); at != std::string_view::npos; at = html.find('<', at)) {
-        const Tag tag = readTag(html, at);
-        if (tag.name.empty()) continue;
-        reopened += formatting;
-        if (!nests(tag.name)) continue;
-        std::size_t& count = open[tag.name];
-        if (tag.ends && count == 0) continue;
-        const std::size_t step = tag.ends ? std::size_t(-1) : 1;  // wraps: one less
-        count += step;
-        depth += step;
-        if (isFormatting(tag.name)) formatting += step;
-        if (depth > kMaxDepth || reopened > kMaxReopened) return true;
-    }
-    return reopened > kMaxReopened;
-}
-
 }  // namespace
 
 std::optional<HTMLDocument> importHTML(std::span<const std::uint8_t> bytes) {
     const std::string html = stringWithDetectedEncoding(bytes).description();
-    if (isTooMuch(html)) return std::nullopt;
+    if (isNestedTooDeeply(html, kMaxDepth)) return std::nullopt;
     const auto destroy = [](GumboOutput* output) {
         gumbo_destroy_output(&kGumboDefaultOptions, output);
     };

@@ -23,10 +23,7 @@ struct HTMLDocument {
 /// the end of the document; empty lines come from `br` only. Cells of a table row are separated by
 /// tabs. The head, scripts, style sheets and templates have no text.
 ///
-/// None for markup nested deeper than 10,000 elements, and for one whose unclosed formatting would
-/// be opened anew more than 5 million times: the parser takes quadratic time and memory for them.
-/// Both are estimated before parsing, by the tags that no end tag of their name answers, those in
-/// comments and self-closed ones of drawings among them.
+/// None for markup that is nested too deeply, with at most 10,000 elements.
 std::optional<HTMLDocument> importHTML(std::span<const std::uint8_t> bytes);
 
 }  // namespace skarnel

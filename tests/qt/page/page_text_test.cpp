@@ -193,5 +193,18 @@ TEST(StyledTextOfHtml, PicturesScriptsAndLinksLeaveNothingButTheirText) {
     EXPECT_EQ(text.styleAt(1), styleOf(48));
 }
 
+std::u16string nested(int depth) {
+    std::u16string html;
+    for (int i = 0; i < depth; ++i) html += u"<div>";
+    return html + u"text";
+}
+
+TEST(StyledTextOfHtml, MarkupThatIsNestedTooDeeplyHasNoText) {
+    EXPECT_EQ(styledTextOfHtml(nested(1'000), styleOf(48)).characters(), u"text");
+    EXPECT_TRUE(styledTextOfHtml(nested(1'001), styleOf(48)).isEmpty());
+    // Would take the toolkit minutes.
+    EXPECT_TRUE(styledTextOfHtml(nested(100'000), styleOf(48)).isEmpty());
+}
+
 }  // namespace
 }  // namespace skarnel::test_page

@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "util/string/html_depth.h"
+
 namespace skarnel {
 namespace {
 
@@ -93,6 +95,12 @@ TEST(HTMLImporter, RefusesFormattingThatGrowsWithEveryBlock) {
     html += "</div>";
     EXPECT_EQ(textOf(html + repeated("<div>x</div>", 3'000)), "(none)");
     EXPECT_EQ(textOf(html + repeated("<p>x", 3'000)), "(none)");
+}
+
+TEST(HTMLImporter, TellsHowDeepMarkupIs) {
+    EXPECT_FALSE(isNestedTooDeeply(repeated("<div>", 5), 5));
+    EXPECT_TRUE(isNestedTooDeeply(repeated("<div>", 6), 5));
+    EXPECT_FALSE(isNestedTooDeeply(repeated("<div></div>", 600), 5));
 }
 
 TEST(HTMLImporter, TakesLongMarkupThatIsNot) {
