@@ -8,6 +8,38 @@
         <translation>%1 mal %2 Pixel, Zoom %3 %</translation>
     </message>
     <message>
+        <source>cropped to %1 by %2 at %3, %4</source>
+        <translation>zugeschnitten auf %1 mal %2 bei %3, %4</translation>
+    </message>
+    <message>
+        <source>turned by %1°</source>
+        <translation>um %1° gedreht</translation>
+    </message>
+    <message>
+        <source>selected %1 by %2 at %3, %4</source>
+        <translation>ausgewählt: %1 mal %2 bei %3, %4</translation>
+    </message>
+    <message>
+        <source>marks: %1, the last from %2, %3 to %4, %5</source>
+        <translation>Markierungen: %1, die letzte von %2, %3 bis %4, %5</translation>
+    </message>
+    <message>
+        <source>Return begins a selection; arrow keys move it, with Shift they change its size, with Ctrl they go further; Escape takes it away</source>
+        <translation>Eingabe beginnt eine Auswahl; Pfeiltasten verschieben sie, mit Umschalt ändern sie die Größe, mit Strg in größeren Schritten; Esc hebt sie auf</translation>
+    </message>
+    <message>
+        <source>Return begins a frame; arrow keys move it, with Shift they change its size, with Ctrl they go further; Return crops, Escape gives up</source>
+        <translation>Eingabe beginnt einen Rahmen; Pfeiltasten verschieben ihn, mit Umschalt ändern sie die Größe, mit Strg in größeren Schritten; Eingabe schneidet zu, Esc bricht ab</translation>
+    </message>
+    <message>
+        <source>Left and right arrow keys turn the picture, with Shift in steps; Escape turns it back</source>
+        <translation>Die Pfeiltasten links und rechts drehen das Bild, mit Umschalt in Stufen; Esc dreht es zurück</translation>
+    </message>
+    <message>
+        <source>Return puts a mark in the middle; arrow keys move it, with Shift they change its size, with Ctrl they go further; Return keeps it, Escape takes it away</source>
+        <translation>Eingabe setzt eine Markierung in die Mitte; Pfeiltasten verschieben sie, mit Umschalt ändern sie die Größe, mit Strg in größeren Schritten; Eingabe behält sie, Esc entfernt sie</translation>
+    </message>
+    <message>
         <source>%1, opacity %2 %</source>
         <translation>%1, Deckkraft %2 %</translation>
     </message>
@@ -93,6 +125,10 @@
     <message>
         <source>The picture&apos;s structure cannot be followed</source>
         <translation>Dem Aufbau des Bildes kann nicht gefolgt werden</translation>
+    </message>
+    <message>
+        <source>The file already exists</source>
+        <translation>Die Datei gibt es bereits</translation>
     </message>
     <message>
         <source>The folder does not exist</source>

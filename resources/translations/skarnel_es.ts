@@ -8,6 +8,38 @@
         <translation>%1 por %2 píxeles, zoom %3 %</translation>
     </message>
     <message>
+        <source>cropped to %1 by %2 at %3, %4</source>
+        <translation>recortado a %1 por %2 en %3, %4</translation>
+    </message>
+    <message>
+        <source>turned by %1°</source>
+        <translation>girado %1°</translation>
+    </message>
+    <message>
+        <source>selected %1 by %2 at %3, %4</source>
+        <translation>seleccionado: %1 por %2 en %3, %4</translation>
+    </message>
+    <message>
+        <source>marks: %1, the last from %2, %3 to %4, %5</source>
+        <translation>marcas: %1, la última de %2, %3 a %4, %5</translation>
+    </message>
+    <message>
+        <source>Return begins a selection; arrow keys move it, with Shift they change its size, with Ctrl they go further; Escape takes it away</source>
+        <translation>Intro inicia una selección; las flechas la mueven, con Mayús cambian su tamaño y con Ctrl avanzan más; Esc la quita</translation>
+    </message>
+    <message>
+        <source>Return begins a frame; arrow keys move it, with Shift they change its size, with Ctrl they go further; Return crops, Escape gives up</source>
+        <translation>Intro inicia un marco; las flechas lo mueven, con Mayús cambian su tamaño y con Ctrl avanzan más; Intro recorta, Esc lo abandona</translation>
+    </message>
+    <message>
+        <source>Left and right arrow keys turn the picture, with Shift in steps; Escape turns it back</source>
+        <translation>Las flechas izquierda y derecha giran la imagen, con Mayús por pasos; Esc deshace el giro</translation>
+    </message>
+    <message>
+        <source>Return puts a mark in the middle; arrow keys move it, with Shift they change its size, with Ctrl they go further; Return keeps it, Escape takes it away</source>
+        <translation>Intro pone una marca en el centro; las flechas la mueven, con Mayús cambian su tamaño y con Ctrl avanzan más; Intro la conserva, Esc la quita</translation>
+    </message>
+    <message>
         <source>%1, opacity %2 %</source>
         <translation>%1, opacidad %2 %</translation>
     </message>
@@ -93,6 +125,10 @@
     <message>
         <source>The picture&apos;s structure cannot be followed</source>
         <translation>No se puede seguir la estructura de la imagen</translation>
+    </message>
+    <message>
+        <source>The file already exists</source>
+        <translation>El archivo ya existe</translation>
     </message>
     <message>
         <source>The folder does not exist</source>

@@ -8,6 +8,38 @@
         <translation>%1 sur %2 pixels, zoom %3 %</translation>
     </message>
     <message>
+        <source>cropped to %1 by %2 at %3, %4</source>
+        <translation>rognée à %1 sur %2 en %3, %4</translation>
+    </message>
+    <message>
+        <source>turned by %1°</source>
+        <translation>tournée de %1°</translation>
+    </message>
+    <message>
+        <source>selected %1 by %2 at %3, %4</source>
+        <translation>sélection : %1 sur %2 en %3, %4</translation>
+    </message>
+    <message>
+        <source>marks: %1, the last from %2, %3 to %4, %5</source>
+        <translation>annotations : %1, la dernière de %2, %3 à %4, %5</translation>
+    </message>
+    <message>
+        <source>Return begins a selection; arrow keys move it, with Shift they change its size, with Ctrl they go further; Escape takes it away</source>
+        <translation>Entrée commence une sélection ; les flèches la déplacent, avec Maj elles changent sa taille, avec Ctrl elles vont plus loin ; Échap la retire</translation>
+    </message>
+    <message>
+        <source>Return begins a frame; arrow keys move it, with Shift they change its size, with Ctrl they go further; Return crops, Escape gives up</source>
+        <translation>Entrée commence un cadre ; les flèches le déplacent, avec Maj elles changent sa taille, avec Ctrl elles vont plus loin ; Entrée rogne, Échap abandonne</translation>
+    </message>
+    <message>
+        <source>Left and right arrow keys turn the picture, with Shift in steps; Escape turns it back</source>
+        <translation>Les flèches gauche et droite tournent l’image, avec Maj par paliers ; Échap annule la rotation</translation>
+    </message>
+    <message>
+        <source>Return puts a mark in the middle; arrow keys move it, with Shift they change its size, with Ctrl they go further; Return keeps it, Escape takes it away</source>
+        <translation>Entrée place une annotation au centre ; les flèches la déplacent, avec Maj elles changent sa taille, avec Ctrl elles vont plus loin ; Entrée la garde, Échap la retire</translation>
+    </message>
+    <message>
         <source>%1, opacity %2 %</source>
         <translation>%1, opacité %2 %</translation>
     </message>
@@ -93,6 +125,10 @@
     <message>
         <source>The picture&apos;s structure cannot be followed</source>
         <translation>La structure de l’image ne peut pas être suivie</translation>
+    </message>
+    <message>
+        <source>The file already exists</source>
+        <translation>Le fichier existe déjà</translation>
     </message>
     <message>
         <source>The folder does not exist</source>

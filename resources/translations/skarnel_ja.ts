@@ -8,6 +8,38 @@
         <translation>%1 × %2 ピクセル、表示倍率 %3%</translation>
     </message>
     <message>
+        <source>cropped to %1 by %2 at %3, %4</source>
+        <translation>%3, %4 の %1×%2 に切り抜き</translation>
+    </message>
+    <message>
+        <source>turned by %1°</source>
+        <translation>%1° 回転</translation>
+    </message>
+    <message>
+        <source>selected %1 by %2 at %3, %4</source>
+        <translation>%3, %4 の %1×%2 を選択</translation>
+    </message>
+    <message>
+        <source>marks: %1, the last from %2, %3 to %4, %5</source>
+        <translation>注釈: %1 個、最後は %2, %3 から %4, %5</translation>
+    </message>
+    <message>
+        <source>Return begins a selection; arrow keys move it, with Shift they change its size, with Ctrl they go further; Escape takes it away</source>
+        <translation>Enter で選択範囲を作り、矢印キーで移動、Shift で大きさを変更、Ctrl で大きく動かし、Esc で解除します</translation>
+    </message>
+    <message>
+        <source>Return begins a frame; arrow keys move it, with Shift they change its size, with Ctrl they go further; Return crops, Escape gives up</source>
+        <translation>Enter で枠を作り、矢印キーで移動、Shift で大きさを変更、Ctrl で大きく動かし、Enter で切り抜き、Esc で中止します</translation>
+    </message>
+    <message>
+        <source>Left and right arrow keys turn the picture, with Shift in steps; Escape turns it back</source>
+        <translation>左右の矢印キーで画像を回転、Shift で段階的に回転し、Esc で元に戻します</translation>
+    </message>
+    <message>
+        <source>Return puts a mark in the middle; arrow keys move it, with Shift they change its size, with Ctrl they go further; Return keeps it, Escape takes it away</source>
+        <translation>Enter で中央に注釈を置き、矢印キーで移動、Shift で大きさを変更、Ctrl で大きく動かし、Enter で確定、Esc で取り消します</translation>
+    </message>
+    <message>
         <source>%1, opacity %2 %</source>
         <translation>%1、不透明度 %2%</translation>
     </message>
@@ -93,6 +125,10 @@
     <message>
         <source>The picture&apos;s structure cannot be followed</source>
         <translation>画像の構造を読み取れません</translation>
+    </message>
+    <message>
+        <source>The file already exists</source>
+        <translation>ファイルはすでに存在します</translation>
     </message>
     <message>
         <source>The folder does not exist</source>

@@ -8,6 +8,38 @@
         <translation>%1 × %2 像素，缩放 %3%</translation>
     </message>
     <message>
+        <source>cropped to %1 by %2 at %3, %4</source>
+        <translation>裁剪为 %1 × %2，位于 %3, %4</translation>
+    </message>
+    <message>
+        <source>turned by %1°</source>
+        <translation>已旋转 %1°</translation>
+    </message>
+    <message>
+        <source>selected %1 by %2 at %3, %4</source>
+        <translation>已选择 %1 × %2，位于 %3, %4</translation>
+    </message>
+    <message>
+        <source>marks: %1, the last from %2, %3 to %4, %5</source>
+        <translation>标注：%1 个，最后一个从 %2, %3 到 %4, %5</translation>
+    </message>
+    <message>
+        <source>Return begins a selection; arrow keys move it, with Shift they change its size, with Ctrl they go further; Escape takes it away</source>
+        <translation>回车键开始选择；方向键移动，按住 Shift 改变大小，按住 Ctrl 移动更多；Esc 取消</translation>
+    </message>
+    <message>
+        <source>Return begins a frame; arrow keys move it, with Shift they change its size, with Ctrl they go further; Return crops, Escape gives up</source>
+        <translation>回车键开始裁剪框；方向键移动，按住 Shift 改变大小，按住 Ctrl 移动更多；回车键裁剪，Esc 放弃</translation>
+    </message>
+    <message>
+        <source>Left and right arrow keys turn the picture, with Shift in steps; Escape turns it back</source>
+        <translation>左右方向键旋转图片，按住 Shift 按步旋转；Esc 转回</translation>
+    </message>
+    <message>
+        <source>Return puts a mark in the middle; arrow keys move it, with Shift they change its size, with Ctrl they go further; Return keeps it, Escape takes it away</source>
+        <translation>回车键在中央放置标注；方向键移动，按住 Shift 改变大小，按住 Ctrl 移动更多；回车键保留，Esc 移除</translation>
+    </message>
+    <message>
         <source>%1, opacity %2 %</source>
         <translation>%1，不透明度 %2%</translation>
     </message>
@@ -93,6 +125,10 @@
     <message>
         <source>The picture&apos;s structure cannot be followed</source>
         <translation>无法解析图片的结构</translation>
+    </message>
+    <message>
+        <source>The file already exists</source>
+        <translation>文件已存在</translation>
     </message>
     <message>
         <source>The folder does not exist</source>

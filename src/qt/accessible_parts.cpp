@@ -45,6 +45,35 @@ class SliderView final : public QAccessibleWidget, public QAccessibleValueInterf
     FloatSlider& slider_;
 };
 
+/// What the keyboard does on the picture with this tool.
+QString hintOfTool(IKToolMode mode) {
+    switch (mode) {
+        case IKToolModeMove:
+            return {};
+        case IKToolModeSelect:
+            return QCoreApplication::translate(
+                "AccessibleView",
+                "Return begins a selection; arrow keys move it, with Shift they change its size, "
+                "with Ctrl they go further; Escape takes it away");
+        case IKToolModeCrop:
+            return QCoreApplication::translate(
+                "AccessibleView",
+                "Return begins a frame; arrow keys move it, with Shift they change its size, with "
+                "Ctrl they go further; Return crops, Escape gives up");
+        case IKToolModeRotate:
+            return QCoreApplication::translate(
+                "AccessibleView",
+                "Left and right arrow keys turn the picture, with Shift in steps; Escape turns it "
+                "back");
+        case IKToolModeAnnotate:
+            return QCoreApplication::translate(
+                "AccessibleView",
+                "Return puts a mark in the middle; arrow keys move it, with Shift they change its "
+                "size, with Ctrl they go further; Return keeps it, Escape takes it away");
+    }
+    return {};
+}
+
 class PictureView final : public QAccessibleWidget, public QAccessibleImageInterface {
   public:
     explicit PictureView(Viewer& viewer)
@@ -56,12 +85,15 @@ class PictureView final : public QAccessibleWidget, public QAccessibleImageInter
         return QAccessibleWidget::interface_cast(type);
     }
     QString text(QAccessible::Text kind) const override {
+        if (kind == QAccessible::Description) return description();
         if (kind != QAccessible::Value || viewer_.shownImage().isNull())
             return QAccessibleWidget::text(kind);
         const QLocale locale;
-        return QCoreApplication::translate("AccessibleView", "%1 by %2 pixels, zoom %3 %")
-            .arg(locale.toString(imageSize().width()), locale.toString(imageSize().height()),
-                 locale.toString(viewer_.zoomFactor() * 100, 'f', 0));
+        QStringList parts{
+            QCoreApplication::translate("AccessibleView", "%1 by %2 pixels, zoom %3 %")
+                .arg(locale.toString(imageSize().width()), locale.toString(imageSize().height()),
+                     locale.toString(viewer_.zoomFactor() * 100, 'f', 0))};
+        return (parts + edits()).join(QStringLiteral("; "));
     }
 
     QString imageDescription() const override { return text(QAccessible::Description); }
@@ -69,6 +101,42 @@ class PictureView final : public QAccessibleWidget, public QAccessibleImageInter
     QPoint imagePosition() const override { return rect().topLeft(); }
 
   private:
+    QString description() const {
+        const QString hint = hintOfTool(viewer_.toolMode());
+        const QString always = QAccessibleWidget::text(QAccessible::Description);
+        return hint.isEmpty() ? always : always + QLatin1String(". ") + hint;
+    }
+    /// What tools have done, each with its place in image pixels from the top left.
+    QStringList edits() const {
+        const ViewerSheet& sheet = viewer_.sheet();
+        const CGRect all{0, 0, sheet.view.imageSize().width, sheet.view.imageSize().height};
+        QStringList parts;
+        if (sheet.view.part() != all)
+            parts << boxText(
+                QCoreApplication::translate("AccessibleView", "cropped to %1 by %2 at %3, %4"),
+                sheet.view.part());
+        if (sheet.view.rotation() != 0)
+            parts << QCoreApplication::translate("AccessibleView", "turned by %1°")
+                         .arg(QLocale().toString(sheet.view.rotation(), 'f', 0));
+        if (sheet.selection)
+            parts << boxText(
+                QCoreApplication::translate("AccessibleView", "selected %1 by %2 at %3, %4"),
+                *sheet.selection);
+        if (!sheet.annotations.empty()) parts << marksText(sheet.annotations);
+        return parts;
+    }
+    static QString boxText(const QString& form, CGRect box) {
+        return form.arg(whole(box.width), whole(box.height), whole(box.x), whole(box.y));
+    }
+    static QString marksText(const std::vector<Annotation>& marks) {
+        const Annotation& last = marks.back();
+        return QCoreApplication::translate("AccessibleView",
+                                           "marks: %1, the last from %2, %3 to %4, %5")
+            .arg(whole(static_cast<double>(marks.size())), whole(last.from.x), whole(last.from.y),
+                 whole(last.to.x), whole(last.to.y));
+    }
+    static QString whole(double number) { return QLocale().toString(number, 'f', 0); }
+
     Viewer& viewer_;
 };
 
@@ -129,6 +197,11 @@ void announceValue(Viewer& viewer) {
 
 void announceColor(ColorWell& well) {
     QAccessibleEvent event(&well, QAccessible::DescriptionChanged);
+    QAccessible::updateAccessibility(&event);
+}
+
+void announceTool(Viewer& viewer) {
+    QAccessibleEvent event(&viewer, QAccessible::DescriptionChanged);
     QAccessible::updateAccessibility(&event);
 }
 

@@ -7,7 +7,8 @@ class ColorWell;
 class FloatSlider;
 class Viewer;
 
-/// From now on the viewer is a picture with its size and zoom as its value, a setting's slider has
+/// From now on the viewer is a picture with its size, its zoom and what tools have done to it as
+/// its value, and the keys of the chosen tool in its description; a setting's slider has
 /// the setting's own number and unit, and the colour well tells its colour. Each of them calls this
 /// first, before anybody can ask about it; a second call does nothing.
 void describeOwnWidgets();
@@ -16,5 +17,7 @@ void describeOwnWidgets();
 void announceValue(FloatSlider& slider);
 void announceValue(Viewer& viewer);
 void announceColor(ColorWell& well);
+/// The keys that work on the picture are others now.
+void announceTool(Viewer& viewer);
 
 }  // namespace skarnel

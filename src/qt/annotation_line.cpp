@@ -6,6 +6,8 @@
 
 #include "qt/annotation.h"
 
+#include "qt/tool_keys.h"
+
 namespace skarnel {
 namespace {
 
@@ -36,6 +38,8 @@ void AnnotationLine::follow(const ViewTransform& view, double deviceRatio) {
 void AnnotationLine::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape) return emit dropped();
     QLineEdit::keyPressEvent(event);
+    // A line edit hands Return on, and to the viewer it would be a second one.
+    if (isEnterKey(event->key())) event->accept();
 }
 
 }  // namespace skarnel

@@ -31,6 +31,7 @@ constexpr const char* kCauses[] = {
     QT_TRANSLATE_NOOP("Cause", "The recipe's text is damaged: %1"),
     QT_TRANSLATE_NOOP("Cause", "The recipe's text is damaged"),
     QT_TRANSLATE_NOOP("Cause", "The picture's structure cannot be followed"),
+    QT_TRANSLATE_NOOP("Cause", "The file already exists"),
     QT_TRANSLATE_NOOP("Cause", "The folder does not exist"),
     QT_TRANSLATE_NOOP("Cause", "It is a folder"),
     QT_TRANSLATE_NOOP("Cause", "It is not an ordinary file"),

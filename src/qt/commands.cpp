@@ -22,6 +22,7 @@
 #include "qt/file_names.h"
 #include "qt/icons.h"
 #include "qt/picture_painter.h"
+#include "qt/preset_strip.h"
 #include "qt/recipe_commands.h"
 #include "qt/settings_panel.h"
 #include "qt/text_bar.h"
@@ -271,8 +272,10 @@ void Application::connectView() {
         actions_.showZoom(viewer.zoomFactor());
         announceValue(viewer);
     });
+    connect(&viewer, &Viewer::editsChanged, this, [&viewer] { announceValue(viewer); });
     connect(&viewer, &Viewer::toolModeChanged, this, [this, &viewer] {
         actions_.tools[static_cast<std::size_t>(viewer.toolMode())]->setChecked(true);
+        announceTool(viewer);
     });
     connect(actions_.discardEdits, &QAction::triggered, &viewer, &Viewer::discardEdits);
     connect(actions_.checkerboard, &QAction::toggled, this, [this](bool on) {
@@ -323,6 +326,7 @@ void Application::showTextColor() {
 }
 
 void Application::takeTyped() {
+    if (companions_) companions_->presets().finishTyping();
     window_.settings().commitNumbers();
     commitColorText();
     model_.flush();

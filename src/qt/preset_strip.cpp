@@ -1,7 +1,10 @@
 #include "qt/preset_strip.h"
 
-#include <QEvent>
+#include <QAbstractItemDelegate>
+#include <QApplication>
 #include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPainter>
 #include <QScrollBar>
@@ -186,6 +189,16 @@ void PresetStrip::renamed(QListWidgetItem& item) {
 
 void PresetStrip::removeItem(QListWidgetItem& item) {
     if (item.data(kIsUserRole).toBool()) user_.remove(item.data(kIndexRole).toLongLong());
+}
+
+void PresetStrip::finishTyping() {
+    auto* editor = list_->viewport()->findChild<QLineEdit*>();
+    if (editor == nullptr) return;
+    QKeyEvent done(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+    QApplication::sendEvent(editor, &done);
+    // The delegate takes the text, and the strip the name, when they come to it.
+    QCoreApplication::sendPostedEvents(list_->itemDelegate(), QEvent::MetaCall);
+    QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
 }
 
 void PresetStrip::saveCurrent() {

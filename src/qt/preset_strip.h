@@ -44,6 +44,8 @@ class PresetStrip final : public QWidget {
 
     /// Saves the settings as they are as a look of the user's, and lets its name be edited.
     void saveCurrent();
+    /// Takes the name that is being typed, as Return would.
+    void finishTyping();
 
   protected:
     void changeEvent(QEvent* event) override;

@@ -80,11 +80,14 @@ void RecipeCommands::makeActions() {
             if (!granted.isEmpty()) saveTo(granted);
             return;
         }
-        QString path = QFileDialog::getSaveFileName(&application_.window(), tr("Save Recipe"),
-                                                    proposed, inAnyCase(tr("Recipes (*.skarnel)")),
-                                                    nullptr, QFileDialog::HideNameFilterDetails);
-        if (!path.isEmpty() && QFileInfo(path).suffix().isEmpty()) path += suffix();
-        if (!path.isEmpty()) saveTo(path);
+        QFileDialog dialog(&application_.window(), tr("Save Recipe"), {},
+                           inAnyCase(tr("Recipes (*.skarnel)")));
+        dialog.setOption(QFileDialog::HideNameFilterDetails);
+        dialog.setAcceptMode(QFileDialog::AcceptSave);
+        // Known to the dialog, so that it asks about the file that will be written.
+        dialog.setDefaultSuffix(suffix().mid(1));
+        dialog.selectFile(proposed);
+        if (dialog.exec() == QDialog::Accepted) saveAs(dialog.selectedFiles().value(0));
     });
     connect(open_, &QAction::triggered, this, [this] {
         const QString path = chosenFile(tr("Open Recipe"), tr("Recipes (*.skarnel)"));
@@ -145,13 +148,19 @@ std::string RecipeCommands::currentText() const {
     return text ? *text : std::string();
 }
 
-bool RecipeCommands::saveTo(const QString& path) {
+bool RecipeCommands::saveAs(const QString& path) {
+    if (path.isEmpty()) return false;
+    // About a name that is changed here nobody was asked.
+    return isRecipeName(path) ? saveTo(path) : saveTo(path + suffix(), Overwrite::Refuse);
+}
+
+bool RecipeCommands::saveTo(const QString& path, Overwrite overwrite) {
     application_.takeTyped();
     const Result<std::string> text = serializeRecipe(current());
     const Result<void> written =
         text ? writeFileSafely(path.toStdString(),
                                {reinterpret_cast<const std::uint8_t*>(text->data()), text->size()},
-                               Overwrite::Allow)
+                               overwrite)
              : Result<void>(text.error());
     if (!written) {
         application_.window().tell(

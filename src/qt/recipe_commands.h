@@ -8,6 +8,7 @@
 
 #include "imaging/nsimage/nsimage.h"
 #include "recipe/recipe.h"
+#include "storage/safe_file.h"
 
 class QAction;
 class QEvent;
@@ -32,7 +33,10 @@ class RecipeCommands final : public QObject {
     std::string currentText() const;
 
     /// Each tells the user what went wrong and gives back whether all went well.
-    bool saveTo(const QString& path);
+    bool saveTo(const QString& path, Overwrite overwrite = Overwrite::Allow);
+    /// Under a name that somebody typed: it gets the recipes' ending where it has none, and then
+    /// replaces nothing.
+    bool saveAs(const QString& path);
     bool openFrom(const QString& path);
     bool takeFrom(const QString& path);
 

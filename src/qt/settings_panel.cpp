@@ -18,6 +18,7 @@ namespace {
 
 constexpr int kMargin = 16;
 constexpr int kRowGap = 8;
+constexpr int kTightRowGap = 5;  // where a font is tall and the window low
 constexpr int kGroupGap = 14;
 
 QLabel* heading(const QString& text) {
@@ -66,10 +67,10 @@ SettingsPanel::SettingsPanel(SettingsModel& model, QWidget* parent)
 
 void SettingsPanel::addSettings(QVBoxLayout& column) {
     // One grid for all groups, so that every slider begins and ends on the same line.
-    auto* grid = new QGridLayout;
-    grid->setHorizontalSpacing(8);
-    grid->setVerticalSpacing(kRowGap);
-    grid->setColumnStretch(1, 1);
+    grid_ = new QGridLayout;
+    grid_->setHorizontalSpacing(8);
+    grid_->setVerticalSpacing(kRowGap);
+    grid_->setColumnStretch(1, 1);
     int line = 0;
     for (std::size_t i = 0; i < kSettingRanges.size(); ++i) {
         const char* title = i == 0   ? QT_TR_NOOP("Reflection")
@@ -77,12 +78,12 @@ void SettingsPanel::addSettings(QVBoxLayout& column) {
                             : i == 6 ? QT_TR_NOOP("Perspective")
                                      : nullptr;
         if (title != nullptr) {
-            if (line > 0) grid->setRowMinimumHeight(line++, kGroupGap - kRowGap);
-            grid->addWidget(heading(tr(title)), line++, 0, 1, 4);
+            if (line > 0) grid_->setRowMinimumHeight(line++, kGroupGap - kRowGap);
+            grid_->addWidget(heading(tr(title)), line++, 0, 1, 4);
         }
-        addRow(*grid, line++, kSettingRanges[i], rows_[i]);
+        addRow(*grid_, line++, kSettingRanges[i], rows_[i]);
     }
-    column.addLayout(grid);
+    column.addLayout(grid_);
 }
 
 void SettingsPanel::addRow(QGridLayout& grid, int line, const SettingRange& range, Row& row) {
@@ -195,6 +196,19 @@ void SettingsPanel::refresh() {
         rows_[i].field->setNumber(value);
     }
     applyBackground_->setChecked(model_.applyBackground());
+}
+
+void SettingsPanel::resizeEvent(QResizeEvent* event) {
+    QScrollArea::resizeEvent(event);
+    // Before anything has to be scrolled, the rows move together.
+    const int wide = widget()->sizeHint().height() + (isTight_ ? saved_ : 0);
+    const bool tight = wide > viewport()->height();
+    if (tight == isTight_) return;
+    isTight_ = tight;
+    const int gap = tight ? kTightRowGap : kRowGap;
+    widget()->layout()->setSpacing(gap);
+    grid_->setVerticalSpacing(gap);
+    saved_ = wide - widget()->sizeHint().height();
 }
 
 QSize SettingsPanel::sizeHint() const {

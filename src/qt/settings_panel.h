@@ -39,6 +39,9 @@ class SettingsPanel final : public QScrollArea {
 
     QSize sizeHint() const override;
 
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+
   private:
     struct Row {
         FloatSlider* slider = nullptr;
@@ -57,6 +60,9 @@ class SettingsPanel final : public QScrollArea {
     ColorWell* colorWell_ = nullptr;
     QLineEdit* colorText_ = nullptr;
     QPushButton* reset_ = nullptr;
+    QGridLayout* grid_ = nullptr;
+    bool isTight_ = false;
+    int saved_ = 0;  // pixels of height, while the rows stand closer
 };
 
 }  // namespace skarnel

@@ -97,6 +97,10 @@ void Viewer::settled(const ViewerSheet& before) {
     if (before.view.factor() != sheet_.view.factor() || before.view.fits() != sheet_.view.fits())
         emit zoomChanged();
     if (before.selection != sheet_.selection) emit selectionChanged();
+    if (before.selection != sheet_.selection || before.annotations != sheet_.annotations ||
+        before.view.part() != sheet_.view.part() ||
+        before.view.rotation() != sheet_.view.rotation())
+        emit editsChanged();
 }
 
 void Viewer::setZoomFactor(double factor) {
@@ -126,6 +130,7 @@ void Viewer::setToolMode(IKToolMode mode) {
     cancelDrag();
     const ViewerSheet before = sheet_;
     endText(true);
+    tool_->leave(sheet_);
     mode_ = mode;
     tool_ = ViewerTool::create(mode);
     annotateBar_->setVisible(mode == IKToolModeAnnotate);
@@ -351,9 +356,12 @@ bool Viewer::scrollByKey(const QKeyEvent& event) {
 void Viewer::keyPressEvent(QKeyEvent* event) {
     if (held_ && event->key() == Qt::Key_Escape) return cancelDrag();
     const ViewerSheet before = sheet_;
-    const bool used = tool_->key(sheet_, event->key(), event->modifiers()) || scrollByKey(*event);
+    const bool used =
+        (!held_ && tool_->key(sheet_, event->key(), event->modifiers())) || scrollByKey(*event);
     if (!used) return QWidget::keyPressEvent(event);
+    update();  // a tool's own drawing may have changed alone
     changed(before);
+    if (const auto place = tool_->takeTextPlace()) beginText(*place);
 }
 
 // Text on the picture ------------------------------------------------------------------------
@@ -380,9 +388,10 @@ void Viewer::endText(bool keep) {
     line->deleteLater();
     if (wasTyping) setFocus();
     if (!keep || text.isEmpty()) return;
+    const ViewerSheet before = sheet_;
     sheet_.annotations.push_back(
         {AnnotationShape::Text, line->place(), line->place(), text, sheet_.nextColor});
-    update();
+    changed(before);
 }
 
 }  // namespace skarnel

@@ -68,6 +68,8 @@ class Viewer final : public QWidget {
     void zoomChanged();
     void selectionChanged();
     void toolModeChanged();
+    /// Selection, crop, turn or marks.
+    void editsChanged();
     /// Another picture is to be shown; for whoever counts renders.
     void imageChanged();
     /// The picture has been painted; for whoever measures how long that took.

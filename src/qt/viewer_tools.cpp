@@ -8,6 +8,7 @@
 #include <numbers>
 
 #include "qt/picture_painter.h"
+#include "qt/tool_keys.h"
 
 namespace skarnel {
 namespace {
@@ -26,6 +27,19 @@ double angleAt(const ViewTransform& view, CGPoint point) {
 
 bool isWhole(const ViewTransform& view) {
     return view.part() == CGRect{0, 0, view.imageSize().width, view.imageSize().height};
+}
+
+constexpr double kFrameShare = 0.5;  // of what is in sight, for a frame that a key began
+constexpr double kMarkShare = 0.25;  // for a mark
+
+/// Moves the marquee by an arrow key, or with Shift its right and lower edges.
+bool reshapeSelection(ViewerSheet& sheet, int key, Qt::KeyboardModifiers modifiers) {
+    const auto step = arrowStep(sheet.view, key, modifiers);
+    if (!step || !sheet.selection) return false;
+    sheet.selection = modifiers.testFlag(Qt::ShiftModifier)
+                          ? resizedRect(*sheet.selection, *step, sheet.view.part())
+                          : movedRect(*sheet.selection, *step, sheet.view.part());
+    return true;
 }
 
 /// Drags the picture about.
@@ -49,7 +63,7 @@ class MoveTool final : public ViewerTool {
     CGPoint last_;
 };
 
-/// Draws a marquee; a click without a drag takes it away.
+/// Draws a marquee; a click without a drag takes it away. Return begins one, arrows change it.
 class SelectTool : public ViewerTool {
   public:
     void press(ViewerSheet& sheet, ToolPoint point) override {
@@ -63,10 +77,15 @@ class SelectTool : public ViewerTool {
         sheet.selection = pixelsBetween(start_, end, sheet.view.part());
     }
     void cancel(ViewerSheet& sheet) override { sheet.selection = before_; }
-    bool key(ViewerSheet& sheet, int key, Qt::KeyboardModifiers /*modifiers*/) override {
-        if (key != Qt::Key_Escape || !sheet.selection) return false;
+    bool key(ViewerSheet& sheet, int key, Qt::KeyboardModifiers modifiers) override {
+        if (isEnterKey(key) && !sheet.selection && !sheet.view.isEmpty()) {
+            sheet.selection = middleOfSight(sheet.view, kFrameShare);
+            return true;
+        }
+        if (key != Qt::Key_Escape) return reshapeSelection(sheet, key, modifiers);
+        const bool had = sheet.selection.has_value();
         sheet.selection.reset();
-        return true;
+        return had;
     }
     Qt::CursorShape cursor(bool /*pressed*/) const override { return Qt::CrossCursor; }
 
@@ -80,10 +99,12 @@ class SelectTool : public ViewerTool {
     std::optional<CGRect> before_;
 };
 
-/// Shows only what the drag enclosed; Escape shows the whole picture again.
+/// Shows only what the drag enclosed, or the frame that keys have made; Escape gives the frame up,
+/// and without one shows the whole picture again.
 class CropTool final : public SelectTool {
   public:
     void press(ViewerSheet& sheet, ToolPoint point) override {
+        leave(sheet);
         kept_ = sheet.selection;
         SelectTool::press(sheet, point);
         dragging_ = true;
@@ -98,15 +119,26 @@ class CropTool final : public SelectTool {
     }
     void cancel(ViewerSheet& sheet) override {
         dragging_ = false;
+        framing_ = false;
         sheet.selection = kept_;
     }
-    bool key(ViewerSheet& sheet, int key, Qt::KeyboardModifiers /*modifiers*/) override {
+    void leave(ViewerSheet& sheet) override {
+        if (framing_) cancel(sheet);
+    }
+    bool key(ViewerSheet& sheet, int key, Qt::KeyboardModifiers modifiers) override {
+        framing_ = framing_ && sheet.selection;  // which another command may have taken away
+        if (isEnterKey(key)) return framing_ ? apply(sheet) : frame(sheet);
+        if (framing_ && key == Qt::Key_Escape) {
+            cancel(sheet);
+            return true;
+        }
+        if (framing_) return reshapeSelection(sheet, key, modifiers);
         if (key != Qt::Key_Escape || isWhole(sheet.view)) return false;
         sheet.view.setPart({});
         return true;
     }
     void paint(QPainter& painter, const ViewerSheet& sheet, double /*deviceRatio*/) const override {
-        if (!dragging_ || !sheet.selection) return;
+        if ((!dragging_ && !framing_) || !sheet.selection) return;
         const CGRect& crop = *sheet.selection;
         QPainterPath veil;
         veil.addPolygon(shownOutline(sheet.view));
@@ -117,8 +149,22 @@ class CropTool final : public SelectTool {
     }
 
   private:
-    std::optional<CGRect> kept_;
+    bool frame(ViewerSheet& sheet) {
+        if (sheet.view.isEmpty()) return false;
+        kept_ = sheet.selection;
+        sheet.selection = middleOfSight(sheet.view, kFrameShare);
+        framing_ = true;
+        return true;
+    }
+    bool apply(ViewerSheet& sheet) {
+        sheet.view.setPart(*sheet.selection);
+        sheet.selection.reset();
+        framing_ = false;
+        return true;
+    }
+    std::optional<CGRect> kept_;  // what was selected before
     bool dragging_ = false;
+    bool framing_ = false;  // a frame that a key began stands
 };
 
 /// Turns the picture about its centre.
@@ -177,12 +223,14 @@ class RotateTool final : public ViewerTool {
     bool dragging_ = false;
 };
 
-/// Puts marks on the picture; a text is typed where the click was.
+/// Puts marks on the picture; a text is typed where the click was. Return puts one in the middle,
+/// and until the next Return it follows the arrow keys.
 class AnnotateTool final : public ViewerTool {
   public:
     void press(ViewerSheet& sheet, ToolPoint point) override {
         const CGPoint place = sheet.view.toImage(point.view);
         pressed_ = point.view;
+        placed_.reset();
         if (sheet.nextShape == AnnotationShape::Text) {
             textPlace_ = place;
             return;
@@ -203,18 +251,66 @@ class AnnotateTool final : public ViewerTool {
         drawing_ = false;
         textPlace_.reset();
     }
-    bool key(ViewerSheet& sheet, int key, Qt::KeyboardModifiers /*modifiers*/) override {
-        if (key != Qt::Key_Delete && key != Qt::Key_Backspace) return false;
-        if (drawing_ || sheet.annotations.empty()) return false;
+    bool key(ViewerSheet& sheet, int key, Qt::KeyboardModifiers modifiers) override {
+        if (drawing_ || sheet.view.isEmpty()) return false;
+        if (isEnterKey(key)) return isPlacing(sheet) ? keep() : place(sheet);
+        if (isPlacing(sheet) && reshape(sheet, key, modifiers)) return true;
+        const bool removes = key == Qt::Key_Delete || key == Qt::Key_Backspace ||
+                             (key == Qt::Key_Escape && isPlacing(sheet));
+        if (!removes || sheet.annotations.empty()) return false;
         sheet.annotations.pop_back();
+        placed_.reset();
         return true;
     }
     std::optional<CGPoint> takeTextPlace() override { return std::exchange(textPlace_, {}); }
     Qt::CursorShape cursor(bool /*pressed*/) const override { return Qt::CrossCursor; }
 
   private:
+    /// A text is there only after it was typed.
+    bool isPlacing(const ViewerSheet& sheet) const {
+        return placed_ && sheet.annotations.size() == *placed_ + 1;
+    }
+    bool keep() {
+        placed_.reset();
+        return true;
+    }
+    bool place(ViewerSheet& sheet) {
+        const CGRect box = middleOfSight(sheet.view, kMarkShare);
+        placed_ = sheet.annotations.size();
+        if (sheet.nextShape == AnnotationShape::Text) {
+            textPlace_ = CGPoint{box.x, box.midY()};
+            return true;
+        }
+        const bool isArrow = sheet.nextShape == AnnotationShape::Arrow;  // which points up
+        sheet.annotations.push_back({sheet.nextShape,
+                                     {box.minX(), isArrow ? box.maxY() : box.minY()},
+                                     {box.maxX(), isArrow ? box.minY() : box.maxY()},
+                                     {},
+                                     sheet.nextColor});
+        return true;
+    }
+    /// Moves the mark whole, or with Shift its second point alone.
+    static bool reshape(ViewerSheet& sheet, int key, Qt::KeyboardModifiers modifiers) {
+        const auto step = arrowStep(sheet.view, key, modifiers);
+        if (!step) return false;
+        const CGRect part = sheet.view.part();
+        Annotation& mark = sheet.annotations.back();
+        if (modifiers.testFlag(Qt::ShiftModifier)) {
+            const CGRect end = movedRect({mark.to.x, mark.to.y, 0, 0}, *step, part);
+            mark.to = {end.x, end.y};
+            return true;
+        }
+        const CGRect box{std::min(mark.from.x, mark.to.x), std::min(mark.from.y, mark.to.y),
+                         std::abs(mark.to.x - mark.from.x), std::abs(mark.to.y - mark.from.y)};
+        const CGRect moved = movedRect(box, *step, part);
+        for (CGPoint* point : {&mark.from, &mark.to})
+            *point = {point->x + moved.x - box.x, point->y + moved.y - box.y};
+        return true;
+    }
+
     CGPoint pressed_;
     std::optional<CGPoint> textPlace_;
+    std::optional<std::size_t> placed_;  // how many marks there were before a key placed one
     bool drawing_ = false;
 };
 

@@ -53,12 +53,15 @@ class ViewerTool {
     virtual void release(ViewerSheet& /*sheet*/, ToolPoint /*point*/) {}
     virtual void cancel(ViewerSheet& /*sheet*/) {}
 
+    /// Another tool is chosen: what keys have begun is given up.
+    virtual void leave(ViewerSheet& /*sheet*/) {}
+
     /// True when the key meant something to the tool.
     virtual bool key(ViewerSheet& /*sheet*/, int /*key*/, Qt::KeyboardModifiers /*modifiers*/) {
         return false;
     }
 
-    /// Where a line of text is to be typed, after a click asked for it; asked once.
+    /// Where a line of text is to be typed, after a click or a key asked for it; asked once.
     virtual std::optional<CGPoint> takeTextPlace() { return std::nullopt; }
 
     /// What is seen only while the tool is at work, over the picture; device pixels.

@@ -1,104 +1,18 @@
-// The window for those who use no mouse, see little, or have it read to them.
-#include <QAccessible>
+// The window read aloud: names, roles, values, and what is told when they change.
 #include <QAction>
 #include <QCheckBox>
-#include <QComboBox>
 #include <QLabel>
 #include <QListWidget>
-#include <QMenu>
-#include <QMenuBar>
-#include <QSet>
 #include <QToolBar>
 
-#ifdef SKARNEL_QT_INNER_HEADERS
-#include <private/qguiapplication_p.h>
-#include <qpa/qplatformaccessibility.h>
-#include <qpa/qplatformintegration.h>
-#endif
-
-#include "application_fixture.h"
-#include "qt/accessible_parts.h"
+#include "access_fixture.h"
 #include "qt/color_well.h"
-#include "qt/companions.h"
 #include "qt/float_slider.h"
-#include "qt/focus_ring.h"
 #include "qt/main_actions.h"
 #include "qt/number_field.h"
-#include "qt/preset_strip.h"
-#include "qt/text_bar.h"
 
 namespace skarnel {
 namespace {
-
-struct Heard {
-    QAccessible::Event kind;
-    const QObject* object;
-    QVariant value;
-};
-std::vector<Heard> heard;
-
-void hear(QAccessibleEvent* event) {
-    QVariant value;
-    if (event->type() == QAccessible::ValueChanged)
-        value = static_cast<QAccessibleValueChangeEvent*>(event)->value();
-    heard.push_back({event->type(), event->object(), value});
-}
-
-bool wasHeard(QAccessible::Event kind, const QObject& object) {
-    return std::any_of(heard.begin(), heard.end(), [&](const Heard& each) {
-        return each.kind == kind && each.object == &object;
-    });
-}
-
-class AccessTest : public ApplicationTest {
-  protected:
-    AccessTest() : before_(QAccessible::installUpdateHandler(hear)) { setReader(true); }
-    ~AccessTest() override {
-        setReader(false);
-        QAccessible::installUpdateHandler(before_);
-    }
-
-    /// As if a screen reader came or went.
-    static void setReader([[maybe_unused]] bool there) {
-#ifdef SKARNEL_QT_INNER_HEADERS
-        QGuiApplicationPrivate::platformIntegration()->accessibility()->setActive(there);
-#endif
-    }
-    /// Whether what happens can be heard here.
-    static bool listens() {
-        return QAccessible::isActive();
-    }
-
-    static QAccessibleInterface& viewOf(QWidget& widget) {
-        QAccessibleInterface* view = QAccessible::queryAccessibleInterface(&widget);
-        EXPECT_NE(view, nullptr);
-        return *view;
-    }
-
-    PresetStrip& strip() {
-        return app->companions().presets();
-    }
-
-    /// What the keyboard can reach, in the window as it stands.
-    QList<QWidget*> stops() {
-        QList<QWidget*> found;
-        for (auto* widget : window().findChildren<QWidget*>())
-            if (widget->isVisible() && widget->isEnabled() && !widget->isWindow() &&
-                (widget->focusPolicy() & Qt::TabFocus) != 0 && widget->focusProxy() == nullptr)
-                found << widget;
-        return found;
-    }
-
-  private:
-    QAccessible::UpdateHandler before_;
-};
-
-std::string named(const QWidget& widget) {
-    return widget.metaObject()->className() + std::string(" \"") +
-           widget.accessibleName().toStdString() + "\" " + widget.objectName().toStdString();
-}
-
-// A screen reader ---------------------------------------------------------------------------------
 
 TEST_F(AccessTest, EveryStopOfTheKeyboardHasANameAndARole) {
     start();
@@ -265,92 +179,6 @@ TEST_F(AccessTest, AToolTellsThatItIsChosen) {
     EXPECT_FALSE(view.state().checked);
     app->actions().tools[2]->trigger();
     EXPECT_TRUE(view.state().checked);
-}
-
-// The keyboard ------------------------------------------------------------------------------------
-
-TEST_F(AccessTest, TheTabKeyVisitsEveryStopAndComesBack) {
-    start();
-    QApplication::setActiveWindow(&window());
-    viewer().setFocus();
-    QSet<QWidget*> visited;
-    for (int i = 0; i < 200; ++i) {
-        QWidget* now = QApplication::focusWidget();
-        ASSERT_NE(now, nullptr);
-        if (visited.contains(now) && now == &viewer()) break;
-        visited.insert(now);
-        QTest::keyClick(now, Qt::Key_Tab);
-    }
-    EXPECT_EQ(QApplication::focusWidget(), &viewer());
-    for (QWidget* stop : stops()) {
-        // An editable list's field has the focus for it.
-        const bool inside = std::any_of(visited.begin(), visited.end(), [&](QWidget* each) {
-            return each == stop || stop->isAncestorOf(each);
-        });
-        EXPECT_TRUE(inside) << named(*stop);
-    }
-}
-
-TEST_F(AccessTest, EveryCommandIsInAMenu) {
-    start();
-    QList<const QAction*> inMenus;
-    for (const auto* menu : window().menuBar()->findChildren<QMenu*>())
-        for (const QAction* action : menu->actions()) inMenus << action;
-    const MainActions& all = app->actions();
-    QList<const QAction*> commands{
-        all.open,      all.save,       all.saveAndEdit,  all.closeNoSave, all.quit,
-        all.undo,      all.redo,       all.copy,         all.copyAsPng,   all.copySelection,
-        all.paste,     all.selectAll,  all.reset,        all.playCue,     all.checkerboard,
-        all.showText,  all.fullScreen, all.discardEdits, all.imageText,   all.backgroundColor,
-        all.textColor, all.help,       all.about};
-    for (const QAction* each : all.zoom) commands << each;
-    for (const QAction* each : all.tools) commands << each;
-    for (const QAction* each : all.appearance) commands << each;
-    for (const QAction* command : commands)
-        EXPECT_TRUE(inMenus.contains(command)) << command->text().toStdString();
-    // What the tool bar offers is among them.
-    for (const QAction* action : all.toolBar->actions())
-        if (!action->text().isEmpty()) {
-            EXPECT_TRUE(inMenus.contains(action)) << action->text().toStdString();
-        }
-}
-
-TEST_F(AccessTest, TheFocusIsSeenWhereverItIs) {
-    start();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !strip().isWorking(); }, kPatience));
-    QApplication::setActiveWindow(&window());
-    // From the first Tab key on; until then nobody wants to know.
-    QTest::keyClick(&viewer(), Qt::Key_Tab);
-    for (QWidget* stop : stops()) {
-        window().setFocus(Qt::OtherFocusReason);
-        stop->clearFocus();
-        const QImage before = stop->grab().toImage();
-        stop->setFocus(Qt::TabFocusReason);
-        // A caret may be off at this moment; the other signs do not blink.
-        const bool edits = qobject_cast<QLineEdit*>(stop) != nullptr ||
-                           qobject_cast<QTextEdit*>(stop) != nullptr ||
-                           qobject_cast<QComboBox*>(stop) != nullptr;
-        EXPECT_TRUE(edits || stop->grab().toImage() != before) << named(*stop);
-    }
-}
-
-TEST_F(AccessTest, TheRingAroundThePictureComesWithAKeyAndGoesWithIt) {
-    start();
-    auto* ring = viewer().findChild<FocusRing*>();
-    ASSERT_NE(ring, nullptr);
-    QApplication::setActiveWindow(&window());
-    panel().colorWell().setFocus();
-    viewer().setFocus(Qt::MouseFocusReason);
-    EXPECT_FALSE(ring->isVisible());
-    panel().colorWell().setFocus();
-    viewer().setFocus(Qt::TabFocusReason);
-    EXPECT_TRUE(ring->isVisible());
-    EXPECT_EQ(ring->size(), viewer().size());
-    window().resize(window().size() + QSize(40, 30));
-    settle();
-    EXPECT_EQ(ring->size(), viewer().size());
-    panel().colorWell().setFocus();
-    EXPECT_FALSE(ring->isVisible());
 }
 
 }  // namespace

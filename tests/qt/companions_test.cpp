@@ -1,13 +1,12 @@
-// Looks, recipes, comparing and dragging out, in the real window.
+// Looks, comparing and dragging out, in the real window.
 #include "qt/companions.h"
 
-#include <QCheckBox>
 #include <QDrag>
-#include <QDropEvent>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QLineEdit>
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QPushButton>
@@ -15,54 +14,13 @@
 #include <QStandardPaths>
 #include <QUrl>
 
-#include "application_fixture.h"
+#include "companions_fixture.h"
 #include "qt/compare_overlay.h"
 #include "qt/preset_strip.h"
-#include "qt/recipe_commands.h"
 #include "qt/result_drag.h"
-#include "qt/save_options_view.h"
-#include "recipe/recipe_file.h"
 
 namespace skarnel {
 namespace {
-
-class CompanionsTest : public ApplicationTest {
-  protected:
-    PresetStrip& strip() { return app->companions().presets(); }
-    RecipeCommands& recipes() { return app->companions().recipes(); }
-
-    SettingNumbers settings() {
-        SettingNumbers numbers{};
-        for (std::size_t i = 0; i < numbers.size(); ++i) {
-            numbers[i] = app->model().number(kReflectionSettings[i].key);
-        }
-        return numbers;
-    }
-
-    void choose(int row) {
-        QListWidget& list = strip().list();
-        list.setFocus();
-        list.setCurrentRow(row);
-        QTest::keyClick(&list, Qt::Key_Return);
-        settle();
-    }
-
-    QString recipeFile(const Recipe& recipe, const QString& name = QStringLiteral("a.skarnel")) {
-        const QString path = folder.filePath(name);
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(QByteArray::fromStdString(*serializeRecipe(recipe)));
-        return path;
-    }
-
-    static Recipe someRecipe() {
-        Recipe recipe = Recipe::defaults();
-        recipe.settings = {12, 45, 3, -5, 9, 180, 50};
-        recipe.applyBackgroundColor = true;
-        recipe.background = {0x20, 0x40, 0x60, 0xFF};
-        return recipe;
-    }
-};
 
 // Looks ----------------------------------------------------------------------------------------
 
@@ -171,6 +129,20 @@ TEST_F(CompanionsTest, ALookOfTheProgramsCannotBeRemoved) {
     EXPECT_EQ(strip().list().count(), 12);
 }
 
+TEST_F(CompanionsTest, ANameThatIsStillBeingTypedIsTakenAtTheEnd) {
+    start();
+    QApplication::setActiveWindow(&window());
+    strip().saveCurrent();
+    auto* editor = strip().list().viewport()->findChild<QLineEdit*>();
+    ASSERT_NE(editor, nullptr);
+    editor->selectAll();
+    QTest::keyClicks(editor, QStringLiteral("Typed name"));
+    app->takeTyped();
+    const QJsonArray kept = app->state().value(QStringLiteral("presets")).toArray();
+    ASSERT_EQ(kept.size(), 1);
+    EXPECT_EQ(kept[0].toObject().value(QStringLiteral("name")), QStringLiteral("Typed name"));
+}
+
 TEST_F(CompanionsTest, TheStripIsHiddenAndRememberedSo) {
     start();
     EXPECT_TRUE(strip().isVisible());
@@ -185,163 +157,6 @@ TEST(PresetThumbnail, ALookWithoutAResultHasNoPicture) {
     // A vertical scale of 0 leaves no reflection.
     EXPECT_TRUE(presetThumbnail(source, {0, 0, 0, 0, 7, 200, 50}).isNull());
     EXPECT_FALSE(presetThumbnail(source, {0, 100, 0, 0, 7, 200, 50}).isNull());
-}
-
-// Recipes --------------------------------------------------------------------------------------
-
-TEST_F(CompanionsTest, ASavedRecipeHoldsTheSettingsAndTheBackground) {
-    start();
-    app->model().editNumber("alpha", 123);
-    const QString path = folder.filePath(QStringLiteral("mine.skarnel"));
-    ASSERT_TRUE(recipes().saveTo(path));
-    const auto recipe = readRecipeFile(path.toStdString());
-    ASSERT_TRUE(recipe) << recipe.error().message;
-    EXPECT_EQ(recipe->settings, (std::array<float, 7>{0, 100, 0, 0, 7, 123, 50}));
-    EXPECT_FALSE(recipe->applyBackgroundColor);
-    EXPECT_EQ(recipe->background, (TextColor{0, 0, 0, 255}));
-    EXPECT_EQ(recipe->text, std::nullopt);
-}
-
-TEST_F(CompanionsTest, AnOpenedRecipeSetsEverythingAsOneEntryOfUndo) {
-    start();
-    ASSERT_TRUE(recipes().openFrom(recipeFile(someRecipe())));
-    settle();
-    EXPECT_EQ(settings(), someRecipe().settings);
-    EXPECT_TRUE(app->model().applyBackground());
-    EXPECT_EQ(viewer().background(), QColor(0x20, 0x40, 0x60));
-    EXPECT_EQ(panel().colorText().text(), QStringLiteral("#204060"));
-    app->model().undo();
-    settle();
-    EXPECT_EQ(settings(), builtInPresets()[0].settings);
-    EXPECT_FALSE(app->model().applyBackground());
-}
-
-TEST_F(CompanionsTest, TheBackgroundGoesToTheViewerThoughTheTextHasTheFocus) {
-    start();
-    window().textEditor().setFocus();
-    ASSERT_TRUE(recipes().takeFrom(recipeFile(someRecipe())));
-    EXPECT_EQ(viewer().background(), QColor(0x20, 0x40, 0x60));
-    EXPECT_EQ(window().textEditor().text().styleAt(0).color, (TextColor{255, 255, 255, 255}));
-}
-
-TEST_F(CompanionsTest, ARecipeNamedAtTheStartIsOpened) {
-    start({recipeFile(someRecipe())});
-    EXPECT_EQ(settings(), someRecipe().settings);
-    EXPECT_EQ(app->controller().saveFilename, "TavelinLogo");
-}
-
-TEST_F(CompanionsTest, ADamagedRecipeChangesNothing) {
-    start();
-    const QString path = folder.filePath(QStringLiteral("bad.skarnel"));
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(R"({"skarnel":"recipe","version":2})");
-    file.close();
-    EXPECT_FALSE(recipes().openFrom(path));
-    EXPECT_FALSE(recipes().takeFrom(path));
-    EXPECT_FALSE(recipes().takeFrom(folder.filePath(QStringLiteral("missing.skarnel"))));
-    settle();
-    EXPECT_EQ(settings(), builtInPresets()[0].settings);
-    EXPECT_FALSE(app->model().history().canUndo());
-}
-
-TEST_F(CompanionsTest, SettingsAreTakenFromADropOnThePanel) {
-    start();
-    QMimeData data;
-    data.setUrls({QUrl::fromLocalFile(recipeFile(someRecipe()))});
-    QWidget* target = panel().viewport();
-    EXPECT_TRUE(target->acceptDrops());
-    QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(target, &enter);  // makes it the drag's target
-    ASSERT_TRUE(enter.isAccepted());
-    QDropEvent drop({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(target, &drop);
-    settle();
-    EXPECT_TRUE(drop.isAccepted());
-    EXPECT_EQ(settings(), someRecipe().settings);
-    EXPECT_EQ(app->controller().saveFilename, "TavelinLogo");
-}
-
-TEST_F(CompanionsTest, TheSaveOptionsOfferTheRecipeAndDoNotChooseIt) {
-    SaveOptionsView view({}, std::string(kUTTypePNG));
-    EXPECT_EQ(view.findChild<QCheckBox*>(QStringLiteral("keepRecipe")), nullptr);
-    view.offerRecipe("{}");
-    auto* keep = view.findChild<QCheckBox*>(QStringLiteral("keepRecipe"));
-    ASSERT_NE(keep, nullptr);
-    EXPECT_FALSE(keep->isChecked());
-    EXPECT_FALSE(view.properties().contains(kPropertyRecipe));
-    QSignalSpy changes(&view, &SaveOptionsView::changed);
-    keep->click();
-    EXPECT_EQ(changes.size(), 1);
-    EXPECT_EQ(std::get<std::string>(view.properties().at(std::string(kPropertyRecipe))), "{}");
-    view.setType(kUTTypeBMP);
-    EXPECT_FALSE(keep->isEnabled());
-    EXPECT_FALSE(view.properties().contains(kPropertyRecipe));
-}
-
-TEST_F(CompanionsTest, ASavedFileCarriesTheRecipeWhereItIsAskedFor) {
-    start();
-    app->model().editNumber("alpha", 77);
-    const std::string path = folder.filePath(QStringLiteral("out.tiff")).toStdString();
-    auto destination = app->toolkit().imageFiles().imageDestinationCreateWithURL(path, kUTTypeTIFF);
-    const auto image = ImageOperations().getCGImageRef(*app->controller().image);
-    destination->addImage(*image, {{std::string(kPropertyRecipe), recipes().currentText()}});
-    ASSERT_TRUE(destination->finalize());
-    const auto recipe = readRecipeFile(path);
-    ASSERT_TRUE(recipe) << recipe.error().message;
-    EXPECT_EQ(recipe->settings[5], 77);
-}
-
-TEST_F(CompanionsTest, StyledTextSurvivesInsideEveryFormatThatCarriesARecipe) {
-    start();
-    Recipe recipe = someRecipe();
-    StyledText text;
-    TextStyle large;
-    large.family = "Helvetica";
-    large.size = 36;
-    large.weight = kTextWeightBold;
-    large.color = {0xC0, 0x20, 0x10, 0xFF};
-    text.append(u"Größe 日本\n", large);
-    TextStyle small;
-    small.slant = TextSlant::Italic;
-    small.underline = TextUnderline::Single;
-    text.append(u"second", small);
-    text.setAlignment(0, TextAlignment::Left);
-    text.setAlignment(1, TextAlignment::Center);
-    recipe.text = text;
-    const std::string embedded = *serializeRecipe(recipe);
-    const auto image = ImageOperations().getCGImageRef(*app->controller().image);
-    for (const std::string_view type : {kUTTypePNG, kUTTypeTIFF, kUTTypeJPEG}) {
-        const std::string path = folder.filePath(QStringLiteral("carrier")).toStdString() + "." +
-                                 std::string(*preferredExtensionOfType(type));
-        const auto write = [&](const ImageProperties& properties) {
-            auto destination =
-                app->toolkit().imageFiles().imageDestinationCreateWithURL(path, type);
-            destination->addImage(*image, properties);
-            return destination->finalize();
-        };
-        ASSERT_TRUE(write({}));
-        EXPECT_FALSE(readRecipeFile(path)) << path << " carries one unasked";
-        ASSERT_TRUE(write({{std::string(kPropertyRecipe), embedded}}));
-        const auto read = readRecipeFile(path);
-        ASSERT_TRUE(read) << path << ": " << read.error().message;
-        EXPECT_EQ(read->settings, recipe.settings) << path;
-        EXPECT_EQ(read->text, recipe.text) << path;
-    }
-}
-
-TEST_F(CompanionsTest, AnOpenedRecipesTextKeepsItsStylesAndAlignments) {
-    start();
-    Recipe recipe = someRecipe();
-    StyledText text;
-    text.append(u"left\nmiddle\nright", TextStyle());
-    const TextAlignment alignments[] = {TextAlignment::Left, TextAlignment::Center,
-                                        TextAlignment::Right};
-    for (std::size_t i = 0; i < 3; ++i) text.setAlignment(i, alignments[i]);
-    recipe.text = text;
-    ASSERT_TRUE(recipes().openFrom(recipeFile(recipe)));
-    EXPECT_EQ(window().textEditor().text().characters(), text.characters());
-    EXPECT_EQ(window().textEditor().text().alignments(), text.alignments());
 }
 
 // Compare and drag -----------------------------------------------------------------------------

@@ -4,6 +4,7 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QPushButton>
+#include <QScrollBar>
 #include <functional>
 #include <utility>
 
@@ -281,6 +282,28 @@ TEST_F(SettingsPanelTest, SettingsSurviveARestartAndSeedNothingThatIsThere) {
     start();
     expectAgree(*app, "offset", 12.5F, QStringLiteral("12.5"));
     EXPECT_FALSE(app->defaults().objectForKey("applyBackgroundColor"));
+}
+
+TEST_F(SettingsPanelTest, TheRowsMoveTogetherBeforeAnythingHasToBeScrolled) {
+    start();
+    SettingsPanel alone(app->model());
+    const QSize wide = alone.sizeHint();
+    const auto pitch = [&] {
+        settle();
+        return alone.field("offset").y() - alone.field("perspectiveWidth").y();
+    };
+    alone.resize(wide);
+    alone.show();
+    const int roomy = pitch();
+    EXPECT_EQ(alone.verticalScrollBar()->maximum(), 0);
+    alone.resize(wide.width(), wide.height() - 20);
+    EXPECT_LT(pitch(), roomy);
+    EXPECT_EQ(alone.verticalScrollBar()->maximum(), 0);
+    alone.resize(wide.width(), wide.height() - 200);
+    settle();
+    EXPECT_GT(alone.verticalScrollBar()->maximum(), 0);
+    alone.resize(wide);
+    EXPECT_EQ(pitch(), roomy);
 }
 
 }  // namespace

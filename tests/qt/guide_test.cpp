@@ -1,0 +1,65 @@
+// The user's guide against the window: the names and the keys that it gives are there.
+#include <QAbstractButton>
+#include <QAction>
+#include <QDirIterator>
+#include <QRegularExpression>
+#include <QSet>
+
+#include "application_fixture.h"
+#include "qt/main_actions.h"
+
+namespace skarnel {
+namespace {
+
+class GuideTest : public ApplicationTest {
+  protected:
+    QString textOf(const QString& name) {
+        return QString::fromUtf8(bytesOf(QStringLiteral(SKARNEL_GUIDE "/") + name));
+    }
+};
+
+QString plain(QString text) {
+    return text.remove(QRegularExpression(QStringLiteral("[&…]"))).trimmed();
+}
+
+TEST_F(GuideTest, EveryNameOfAControlIsThatOfOne) {
+    start();
+    QSet<QString> names;
+    for (const auto* action : window().findChildren<QAction*>()) names << plain(action->text());
+    for (const auto* button : window().findChildren<QAbstractButton*>())
+        names << plain(button->text());
+    int met = 0;
+    QDirIterator pages(QStringLiteral(SKARNEL_GUIDE), {QStringLiteral("*.md")});
+    while (pages.hasNext()) {
+        const QString text = textOf(QFileInfo(pages.next()).fileName());
+        auto bold = QRegularExpression(QStringLiteral("\\*\\*([^*]+)\\*\\*")).globalMatch(text);
+        while (bold.hasNext()) {
+            const QString name = bold.next().captured(1).section(QStringLiteral(" > "), -1);
+            if (name.front().isLower()) continue;  // a part of the window, not its label
+            EXPECT_TRUE(names.contains(name))
+                << pages.fileName().toStdString() << ": " << name.toStdString();
+            ++met;
+        }
+    }
+    EXPECT_GE(met, 8);
+}
+
+TEST_F(GuideTest, EveryCommandsKeyIsInItsTable) {
+    start();
+    const QString table = textOf(QStringLiteral("index.md"));
+    int met = 0;
+    for (const auto* action : window().findChildren<QAction*>()) {
+        const QString key = action->shortcut().toString(QKeySequence::PortableText);
+        if (key.isEmpty()) continue;
+        const auto& tools = app->actions().tools;
+        const bool isMiddleTool =
+            std::find(tools.begin() + 1, tools.end() - 1, action) != tools.end() - 1;
+        if (isMiddleTool) continue;  // from the first to the last
+        EXPECT_TRUE(table.contains(key)) << key.toStdString();
+        ++met;
+    }
+    EXPECT_GE(met, 20);
+}
+
+}  // namespace
+}  // namespace skarnel

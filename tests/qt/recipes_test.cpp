@@ -1,0 +1,234 @@
+// Recipes in the real window: saved, opened, dropped, and carried by pictures.
+#include <QCheckBox>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QSignalSpy>
+#include <QUrl>
+
+#include "companions_fixture.h"
+#include "qt/save_options_view.h"
+#include "recipe/recipe_file.h"
+
+namespace skarnel {
+namespace {
+
+class RecipesTest : public CompanionsTest {
+  protected:
+    /// A drop in the widget's corner; whether it was taken.
+    bool dropOn(QWidget& target, const QString& path) {
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(path)});
+        QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&target, &enter);  // makes it the drag's target
+        QDropEvent drop({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&target, &drop);
+        settle();
+        return enter.isAccepted() && drop.isAccepted();
+    }
+    /// A blue PNG of 40 x 30 pixels that carries the recipe.
+    QString carrier(const Recipe& recipe) {
+        const QString path = picture(QStringLiteral("Carrier.png"), 40, 30, Qt::blue);
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::ReadWrite));
+        const QByteArray plain = file.readAll();
+        const auto carried = embedRecipe({reinterpret_cast<const std::uint8_t*>(plain.constData()),
+                                          static_cast<std::size_t>(plain.size())},
+                                         *serializeRecipe(recipe));
+        file.seek(0);
+        file.write(reinterpret_cast<const char*>(carried->data()),
+                   static_cast<qint64>(carried->size()));
+        return path;
+    }
+};
+
+TEST_F(RecipesTest, ASavedRecipeHoldsTheSettingsAndTheBackground) {
+    start();
+    app->model().editNumber("alpha", 123);
+    const QString path = folder.filePath(QStringLiteral("mine.skarnel"));
+    ASSERT_TRUE(recipes().saveTo(path));
+    const auto recipe = readRecipeFile(path.toStdString());
+    ASSERT_TRUE(recipe) << recipe.error().message;
+    EXPECT_EQ(recipe->settings, (std::array<float, 7>{0, 100, 0, 0, 7, 123, 50}));
+    EXPECT_FALSE(recipe->applyBackgroundColor);
+    EXPECT_EQ(recipe->background, (TextColor{0, 0, 0, 255}));
+    EXPECT_EQ(recipe->text, std::nullopt);
+}
+
+TEST_F(RecipesTest, ANameWithoutItsEndingGetsItAndReplacesNothing) {
+    start();
+    const QString there = recipeFile(someRecipe(), QStringLiteral("rec.skarnel"));
+    const QByteArray before = bytesOf(there);
+    EXPECT_FALSE(recipes().saveAs(folder.filePath(QStringLiteral("rec"))));
+    EXPECT_EQ(bytesOf(there), before);
+    EXPECT_FALSE(QFile::exists(folder.filePath(QStringLiteral("rec"))));
+    // What stands behind a full stop need not be an ending.
+    EXPECT_TRUE(recipes().saveAs(folder.filePath(QStringLiteral("v1.2"))));
+    EXPECT_TRUE(QFile::exists(folder.filePath(QStringLiteral("v1.2.skarnel"))));
+    // With its ending it is the name that the dialog has asked about.
+    EXPECT_TRUE(recipes().saveAs(there));
+    EXPECT_NE(bytesOf(there), before);
+    EXPECT_FALSE(recipes().saveAs({}));
+}
+
+TEST_F(RecipesTest, AnOpenedRecipeSetsEverythingAsOneEntryOfUndo) {
+    start();
+    ASSERT_TRUE(recipes().openFrom(recipeFile(someRecipe())));
+    settle();
+    EXPECT_EQ(settings(), someRecipe().settings);
+    EXPECT_TRUE(app->model().applyBackground());
+    EXPECT_EQ(viewer().background(), QColor(0x20, 0x40, 0x60));
+    EXPECT_EQ(panel().colorText().text(), QStringLiteral("#204060"));
+    app->model().undo();
+    settle();
+    EXPECT_EQ(settings(), builtInPresets()[0].settings);
+    EXPECT_FALSE(app->model().applyBackground());
+}
+
+TEST_F(RecipesTest, TheBackgroundGoesToTheViewerThoughTheTextHasTheFocus) {
+    start();
+    window().textEditor().setFocus();
+    ASSERT_TRUE(recipes().takeFrom(recipeFile(someRecipe())));
+    EXPECT_EQ(viewer().background(), QColor(0x20, 0x40, 0x60));
+    EXPECT_EQ(window().textEditor().text().styleAt(0).color, (TextColor{255, 255, 255, 255}));
+}
+
+TEST_F(RecipesTest, ARecipeNamedAtTheStartIsOpened) {
+    start({recipeFile(someRecipe())});
+    EXPECT_EQ(settings(), someRecipe().settings);
+    EXPECT_EQ(app->controller().saveFilename, "TavelinLogo");
+}
+
+TEST_F(RecipesTest, ADamagedRecipeChangesNothing) {
+    start();
+    const QString path = folder.filePath(QStringLiteral("bad.skarnel"));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(R"({"skarnel":"recipe","version":2})");
+    file.close();
+    EXPECT_FALSE(recipes().openFrom(path));
+    EXPECT_FALSE(recipes().takeFrom(path));
+    EXPECT_FALSE(recipes().takeFrom(folder.filePath(QStringLiteral("missing.skarnel"))));
+    settle();
+    EXPECT_EQ(settings(), builtInPresets()[0].settings);
+    EXPECT_FALSE(app->model().history().canUndo());
+}
+
+TEST_F(RecipesTest, SettingsAreTakenFromADropOnThePanel) {
+    start();
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(recipeFile(someRecipe()))});
+    QWidget* target = panel().viewport();
+    EXPECT_TRUE(target->acceptDrops());
+    QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(target, &enter);  // makes it the drag's target
+    ASSERT_TRUE(enter.isAccepted());
+    QDropEvent drop({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(target, &drop);
+    settle();
+    EXPECT_TRUE(drop.isAccepted());
+    EXPECT_EQ(settings(), someRecipe().settings);
+    EXPECT_EQ(app->controller().saveFilename, "TavelinLogo");
+}
+
+TEST_F(RecipesTest, APictureThatCarriesOneIsAPictureOnTheViewerAndSettingsOnThePanel) {
+    start();
+    const QString path = carrier(someRecipe());
+    ASSERT_TRUE(dropOn(viewer(), path));
+    EXPECT_EQ(app->controller().saveFilename, "Carrier Reflection");
+    EXPECT_EQ(app->controller().image->size(), (CGSize{40, 30}));
+    EXPECT_EQ(settings(), builtInPresets()[0].settings);
+    EXPECT_FALSE(app->model().applyBackground());
+
+    const QString other = picture(QStringLiteral("Other.png"), 20, 20, Qt::red);
+    ASSERT_TRUE(dropOn(viewer(), other));
+    ASSERT_TRUE(dropOn(*panel().viewport(), path));
+    EXPECT_EQ(settings(), someRecipe().settings);
+    EXPECT_TRUE(app->model().applyBackground());
+    EXPECT_EQ(app->controller().saveFilename, "Other Reflection");
+    EXPECT_EQ(app->controller().image->size(), (CGSize{20, 20}));
+}
+
+TEST_F(RecipesTest, TheSaveOptionsOfferTheRecipeAndDoNotChooseIt) {
+    SaveOptionsView view({}, std::string(kUTTypePNG));
+    EXPECT_EQ(view.findChild<QCheckBox*>(QStringLiteral("keepRecipe")), nullptr);
+    view.offerRecipe("{}");
+    auto* keep = view.findChild<QCheckBox*>(QStringLiteral("keepRecipe"));
+    ASSERT_NE(keep, nullptr);
+    EXPECT_FALSE(keep->isChecked());
+    EXPECT_FALSE(view.properties().contains(kPropertyRecipe));
+    QSignalSpy changes(&view, &SaveOptionsView::changed);
+    keep->click();
+    EXPECT_EQ(changes.size(), 1);
+    EXPECT_EQ(std::get<std::string>(view.properties().at(std::string(kPropertyRecipe))), "{}");
+    view.setType(kUTTypeBMP);
+    EXPECT_FALSE(keep->isEnabled());
+    EXPECT_FALSE(view.properties().contains(kPropertyRecipe));
+}
+
+TEST_F(RecipesTest, ASavedFileCarriesTheRecipeWhereItIsAskedFor) {
+    start();
+    app->model().editNumber("alpha", 77);
+    const std::string path = folder.filePath(QStringLiteral("out.tiff")).toStdString();
+    auto destination = app->toolkit().imageFiles().imageDestinationCreateWithURL(path, kUTTypeTIFF);
+    const auto image = ImageOperations().getCGImageRef(*app->controller().image);
+    destination->addImage(*image, {{std::string(kPropertyRecipe), recipes().currentText()}});
+    ASSERT_TRUE(destination->finalize());
+    const auto recipe = readRecipeFile(path);
+    ASSERT_TRUE(recipe) << recipe.error().message;
+    EXPECT_EQ(recipe->settings[5], 77);
+}
+
+TEST_F(RecipesTest, StyledTextSurvivesInsideEveryFormatThatCarriesARecipe) {
+    start();
+    Recipe recipe = someRecipe();
+    StyledText text;
+    TextStyle large;
+    large.family = "Helvetica";
+    large.size = 36;
+    large.weight = kTextWeightBold;
+    large.color = {0xC0, 0x20, 0x10, 0xFF};
+    text.append(u"Größe 日本\n", large);
+    TextStyle small;
+    small.slant = TextSlant::Italic;
+    small.underline = TextUnderline::Single;
+    text.append(u"second", small);
+    text.setAlignment(0, TextAlignment::Left);
+    text.setAlignment(1, TextAlignment::Center);
+    recipe.text = text;
+    const std::string embedded = *serializeRecipe(recipe);
+    const auto image = ImageOperations().getCGImageRef(*app->controller().image);
+    for (const std::string_view type : {kUTTypePNG, kUTTypeTIFF, kUTTypeJPEG}) {
+        const std::string path = folder.filePath(QStringLiteral("carrier")).toStdString() + "." +
+                                 std::string(*preferredExtensionOfType(type));
+        const auto write = [&](const ImageProperties& properties) {
+            auto destination =
+                app->toolkit().imageFiles().imageDestinationCreateWithURL(path, type);
+            destination->addImage(*image, properties);
+            return destination->finalize();
+        };
+        ASSERT_TRUE(write({}));
+        EXPECT_FALSE(readRecipeFile(path)) << path << " carries one unasked";
+        ASSERT_TRUE(write({{std::string(kPropertyRecipe), embedded}}));
+        const auto read = readRecipeFile(path);
+        ASSERT_TRUE(read) << path << ": " << read.error().message;
+        EXPECT_EQ(read->settings, recipe.settings) << path;
+        EXPECT_EQ(read->text, recipe.text) << path;
+    }
+}
+
+TEST_F(RecipesTest, AnOpenedRecipesTextKeepsItsStylesAndAlignments) {
+    start();
+    Recipe recipe = someRecipe();
+    StyledText text;
+    text.append(u"left\nmiddle\nright", TextStyle());
+    const TextAlignment alignments[] = {TextAlignment::Left, TextAlignment::Center,
+                                        TextAlignment::Right};
+    for (std::size_t i = 0; i < 3; ++i) text.setAlignment(i, alignments[i]);
+    recipe.text = text;
+    ASSERT_TRUE(recipes().openFrom(recipeFile(recipe)));
+    EXPECT_EQ(window().textEditor().text().characters(), text.characters());
+    EXPECT_EQ(window().textEditor().text().alignments(), text.alignments());
+}
+
+}  // namespace
+}  // namespace skarnel
