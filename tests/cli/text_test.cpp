@@ -78,7 +78,7 @@ TEST_F(TextCommand, AnInterruptionAtAnyMomentLeavesNoneOfTheText) {
     std::filesystem::create_directory(temporary);
     std::mt19937 random(7);
     for (int round = 0; round < 4; ++round) {
-        test::Process process({"--text", "secret", "-o", out_}, [&] {
+        test::Process process({"--text", "secret", "--force", "-o", out_}, [&] {
             std::signal(SIGINT, SIG_DFL);
             ::setenv("TMPDIR", temporary.c_str(), 1);
         });
