@@ -269,6 +269,18 @@
         <source>Text</source>
         <translation>Text</translation>
     </message>
+    <message>
+        <source>Saved %1</source>
+        <translation>%1 gespeichert</translation>
+    </message>
+    <message>
+        <source>Copied</source>
+        <translation>Kopiert</translation>
+    </message>
+    <message>
+        <source>Copied as PNG</source>
+        <translation>Als PNG kopiert</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::Companions</name>

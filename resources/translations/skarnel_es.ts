@@ -269,6 +269,18 @@
         <source>Text</source>
         <translation>Texto</translation>
     </message>
+    <message>
+        <source>Saved %1</source>
+        <translation>%1 guardado</translation>
+    </message>
+    <message>
+        <source>Copied</source>
+        <translation>Copiado</translation>
+    </message>
+    <message>
+        <source>Copied as PNG</source>
+        <translation>Copiado como PNG</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::Companions</name>

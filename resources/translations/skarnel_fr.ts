@@ -269,6 +269,18 @@
         <source>Text</source>
         <translation>Texte</translation>
     </message>
+    <message>
+        <source>Saved %1</source>
+        <translation>%1 enregistré</translation>
+    </message>
+    <message>
+        <source>Copied</source>
+        <translation>Copié</translation>
+    </message>
+    <message>
+        <source>Copied as PNG</source>
+        <translation>Copié en PNG</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::Companions</name>

@@ -269,6 +269,18 @@
         <source>Text</source>
         <translation>テキスト</translation>
     </message>
+    <message>
+        <source>Saved %1</source>
+        <translation>%1 を保存しました</translation>
+    </message>
+    <message>
+        <source>Copied</source>
+        <translation>コピーしました</translation>
+    </message>
+    <message>
+        <source>Copied as PNG</source>
+        <translation>PNG としてコピーしました</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::Companions</name>

@@ -269,6 +269,18 @@
         <source>Text</source>
         <translation>文字</translation>
     </message>
+    <message>
+        <source>Saved %1</source>
+        <translation>已保存 %1</translation>
+    </message>
+    <message>
+        <source>Copied</source>
+        <translation>已复制</translation>
+    </message>
+    <message>
+        <source>Copied as PNG</source>
+        <translation>已复制为 PNG</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::Companions</name>

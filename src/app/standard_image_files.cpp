@@ -74,19 +74,26 @@ enum class Lasting { Saved, Temporary };
 class FileDestination final : public EncodingDestination {
   public:
     FileDestination(std::string_view path, std::string_view type, Lasting lasting,
-                    FileSystem& fileSystem)
-        : EncodingDestination(type), path_(path), lasting_(lasting), fileSystem_(fileSystem) {}
+                    FileSystem& fileSystem, StandardImageFiles::Saved saved)
+        : EncodingDestination(type),
+          path_(path),
+          lasting_(lasting),
+          fileSystem_(fileSystem),
+          saved_(std::move(saved)) {}
 
   private:
     Result<void> store(Bytes encoded) override {
         if (lasting_ == Lasting::Temporary) return writePrivateFile(path_, encoded, fileSystem_);
-        return writeFileSafely(path_, encoded, Overwrite::Allow, fileSystem_);
+        Result<void> written = writeFileSafely(path_, encoded, Overwrite::Allow, fileSystem_);
+        if (written && saved_) saved_(path_);
+        return written;
     }
     std::string place() const override { return path_; }
 
     std::string path_;
     Lasting lasting_;
     FileSystem& fileSystem_;
+    StandardImageFiles::Saved saved_;
 };
 
 class DataDestination final : public EncodingDestination {
@@ -119,7 +126,7 @@ std::unique_ptr<CGImageDestination> StandardImageFiles::imageDestinationCreateWi
         !privateFolder_.empty() && withoutFinalSeparators(folderOfPath(std::string(path))) ==
                                        withoutFinalSeparators(privateFolder_);
     return std::make_unique<FileDestination>(
-        path, type, isPrivate ? Lasting::Temporary : Lasting::Saved, fileSystem_);
+        path, type, isPrivate ? Lasting::Temporary : Lasting::Saved, fileSystem_, saved_);
 }
 
 std::shared_ptr<Bytes> StandardImageFiles::dataCreateMutable() {

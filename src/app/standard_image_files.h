@@ -1,6 +1,7 @@
 // The image input/output library on the program's own readers, writers and safe files.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <utility>
 
@@ -21,6 +22,10 @@ class StandardImageFiles final : public ImageFiles {
     /// and not flushed to the disk. Separators at its end do not count.
     void setPrivateFolder(std::string folder) { privateFolder_ = std::move(folder); }
 
+    /// Told the path of each file that has been written and is not temporary.
+    using Saved = std::function<void(const std::string& path)>;
+    void setSaved(Saved saved) { saved_ = std::move(saved); }
+
     std::unique_ptr<CGImageSource> imageSourceCreateWithData(const TIFFData& data) override;
     std::unique_ptr<CGImageDestination> imageDestinationCreateWithURL(
         std::string_view path, std::string_view type) override;
@@ -32,6 +37,7 @@ class StandardImageFiles final : public ImageFiles {
   private:
     FileSystem& fileSystem_;
     std::string privateFolder_;
+    Saved saved_;
 };
 
 }  // namespace skarnel

@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QLocale>
 
+#include "qt/announcer.h"
 #include "qt/color_well.h"
 #include "qt/float_slider.h"
 #include "qt/number_text.h"
@@ -74,6 +75,41 @@ QString hintOfTool(IKToolMode mode) {
     return {};
 }
 
+QString whole(double number) {
+    return QLocale().toString(number, 'f', 0);
+}
+
+QString boxText(const QString& form, CGRect box) {
+    return form.arg(whole(box.width), whole(box.height), whole(box.x), whole(box.y));
+}
+
+QString marksText(const std::vector<Annotation>& marks) {
+    const Annotation& last = marks.back();
+    return QCoreApplication::translate("AccessibleView",
+                                       "marks: %1, the last from %2, %3 to %4, %5")
+        .arg(whole(static_cast<double>(marks.size())), whole(last.from.x), whole(last.from.y),
+             whole(last.to.x), whole(last.to.y));
+}
+
+/// What tools have done, each with its place in image pixels from the top left.
+QStringList editTexts(const ViewerSheet& sheet) {
+    const CGRect all{0, 0, sheet.view.imageSize().width, sheet.view.imageSize().height};
+    QStringList parts;
+    if (sheet.view.part() != all)
+        parts << boxText(
+            QCoreApplication::translate("AccessibleView", "cropped to %1 by %2 at %3, %4"),
+            sheet.view.part());
+    if (sheet.view.rotation() != 0)
+        parts << QCoreApplication::translate("AccessibleView", "turned by %1°")
+                     .arg(QLocale().toString(sheet.view.rotation(), 'f', 0));
+    if (sheet.selection)
+        parts << boxText(
+            QCoreApplication::translate("AccessibleView", "selected %1 by %2 at %3, %4"),
+            *sheet.selection);
+    if (!sheet.annotations.empty()) parts << marksText(sheet.annotations);
+    return parts;
+}
+
 class PictureView final : public QAccessibleWidget, public QAccessibleImageInterface {
   public:
     explicit PictureView(Viewer& viewer)
@@ -88,12 +124,7 @@ class PictureView final : public QAccessibleWidget, public QAccessibleImageInter
         if (kind == QAccessible::Description) return description();
         if (kind != QAccessible::Value || viewer_.shownImage().isNull())
             return QAccessibleWidget::text(kind);
-        const QLocale locale;
-        QStringList parts{
-            QCoreApplication::translate("AccessibleView", "%1 by %2 pixels, zoom %3 %")
-                .arg(locale.toString(imageSize().width()), locale.toString(imageSize().height()),
-                     locale.toString(viewer_.zoomFactor() * 100, 'f', 0))};
-        return (parts + edits()).join(QStringLiteral("; "));
+        return pictureText(viewer_);
     }
 
     QString imageDescription() const override { return text(QAccessible::Description); }
@@ -102,40 +133,12 @@ class PictureView final : public QAccessibleWidget, public QAccessibleImageInter
 
   private:
     QString description() const {
-        const QString hint = hintOfTool(viewer_.toolMode());
-        const QString always = QAccessibleWidget::text(QAccessible::Description);
-        return hint.isEmpty() ? always : always + QLatin1String(". ") + hint;
+        // Not every screen reader asks a picture for a value, so the name stands here as well.
+        QStringList parts{viewer_.pictureName(), QAccessibleWidget::text(QAccessible::Description),
+                          hintOfTool(viewer_.toolMode())};
+        parts.removeAll(QString());
+        return parts.join(QLatin1String(". "));
     }
-    /// What tools have done, each with its place in image pixels from the top left.
-    QStringList edits() const {
-        const ViewerSheet& sheet = viewer_.sheet();
-        const CGRect all{0, 0, sheet.view.imageSize().width, sheet.view.imageSize().height};
-        QStringList parts;
-        if (sheet.view.part() != all)
-            parts << boxText(
-                QCoreApplication::translate("AccessibleView", "cropped to %1 by %2 at %3, %4"),
-                sheet.view.part());
-        if (sheet.view.rotation() != 0)
-            parts << QCoreApplication::translate("AccessibleView", "turned by %1°")
-                         .arg(QLocale().toString(sheet.view.rotation(), 'f', 0));
-        if (sheet.selection)
-            parts << boxText(
-                QCoreApplication::translate("AccessibleView", "selected %1 by %2 at %3, %4"),
-                *sheet.selection);
-        if (!sheet.annotations.empty()) parts << marksText(sheet.annotations);
-        return parts;
-    }
-    static QString boxText(const QString& form, CGRect box) {
-        return form.arg(whole(box.width), whole(box.height), whole(box.x), whole(box.y));
-    }
-    static QString marksText(const std::vector<Annotation>& marks) {
-        const Annotation& last = marks.back();
-        return QCoreApplication::translate("AccessibleView",
-                                           "marks: %1, the last from %2, %3 to %4, %5")
-            .arg(whole(static_cast<double>(marks.size())), whole(last.from.x), whole(last.from.y),
-                 whole(last.to.x), whole(last.to.y));
-    }
-    static QString whole(double number) { return QLocale().toString(number, 'f', 0); }
 
     Viewer& viewer_;
 };
@@ -172,10 +175,32 @@ class ColorView final : public QAccessibleWidget {
     ColorWell& well_;
 };
 
+class AnnouncementView final : public QAccessibleObject {
+  public:
+    explicit AnnouncementView(Announcer& announcer)
+        : QAccessibleObject(&announcer), announcer_(announcer) {}
+
+    QAccessibleInterface* parent() const override {
+        return QAccessible::queryAccessibleInterface(announcer_.parent());
+    }
+    QAccessibleInterface* child(int /*index*/) const override { return nullptr; }
+    int childCount() const override { return 0; }
+    int indexOfChild(const QAccessibleInterface* /*child*/) const override { return -1; }
+    QAccessible::Role role() const override { return QAccessible::Notification; }
+    QAccessible::State state() const override { return {}; }
+    QString text(QAccessible::Text kind) const override {
+        return kind == QAccessible::Name ? announcer_.message() : QString();
+    }
+
+  private:
+    Announcer& announcer_;
+};
+
 QAccessibleInterface* viewOf(const QString& /*className*/, QObject* object) {
     if (auto* slider = qobject_cast<FloatSlider*>(object)) return new SliderView(*slider);
     if (auto* viewer = qobject_cast<Viewer*>(object)) return new PictureView(*viewer);
     if (auto* well = qobject_cast<ColorWell*>(object)) return new ColorView(*well);
+    if (auto* announcer = qobject_cast<Announcer*>(object)) return new AnnouncementView(*announcer);
     return nullptr;
 }
 
@@ -193,6 +218,23 @@ void announceValue(FloatSlider& slider) {
 void announceValue(Viewer& viewer) {
     QAccessibleValueChangeEvent event(&viewer, viewer.zoomFactor());
     QAccessible::updateAccessibility(&event);
+}
+
+void announcePicture(Viewer& viewer) {
+    announceValue(viewer);
+    QAccessibleEvent event(&viewer, QAccessible::DescriptionChanged);
+    QAccessible::updateAccessibility(&event);
+}
+
+QString pictureText(const Viewer& viewer) {
+    const QSize size = viewer.shownImage().size();
+    const QLocale locale;
+    QStringList parts{viewer.pictureName(),
+                      QCoreApplication::translate("AccessibleView", "%1 by %2 pixels, zoom %3 %")
+                          .arg(locale.toString(size.width()), locale.toString(size.height()),
+                               locale.toString(viewer.zoomFactor() * 100, 'f', 0))};
+    parts.removeAll(QString());
+    return (parts + editTexts(viewer.sheet())).join(QStringLiteral("; "));
 }
 
 void announceColor(ColorWell& well) {

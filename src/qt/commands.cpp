@@ -94,6 +94,9 @@ void Application::sourceChanged(const QString& title) {
     window_.endTelling();
     const QString name = title.isEmpty() ? QString::fromStdString(controller_.saveFilename) : title;
     window_.setWindowTitle(QStringLiteral("%1 — Skarnel").arg(name));
+    window_.viewer().setPictureName(name);
+    announcePicture(window_.viewer());
+    window_.announce(pictureText(window_.viewer()));
 }
 
 bool Application::openPicture(const QString& pathOrAddress) {
@@ -180,6 +183,9 @@ void Application::connectFile() {
     });
     connect(actions_.closeNoSave, &QAction::triggered, this,
             [this] { controller_.closeNoSave(nullptr); });
+    toolkit_.setSaved([this](const std::string& path) {
+        window_.announce(tr("Saved %1").arg(QFileInfo(QString::fromStdString(path)).fileName()));
+    });
     connect(actions_.quit, &QAction::triggered, &window_, &QWidget::close);
     connect(actions_.recent, &QMenu::aboutToShow, this, &Application::fillRecent);
     fillRecent();
@@ -210,6 +216,7 @@ void Application::connectEdit() {
         const WaitCursor atWork;
         controller_.putImageOnClipboard(nullptr);
     });
+    toolkit_.setCopied([this] { window_.announce(tr("Copied")); });
     connect(actions_.copyAsPng, &QAction::triggered, this, &Application::copyAsPng);
     connect(actions_.copySelection, &QAction::triggered, this, &Application::copySelection);
     connect(actions_.paste, &QAction::triggered, this, &Application::pastePicture);
@@ -243,6 +250,7 @@ void Application::copyAsPng() {
     const auto bytes = encodeImage(*result, kUTTypePNG);
     if (!bytes) return;
     QtPasteboard::putOnly(QStringLiteral("image/png"), toQt(*bytes));
+    window_.announce(tr("Copied as PNG"));
     if (const auto sound = controller_.completionSound()) sound->play();
 }
 

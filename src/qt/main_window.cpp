@@ -11,6 +11,7 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include "qt/announcer.h"
 #include "qt/file_names.h"
 #include "qt/focus_ring.h"
 #include "qt/settings_panel.h"
@@ -42,7 +43,8 @@ MainWindow::MainWindow(SettingsModel& model)
       settings_(new SettingsPanel(model)),
       splitter_(new QSplitter(Qt::Vertical)),
       progress_(new QProgressBar(this)),
-      toast_(new Toast(viewer_)) {
+      toast_(new Toast(viewer_)),
+      announcer_(new Announcer(*this)) {
     setObjectName(QStringLiteral("resultWindow"));
     new FocusRing(*viewer_);
     setAcceptDrops(true);
@@ -86,6 +88,10 @@ void MainWindow::tell(const QString& message) {
 
 void MainWindow::endTelling() {
     toast_->hide();
+}
+
+void MainWindow::announce(const QString& message) {
+    announcer_->tell(message);
 }
 
 void MainWindow::takeFirstSize() {

@@ -9,6 +9,7 @@ class QSplitter;
 
 namespace skarnel {
 
+class Announcer;
 class SettingsModel;
 class SettingsPanel;
 class TextBar;
@@ -33,6 +34,9 @@ class MainWindow final : public QMainWindow {
     void tell(const QString& message);
     /// Takes the word away: what it was about is over.
     void endTelling();
+
+    /// A word to those who do not see the window; nothing is shown.
+    void announce(const QString& message);
 
     /// The size of the first start: the proposed one, where the screen has room for it and for a
     /// window manager's frame.
@@ -78,6 +82,7 @@ class MainWindow final : public QMainWindow {
     QSplitter* splitter_;
     QProgressBar* progress_;
     Toast* toast_;
+    Announcer* announcer_;
     bool fullScreenAwaited_ = false;
 };
 

@@ -45,6 +45,11 @@ class QtToolkit final : public Toolkit {
         recipeText_ = std::move(recipeText);
     }
 
+    /// Told the path of each file that a save has written.
+    void setSaved(StandardImageFiles::Saved saved) { imageFiles_.setSaved(std::move(saved)); }
+    /// Told of each result that has gone to the clipboard through the controller.
+    void setCopied(std::function<void()> copied) { pasteboard_.setFilled(std::move(copied)); }
+
     NSUserDefaults& standardUserDefaults() override { return parts_.defaults; }
     NSNotificationCenter& defaultNotificationCenter() override { return center_; }
     NSRunLoop& mainRunLoop() override { return runLoop_; }

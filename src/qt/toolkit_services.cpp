@@ -145,6 +145,7 @@ bool QtPasteboard::setData(const Bytes& data, std::string_view type) {
     auto* item = new QMimeData;
     for (auto it = given_.cbegin(); it != given_.cend(); ++it) item->setData(it.key(), it.value());
     QGuiApplication::clipboard()->setMimeData(item);
+    if (filled_) filled_();
     return true;
 }
 

@@ -3,8 +3,10 @@
 
 #include <QByteArray>
 #include <QHash>
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/notification_center.h"
@@ -61,10 +63,14 @@ class QtPasteboard final : public NSPasteboard {
     void declareTypes(const std::vector<std::string_view>& types, const NSObject* owner) override;
     bool setData(const Bytes& data, std::string_view type) override;
 
+    /// Told of each data that it has taken.
+    void setFilled(std::function<void()> filled) { filled_ = std::move(filled); }
+
     /// Puts one item of one kind on the clipboard, in place of what was there.
     static void putOnly(const QString& mimeType, const QByteArray& bytes);
 
   private:
+    std::function<void()> filled_;
     std::vector<std::string> declared_;
     QHash<QString, QByteArray> given_;  // by kind, since the last declaration
 };

@@ -30,6 +30,10 @@ class Viewer final : public QWidget {
     /// The picture shown; a null image before the first.
     const QImage& shownImage() const { return painter_.image(); }
 
+    /// What a screen reader calls the picture; empty where it has no name.
+    const QString& pictureName() const { return pictureName_; }
+    void setPictureName(const QString& name) { pictureName_ = name; }
+
     /// The viewport's size in device pixels; does not depend on zoom and scrolling, since the
     /// scroll bars lie over the picture.
     CGSize viewportSize() const;
@@ -110,6 +114,7 @@ class Viewer final : public QWidget {
     bool paintPlain(QPainter& painter);
 
     PicturePainter painter_;
+    QString pictureName_;
     ViewerSheet sheet_;
     IKToolMode mode_ = IKToolModeMove;
     std::unique_ptr<ViewerTool> tool_;

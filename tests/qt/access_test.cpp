@@ -111,7 +111,8 @@ TEST_F(AccessTest, ThePictureTellsItsSizeAndZoom) {
     EXPECT_EQ(view.role(), QAccessible::Graphic);
     EXPECT_EQ(view.text(QAccessible::Name), QStringLiteral("Picture"));
     // The picture's rows and as many of its reflection.
-    EXPECT_EQ(view.text(QAccessible::Value), QStringLiteral("300 by 400 pixels, zoom 100 %"));
+    EXPECT_EQ(view.text(QAccessible::Value),
+              QStringLiteral("wide Reflection; 300 by 400 pixels, zoom 100 %"));
     ASSERT_NE(view.imageInterface(), nullptr);
     EXPECT_EQ(view.imageInterface()->imageSize(), QSize(300, 400));
     EXPECT_EQ(wasHeard(QAccessible::ValueChanged, viewer()), listens());
