@@ -308,6 +308,18 @@
         <source>The result cannot be dragged: %1.</source>
         <translation>Das Ergebnis kann nicht gezogen werden: %1.</translation>
     </message>
+    <message>
+        <source>Pictu&amp;re Alone</source>
+        <translation>Bild oh&amp;ne Spiegelbild</translation>
+    </message>
+    <message>
+        <source>Space, held</source>
+        <translation>Leertaste halten</translation>
+    </message>
+    <message>
+        <source>Show the picture without its reflection</source>
+        <translation>Das Bild ohne sein Spiegelbild zeigen</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::CompareOverlay</name>

@@ -308,6 +308,18 @@
         <source>The result cannot be dragged: %1.</source>
         <translation>No se puede arrastrar el resultado: %1.</translation>
     </message>
+    <message>
+        <source>Pictu&amp;re Alone</source>
+        <translation>&amp;Imagen sin reflejo</translation>
+    </message>
+    <message>
+        <source>Space, held</source>
+        <translation>Espacio (mantener)</translation>
+    </message>
+    <message>
+        <source>Show the picture without its reflection</source>
+        <translation>Mostrar la imagen sin su reflejo</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::CompareOverlay</name>

@@ -308,6 +308,18 @@
         <source>The result cannot be dragged: %1.</source>
         <translation>Impossible de faire glisser le résultat : %1.</translation>
     </message>
+    <message>
+        <source>Pictu&amp;re Alone</source>
+        <translation>&amp;Image seule</translation>
+    </message>
+    <message>
+        <source>Space, held</source>
+        <translation>Espace (maintenir)</translation>
+    </message>
+    <message>
+        <source>Show the picture without its reflection</source>
+        <translation>Montrer l’image sans son reflet</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::CompareOverlay</name>

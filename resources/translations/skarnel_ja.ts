@@ -308,6 +308,18 @@
         <source>The result cannot be dragged: %1.</source>
         <translation>結果をドラッグできません: %1。</translation>
     </message>
+    <message>
+        <source>Pictu&amp;re Alone</source>
+        <translation>元の画像だけ(&amp;R)</translation>
+    </message>
+    <message>
+        <source>Space, held</source>
+        <translation>Space(押している間)</translation>
+    </message>
+    <message>
+        <source>Show the picture without its reflection</source>
+        <translation>反射のない元の画像を表示します</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::CompareOverlay</name>

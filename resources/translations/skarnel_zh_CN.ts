@@ -308,6 +308,18 @@
         <source>The result cannot be dragged: %1.</source>
         <translation>无法拖出结果：%1。</translation>
     </message>
+    <message>
+        <source>Pictu&amp;re Alone</source>
+        <translation>仅原图(&amp;R)</translation>
+    </message>
+    <message>
+        <source>Space, held</source>
+        <translation>按住空格键</translation>
+    </message>
+    <message>
+        <source>Show the picture without its reflection</source>
+        <translation>显示不带倒影的图片</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::CompareOverlay</name>

@@ -48,8 +48,7 @@ Companions::Companions(Application& application)
     addGuide();
     application_.toolkit().setRecipeText([this] { return recipes_->currentText(); });
     Viewer& viewer = application_.window().viewer();
-    new CompareOverlay(
-        viewer, [this] { return picture(); }, [&viewer] { return viewer.background(); });
+    addCompare();
     new PreviewMemory(viewer);
     new ResultDrag(viewer, [this] { return makeResultFile(); });
     connect(&viewer, &Viewer::painted, this, &Companions::noticeSource);
@@ -84,6 +83,21 @@ void Companions::addPresets() {
     }
 }
 
+/// The menu's road, for whoever cannot hold a key; its key is the viewer's own, not a shortcut of
+/// the window's, in whose other parts a space is a space.
+void Companions::addCompare() {
+    auto* overlay =
+        new CompareOverlay(application_.window().viewer(), [this] { return comparedPicture(); });
+    compare_ = new QAction(tr("Pictu&re Alone") + QLatin1Char('\t') + tr("Space, held"),
+                           &application_.window());
+    compare_->setToolTip(tr("Show the picture without its reflection"));
+    compare_->setCheckable(true);
+    connect(compare_, &QAction::toggled, overlay, &CompareOverlay::setPinned);
+    connect(overlay, &CompareOverlay::pinnedChanged, compare_, &QAction::setChecked);
+    if (QMenu* view = menuOf(*application_.actions().checkerboard))
+        view->insertAction(application_.actions().checkerboard, compare_);
+}
+
 void Companions::addGuide() {
     guide_ = new QAction(tr("User's &Guide"), &application_.window());
     guide_->setToolTip(tr("Open the guide that came with the program"));
@@ -108,6 +122,20 @@ void Companions::noticeSource() {
 std::optional<CGImage> Companions::picture() const {
     const std::optional<NSImage>& now = application_.controller().scaledImage;
     return now ? ImageOperations().getCGImageRef(*now) : std::nullopt;
+}
+
+std::optional<ComparedPicture> Companions::comparedPicture() const {
+    const std::optional<CGImage> whole = picture();
+    if (!whole) return std::nullopt;
+    const SettingsModel& model = application_.model();
+    const auto place =
+        picturePlacement(whole->width(), whole->height(), model.number("perspectiveWidth"),
+                         model.number("perspectiveHeight"), model.number("offset"),
+                         application_.controller().imagePerspectiveSlider->floatValue());
+    // Without a result the viewer still shows one of other settings.
+    const CGSize own{1.0 * whole->width(), 1.0 * whole->height()};
+    return ComparedPicture{*whole,
+                           place.value_or(PicturePlacement{own, {0, 0, own.width, own.height}})};
 }
 
 std::optional<CGImage> Companions::smallPicture() const {

@@ -18,7 +18,7 @@ class QToolBar;
 namespace skarnel {
 
 class Application;
-class CompareOverlay;
+struct ComparedPicture;
 class PresetStrip;
 class RecipeCommands;
 class ResultDrag;
@@ -32,6 +32,7 @@ class Companions final : public QObject {
     PresetStrip& presets() const { return *strip_; }
     RecipeCommands& recipes() const { return *recipes_; }
     QAction& showPresetsAction() const { return *showPresets_; }
+    QAction& compareAction() const { return *compare_; }
     QAction& guideAction() const { return *guide_; }
 
     /// The result at full resolution as a PNG under the save name, with the source's resolution, in
@@ -41,12 +42,14 @@ class Companions final : public QObject {
 
   private:
     void addPresets();
+    void addCompare();
     void addGuide();
     void noticeSource();
     QString dragFailed(const Error& error);
     /// The working copy's pixels, and the same small enough for thumbnails.
     std::optional<CGImage> picture() const;
     std::optional<CGImage> smallPicture() const;
+    std::optional<ComparedPicture> comparedPicture() const;
 
     Application& application_;
     UserPresets userPresets_;
@@ -54,6 +57,7 @@ class Companions final : public QObject {
     PresetStrip* strip_ = nullptr;
     QToolBar* presetBar_ = nullptr;
     QAction* showPresets_ = nullptr;
+    QAction* compare_ = nullptr;
     QAction* guide_ = nullptr;
     std::optional<NSImage> known_;  // the working copy that the thumbnails were made of
 };

@@ -1,4 +1,4 @@
-// Looks, comparing and dragging out, in the real window.
+// Looks and dragging out, in the real window.
 #include "qt/companions.h"
 
 #include <QDrag>
@@ -15,7 +15,6 @@
 #include <QUrl>
 
 #include "companions_fixture.h"
-#include "qt/compare_overlay.h"
 #include "qt/preset_strip.h"
 #include "qt/result_drag.h"
 
@@ -159,30 +158,7 @@ TEST(PresetThumbnail, ALookWithoutAResultHasNoPicture) {
     EXPECT_FALSE(presetThumbnail(source, {0, 100, 0, 0, 7, 200, 50}).isNull());
 }
 
-// Compare and drag -----------------------------------------------------------------------------
-
-TEST_F(CompanionsTest, ThePictureAloneIsShownWhileTheSpaceBarIsHeld) {
-    start();
-    auto* overlay = viewer().findChild<CompareOverlay*>();
-    ASSERT_NE(overlay, nullptr);
-    EXPECT_FALSE(overlay->isVisible());
-    viewer().setFocus();
-    QTest::keyPress(&viewer(), Qt::Key_Space);
-    EXPECT_TRUE(overlay->isVisible());
-    EXPECT_EQ(overlay->size(), viewer().size());
-    QTest::keyRelease(&viewer(), Qt::Key_Space);
-    EXPECT_FALSE(overlay->isVisible());
-}
-
-TEST_F(CompanionsTest, LosingTheFocusEndsTheComparison) {
-    start();
-    auto* overlay = viewer().findChild<CompareOverlay*>();
-    QTest::keyPress(&viewer(), Qt::Key_Space);
-    ASSERT_TRUE(overlay->isVisible());
-    QFocusEvent out(QEvent::FocusOut);
-    QApplication::sendEvent(&viewer(), &out);
-    EXPECT_FALSE(overlay->isVisible());
-}
+// Drag ---------------------------------------------------------------------------------------
 
 TEST_F(CompanionsTest, TheDraggedFileIsThePngOfTheFullResult) {
     start();
