@@ -147,6 +147,10 @@
         <translation>Die Datei ist zu groß</translation>
     </message>
     <message>
+        <source>A page of %1 by %2 pixels is too large to capture; at most 16384 by 16384 are</source>
+        <translation>Eine Seite von %1 mal %2 Pixel ist zu groß zum Abbilden; höchstens 16384 mal 16384 gehen</translation>
+    </message>
+    <message>
         <source>Nothing more could be written</source>
         <translation>Es konnte nichts mehr geschrieben werden</translation>
     </message>
@@ -771,6 +775,10 @@
     <message>
         <source>“%1”: %2.</source>
         <translation>„%1“: %2.</translation>
+    </message>
+    <message>
+        <source>The text of “%1” cannot be made a picture.</source>
+        <translation>Aus dem Text von „%1“ lässt sich kein Bild machen.</translation>
     </message>
     <message>
         <source>Recipe</source>

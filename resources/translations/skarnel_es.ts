@@ -147,6 +147,10 @@
         <translation>El archivo es demasiado grande</translation>
     </message>
     <message>
+        <source>A page of %1 by %2 pixels is too large to capture; at most 16384 by 16384 are</source>
+        <translation>Una página de %1 por %2 píxeles es demasiado grande; como máximo puede tener 16384 por 16384</translation>
+    </message>
+    <message>
         <source>Nothing more could be written</source>
         <translation>No se pudo escribir más</translation>
     </message>
@@ -771,6 +775,10 @@
     <message>
         <source>“%1”: %2.</source>
         <translation>«%1»: %2.</translation>
+    </message>
+    <message>
+        <source>The text of “%1” cannot be made a picture.</source>
+        <translation>Con el texto de «%1» no se puede hacer una imagen.</translation>
     </message>
     <message>
         <source>Recipe</source>

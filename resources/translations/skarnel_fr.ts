@@ -147,6 +147,10 @@
         <translation>Le fichier est trop volumineux</translation>
     </message>
     <message>
+        <source>A page of %1 by %2 pixels is too large to capture; at most 16384 by 16384 are</source>
+        <translation>Une page de %1 sur %2 pixels est trop grande ; elle peut avoir 16384 sur 16384 au plus</translation>
+    </message>
+    <message>
         <source>Nothing more could be written</source>
         <translation>Rien de plus n’a pu être écrit</translation>
     </message>
@@ -771,6 +775,10 @@
     <message>
         <source>“%1”: %2.</source>
         <translation>« %1 » : %2.</translation>
+    </message>
+    <message>
+        <source>The text of “%1” cannot be made a picture.</source>
+        <translation>Le texte de « %1 » ne peut pas devenir une image.</translation>
     </message>
     <message>
         <source>Recipe</source>

@@ -147,6 +147,10 @@
         <translation>ファイルが大きすぎます</translation>
     </message>
     <message>
+        <source>A page of %1 by %2 pixels is too large to capture; at most 16384 by 16384 are</source>
+        <translation>%1 × %2 ピクセルのページは大きすぎます（最大 16384 × 16384）</translation>
+    </message>
+    <message>
         <source>Nothing more could be written</source>
         <translation>これ以上書き込めませんでした</translation>
     </message>
@@ -771,6 +775,10 @@
     <message>
         <source>“%1”: %2.</source>
         <translation>「%1」: %2。</translation>
+    </message>
+    <message>
+        <source>The text of “%1” cannot be made a picture.</source>
+        <translation>「%1」のテキストから画像を作れません。</translation>
     </message>
     <message>
         <source>Recipe</source>

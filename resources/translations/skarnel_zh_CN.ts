@@ -147,6 +147,10 @@
         <translation>文件太大</translation>
     </message>
     <message>
+        <source>A page of %1 by %2 pixels is too large to capture; at most 16384 by 16384 are</source>
+        <translation>%1 × %2 像素的页面过大，最大为 16384 × 16384</translation>
+    </message>
+    <message>
         <source>Nothing more could be written</source>
         <translation>无法继续写入</translation>
     </message>
@@ -771,6 +775,10 @@
     <message>
         <source>“%1”: %2.</source>
         <translation>“%1”：%2。</translation>
+    </message>
+    <message>
+        <source>The text of “%1” cannot be made a picture.</source>
+        <translation>“%1”中的文字无法转换为图片。</translation>
     </message>
     <message>
         <source>Recipe</source>

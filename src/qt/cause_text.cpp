@@ -36,6 +36,8 @@ constexpr const char* kCauses[] = {
     QT_TRANSLATE_NOOP("Cause", "It is a folder"),
     QT_TRANSLATE_NOOP("Cause", "It is not an ordinary file"),
     QT_TRANSLATE_NOOP("Cause", "The file is too large"),
+    QT_TRANSLATE_NOOP(
+        "Cause", "A page of %1 by %2 pixels is too large to capture; at most 16384 by 16384 are"),
     QT_TRANSLATE_NOOP("Cause", "Nothing more could be written"),
     QT_TRANSLATE_NOOP("Cause", "Out of memory"),
 };

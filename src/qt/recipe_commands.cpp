@@ -1,6 +1,7 @@
 #include "qt/recipe_commands.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -8,7 +9,9 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QUrl>
+#include <algorithm>
 #include <cerrno>
+#include <sstream>
 #include <system_error>
 
 #include "qt/application.h"
@@ -22,9 +25,13 @@
 #include "qt/viewer.h"
 #include "recipe/recipe_file.h"
 #include "storage/safe_file.h"
+#include "util/log/system_log.h"
 
 namespace skarnel {
 namespace {
+
+constexpr double kSmallestSize = 1;      // points, of a text
+constexpr double kLargestSize = 10'000;  // points
 
 QString suffix() {
     return QLatin1Char('.') + QString::fromLatin1(kRecipeExtension.data(),
@@ -39,6 +46,40 @@ std::uint8_t byteOf(int component) {
 QString droppedFile(const QMimeData& data) {
     const QList<QUrl> urls = data.urls();
     return urls.size() == 1 ? pathOfAddress(urls.front()) : QString();
+}
+
+/// The text with its sizes brought into the range that the command line takes.
+StyledText withPossibleSizes(StyledText text) {
+    std::size_t place = 0;
+    for (const TextRun& run : std::vector<TextRun>(text.runs())) {
+        TextStyle style = run.style;
+        style.size = std::clamp(style.size, kSmallestSize, kLargestSize);
+        text.setStyle({place, run.length}, style);
+        place += run.length;
+    }
+    return text;
+}
+
+/// What a command puts into the log, which gets it all the same.
+template <typename Command>
+std::string loggedWhile(Command command) {
+    std::string lines;
+    {
+        const ScopedLogCapture log;
+        command();
+        lines = log.text();
+    }
+    std::istringstream each(lines);
+    for (std::string line; std::getline(each, line);) systemLog(line);
+    return lines;
+}
+
+/// The line in which the page's renderer refuses a page for its size.
+std::optional<Error> pageTooLarge(const std::string& logged) {
+    std::istringstream each(logged);
+    for (std::string line; std::getline(each, line);)
+        if (line.starts_with("A page of ")) return Error{ErrorCode::TooLarge, line};
+    return std::nullopt;
 }
 
 /// Something of this window, such as the result that is being dragged out.
@@ -184,8 +225,7 @@ bool RecipeCommands::openFrom(const QString& path) {
     const std::optional<Recipe> recipe = read(path);
     if (!recipe) return false;
     applySettings(*recipe, tr("Recipe"));
-    if (recipe->text) applyText(*recipe->text);
-    return true;
+    return !recipe->text || applyText(*recipe->text, QFileInfo(path).fileName());
 }
 
 bool RecipeCommands::takeFrom(const QString& path) {
@@ -209,13 +249,23 @@ void RecipeCommands::applySettings(const Recipe& recipe, const QString& undoName
     application_.model().changeAll(undoName, {recipe.settings, recipe.applyBackgroundColor});
 }
 
-void RecipeCommands::applyText(const StyledText& text) {
+bool RecipeCommands::applyText(const StyledText& text, const QString& recipeName) {
     TextEditor& editor = application_.window().textEditor();
     // As an edit by the user: a placeholder gives way, and its timer with it.
     application_.controller().textViewShouldChangeTextInRanges(
         application_.textView(), {{0, editor.text().length()}}, {text.characters()});
-    editor.setText(text);
-    application_.actions().imageText->trigger();
+    editor.setText(withPossibleSizes(text));
+    const std::optional<NSImage> before = application_.controller().image;
+    const std::string logged = loggedWhile([this] { application_.actions().imageText->trigger(); });
+    const std::optional<NSImage>& now = application_.controller().image;
+    if (now && (!before || !now->isSame(*before))) return true;
+    // The command's own alert has said it already.
+    if (QApplication::activeModalWidget() != nullptr) return false;
+    const auto cause = pageTooLarge(logged);
+    application_.window().tell(
+        cause ? tr("“%1”: %2.").arg(recipeName, causeText(*cause))
+              : tr("The text of “%1” cannot be made a picture.").arg(recipeName));
+    return false;
 }
 
 bool RecipeCommands::eventFilter(QObject*, QEvent* event) {

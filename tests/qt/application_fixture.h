@@ -32,7 +32,7 @@ class ApplicationTest : public ::testing::Test {
                              folder.filePath(QStringLiteral("state/window.json")),
                              textSystem,
                              textFiles,
-                             {}});
+                             makeWebView});
     }
 
     void start(const QStringList& pictures = {}) {
@@ -69,6 +69,8 @@ class ApplicationTest : public ::testing::Test {
     QTemporaryDir folder;
     TextSystem textSystem{TextLayout{naturalTextSize, paragraphHeights}};
     StandardTextFiles textFiles;
+    /// Set before the application is made, where text is to become a picture; else none does.
+    decltype(ApplicationParts::makeWebView) makeWebView;
     std::unique_ptr<Application> app;
 };
 

@@ -1,6 +1,7 @@
 // Recipes in the real window: saved, opened, dropped, and carried by pictures.
 #include <QCheckBox>
 #include <QDropEvent>
+#include <QLabel>
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QUrl>
@@ -8,6 +9,7 @@
 #include "companions_fixture.h"
 #include "qt/save_options_view.h"
 #include "recipe/recipe_file.h"
+#include "util/log/system_log.h"
 
 namespace skarnel {
 namespace {
@@ -225,9 +227,59 @@ TEST_F(RecipesTest, AnOpenedRecipesTextKeepsItsStylesAndAlignments) {
                                         TextAlignment::Right};
     for (std::size_t i = 0; i < 3; ++i) text.setAlignment(i, alignments[i]);
     recipe.text = text;
-    ASSERT_TRUE(recipes().openFrom(recipeFile(recipe)));
+    recipes().openFrom(recipeFile(recipe));
     EXPECT_EQ(window().textEditor().text().characters(), text.characters());
     EXPECT_EQ(window().textEditor().text().alignments(), text.alignments());
+}
+
+TEST_F(RecipesTest, ARecipesTextThatBecomesNoPictureIsToldWithItsReasonAndTheTitleStays) {
+    const std::string tooLarge =
+        "A page of 73623 by 24347 pixels is too large to capture; at most 16384 by 16384 are";
+    const struct {
+        std::string logged;
+        const char* told;
+    } rows[] = {
+        {tooLarge,
+         "“a.skarnel”: A page of 73623 by 24347 pixels is too large to capture; at most 16384 by "
+         "16384 are."},
+        {"something else", "The text of “a.skarnel” cannot be made a picture."},
+    };
+    std::string reason;
+    makeWebView = [&](const CGRect&, NSNotificationCenter&) {
+        systemLog(reason);
+        return nullptr;
+    };
+    start();
+    const QString title = window().windowTitle();
+    Recipe recipe = someRecipe();
+    recipe.text = StyledText(u"too large");
+    auto* toast = window().findChild<QLabel*>(QStringLiteral("toast"));
+    for (const auto& row : rows) {
+        reason = row.logged;
+        ScopedLogCapture log;
+        EXPECT_FALSE(app->openPicture(recipeFile(recipe)));
+        EXPECT_TRUE(toast->isVisible());
+        EXPECT_EQ(toast->text().toStdString(), row.told);
+        EXPECT_EQ(window().windowTitle(), title);
+        EXPECT_EQ(log.text(), row.logged + "\n") << "the log has it, too";
+    }
+}
+
+TEST_F(RecipesTest, TheSizesOfARecipesTextAreBroughtIntoTheirRange) {
+    start();
+    Recipe recipe = someRecipe();
+    recipe.text = StyledText();
+    const double sizes[] = {0.25, 1, 48, 10'000, 20'000};
+    for (const double size : sizes) {
+        TextStyle style;
+        style.size = size;
+        recipe.text->append(u"x", style);
+    }
+    recipes().openFrom(recipeFile(recipe));
+    const StyledText text = window().textEditor().text();
+    ASSERT_EQ(text.length(), 5U);
+    const double expected[] = {1, 1, 48, 10'000, 10'000};
+    for (std::size_t i = 0; i < 5; ++i) EXPECT_EQ(text.styleAt(i).size, expected[i]) << i;
 }
 
 }  // namespace
