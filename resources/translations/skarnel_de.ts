@@ -226,8 +226,8 @@
         <translation>Hier kann nur eine Bilddatei von diesem Computer abgelegt werden.</translation>
     </message>
     <message>
-        <source>“%1” cannot be read.</source>
-        <translation>„%1“ kann nicht gelesen werden.</translation>
+        <source>“%1” cannot be read: %2.</source>
+        <translation>„%1“ kann nicht gelesen werden: %2.</translation>
     </message>
     <message>
         <source>“%1” is no picture that can be opened.</source>

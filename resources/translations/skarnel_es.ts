@@ -226,8 +226,8 @@
         <translation>Aquí solo se puede soltar un archivo de imagen de este equipo.</translation>
     </message>
     <message>
-        <source>“%1” cannot be read.</source>
-        <translation>No se puede leer «%1».</translation>
+        <source>“%1” cannot be read: %2.</source>
+        <translation>No se puede leer «%1»: %2.</translation>
     </message>
     <message>
         <source>“%1” is no picture that can be opened.</source>

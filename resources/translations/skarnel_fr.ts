@@ -226,8 +226,8 @@
         <translation>Seul un fichier image de cet ordinateur peut être déposé ici.</translation>
     </message>
     <message>
-        <source>“%1” cannot be read.</source>
-        <translation>« %1 » ne peut pas être lu.</translation>
+        <source>“%1” cannot be read: %2.</source>
+        <translation>« %1 » ne peut pas être lu : %2.</translation>
     </message>
     <message>
         <source>“%1” is no picture that can be opened.</source>

@@ -226,8 +226,8 @@
         <translation>ここにドロップできるのは、このコンピューターの画像ファイルだけです。</translation>
     </message>
     <message>
-        <source>“%1” cannot be read.</source>
-        <translation>「%1」を読み込めません。</translation>
+        <source>“%1” cannot be read: %2.</source>
+        <translation>「%1」を読み込めません: %2。</translation>
     </message>
     <message>
         <source>“%1” is no picture that can be opened.</source>

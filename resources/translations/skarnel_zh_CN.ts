@@ -226,8 +226,8 @@
         <translation>此处只能放入本机的图片文件。</translation>
     </message>
     <message>
-        <source>“%1” cannot be read.</source>
-        <translation>无法读取“%1”。</translation>
+        <source>“%1” cannot be read: %2.</source>
+        <translation>无法读取“%1”：%2。</translation>
     </message>
     <message>
         <source>“%1” is no picture that can be opened.</source>

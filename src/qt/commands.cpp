@@ -14,10 +14,12 @@
 #include <QTextCursor>
 #include <QUrl>
 #include <algorithm>
+#include <cerrno>
 
 #include "qt/accessible_parts.h"
 #include "qt/appearance.h"
 #include "qt/application.h"
+#include "qt/cause_text.h"
 #include "qt/companions.h"
 #include "qt/file_names.h"
 #include "qt/icons.h"
@@ -29,6 +31,7 @@
 #include "qt/text_editor.h"
 #include "qt/viewer.h"
 #include "qt/wait_cursor.h"
+#include "storage/file_system.h"
 #include "storage/safe_file.h"
 
 namespace skarnel {
@@ -104,9 +107,10 @@ bool Application::openPicture(const QString& pathOrAddress) {
     if (RecipeCommands::isRecipeName(path)) return companions_->recipes().openFrom(path);
     const QString name = QFileInfo(path).fileName();
     const auto bytes = bytesOfPath(path);
-    const auto head = bytes ? headOfFile(*bytes, kRecognitionBytes) : std::nullopt;
+    const auto head = bytes ? headOfFile(*bytes, kRecognitionBytes)
+                            : Result<QByteArray>(ErrorCode::CannotRead, describeError(EILSEQ));
     if (!head) {
-        window_.tell(tr("“%1” cannot be read.").arg(name));
+        window_.tell(tr("“%1” cannot be read: %2.").arg(name, causeText(head.error())));
         return false;
     }
     const ImageType* type = imageTypeOfContent(view(*head));

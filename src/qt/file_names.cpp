@@ -7,7 +7,10 @@
 
 #include <QFile>
 #include <QStringList>
+#include <cerrno>
 #include <memory>
+
+#include "storage/file_system.h"
 
 namespace skarnel {
 namespace {
@@ -56,18 +59,24 @@ QString pathOfAddress(const QUrl& address) {
     return isIllegible(path) ? path : address.toLocalFile();
 }
 
-std::optional<QByteArray> headOfFile(const std::string& path, qint64 most) {
+Result<QByteArray> headOfFile(const std::string& path, qint64 most) {
     // A pipe without a writer would keep the opening waiting.
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0) return std::nullopt;
+    if (descriptor < 0) return {ErrorCode::CannotRead, describeError(errno)};
     QFile file;
-    if (!file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
-        ::close(descriptor);
-        return std::nullopt;
-    }
     struct stat status {};
-    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
-    return file.read(most);
+    const bool known = ::fstat(descriptor, &status) == 0;
+    if (!known || !S_ISREG(status.st_mode) ||
+        !file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
+        ::close(descriptor);
+        return {ErrorCode::CannotRead,
+                known && S_ISDIR(status.st_mode) ? "It is a folder" : "It is not an ordinary file"};
+    }
+    QByteArray head = file.read(most);
+    // An empty file has a head, an empty one; a disk that fails has none.
+    if (file.error() != QFileDevice::NoError)
+        return {ErrorCode::CannotRead, file.errorString().toStdString()};
+    return head;
 }
 
 QString inAnyCase(const QString& filter) {

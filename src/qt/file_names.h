@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+#include "util/log/result.h"
+
 namespace skarnel {
 
 /// The path's own bytes. A name that is not UTF-8 reaches the window with U+FFFD in place of what
@@ -19,8 +21,8 @@ std::optional<std::string> bytesOfPath(const QString& path);
 /// leaves "%E9" standing there, which is another name. Empty for an address elsewhere.
 QString pathOfAddress(const QUrl& address);
 
-/// The first bytes of a regular file, at most so many; nothing for anything else.
-std::optional<QByteArray> headOfFile(const std::string& path, qint64 most);
+/// The first bytes of a regular file, at most so many; the cause for anything else.
+Result<QByteArray> headOfFile(const std::string& path, qint64 most);
 
 /// A dialog's filter, "Photos (*.jpg)", for small and capital letters in any mixture, since not
 /// every desktop's dialog takes them for the same: "Photos (*.[jJ][pP][gG])".

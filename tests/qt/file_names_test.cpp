@@ -67,11 +67,37 @@ TEST_F(FileNamesTest, AnAddressBecomesThePathThatItsBytesSpell) {
 
 TEST_F(FileNamesTest, TheHeadIsThatOfARegularFileAlone) {
     pictureNamed(kLatin, 30, 20);
-    EXPECT_EQ(headOfFile(path(kLatin), 4), QByteArray("\x89PNG"));
-    EXPECT_EQ(headOfFile(path("missing"), 4), std::nullopt);
-    EXPECT_EQ(headOfFile(folder.path().toStdString(), 4), std::nullopt);
+    const auto head = headOfFile(path(kLatin), 4);
+    ASSERT_TRUE(head) << head.error().message;
+    EXPECT_EQ(*head, QByteArray("\x89PNG"));
+    const auto causeOf = [](const std::string& name) {
+        const auto none = headOfFile(name, 4);
+        return none ? std::string("it has a head") : none.error().message;
+    };
+    EXPECT_EQ(causeOf(path("missing")), "No such file or directory");
+    EXPECT_EQ(causeOf(folder.path().toStdString()), "It is a folder");
     ASSERT_EQ(::mkfifo(path("pipe").c_str(), 0600), 0);
-    EXPECT_EQ(headOfFile(path("pipe"), 4), std::nullopt);
+    EXPECT_EQ(causeOf(path("pipe")), "It is not an ordinary file");
+}
+
+TEST_F(FileNamesTest, APictureThatCannotBeReadIsToldWithItsCause) {
+    start();
+    auto* toast = window().findChild<QLabel*>(QStringLiteral("toast"));
+    ASSERT_NE(toast, nullptr);
+    ASSERT_EQ(::symlink("loop.png", path("loop.png").c_str()), 0);
+    ASSERT_TRUE(QDir(folder.path()).mkdir(QStringLiteral("folder.png")));
+    const struct {
+        const char* name;
+        const char* told;
+    } rows[] = {
+        {"gone.png", "“gone.png” cannot be read: No such file or directory."},
+        {"folder.png", "“folder.png” cannot be read: It is a folder."},
+        {"loop.png", "“loop.png” cannot be read: Too many levels of symbolic links."},
+    };
+    for (const auto& row : rows) {
+        EXPECT_FALSE(app->openPicture(folder.filePath(QString::fromLatin1(row.name))));
+        EXPECT_EQ(toast->text().toStdString(), row.told);
+    }
 }
 
 TEST_F(FileNamesTest, AFilterTakesLettersInAnyCase) {

@@ -65,7 +65,8 @@ TEST_F(RecentFilesTest, AMissingFileIsAnsweredAndStaysForWhenItComesBack) {
     auto* toast = window().findChild<QLabel*>(QStringLiteral("toast"));
     ASSERT_NE(toast, nullptr);
     EXPECT_TRUE(toast->isVisible());
-    EXPECT_EQ(toast->text(), QStringLiteral("“Away.png” cannot be read."));
+    EXPECT_EQ(toast->text(),
+              QStringLiteral("“Away.png” cannot be read: No such file or directory."));
     ASSERT_TRUE(QFile::rename(path + QStringLiteral(".gone"), path));
     opened()[1]->trigger();
     EXPECT_EQ(app->controller().saveFilename, "Away Reflection");
