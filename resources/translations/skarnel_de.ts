@@ -324,6 +324,14 @@
         <source>Show the picture without its reflection</source>
         <translation>Das Bild ohne sein Spiegelbild zeigen</translation>
     </message>
+    <message>
+        <source>Save Loo&amp;k…</source>
+        <translation>Sti&amp;l speichern…</translation>
+    </message>
+    <message>
+        <source>Save the settings as a look</source>
+        <translation>Die Einstellungen als Stil speichern</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::CompareOverlay</name>
@@ -656,6 +664,13 @@
     </message>
 </context>
 <context>
+    <name>skarnel::MoreLooks</name>
+    <message>
+        <source>More looks</source>
+        <translation>Weitere Stile</translation>
+    </message>
+</context>
+<context>
     <name>skarnel::PresetStrip</name>
     <message>
         <source>Mirror</source>
@@ -732,6 +747,14 @@
     <message>
         <source>Re&amp;move</source>
         <translation>&amp;Entfernen</translation>
+    </message>
+    <message>
+        <source>Rename “%1”</source>
+        <translation>Umbenennen von „%1“</translation>
+    </message>
+    <message>
+        <source>Remove “%1”</source>
+        <translation>Entfernen von „%1“</translation>
     </message>
 </context>
 <context>

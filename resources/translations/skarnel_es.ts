@@ -324,6 +324,14 @@
         <source>Show the picture without its reflection</source>
         <translation>Mostrar la imagen sin su reflejo</translation>
     </message>
+    <message>
+        <source>Save Loo&amp;k…</source>
+        <translation>Guardar est&amp;ilo…</translation>
+    </message>
+    <message>
+        <source>Save the settings as a look</source>
+        <translation>Guardar los ajustes como estilo</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::CompareOverlay</name>
@@ -656,6 +664,13 @@
     </message>
 </context>
 <context>
+    <name>skarnel::MoreLooks</name>
+    <message>
+        <source>More looks</source>
+        <translation>Más estilos</translation>
+    </message>
+</context>
+<context>
     <name>skarnel::PresetStrip</name>
     <message>
         <source>Mirror</source>
@@ -732,6 +747,14 @@
     <message>
         <source>Re&amp;move</source>
         <translation>&amp;Quitar</translation>
+    </message>
+    <message>
+        <source>Rename “%1”</source>
+        <translation>Cambiar el nombre de «%1»</translation>
+    </message>
+    <message>
+        <source>Remove “%1”</source>
+        <translation>Quitar «%1»</translation>
     </message>
 </context>
 <context>

@@ -324,6 +324,14 @@
         <source>Show the picture without its reflection</source>
         <translation>Montrer l’image sans son reflet</translation>
     </message>
+    <message>
+        <source>Save Loo&amp;k…</source>
+        <translation>&amp;Enregistrer le style…</translation>
+    </message>
+    <message>
+        <source>Save the settings as a look</source>
+        <translation>Enregistrer les réglages comme style</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::CompareOverlay</name>
@@ -656,6 +664,13 @@
     </message>
 </context>
 <context>
+    <name>skarnel::MoreLooks</name>
+    <message>
+        <source>More looks</source>
+        <translation>Autres styles</translation>
+    </message>
+</context>
+<context>
     <name>skarnel::PresetStrip</name>
     <message>
         <source>Mirror</source>
@@ -732,6 +747,14 @@
     <message>
         <source>Re&amp;move</source>
         <translation>Re&amp;tirer</translation>
+    </message>
+    <message>
+        <source>Rename “%1”</source>
+        <translation>Renommer « %1 »</translation>
+    </message>
+    <message>
+        <source>Remove “%1”</source>
+        <translation>Retirer « %1 »</translation>
     </message>
 </context>
 <context>

@@ -324,6 +324,14 @@
         <source>Show the picture without its reflection</source>
         <translation>反射のない元の画像を表示します</translation>
     </message>
+    <message>
+        <source>Save Loo&amp;k…</source>
+        <translation>スタイルを保存(&amp;K)…</translation>
+    </message>
+    <message>
+        <source>Save the settings as a look</source>
+        <translation>設定をスタイルとして保存します</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::CompareOverlay</name>
@@ -656,6 +664,13 @@
     </message>
 </context>
 <context>
+    <name>skarnel::MoreLooks</name>
+    <message>
+        <source>More looks</source>
+        <translation>ほかのスタイル</translation>
+    </message>
+</context>
+<context>
     <name>skarnel::PresetStrip</name>
     <message>
         <source>Mirror</source>
@@ -732,6 +747,14 @@
     <message>
         <source>Re&amp;move</source>
         <translation>削除(&amp;M)</translation>
+    </message>
+    <message>
+        <source>Rename “%1”</source>
+        <translation>「%1」の名前の変更</translation>
+    </message>
+    <message>
+        <source>Remove “%1”</source>
+        <translation>「%1」の削除</translation>
     </message>
 </context>
 <context>

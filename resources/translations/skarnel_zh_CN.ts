@@ -324,6 +324,14 @@
         <source>Show the picture without its reflection</source>
         <translation>显示不带倒影的图片</translation>
     </message>
+    <message>
+        <source>Save Loo&amp;k…</source>
+        <translation>保存样式(&amp;K)…</translation>
+    </message>
+    <message>
+        <source>Save the settings as a look</source>
+        <translation>将设置保存为样式</translation>
+    </message>
 </context>
 <context>
     <name>skarnel::CompareOverlay</name>
@@ -656,6 +664,13 @@
     </message>
 </context>
 <context>
+    <name>skarnel::MoreLooks</name>
+    <message>
+        <source>More looks</source>
+        <translation>更多样式</translation>
+    </message>
+</context>
+<context>
     <name>skarnel::PresetStrip</name>
     <message>
         <source>Mirror</source>
@@ -732,6 +747,14 @@
     <message>
         <source>Re&amp;move</source>
         <translation>移除(&amp;M)</translation>
+    </message>
+    <message>
+        <source>Rename “%1”</source>
+        <translation>重命名“%1”</translation>
+    </message>
+    <message>
+        <source>Remove “%1”</source>
+        <translation>移除“%1”</translation>
     </message>
 </context>
 <context>

@@ -41,7 +41,7 @@ SettingsUndo::SettingsUndo(std::size_t limit) : limit_(std::max<std::size_t>(lim
 
 void SettingsUndo::beginGesture(std::string label, const SettingsState& before) {
     endGesture(before);
-    open_ = Entry{std::move(label), before, before};
+    open_ = Entry{std::move(label), before, before, {}, {}};
 }
 
 void SettingsUndo::endGesture(const SettingsState& after) {
@@ -52,8 +52,18 @@ void SettingsUndo::endGesture(const SettingsState& after) {
 void SettingsUndo::record(std::string label, const SettingsState& before,
                           const SettingsState& after) {
     if (before == after) return;
+    append({std::move(label), before, after, {}, {}});
+}
+
+void SettingsUndo::recordAction(std::string label, std::function<void()> back,
+                                std::function<void()> forth) {
+    assert(!isGestureOpen());
+    append({std::move(label), {}, {}, std::move(back), std::move(forth)});
+}
+
+void SettingsUndo::append(Entry entry) {
     entries_.resize(done_);
-    entries_.push_back({std::move(label), before, after});
+    entries_.push_back(std::move(entry));
     if (entries_.size() > limit_) entries_.erase(entries_.begin());
     done_ = entries_.size();
 }
@@ -69,13 +79,19 @@ std::string SettingsUndo::redoLabel() const {
 std::optional<SettingsState> SettingsUndo::undo() {
     assert(!isGestureOpen());
     if (!canUndo()) return std::nullopt;
-    return entries_[--done_].before;
+    const Entry& entry = entries_[--done_];
+    if (!entry.back) return entry.before;
+    entry.back();
+    return std::nullopt;
 }
 
 std::optional<SettingsState> SettingsUndo::redo() {
     assert(!isGestureOpen());
     if (!canRedo()) return std::nullopt;
-    return entries_[done_++].after;
+    const Entry& entry = entries_[done_++];
+    if (!entry.forth) return entry.after;
+    entry.forth();
+    return std::nullopt;
 }
 
 }  // namespace skarnel

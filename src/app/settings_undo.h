@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -46,13 +47,17 @@ class SettingsUndo {
     /// A gesture that begins and ends at once.
     void record(std::string label, const SettingsState& before, const SettingsState& after);
 
+    /// A change of something else, which has been made: how it is taken back and made again.
+    void recordAction(std::string label, std::function<void()> back, std::function<void()> forth);
+
     bool canUndo() const { return done_ > 0; }
     bool canRedo() const { return done_ < entries_.size(); }
     /// Labels of what would be undone and redone; empty when there is nothing.
     std::string undoLabel() const;
     std::string redoLabel() const;
 
-    /// The state to return to; none when there is nothing. A gesture that is still open must be
+    /// The state to return to; none when there is nothing, or when what is undone was an action,
+    /// which is taken back (made again) here. A gesture that is still open must be
     /// ended first (asserted).
     std::optional<SettingsState> undo();
     std::optional<SettingsState> redo();
@@ -62,7 +67,10 @@ class SettingsUndo {
         std::string label;
         SettingsState before;
         SettingsState after;
+        std::function<void()> back;  // of an action; empty in an entry of states
+        std::function<void()> forth;
     };
+    void append(Entry entry);
     std::size_t limit_;
     std::vector<Entry> entries_;
     std::size_t done_ = 0;  // entries_[0, done_) can be undone, the rest redone

@@ -45,6 +45,7 @@ Companions::Companions(Application& application)
       userPresets_(application.state()),
       recipes_(new RecipeCommands(application)) {
     addPresets();
+    addSaveLook();
     addGuide();
     application_.toolkit().setRecipeText([this] { return recipes_->currentText(); });
     Viewer& viewer = application_.window().viewer();
@@ -80,6 +81,22 @@ void Companions::addPresets() {
         const QList<QAction*> all = view->actions();
         const qsizetype at = all.indexOf(application_.actions().showText) + 1;
         view->insertAction(at < all.size() ? all.at(at) : nullptr, showPresets_);
+    }
+}
+
+void Companions::addSaveLook() {
+    saveLook_ = new QAction(tr("Save Loo&k…"), &application_.window());
+    saveLook_->setToolTip(tr("Save the settings as a look"));
+    connect(saveLook_, &QAction::triggered, this, [this] {
+        showPresets_->setChecked(true);
+        application_.takeTyped();
+        strip_->saveCurrent();
+    });
+    QAction* reset = application_.actions().reset;
+    if (QMenu* edit = menuOf(*reset)) {
+        const QList<QAction*> all = edit->actions();
+        const qsizetype at = all.indexOf(reset) + 1;
+        edit->insertAction(at < all.size() ? all.at(at) : nullptr, saveLook_);
     }
 }
 

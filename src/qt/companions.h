@@ -32,6 +32,7 @@ class Companions final : public QObject {
     PresetStrip& presets() const { return *strip_; }
     RecipeCommands& recipes() const { return *recipes_; }
     QAction& showPresetsAction() const { return *showPresets_; }
+    QAction& saveLookAction() const { return *saveLook_; }
     QAction& compareAction() const { return *compare_; }
     QAction& guideAction() const { return *guide_; }
 
@@ -42,6 +43,7 @@ class Companions final : public QObject {
 
   private:
     void addPresets();
+    void addSaveLook();
     void addCompare();
     void addGuide();
     void noticeSource();
@@ -57,6 +59,7 @@ class Companions final : public QObject {
     PresetStrip* strip_ = nullptr;
     QToolBar* presetBar_ = nullptr;
     QAction* showPresets_ = nullptr;
+    QAction* saveLook_ = nullptr;
     QAction* compare_ = nullptr;
     QAction* guide_ = nullptr;
     std::optional<NSImage> known_;  // the working copy that the thumbnails were made of

@@ -239,8 +239,12 @@ void MainActions::showHistory(const SettingsModel& model) {
     const bool changing = history.isGestureOpen();
     undo->setEnabled(history.canUndo() || changing);
     redo->setEnabled(history.canRedo() && !changing);
-    const QString undone = QString::fromStdString(history.undoLabel());
-    const QString redone = QString::fromStdString(history.redoLabel());
+    // A look's name may have the sign that marks a key.
+    const auto shown = [](const std::string& label) {
+        return QString::fromStdString(label).replace(QLatin1Char('&'), QLatin1String("&&"));
+    };
+    const QString undone = shown(history.undoLabel());
+    const QString redone = shown(history.redoLabel());
     undo->setText(undone.isEmpty() ? tr("&Undo") : tr("&Undo %1").arg(undone));
     redo->setText(redone.isEmpty() ? tr("&Redo") : tr("&Redo %1").arg(redone));
 }

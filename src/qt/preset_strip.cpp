@@ -11,8 +11,10 @@
 #include <QShortcut>
 #include <QToolButton>
 #include <algorithm>
+#include <memory>
 
 #include "qt/picture_painter.h"
+#include "qt/preset_strip_parts.h"
 #include "qt/settings_model.h"
 #include "qt/user_presets.h"
 #include "render/reflection.h"
@@ -65,6 +67,9 @@ PresetStrip::PresetStrip(SettingsModel& model, UserPresets& user, Source source,
       list_(new QListWidget),
       add_(new QToolButton) {
     build();
+    list_->setItemDelegate(new PresetTile(list_));
+    new MoreLooks(*list_, MoreLooks::Side::Left);
+    new MoreLooks(*list_, MoreLooks::Side::Right);
     work_.setSingleShot(true);
     connect(&work_, &QTimer::timeout, this, &PresetStrip::workOnce);
     connect(list_, &QListWidget::itemClicked, this,
@@ -73,6 +78,8 @@ PresetStrip::PresetStrip(SettingsModel& model, UserPresets& user, Source source,
             [this](QListWidgetItem* item) { renamed(*item); });
     connect(list_, &QWidget::customContextMenuRequested, this, &PresetStrip::showMenu);
     connect(add_, &QToolButton::clicked, this, &PresetStrip::saveCurrent);
+    connect(list_->itemDelegate(), &QAbstractItemDelegate::closeEditor, this,
+            [this] { unnamed_.clear(); });
     connect(&user_, &UserPresets::changed, this, &PresetStrip::fill);
     connect(&model_, &SettingsModel::historyChanged, this, &PresetStrip::markCurrent);
     connect(&model_, &SettingsModel::refreshed, this, &PresetStrip::markCurrent);
@@ -181,14 +188,38 @@ void PresetStrip::renamed(QListWidgetItem& item) {
     // view is still closing the editor of this very item.
     QMetaObject::invokeMethod(
         this,
-        [this, index, name = item.text()] {
-            if (!user_.rename(index, name)) fill();
+        [this, index, name = item.text(), isNew = old == unnamed_] {
+            if (!isNew)
+                rename(index, name);
+            else if (!user_.rename(index, name))
+                fill();
         },
         Qt::QueuedConnection);
 }
 
+void PresetStrip::rename(qsizetype index, const QString& name) {
+    const QString old = user_.all().value(index).name;
+    if (!user_.rename(index, name)) return fill();
+    const auto renamed = [this](const QString& from, const QString& to) {
+        user_.rename(user_.placeOf(from), to);
+    };
+    const QString now = user_.all().value(index).name;
+    if (now == old) return;
+    model_.recordAction(
+        tr("Rename “%1”").arg(old), [=] { renamed(now, old); }, [=] { renamed(old, now); });
+}
+
 void PresetStrip::removeItem(QListWidgetItem& item) {
-    if (item.data(kIsUserRole).toBool()) user_.remove(item.data(kIndexRole).toLongLong());
+    if (!item.data(kIsUserRole).toBool()) return;
+    const QString name = user_.all().value(item.data(kIndexRole).toLongLong()).name;
+    const auto kept = std::make_shared<std::optional<RemovedPreset>>();
+    const auto called = std::make_shared<QString>(name);
+    model_.recordAction(
+        tr("Remove “%1”").arg(name),
+        [=, this] {
+            if (*kept) *called = user_.restore(**kept);
+        },
+        [=, this] { *kept = user_.remove(user_.placeOf(*called)); });
 }
 
 void PresetStrip::finishTyping() {
@@ -208,6 +239,7 @@ void PresetStrip::saveCurrent() {
     list_->setCurrentItem(item);
     list_->scrollToItem(item);
     list_->setFocus();
+    unnamed_ = item->text();
     list_->editItem(item);
 }
 

@@ -60,6 +60,7 @@ class PresetStrip final : public QWidget {
     SettingNumbers currentSettings() const;
     void apply(QListWidgetItem& item);
     void renamed(QListWidgetItem& item);
+    void rename(qsizetype index, const QString& name);
     void removeItem(QListWidgetItem& item);
     void showMenu(QPoint place);
     void markCurrent();
@@ -76,6 +77,7 @@ class PresetStrip final : public QWidget {
     std::optional<CGImage> small_;
     std::vector<QListWidgetItem*> waiting_;  // the next one is the last
     QColor ground_ = Qt::black;
+    QString unnamed_;  // the look that was just saved, while its name is being typed
     bool filling_ = false;
 };
 

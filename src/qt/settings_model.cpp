@@ -55,6 +55,14 @@ void SettingsModel::recordChange(const QString& name, const std::function<void()
     endGesture();
 }
 
+void SettingsModel::recordAction(const QString& name, const std::function<void()>& back,
+                                 const std::function<void()>& forth) {
+    endGesture();
+    forth();
+    undo_.recordAction(name.toStdString(), back, forth);
+    emit historyChanged();
+}
+
 void SettingsModel::undo() {
     endGesture();
     if (const auto state = undo_.undo()) write(*state);

@@ -41,6 +41,10 @@ class SettingsModel final : public QObject {
     /// Runs `change`, which writes the settings by itself (reset does), as one entry of undo.
     void recordChange(const QString& name, const std::function<void()>& change);
 
+    /// Makes a change of something else by `forth`, as one entry of undo among the settings'.
+    void recordAction(const QString& name, const std::function<void()>& back,
+                      const std::function<void()>& forth);
+
     void undo();
     void redo();
     const SettingsUndo& history() const { return undo_; }

@@ -2,6 +2,7 @@
 
 #include <QJsonArray>
 #include <QJsonObject>
+#include <algorithm>
 #include <cmath>
 #include <optional>
 
@@ -47,6 +48,14 @@ qsizetype indexOf(const QJsonArray& entries, const QString& name) {
     return -1;
 }
 
+/// The name, with a number behind it where it is taken.
+QString freeName(const QJsonArray& entries, const QString& wanted) {
+    QString free = wanted;
+    for (int number = 2; indexOf(entries, free) >= 0; ++number)
+        free = QStringLiteral("%1 %2").arg(wanted, QString::number(number));
+    return free;
+}
+
 }  // namespace
 
 UserPresets::UserPresets(WindowState& state, QObject* parent) : QObject(parent), state_(state) {
@@ -84,10 +93,7 @@ bool UserPresets::isTaken(const QString& name, qsizetype except) const {
 qsizetype UserPresets::add(const QString& name, const SettingNumbers& settings) {
     const QString wanted = name.trimmed().isEmpty() ? tr("My Look") : name.trimmed();
     change([&](QJsonArray& entries) {
-        QString free = wanted;
-        for (int number = 2; indexOf(entries, free) >= 0; ++number)
-            free = QStringLiteral("%1 %2").arg(wanted, QString::number(number));
-        entries.append(jsonOf({free, settings}));
+        entries.append(jsonOf({freeName(entries, wanted), settings}));
     });
     return presets_.size() - 1;
 }
@@ -108,13 +114,32 @@ bool UserPresets::rename(qsizetype index, const QString& name) {
     return true;
 }
 
-void UserPresets::remove(qsizetype index) {
-    if (index < 0 || index >= presets_.size()) return;
+std::optional<RemovedPreset> UserPresets::remove(qsizetype index) {
+    if (index < 0 || index >= presets_.size()) return std::nullopt;
     const QString name = presets_[index].name;
+    std::optional<RemovedPreset> removed;
     change([&](QJsonArray& entries) {
         const qsizetype at = indexOf(entries, name);
-        if (at >= 0) entries.removeAt(at);
+        if (at >= 0) removed = RemovedPreset{entries.takeAt(at).toObject(), at};
     });
+    return removed;
+}
+
+QString UserPresets::restore(const RemovedPreset& removed) {
+    QJsonObject entry = removed.entry;
+    QString name = entry.value(kNameKey).toString().trimmed();
+    change([&](QJsonArray& entries) {
+        name = freeName(entries, name);
+        entry.insert(kNameKey, name);
+        entries.insert(std::min(removed.place, entries.size()), entry);
+    });
+    return name;
+}
+
+qsizetype UserPresets::placeOf(const QString& name) const {
+    for (qsizetype i = 0; i < presets_.size(); ++i)
+        if (presets_[i].name.compare(name, Qt::CaseInsensitive) == 0) return i;
+    return -1;
 }
 
 }  // namespace skarnel

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <QJsonArray>
+#include <QJsonObject>
 #include <QList>
 #include <QObject>
 #include <QString>
 #include <functional>
+#include <optional>
 
 #include "recipe/presets.h"
 
@@ -17,6 +19,12 @@ struct UserPreset {
     QString name;
     SettingNumbers settings;
     friend bool operator==(const UserPreset&, const UserPreset&) = default;
+};
+
+/// A look as it is stored, and where it was among all that is stored.
+struct RemovedPreset {
+    QJsonObject entry;
+    qsizetype place;
 };
 
 /// Names are trimmed, not empty, and differ from each other in more than letter case.
@@ -33,7 +41,13 @@ class UserPresets final : public QObject {
     qsizetype add(const QString& name, const SettingNumbers& settings);
     /// False, and nothing changes, for an empty name, one that another look has, or no such place.
     bool rename(qsizetype index, const QString& name);
-    void remove(qsizetype index);
+    /// The look is kept for whoever wants it back; none where there is no such place.
+    std::optional<RemovedPreset> remove(qsizetype index);
+    /// Puts it back to where it was, under a name with a number where another has its own by now.
+    /// The name that it has then.
+    QString restore(const RemovedPreset& removed);
+    /// The place of the look with this name in any letter case; -1 without one.
+    qsizetype placeOf(const QString& name) const;
 
   signals:
     void changed();

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <string>
+
 #include <limits>
 
 #include "recording_services.h"
@@ -84,6 +87,22 @@ TEST(SettingsUndo, ANewEntryDropsWhatCouldBeRedone) {
     EXPECT_FALSE(undo.canRedo());
     EXPECT_EQ(undo.undo(), withAlpha(1));
     EXPECT_FALSE(undo.canUndo());
+}
+
+TEST(SettingsUndo, AnActionIsTakenBackAndMadeAgainAmongTheStates) {
+    SettingsUndo undo;
+    std::string log;
+    undo.record("Opacity", withAlpha(1), withAlpha(2));
+    undo.recordAction(
+        "Remove", [&] { log += "back "; }, [&] { log += "forth "; });
+    EXPECT_EQ(undo.undoLabel(), "Remove");
+    EXPECT_EQ(undo.undo(), std::nullopt);
+    EXPECT_EQ(undo.undo(), withAlpha(1));
+    EXPECT_FALSE(undo.canUndo());
+    EXPECT_EQ(undo.redo(), withAlpha(2));
+    EXPECT_EQ(undo.redoLabel(), "Remove");
+    EXPECT_EQ(undo.redo(), std::nullopt);
+    EXPECT_EQ(log, "back forth ");
 }
 
 TEST(SettingsUndo, TheOldestEntriesGoFirst) {

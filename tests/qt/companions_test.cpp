@@ -10,6 +10,7 @@
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QUrl>
@@ -119,6 +120,118 @@ TEST_F(CompanionsTest, TheUsersLookIsSavedRenamedAndRemoved) {
     list.setCurrentRow(12);
     QTest::keyClick(&list, Qt::Key_Delete);
     EXPECT_EQ(list.count(), 12);
+}
+
+TEST_F(CompanionsTest, ARemovedLookComesBackByUndo) {
+    start();
+    for (const float fade : {31.0F, 32.0F}) {
+        app->model().editNumber("gradient", fade);
+        settle();
+        strip().saveCurrent();
+        strip().finishTyping();
+    }
+    QListWidget& list = strip().list();
+    ASSERT_EQ(list.count(), 14);
+    list.setCurrentRow(12);
+    QTest::keyClick(&list, Qt::Key_Delete);
+    ASSERT_EQ(list.count(), 13);
+    EXPECT_EQ(app->model().history().undoLabel(), "Remove “My Look”");
+    app->actions().undo->trigger();
+    ASSERT_EQ(list.count(), 14);
+    EXPECT_EQ(list.item(12)->text(), QStringLiteral("My Look"));
+    EXPECT_EQ(list.item(13)->text(), QStringLiteral("My Look 2"));
+    choose(12);
+    EXPECT_EQ(settings()[4], 31);
+    app->model().undo();
+    app->actions().redo->trigger();
+    EXPECT_EQ(list.count(), 14) << "only the choice is made again";
+    app->model().undo();
+    list.setCurrentRow(12);
+    QTest::keyClick(&list, Qt::Key_Delete);
+    app->model().undo();
+    app->model().redo();
+    EXPECT_EQ(list.count(), 13);
+    EXPECT_EQ(list.item(12)->text(), QStringLiteral("My Look 2"));
+}
+
+TEST_F(CompanionsTest, ARestoredLookGivesWayToOneThatHasItsNameByNow) {
+    start();
+    strip().saveCurrent();
+    strip().finishTyping();
+    QListWidget& list = strip().list();
+    list.setCurrentRow(12);
+    QTest::keyClick(&list, Qt::Key_Delete);
+    strip().saveCurrent();
+    strip().finishTyping();
+    app->model().undo();
+    ASSERT_EQ(list.count(), 14);
+    EXPECT_EQ(list.item(12)->text(), QStringLiteral("My Look 2"));
+    EXPECT_EQ(list.item(13)->text(), QStringLiteral("My Look"));
+    app->model().redo();
+    ASSERT_EQ(list.count(), 13);
+    EXPECT_EQ(list.item(12)->text(), QStringLiteral("My Look"));
+}
+
+TEST_F(CompanionsTest, ARenamingIsUndoneButNotTheFirstName) {
+    start();
+    QApplication::setActiveWindow(&window());
+    app->companions().showPresetsAction().setChecked(false);
+    app->companions().saveLookAction().trigger();
+    EXPECT_TRUE(strip().isVisible()) << "where its name is typed";
+    auto* editor = strip().list().viewport()->findChild<QLineEdit*>();
+    ASSERT_NE(editor, nullptr);
+    editor->selectAll();
+    QTest::keyClicks(editor, QStringLiteral("Fog"));
+    strip().finishTyping();
+    QListWidget& list = strip().list();
+    ASSERT_EQ(list.item(12)->text(), QStringLiteral("Fog"));
+    EXPECT_FALSE(app->model().history().canUndo());
+    list.item(12)->setText(QStringLiteral("Mist"));
+    settle();
+    EXPECT_EQ(app->model().history().undoLabel(), "Rename “Fog”");
+    app->model().undo();
+    EXPECT_EQ(list.item(12)->text(), QStringLiteral("Fog"));
+    app->model().redo();
+    EXPECT_EQ(list.item(12)->text(), QStringLiteral("Mist"));
+}
+
+TEST_F(CompanionsTest, TheMarkedLooksPictureKeepsItsColours) {
+    start();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !strip().isWorking(); }, kPatience));
+    QListWidget& list = strip().list();
+    const auto shot = [&](int row) {
+        list.clearSelection();
+        if (row >= 0) list.item(row)->setSelected(true);
+        list.horizontalScrollBar()->setValue(0);
+        return list.viewport()->grab(list.visualItemRect(list.item(1))).toImage();
+    };
+    const QImage marked = shot(1);
+    const QImage plain = shot(0);
+    ASSERT_NE(marked, plain) << "there is a frame";
+    const QRect inside(marked.width() / 2 - 20, 16, 40, 24);
+    EXPECT_EQ(marked.copy(inside), plain.copy(inside));
+}
+
+TEST_F(CompanionsTest, ArrowsSayWhereMoreLooksFollow) {
+    start();
+    QListWidget& list = strip().list();
+    window().resize(700, 600);
+    ASSERT_TRUE(
+        QTest::qWaitFor([&] { return list.horizontalScrollBar()->maximum() > 0; }, kPatience));
+    auto* left = list.findChild<QAbstractButton*>(QStringLiteral("moreLooksLeft"));
+    auto* right = list.findChild<QAbstractButton*>(QStringLiteral("moreLooksRight"));
+    ASSERT_TRUE(left && right);
+    list.horizontalScrollBar()->setValue(0);
+    EXPECT_FALSE(left->isVisible());
+    EXPECT_TRUE(right->isVisible());
+    EXPECT_EQ(right->geometry().right(), list.rect().right());
+    right->click();
+    EXPECT_GT(list.horizontalScrollBar()->value(), 0);
+    EXPECT_TRUE(left->isVisible());
+    list.horizontalScrollBar()->setValue(list.horizontalScrollBar()->maximum());
+    EXPECT_FALSE(right->isVisible());
+    left->click();
+    EXPECT_TRUE(right->isVisible());
 }
 
 TEST_F(CompanionsTest, ALookOfTheProgramsCannotBeRemoved) {
