@@ -33,9 +33,12 @@ bool wait(const std::function<bool()>& condition) {
 class Display {
   public:
     Display() {
-        server_.start(QStringLiteral("Xvfb"),
-                      {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                       QStringLiteral("0"), QStringLiteral("1400x1000x24")});
+        // Without -noreset it begins anew when its last client goes, and refuses the next
+        // meanwhile.
+        server_.start(
+            QStringLiteral("Xvfb"),
+            {QStringLiteral("-noreset"), QStringLiteral("-displayfd"), QStringLiteral("1"),
+             QStringLiteral("-screen"), QStringLiteral("0"), QStringLiteral("1400x1000x24")});
         wait([&] {
             return server_.canReadLine() ||
                    (server_.waitForReadyRead(100) && server_.canReadLine());
