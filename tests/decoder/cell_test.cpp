@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "util/walls/landlock.h"
@@ -139,6 +140,8 @@ TEST(Cell, IsWhatDeniesTheActs) {
                             "open a file in a free place",
                             "be traced",
                             "outlive its parent"}) {
+        // The search for leaks at a process's end gives up where the process is traced.
+        if (kSanitized && std::string_view(act) == "trace") continue;
         EXPECT_TRUE(succeeded(runProbe({"FREE", act}))) << act;
     }
 }
