@@ -13,6 +13,9 @@ using kernels::kTapUnit;
 /// A position this close to a whole sample cannot change a weight.
 constexpr double kNegligible = 1.0 / (2 * kTapUnit);
 
+/// Taps of a sample that room is made for ahead.
+constexpr double kMostReserved = 8;
+
 /// Weights before the vector that holds them is complete, hence by offset.
 struct TapRange {
     int first;
@@ -35,6 +38,7 @@ struct TapWriter {
         const double centre =
             std::clamp(position - 0.5, bounds.start, std::max(bounds.start, bounds.end - 1));
         const double low = std::floor(centre);
+        if (centre == low) return single(static_cast<int>(low));
         const auto weight = static_cast<int>(std::lround((centre - low) * kTapUnit));
         const auto first = static_cast<int>(low);
         if (weight == 0) return single(first);
@@ -111,6 +115,11 @@ AxisPlan planAxis(Interval source, int sourceSize, Interval target, Interval vis
     };
     const Interval drawn{std::max(target.start, visible.start), std::min(target.end, visible.end)};
     plan.first_ = first;
+    const auto count = static_cast<std::size_t>(end - first);
+    writer.ranges.reserve(count);
+    const double tapsEach = std::clamp(std::ceil(scale) + 1, 1.0, kMostReserved);
+    writer.weights.reserve(count * static_cast<std::size_t>(tapsEach));
+    plan.coverage_.reserve(count);
     for (int sample = first; sample < end; ++sample) {
         if (quality == InterpolationQuality::None)
             writer.single(static_cast<int>(std::clamp(std::floor(map(sample + 0.5)),
@@ -124,6 +133,7 @@ AxisPlan planAxis(Interval source, int sourceSize, Interval target, Interval vis
     }
 
     plan.weights_ = std::move(writer.weights);
+    plan.taps_.reserve(count);
     plan.firstUsed_ = sourceSize;
     bool inOrder = true;
     for (const TapRange& range : writer.ranges) {

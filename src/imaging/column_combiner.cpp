@@ -19,6 +19,7 @@ ColumnCombiner::ColumnCombiner(const AxisPlan& columns, int sourceWidth)
     const int width = groups * kGroup;
     if (groups > kMostGroups || width > sourceWidth) return;
     groups_ = static_cast<std::size_t>(groups);
+    usedPlaces_ = static_cast<std::size_t>(most);
     const auto samples = static_cast<std::size_t>(columns.size());
     first_.reserve(samples);
     weights_.assign(static_cast<std::size_t>(width) * samples, 0);
@@ -42,7 +43,8 @@ void ColumnCombiner::combine(std::uint8_t* target, const std::uint8_t* source) c
                                 columns_->allTaps(), samples);
     else
         kernels::combinePackedColumns(target, source,
-                                      {first_.data(), weights_.data(), groups_, samples});
+                                      {first_.data(), weights_.data(), groups_, samples,
+                                       static_cast<std::size_t>(sourceWidth_), usedPlaces_});
 }
 
 void ColumnCombiner::combineContent(std::uint8_t* target, const std::uint8_t* source, int first,
@@ -58,7 +60,8 @@ void ColumnCombiner::combineContent(std::uint8_t* target, const std::uint8_t* so
     std::memset(target, 0, 4 * from);
     kernels::combinePackedColumns(
         target + 4 * from, source,
-        {first_.data() + from, weights_.data() + kGroup * from, 1, samples});
+        {first_.data() + from, weights_.data() + kGroup * from, 1, samples,
+         static_cast<std::size_t>(sourceWidth_), usedPlaces_});
     std::memset(target + 4 * (from + samples), 0, 4 * (first_.size() - from - samples));
 }
 

@@ -27,6 +27,7 @@ class ColumnCombiner {
     const AxisPlan* columns_ = nullptr;
     int sourceWidth_ = 0;
     std::size_t groups_ = 0;  // 0: not packed
+    std::size_t usedPlaces_ = 0;
     std::vector<std::int32_t> first_;
     std::vector<std::int16_t> weights_;
 };

@@ -142,12 +142,16 @@ void FlattenRow(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_RESTR
     std::memcpy(&bits, ground.data(), 4);
     const auto under = hn::BitCast(d8, hn::Set(d32, bits));
     const std::size_t lanes = hn::Lanes(d8);
-    std::size_t i = 0;
-    for (; i + lanes <= 4 * pixels; i += lanes) {
+    const std::size_t bytes = 4 * pixels;
+    if (bytes < lanes) return scalar::flattenRow(target, source, ground, pixels);
+    const auto flatten = [&](std::size_t i) HWY_ATTR {
         const auto mixed = Over(d8, under, hn::LoadU(d8, source + i));
         hn::StoreU(hn::Or(hn::TableLookupBytes(mixed, swapped), opaque), d8, target + i);
-    }
-    scalar::flattenRow(target + i, source + i, ground, pixels - i / 4);
+    };
+    std::size_t i = 0;
+    for (; i + lanes <= bytes; i += lanes) flatten(i);
+    // The last vector overlaps the one before; both write the same bytes.
+    if (i < bytes) flatten(bytes - lanes);
 }
 
 #endif

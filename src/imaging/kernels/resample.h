@@ -34,10 +34,13 @@ struct PackedTaps {
     const std::int16_t* weights;  // 4 * groups * samples of them; 0 where a sample has no tap
     std::size_t groups;           // >= 1
     std::size_t samples;
+    std::size_t sourcePixels;  // of the row: 4 * groups of them from any first[x] on
+    /// Only the first of its 4 * groups places that a sample uses, but for samples whose places end
+    /// with the row; >= 1.
+    std::size_t usedPlaces;
 };
 
-/// combineColumns with packed taps, for all samples. Every pixel from first[x] to first[x] +
-/// 4 * groups - 1 is readable.
+/// combineColumns with packed taps, for all samples.
 void combinePackedColumns(std::uint8_t* target, const std::uint8_t* source, const PackedTaps& taps);
 
 namespace scalar {

@@ -27,6 +27,17 @@ void findMultiplier(double factor, ShapeFactor& result) {
     }
 }
 
+/// The pixel between `at` and the next one.
+void shapePixel(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
+                std::size_t at, std::uint32_t weight, const ShapeFactor& factor) {
+    const std::uint8_t* first = source + 4 * at;
+    const std::uint8_t* second = at + 1 < readablePixels ? first + 4 : first;
+    for (std::size_t k = 0; k < 4; ++k) {
+        const int step = ((second[k] - first[k]) * static_cast<std::int32_t>(weight)) >> 16;
+        target[k] = factor.table[static_cast<std::size_t>(first[k] + step)];
+    }
+}
+
 }  // namespace
 
 ShapeFactor shapeFactor(double factor) {
@@ -38,16 +49,16 @@ ShapeFactor shapeFactor(double factor) {
 
 void shapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
               const ShapeColumns& columns, const ShapeFactor& factor, std::size_t pixels) {
-    for (std::size_t x = 0; x < pixels; ++x) {
-        const auto at = static_cast<std::size_t>(columns.from[x]);
-        const std::uint8_t* first = source + 4 * at;
-        const std::uint8_t* second = at + 1 < readablePixels ? first + 4 : first;
-        const auto weight = static_cast<std::int32_t>(columns.weight[x] & 0xFFFF);
-        for (std::size_t k = 0; k < 4; ++k) {
-            const int shifted = first[k] + (((second[k] - first[k]) * weight) >> 16);
-            target[4 * x + k] = factor.table[static_cast<std::size_t>(shifted)];
-        }
-    }
+    for (std::size_t x = 0; x < pixels; ++x)
+        shapePixel(target + 4 * x, source, readablePixels,
+                   static_cast<std::size_t>(columns.from[x]), columns.weight[x] & 0xFFFF, factor);
+}
+
+void shapePackedRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
+                    const std::uint32_t* columns, const ShapeFactor& factor, std::size_t pixels) {
+    for (std::size_t x = 0; x < pixels; ++x)
+        shapePixel(target + 4 * x, source, readablePixels, columns[x] & 0xFFFF, columns[x] >> 16,
+                   factor);
 }
 
 }  // namespace scalar
@@ -59,6 +70,11 @@ ShapeFactor shapeFactor(double factor) {
 void shapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
               const ShapeColumns& columns, const ShapeFactor& factor, std::size_t pixels) {
     SKARNEL_RUN_KERNEL(shapeRow, target, source, readablePixels, columns, factor, pixels);
+}
+
+void shapePackedRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
+                    const std::uint32_t* columns, const ShapeFactor& factor, std::size_t pixels) {
+    SKARNEL_RUN_KERNEL(shapePackedRow, target, source, readablePixels, columns, factor, pixels);
 }
 
 }  // namespace skarnel::kernels

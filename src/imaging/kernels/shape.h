@@ -40,10 +40,17 @@ ShapeFactor shapeFactor(double factor);
 void shapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
               const ShapeColumns& columns, const ShapeFactor& factor, std::size_t pixels);
 
+/// The same with a column in 32 bits: Q above, and below it the source pixel before the column,
+/// which is therefore less than 65,536.
+void shapePackedRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
+                    const std::uint32_t* columns, const ShapeFactor& factor, std::size_t pixels);
+
 namespace scalar {
 ShapeFactor shapeFactor(double factor);
 void shapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
               const ShapeColumns& columns, const ShapeFactor& factor, std::size_t pixels);
+void shapePackedRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
+                    const std::uint32_t* columns, const ShapeFactor& factor, std::size_t pixels);
 }  // namespace scalar
 
 #if SKARNEL_VECTOR
@@ -51,6 +58,8 @@ namespace vector {
 ShapeFactor shapeFactor(double factor);
 void shapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
               const ShapeColumns& columns, const ShapeFactor& factor, std::size_t pixels);
+void shapePackedRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
+                    const std::uint32_t* columns, const ShapeFactor& factor, std::size_t pixels);
 }  // namespace vector
 #endif
 

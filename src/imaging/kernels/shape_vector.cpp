@@ -17,6 +17,11 @@ void ShapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t read
     scalar::shapeRow(target, source, readablePixels, columns, factor, pixels);
 }
 
+void ShapePackedRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
+                    const std::uint32_t* columns, const ShapeFactor& factor, std::size_t pixels) {
+    scalar::shapePackedRow(target, source, readablePixels, columns, factor, pixels);
+}
+
 ShapeFactor MakeShapeFactor(double factor) {
     return scalar::shapeFactor(factor);
 }
@@ -37,39 +42,87 @@ HWY_INLINE V16 Interpolated(D16 d16, V16 first, V16 second, V16 weight) {
     return hn::Add(start, hn::BitCast(d16, hn::MulHigh(difference, signedWeight)));
 }
 
+/// Shapes vectors of columns that were picked already.
+class Shaper {
+    using D32 = hn::ScalableTag<std::uint32_t>;
+    using D16 = hn::Repartition<std::uint16_t, D32>;
+    using D8 = hn::Repartition<std::uint8_t, D32>;
+    using V32 = hn::Vec<D32>;
+    using V16 = hn::Vec<D16>;
+
+  public:
+    HWY_INLINE explicit Shaper(const ShapeFactor& factor)
+        : low_(hn::Set(D16(), std::uint16_t{0xFF})),
+          whole_(hn::Set(D16(), factor.whole)),
+          fraction_(hn::Set(D16(), factor.fraction)) {}
+
+    HWY_INLINE void store(const PixelPair<V32>& pair, V32 weightTwice, std::uint8_t* target) const {
+        const auto weight = hn::BitCast(D16(), weightTwice);
+        const auto first = hn::BitCast(D16(), pair.first);
+        const auto second = hn::BitCast(D16(), pair.second);
+        const auto even =
+            faded(Interpolated(D16(), hn::And(first, low_), hn::And(second, low_), weight));
+        const auto odd =
+            faded(Interpolated(D16(), hn::ShiftRight<8>(first), hn::ShiftRight<8>(second), weight));
+        hn::StoreU(hn::BitCast(D8(), hn::Or(even, hn::ShiftLeft<8>(odd))), D8(), target);
+    }
+
+  private:
+    HWY_INLINE V16 faded(V16 t) const {
+        return hn::And(hn::Add(hn::Mul(t, whole_), hn::MulHigh(t, fraction_)), low_);
+    }
+
+    V16 low_, whole_, fraction_;
+};
+
+/// Calls shape(at) for whole vectors of a row. The last one overlaps the one before; both write the
+/// same bytes.
+template <class Shape>
+HWY_INLINE void ForVectors(std::size_t pixels, std::size_t lanes, const Shape& shape) {
+    std::size_t x = 0;
+    for (; x + lanes <= pixels; x += lanes) shape(x);
+    if (x < pixels) shape(pixels - lanes);
+}
+
 void ShapeRow(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_RESTRICT source,
               std::size_t readablePixels, const ShapeColumns& columns, const ShapeFactor& factor,
               std::size_t pixels) {
     const hn::ScalableTag<std::uint32_t> d32;
-    const hn::Repartition<std::uint16_t, decltype(d32)> d16;
-    const hn::Repartition<std::uint8_t, decltype(d32)> d8;
     const std::size_t lanes = hn::Lanes(d32);
-    std::size_t x = 0;
-    const auto low = hn::Set(d16, std::uint16_t{0xFF});
-    const auto whole = hn::Set(d16, factor.whole);
-    const auto fraction = hn::Set(d16, factor.fraction);
     if (!factor.hasMultiplier || pixels < lanes)
         return scalar::shapeRow(target, source, readablePixels, columns, factor, pixels);
-    const auto faded = [&](auto t) HWY_ATTR {
-        return hn::And(hn::Add(hn::Mul(t, whole), hn::MulHigh(t, fraction)), low);
-    };
-    const auto shape = [&](std::size_t at) SKARNEL_INLINE_LAMBDA {
+    const Shaper shaper(factor);
+    ForVectors(pixels, lanes, [&](std::size_t at) SKARNEL_INLINE_LAMBDA {
         const ShapeColumns here{columns.from + at, columns.weight + at};
         const auto pair = PixelPairs(d32, source, readablePixels, here.from);
         if (!pair.found)
             return scalar::shapeRow(target + 4 * at, source, readablePixels, here, factor, lanes);
-        const auto weight = hn::BitCast(d16, hn::LoadU(d32, here.weight));
-        const auto first = hn::BitCast(d16, pair.first);
-        const auto second = hn::BitCast(d16, pair.second);
-        const auto even =
-            faded(Interpolated(d16, hn::And(first, low), hn::And(second, low), weight));
-        const auto odd =
-            faded(Interpolated(d16, hn::ShiftRight<8>(first), hn::ShiftRight<8>(second), weight));
-        hn::StoreU(hn::BitCast(d8, hn::Or(even, hn::ShiftLeft<8>(odd))), d8, target + 4 * at);
-    };
-    for (; x + lanes <= pixels; x += lanes) shape(x);
-    // The last vector overlaps the one before; both write the same bytes.
-    if (x < pixels) shape(pixels - lanes);
+        shaper.store(pair, hn::LoadU(d32, here.weight), target + 4 * at);
+    });
+}
+
+void ShapePackedRow(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_RESTRICT source,
+                    std::size_t readablePixels, const std::uint32_t* HWY_RESTRICT columns,
+                    const ShapeFactor& factor, std::size_t pixels) {
+    const hn::ScalableTag<std::uint32_t> d32;
+    const hn::RebindToSigned<decltype(d32)> di32;
+    const std::size_t lanes = hn::Lanes(d32);
+    if (!factor.hasMultiplier || pixels < lanes)
+        return scalar::shapePackedRow(target, source, readablePixels, columns, factor, pixels);
+    const Shaper shaper(factor);
+    const auto low = hn::Set(d32, 0xFFFFU);
+    ForVectors(pixels, lanes, [&](std::size_t at) SKARNEL_INLINE_LAMBDA {
+        const std::uint32_t* here = columns + at;
+        const auto packed = hn::LoadU(d32, here);
+        const auto pair =
+            PixelPairs(d32, source, readablePixels, hn::BitCast(di32, hn::And(packed, low)),
+                       here[0] & 0xFFFF, here[lanes - 1] & 0xFFFF);
+        if (!pair.found)
+            return scalar::shapePackedRow(target + 4 * at, source, readablePixels, here, factor,
+                                          lanes);
+        const auto above = hn::ShiftRight<16>(packed);
+        shaper.store(pair, hn::Or(above, hn::ShiftLeft<16>(above)), target + 4 * at);
+    });
 }
 
 /// True when the multiplier gives every entry of the table, kept as 16-bit numbers.
@@ -124,6 +177,7 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace skarnel::kernels {
 HWY_EXPORT(ShapeRow);
+HWY_EXPORT(ShapePackedRow);
 HWY_EXPORT(MakeShapeFactor);
 
 namespace vector {
@@ -134,6 +188,11 @@ ShapeFactor shapeFactor(double factor) {
 void shapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
               const ShapeColumns& columns, const ShapeFactor& factor, std::size_t pixels) {
     HWY_DYNAMIC_DISPATCH(ShapeRow)(target, source, readablePixels, columns, factor, pixels);
+}
+
+void shapePackedRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
+                    const std::uint32_t* columns, const ShapeFactor& factor, std::size_t pixels) {
+    HWY_DYNAMIC_DISPATCH(ShapePackedRow)(target, source, readablePixels, columns, factor, pixels);
 }
 }  // namespace vector
 

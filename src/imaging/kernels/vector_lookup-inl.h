@@ -29,21 +29,22 @@ struct PixelPair {
     bool found;
 };
 
-/// The pixels from[i] and from[i] + 1 for every lane i. `from` does not fall, so that the lanes lie
-/// in a run of pixels: whole vectors of it are loaded and each lane picks its own. Not found when
-/// that would read beyond the source, or the run is so long that single loads are no slower.
+/// The pixels from[i] and from[i] + 1 for every lane i. `from` does not fall from its first lane to
+/// its last, so that the lanes lie in a run of pixels: whole vectors of it are loaded and each lane
+/// picks its own. Not found when that would read beyond the source, or the run is so long that
+/// single loads are no slower.
 template <class D32>
 HWY_INLINE PixelPair<hn::Vec<D32>> PixelPairs(D32 d32, const std::uint8_t* HWY_RESTRICT source,
                                               std::size_t readablePixels,
-                                              const std::int32_t* HWY_RESTRICT from) {
+                                              hn::Vec<hn::RebindToSigned<D32>> from,
+                                              std::size_t start, std::size_t last) {
     const hn::Repartition<std::uint8_t, D32> d8;
     const hn::RebindToSigned<D32> di32;
     const std::size_t lanes = hn::Lanes(d32);
-    const auto start = static_cast<std::size_t>(from[0]);
-    const std::size_t windows = (static_cast<std::size_t>(from[lanes - 1]) - start) / lanes + 1;
+    const std::size_t windows = (last - start) / lanes + 1;
     if (windows > 4 || start + windows * lanes + 1 > readablePixels)
         return {hn::Zero(d32), hn::Zero(d32), false};
-    const auto offset = hn::Sub(hn::LoadU(di32, from), hn::Set(di32, from[0]));
+    const auto offset = hn::Sub(from, hn::Set(di32, static_cast<std::int32_t>(start)));
     const auto lane =
         hn::IndicesFromVec(d32, hn::And(offset, hn::Set(di32, static_cast<int>(lanes) - 1)));
     const std::uint8_t* HWY_RESTRICT at = source + 4 * start;
@@ -60,6 +61,16 @@ HWY_INLINE PixelPair<hn::Vec<D32>> PixelPairs(D32 d32, const std::uint8_t* HWY_R
         second = hn::IfThenElse(later, pick(at + 4), second);
     }
     return {first, second, true};
+}
+
+/// The same for lanes that lie in memory.
+template <class D32>
+HWY_INLINE PixelPair<hn::Vec<D32>> PixelPairs(D32 d32, const std::uint8_t* HWY_RESTRICT source,
+                                              std::size_t readablePixels,
+                                              const std::int32_t* HWY_RESTRICT from) {
+    return PixelPairs(d32, source, readablePixels, hn::LoadU(hn::RebindToSigned<D32>(), from),
+                      static_cast<std::size_t>(from[0]),
+                      static_cast<std::size_t>(from[hn::Lanes(d32) - 1]));
 }
 
 #endif

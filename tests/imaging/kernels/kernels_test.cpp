@@ -187,14 +187,42 @@ TEST(Kernels, PackedColumnsAreTheSameOnEveryTargetAndAsUnpacked) {
                 for (std::size_t j = 0; j < count; ++j)
                     packed[4 * (j / 4 * pixels + x) + j % 4] = weights[j];
             }
-            combinePackedColumns(target, source.data(),
-                                 {first.data(), packed.data(), groups, pixels});
+            combinePackedColumns(
+                target, source.data(),
+                {first.data(), packed.data(), groups, pixels, sourcePixels, count});
             std::vector<std::uint8_t> unpacked(4 * pixels);
             scalar::combineColumns(unpacked.data(), source.data(), sourcePixels, taps.data(),
                                    pixels);
             ASSERT_EQ(unpacked, std::vector<std::uint8_t>(target, target + 4 * pixels));
         });
     }
+}
+
+/// Runs of samples whose first pixels are unequally far apart, each with weights of its own.
+TEST(Kernels, RunsOfPackedColumnsAreTheSameOnEveryTarget) {
+    for (const double step : {0.4, 1.0, 1.9, 2.0, 2.55, 4.1, 4.4})
+        for (const std::size_t places : {1, 2, 3, 4})
+            expectEqualTargets([&](std::uint8_t* target, std::size_t pixels, std::size_t) {
+                const auto sourcePixels =
+                    static_cast<std::size_t>(step * static_cast<double>(pixels)) + 5;
+                const auto source = noise(4 * sourcePixels, 16);
+                std::mt19937 random(17);
+                std::vector<std::int32_t> first;
+                std::vector<std::int16_t> packed(4 * pixels);
+                for (std::size_t x = 0; x < pixels; ++x) {
+                    first.push_back(static_cast<std::int32_t>(static_cast<double>(x) * step));
+                    int rest = kTapUnit;
+                    for (std::size_t j = 0; j + 1 < places; ++j) {
+                        const int weight = static_cast<int>(random() % 5000U);
+                        packed[4 * x + j] = static_cast<std::int16_t>(weight);
+                        rest -= weight;
+                    }
+                    packed[4 * x + places - 1] = static_cast<std::int16_t>(rest);
+                }
+                combinePackedColumns(
+                    target, source.data(),
+                    {first.data(), packed.data(), 1, pixels, sourcePixels, places});
+            });
 }
 
 struct Columns {
@@ -226,6 +254,28 @@ TEST(Kernels, ShapeRowIsTheSameOnEveryTarget) {
                     factor.table[t] = static_cast<std::uint8_t>(t + (t * 50000 >> 16));
                 shapeRow(target, source.data(), columns.sourcePixels,
                          {columns.from.data(), columns.weight.data()}, factor, pixels);
+            });
+}
+
+TEST(Kernels, PackedColumnsAreShapedTheSameOnEveryTargetAndAsUnpackedOnes) {
+    for (const bool hasMultiplier : {true, false})
+        for (const double step : {0.0, 0.33, 0.9, 1.4, 3.0, 5.1})
+            expectEqualTargets([&](std::uint8_t* target, std::size_t pixels, std::size_t) {
+                const Columns columns = columnsOf(pixels, step, 65536);
+                const auto source = noise(4 * columns.sourcePixels, 8);
+                ShapeFactor factor{{}, hasMultiplier, 1, 50000};
+                for (unsigned t = 0; t < 256; ++t)
+                    factor.table[t] = static_cast<std::uint8_t>(t + (t * 50000 >> 16));
+                std::vector<std::uint32_t> packed;
+                for (std::size_t x = 0; x < pixels; ++x)
+                    packed.push_back((columns.weight[x] & 0xFFFF0000U) |
+                                     static_cast<std::uint32_t>(columns.from[x]));
+                shapePackedRow(target, source.data(), columns.sourcePixels, packed.data(), factor,
+                               pixels);
+                std::vector<std::uint8_t> unpacked(4 * pixels);
+                scalar::shapeRow(unpacked.data(), source.data(), columns.sourcePixels,
+                                 {columns.from.data(), columns.weight.data()}, factor, pixels);
+                ASSERT_EQ(unpacked, std::vector<std::uint8_t>(target, target + 4 * pixels));
             });
 }
 
