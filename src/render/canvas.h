@@ -48,6 +48,9 @@ class CanvasRows {
     /// Writes canvas row `row` (0 = top), layout.width pixels.
     void draw(int row, std::uint8_t* target);
 
+    /// For rows that are drawn for a preview: see RowShaper::keepPlans.
+    void keepPlans() { shaper_->keepPlans(); }
+
     /// The same row: drawn into `scratch`, or the picture's own where the canvas has nothing else
     /// there. The picture's own stays readable as long as the picture.
     SourceRow row(int row, std::uint8_t* scratch);

@@ -27,7 +27,10 @@ class PlainCanvas final : public RowSource {
     PlainCanvas(CGImage picture, CanvasRows rows)
         : picture_(std::move(picture)), rows_(std::move(rows)) {}
 
-    SourceRow row(int y, std::uint8_t* scratch) override { return rows_.row(y, scratch); }
+    SourceRow row(int y, std::uint8_t* scratch) override {
+        rows_.keepPlans();
+        return rows_.row(y, scratch);
+    }
 
     void drawAll(MutablePixelView target) override {
         const bool streaming = usesStreaming(target);
@@ -60,6 +63,7 @@ class TurnedCanvas final : public RowSource {
 
     /// Rows are walked in bands; of the two places for them, one keeps the band before.
     SourceRow row(int y, std::uint8_t* /*scratch*/) override {
+        rows_.keepPlans();
         squeezeRows();
         // A turned row is no wider than the canvas, so the block has room for bands of them.
         MutablePixelView band = block_.view();

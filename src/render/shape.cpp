@@ -70,14 +70,24 @@ std::optional<RowShaper> RowShaper::create(const ShapeSize& size, const FadePara
     }
 }
 
-/// The columns a .. b of a row, both included, show the mirror's columns 0 .. width - 1.
-void RowShaper::planColumns(int rowInset) {
+void RowShaper::keepPlans() {
+    if (!plans_) plans_ = ColumnPlans::take(size_.width);
+}
+
+/// The columns a .. b of a row, both included, show the mirror's columns 0 .. width - 1; a is the
+/// row's inset and b as far from the other end.
+void RowShaper::takeColumns(int rowInset) {
     if (plannedInset_ == rowInset) return;
     plannedInset_ = rowInset;
+    begin_ = std::max(0, rowInset);
+    end_ = std::min(size_.outWidth, toInt32(static_cast<double>(size_.outWidth) - rowInset) + 1);
+    plan_ = plans_ ? plans_->plan(size_.outWidth - 2 * rowInset) : nullptr;
+    if (plan_ == nullptr) planColumns(rowInset);
+}
+
+void RowShaper::planColumns(int rowInset) {
     const double a = rowInset;
     const double b = static_cast<double>(size_.outWidth) - rowInset;
-    begin_ = std::max(0, rowInset);
-    end_ = std::min(size_.outWidth, toInt32(b) + 1);
     const kernels::ColumnPositions positions{a, (size_.width - 1) / (b - a), size_.width - 1};
     const auto begin = static_cast<std::size_t>(begin_);
     inDoublesCount_ =
@@ -89,33 +99,67 @@ void RowShaper::planColumns(int rowInset) {
     }
 }
 
-void RowShaper::shapeInDoubles(const std::uint8_t* mirrorRow, const kernels::ShapeFactor& factor,
-                               std::uint8_t* target) const {
+namespace {
+
+/// One column as the formula has it.
+void shapeInDoubles(const std::uint8_t* first, double fraction, const kernels::ShapeFactor& factor,
+                    std::uint8_t* out) {
+    for (int k = 0; k < 4; ++k)
+        out[k] = factor.table[static_cast<std::size_t>(
+            static_cast<int>(first[k] + (first[k + 4] - first[k]) * fraction))];
+}
+
+std::size_t bytesOf(int pixels) {
+    return std::size_t{4} * static_cast<std::size_t>(pixels);
+}
+
+}  // namespace
+
+/// The columns [begin_, end_) as they were planned for this row.
+void RowShaper::shapeColumns(const std::uint8_t* mirrorRow, std::size_t readablePixels,
+                             const kernels::ShapeFactor& factor, std::uint8_t* target) const {
+    const auto begin = static_cast<std::size_t>(begin_);
+    kernels::shapeRow(target + bytesOf(begin_), mirrorRow, readablePixels,
+                      {from_.data() + begin, weight_.data() + begin}, factor,
+                      static_cast<std::size_t>(end_ - begin_));
     for (std::size_t i = 0; i < inDoublesCount_; ++i) {
         const std::int32_t x = inDoubles_[i];
-        const double fraction = fractions_[i];
-        const std::uint8_t* first =
-            mirrorRow + std::ptrdiff_t{4} * from_[static_cast<std::size_t>(x)];
-        std::uint8_t* out = target + std::ptrdiff_t{4} * x;
-        for (int k = 0; k < 4; ++k)
-            out[k] = factor.table[static_cast<std::size_t>(
-                static_cast<int>(first[k] + (first[k + 4] - first[k]) * fraction))];
+        const std::int32_t from = from_[static_cast<std::size_t>(x)];
+        shapeInDoubles(mirrorRow + std::ptrdiff_t{4} * from, fractions_[i], factor,
+                       target + std::ptrdiff_t{4} * x);
+    }
+}
+
+/// The same from a plan, whose column 0 is the row's column `rowInset`.
+void RowShaper::shapePlanned(int rowInset, const std::uint8_t* mirrorRow,
+                             std::size_t readablePixels, const kernels::ShapeFactor& factor,
+                             std::uint8_t* target) const {
+    const int first = begin_ - rowInset;
+    kernels::shapePackedRow(target + bytesOf(begin_), mirrorRow, readablePixels,
+                            plan_->packed.data() + first, factor,
+                            static_cast<std::size_t>(end_ - begin_));
+    for (std::size_t i = 0; i < plan_->inDoubles.size(); ++i) {
+        const std::int32_t column = plan_->inDoubles[i];
+        const std::int32_t x = column + rowInset;
+        if (x < begin_ || x >= end_) continue;
+        const std::uint32_t from = plan_->packed[static_cast<std::size_t>(column)] & 0xFFFFU;
+        shapeInDoubles(mirrorRow + std::size_t{4} * from, plan_->fractions[i], factor,
+                       target + std::ptrdiff_t{4} * x);
     }
 }
 
 void RowShaper::shapeRow(int index, const std::uint8_t* mirrorRow, std::size_t readablePixels,
                          std::uint8_t* target) {
     const double r = size_.height - index;
-    planColumns(toInt32(r * size_.inset / size_.height));
+    const int rowInset = toInt32(r * size_.inset / size_.height);
+    takeColumns(rowInset);
     const kernels::ShapeFactor factor = kernels::shapeFactor(rowFactor(index, size_.height, fade_));
-    const auto bytes = [](int pixels) { return std::size_t{4} * static_cast<std::size_t>(pixels); };
-    const auto begin = static_cast<std::size_t>(begin_);
-    std::memset(target, 0, bytes(begin_));
-    kernels::shapeRow(target + bytes(begin_), mirrorRow, readablePixels,
-                      {from_.data() + begin, weight_.data() + begin}, factor,
-                      static_cast<std::size_t>(end_ - begin_));
-    shapeInDoubles(mirrorRow, factor, target);
-    std::memset(target + bytes(end_), 0, bytes(size_.outWidth - end_));
+    std::memset(target, 0, bytesOf(begin_));
+    if (plan_ != nullptr)
+        shapePlanned(rowInset, mirrorRow, readablePixels, factor, target);
+    else
+        shapeColumns(mirrorRow, readablePixels, factor, target);
+    std::memset(target + bytesOf(end_), 0, bytesOf(size_.outWidth - end_));
 }
 
 double map_index(double x, double a, double b, double c, double d) {

@@ -7,6 +7,7 @@
 
 #include "imaging/kernels/exact_weight.h"
 #include "imaging/kernels/shape.h"
+#include "render/column_plans.h"
 
 namespace skarnel {
 
@@ -55,17 +56,24 @@ class RowShaper {
     void shapeRow(int index, const std::uint8_t* mirrorRow, std::size_t readablePixels,
                   std::uint8_t* target);
 
+    /// From here on rows take the columns that were planned for the render before, and leave theirs
+    /// to the next one. For previews: the plans of a large picture take more memory than they are
+    /// worth.
+    void keepPlans();
+
     /// The columns of the row made last that may have content: [firstColumn, endColumn).
     int firstColumn() const { return begin_; }
     int endColumn() const { return end_; }
 
   private:
     RowShaper(const ShapeSize& size, const FadeParameters& fade) : size_(size), fade_(fade) {}
+    void takeColumns(int rowInset);
     void planColumns(int rowInset);
+    void shapeColumns(const std::uint8_t* mirrorRow, std::size_t readablePixels,
+                      const kernels::ShapeFactor& factor, std::uint8_t* target) const;
 
-    /// The columns whose bytes only double arithmetic gives.
-    void shapeInDoubles(const std::uint8_t* mirrorRow, const kernels::ShapeFactor& factor,
-                        std::uint8_t* target) const;
+    void shapePlanned(int rowInset, const std::uint8_t* mirrorRow, std::size_t readablePixels,
+                      const kernels::ShapeFactor& factor, std::uint8_t* target) const;
 
     ShapeSize size_;
     FadeParameters fade_;
@@ -77,6 +85,8 @@ class RowShaper {
     std::vector<std::int32_t> inDoubles_;
     std::vector<double> fractions_;  // of the columns in inDoubles_
     std::size_t inDoublesCount_ = 0;
+    ColumnPlans::Handle plans_;
+    const ColumnPlan* plan_ = nullptr;  // of the row made last; null where its columns lie above
 };
 
 }  // namespace skarnel
