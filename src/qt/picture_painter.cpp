@@ -1,5 +1,6 @@
 #include "qt/picture_painter.h"
 
+#include <QPaintEngine>
 #include <QPainter>
 #include <QPolygonF>
 #include <algorithm>
@@ -25,6 +26,51 @@ constexpr int kStripRows = 32;
 kernels::Pixel opaquePixel(const QColor& color) {
     return {static_cast<std::uint8_t>(color.red()), static_cast<std::uint8_t>(color.green()),
             static_cast<std::uint8_t>(color.blue()), 255};
+}
+
+/// Where a painter puts `corner` in the pixels of an image that it paints on, one unit a pixel;
+/// none for other devices, scales and clips.
+std::optional<QPoint> placeInImage(const QPainter& painter, QPointF corner) {
+    const QPaintEngine* engine = painter.paintEngine();
+    if (engine->paintDevice()->devType() != QInternal::Image || painter.hasClipping() ||
+        painter.opacity() != 1.0 ||
+        painter.compositionMode() != QPainter::CompositionMode_SourceOver)
+        return std::nullopt;
+    const QTransform& toDevice = painter.deviceTransform();
+    const auto isUnit = [](qreal scale) { return std::abs(scale - 1) < 1e-9; };
+    if (!isUnit(toDevice.m11()) || !isUnit(toDevice.m22()) || toDevice.m12() != 0 ||
+        toDevice.m21() != 0)
+        return std::nullopt;
+    return toDevice.map(corner).toPoint();
+}
+
+/// The picture over the ground, written where the painter would write it: a window's own memory is
+/// an image, and copying there what was made elsewhere takes as long as making it. False where the
+/// painter has to do it.
+bool flattenInto(const QPainter& painter, QPointF corner, const PixelView& picture,
+                 kernels::Pixel under) {
+    const std::optional<QPoint> place = placeInImage(painter, corner);
+    if (!place) return false;
+    auto* image = static_cast<QImage*>(painter.paintEngine()->paintDevice());
+    if (image->format() != QImage::Format_RGB32 &&
+        image->format() != QImage::Format_ARGB32_Premultiplied)
+        return false;
+    QRegion region(QRect(*place, QSize(picture.width, picture.height)));
+    region &= image->rect();
+    const QRegion shown = painter.paintEngine()->systemClip();
+    if (!shown.isEmpty()) region &= shown;
+    for (const QRect& box : region) {
+        const auto pixels = static_cast<std::size_t>(box.width());
+        for (int y = box.top(); y <= box.bottom(); ++y) {
+            // The painter holds these very rows; asking for rows to change could make others.
+            auto* row = const_cast<std::uint8_t*>(image->constScanLine(y));
+            kernels::flattenRow(
+                row + std::ptrdiff_t{4} * box.left(),
+                picture.row(y - place->y()) + std::ptrdiff_t{4} * (box.left() - place->x()), under,
+                pixels);
+        }
+    }
+    return true;
 }
 
 }  // namespace
@@ -62,11 +108,12 @@ bool PicturePainter::isPlain(const ViewTransform& view) const {
 
 bool PicturePainter::paintOver(QPainter& painter, const ViewTransform& view, const QColor& ground) {
     const PixelView picture = source_->pixels();
+    const kernels::Pixel under = opaquePixel(ground);
+    const CGRect box = view.content();
+    if (flattenInto(painter, {box.x, box.y}, picture, under)) return true;
     if (strip_.width() < picture.width)
         strip_ = QImage(picture.width, kStripRows, QImage::Format_RGB32);
     if (strip_.isNull()) return false;
-    const kernels::Pixel under = opaquePixel(ground);
-    const CGRect box = view.content();
     for (int y = 0; y < picture.height; y += kStripRows) {
         const int rows = std::min(kStripRows, picture.height - y);
         for (int i = 0; i < rows; ++i)
