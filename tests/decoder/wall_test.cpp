@@ -20,6 +20,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "imaging/io/color_profile.h"
 #include "imaging/io/file_builders.h"
 #include "imaging/io/pictures.h"
 #include "imaging/io/read_file.h"
@@ -95,6 +96,30 @@ TEST_F(Wall, GivesThePictureOfEveryFormat) {
         EXPECT_EQ(behind->properties, here->properties) << type.name;
         EXPECT_EQ(behind->type, here->type);
     }
+}
+
+/// Its helper loads no library for colours or a camera's facts where a small PNG names neither.
+TEST_F(Wall, GivesTheColoursAndTheCamerasFactsOfASmallPng) {
+    const Bytes profile = io::makeRgbProfile({.green = {0.1, 0.8}}, io::RgbCurve::Linear);
+    Bytes colors = {'w', 'i', 'd', 'e', 0, 0};
+    const Bytes packed = zlibBytes(profile);
+    colors.insert(colors.end(), packed.begin(), packed.end());
+    ByteSink facts(true);
+    facts.text("MM").u16(42).u32(8).u16(1).u16(0x0112).u16(3).u32(1).u16(6).u16(0).u32(0);
+    const Bytes pixels = {200, 100, 50, 10, 20, 30};
+    const Bytes plain = buildPng(2, 1, 8, 2, pixels);
+    const Bytes colored = buildPng(2, 1, 8, 2, pixels, {{"iCCP", colors}});
+    const Bytes turned = buildPng(2, 1, 8, 2, pixels, {{"eXIf", facts.bytes}});
+    for (const Bytes& file : {plain, colored, turned}) {
+        const auto behind = throughHelper(file);
+        ASSERT_TRUE(behind) << behind.error().message;
+        const auto here = decodeImage(file);
+        EXPECT_TRUE(samePixels(behind->image, here->image));
+        EXPECT_EQ(behind->properties, here->properties);
+    }
+    // The two chunks do something, or the helper would not have needed anything for them.
+    EXPECT_FALSE(samePixels(decodeImage(colored)->image, decodeImage(plain)->image));
+    EXPECT_EQ(decodeImage(turned)->image.height(), 2);
 }
 
 TEST_F(Wall, PassesErrorsOnWithTheirReason) {

@@ -1,12 +1,10 @@
 #include "imaging/io/animated_webp.h"
 
-#include <webp/encode.h>
-#include <webp/mux.h>
-
 #include <algorithm>
 #include <string>
 
 #include "imaging/io/pixel_rows.h"
+#include "imaging/io/webp_library.h"
 #include "imaging/io/writers.h"
 
 namespace skarnel::io {
@@ -24,7 +22,7 @@ float qualityPercent(double quality) {
 /// A WebPPicture that frees its pixels.
 class Picture {
   public:
-    Picture() : ok_(WebPPictureInit(&picture_) != 0) {}
+    Picture() : ok_(WebPPictureInitInternal(&picture_, WEBP_ENCODER_ABI_VERSION) != 0) {}
     Picture(const Picture&) = delete;
     Picture& operator=(const Picture&) = delete;
     ~Picture() { WebPPictureFree(&picture_); }
@@ -42,14 +40,14 @@ class AnimatedWebPEncoder final : public AnimationEncoder {
     AnimatedWebPEncoder(int width, int height, int frameMilliseconds,
                         const ImageProperties& properties)
         : width_(width), height_(height), frameMilliseconds_(frameMilliseconds) {
+        if (!webpLibrary().load()) return;
         WebPAnimEncoderOptions options;
-        if (WebPAnimEncoderOptionsInit(&options) == 0) return;
+        if (WebPAnimEncoderOptionsInitInternal(&options, WEBP_MUX_ABI_VERSION) == 0) return;
         options.anim_params.loop_count = 0;  // for ever
-        encoder_.reset(WebPAnimEncoderNew(width, height, &options));
+        encoder_.reset(WebPAnimEncoderNewInternal(width, height, &options, WEBP_MUX_ABI_VERSION));
         const auto quality = numberProperty(properties, kPropertyLossyQuality);
-        const bool ready =
-            quality ? WebPConfigPreset(&config_, WEBP_PRESET_PHOTO, qualityPercent(*quality)) != 0
-                    : WebPConfigInit(&config_) != 0;
+        const bool ready = quality ? initConfig(WEBP_PRESET_PHOTO, qualityPercent(*quality))
+                                   : initConfig(WEBP_PRESET_DEFAULT, 75);
         config_.lossless = quality ? 0 : 1;
         config_.exact = 0;  // invisible colour may be changed
         if (!ready) encoder_.reset();
@@ -88,11 +86,15 @@ class AnimatedWebPEncoder final : public AnimationEncoder {
         WebPDataInit(&data);
         if (WebPAnimEncoderAssemble(encoder_.get(), &data) == 0) return failure();
         Bytes bytes(data.bytes, data.bytes + data.size);
-        WebPDataClear(&data);
+        WebPFree(const_cast<std::uint8_t*>(data.bytes));
         return bytes;
     }
 
   private:
+    bool initConfig(WebPPreset preset, float quality) {
+        return WebPConfigInitInternal(&config_, preset, quality, WEBP_ENCODER_ABI_VERSION) != 0;
+    }
+
     /// A frame at its time, or the end of the last one.
     Result<void> append(WebPPicture* picture) {
         const int time = frames_ * frameMilliseconds_;

@@ -1,9 +1,9 @@
 #include "imaging/io/color_memory.h"
 
-#include <lcms2_plugin.h>
-
 #include <cstdlib>
 #include <new>
+
+#include "imaging/io/color_library.h"
 
 namespace skarnel::io {
 namespace {

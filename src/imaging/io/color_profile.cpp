@@ -1,7 +1,5 @@
 #include "imaging/io/color_profile.h"
 
-#include <lcms2.h>
-
 #include <array>
 #include <cstdlib>
 #include <cstring>
@@ -9,6 +7,7 @@
 #include <mutex>
 #include <utility>
 
+#include "imaging/io/color_library.h"
 #include "imaging/io/color_memory.h"
 #include "imaging/io/ink_profile.h"
 #include "imaging/io/pixel_rows.h"
@@ -133,6 +132,7 @@ Prepared preparedFor(const Bytes& profileBytes, Samples samples) {
     static Prepared last;
     const std::lock_guard lock(mutex);
     if (last.usable && lastSamples == samples && lastProfile == profileBytes) return last;
+    if (!colorLibrary().load()) return {};
     const ColorMemoryWatch memory;
     Prepared made = prepare(profileBytes, samples);
     memory.throwIfRefused();
@@ -203,6 +203,7 @@ void ColorConversion::apply(MutablePixelView rows, int firstRow) const {
 }
 
 Bytes makeRgbProfile(const RgbPrimaries& primaries, RgbCurve curve) {
+    if (!colorLibrary().load()) return {};
     const ColorMemoryWatch memory;
     const cmsCIExyY white{primaries.white.x, primaries.white.y, 1};
     const cmsCIExyYTRIPLE colors{{primaries.red.x, primaries.red.y, 1},
@@ -224,7 +225,7 @@ Bytes makeRgbProfile(const RgbPrimaries& primaries, RgbCurve curve) {
 }
 
 std::string profileName(ByteView bytes) {
-    if (bytes.empty()) return {};
+    if (bytes.empty() || !colorLibrary().load()) return {};
     const Profile profile(
         cmsOpenProfileFromMem(bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
     if (!profile) return {};

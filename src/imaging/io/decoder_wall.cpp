@@ -2,21 +2,17 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
-#include <spawn.h>
 #include <sys/mman.h>
-#include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
-#include <memory>
 #include <mutex>
 
 #include "imaging/io/decoder_protocol.h"
+#include "imaging/io/helper_process.h"
 #include "imaging/io/read_file.h"
 #include "util/log/system_log.h"
 #include "util/walls/landlock.h"
@@ -26,58 +22,9 @@ namespace skarnel {
 namespace io {
 namespace {
 
-Error systemError(const char* what) {
-    return {errno == ENOMEM ? ErrorCode::OutOfMemory : ErrorCode::Failed,
-            std::string(what) + ": " + std::strerror(errno)};
-}
-
 const Error& died() {
     static const Error error{ErrorCode::Damaged, "The picture cannot be decoded"};
     return error;
-}
-
-/// Descriptors that are put in the helper's places must not stand in those places already.
-FileDescriptor duplicateHigh(int descriptor) {
-    return FileDescriptor(::fcntl(descriptor, F_DUPFD_CLOEXEC, 16));
-}
-
-class SpawnActions {
-  public:
-    SpawnActions() { posix_spawn_file_actions_init(&actions_); }
-    ~SpawnActions() { posix_spawn_file_actions_destroy(&actions_); }
-    SpawnActions(const SpawnActions&) = delete;
-    SpawnActions& operator=(const SpawnActions&) = delete;
-    posix_spawn_file_actions_t* get() { return &actions_; }
-
-  private:
-    posix_spawn_file_actions_t actions_{};
-};
-
-/// Starts the helper with nothing but its two descriptors and an empty environment.
-Result<pid_t> startHelper(const std::string& program, int picture, int answer,
-                          const DecodeLimits& limits) {
-    const FileDescriptor highPicture = duplicateHigh(picture);
-    const FileDescriptor highAnswer = duplicateHigh(answer);
-    if (highPicture.number() < 0 || highAnswer.number() < 0) return systemError("The decoder");
-    SpawnActions actions;
-    for (const int standard : {0, 1, 2}) {
-        posix_spawn_file_actions_addopen(actions.get(), standard, "/dev/null", O_RDWR, 0);
-    }
-    posix_spawn_file_actions_adddup2(actions.get(), highPicture.number(), kPictureDescriptor);
-    posix_spawn_file_actions_adddup2(actions.get(), highAnswer.number(), kAnswerDescriptor);
-    std::string name = program;
-    std::string maxPixels =
-        std::to_string(limits.maxPixels) + "," + std::to_string(limits.maxUnprovenPixels);
-    std::array<char*, 3> arguments = {name.data(), maxPixels.data(), nullptr};
-    std::array<char*, 1> environment = {nullptr};
-    pid_t child = -1;
-    const int error = posix_spawn(&child, program.c_str(), actions.get(), nullptr, arguments.data(),
-                                  environment.data());
-    if (error != 0) {
-        errno = error;
-        return systemError("The decoder cannot be started");
-    }
-    return child;
 }
 
 constexpr int kPipeBytes = 1 << 20;
@@ -122,49 +69,6 @@ class PipeSource : public AnswerSource {
 
     int descriptor_;
     std::chrono::steady_clock::time_point end_;
-};
-
-/// Ends a helper that is still there when its answer is no longer waited for.
-class HelperProcess {
-  public:
-    explicit HelperProcess(pid_t child) : child_(child) {}
-    HelperProcess(const HelperProcess&) = delete;
-    HelperProcess& operator=(const HelperProcess&) = delete;
-    ~HelperProcess() {
-        if (child_ < 0) return;
-        ::kill(child_, SIGKILL);
-        (void)wait();
-    }
-
-    /// The status that it ended with by itself, or -1. It has closed its pipe, by its end as a
-    /// rule; one that only closed it is not waited for.
-    int statusAtEnd() {
-        const FileDescriptor handle(
-            static_cast<int>(::syscall(SYS_pidfd_open, static_cast<long>(child_), 0L)));
-        if (handle.number() >= 0) {
-            pollfd ended{handle.number(), POLLIN, 0};
-            int ready = 0;
-            do {
-                ready = ::poll(&ended, 1, kMostMillisecondsAfterAnswer);
-            } while (ready < 0 && errno == EINTR);
-            if (ready == 0) ::kill(child_, SIGKILL);
-        }
-        return wait();
-    }
-
-  private:
-    static constexpr int kMostMillisecondsAfterAnswer = 10'000;
-
-    int wait() {
-        int status = 0;
-        while (::waitpid(child_, &status, 0) < 0) {
-            if (errno != EINTR) break;
-        }
-        child_ = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-
-    pid_t child_;
 };
 
 std::optional<std::string> findDecoderProgram() {
@@ -215,17 +119,18 @@ Result<DecodedImage> decodeBehindWall(const std::string& program, int descriptor
     FileDescriptor helperEnd(ends[1]);
     // Fewer changes between the two processes where the system allows it.
     ::fcntl(answer.number(), F_SETPIPE_SZ, kPipeBytes);
-    const auto child = startHelper(program, descriptor, helperEnd.number(), limits);
+    auto helper = HelperProcess::start(
+        program, descriptor, helperEnd.number(),
+        std::to_string(limits.maxPixels) + "," + std::to_string(limits.maxUnprovenPixels));
     // As long as this process holds it too, the pipe has no end.
     helperEnd = FileDescriptor();
-    if (!child) return child.error();
-    HelperProcess helper(*child);
+    if (!helper) return helper.error();
     PipeSource source(answer.number(), patience);
     auto received = receiveAnswer(source, limits);
     // Without memory here the helper is still in the middle of its answer.
     const bool here = !received && received.error().code == ErrorCode::OutOfMemory;
     if (here) return received;
-    const int status = source.isAtEnd() ? helper.statusAtEnd() : -1;
+    const int status = source.isAtEnd() ? helper->statusAtEnd() : -1;
     if (status == kNoWallsStatus) {
         return {ErrorCode::Failed, "The walls around the decoder cannot be raised"};
     }

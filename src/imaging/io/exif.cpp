@@ -1,12 +1,12 @@
 #include "imaging/io/exif.h"
 
-#include <libexif/exif-data.h>
-
 #include <array>
 #include <cmath>
 #include <cstring>
 #include <memory>
 #include <string>
+
+#include "imaging/io/exif_library.h"
 
 namespace skarnel::io {
 namespace {
@@ -20,7 +20,7 @@ using DataHandle = std::unique_ptr<ExifData, UnrefData>;
 constexpr std::size_t kMaxBlock = 65533;
 
 DataHandle load(ByteView block) {
-    if (block.size() < 8 || block.size() > kMaxBlock - 6) return nullptr;
+    if (block.size() < 8 || block.size() > kMaxBlock - 6 || !exifLibrary().load()) return nullptr;
     Bytes marked{'E', 'x', 'i', 'f', 0, 0};
     marked.insert(marked.end(), block.begin(), block.end());
     DataHandle data(exif_data_new());

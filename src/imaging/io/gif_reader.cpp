@@ -1,11 +1,10 @@
 // GIF through giflib: the first frame on its canvas.
-#include <gif_lib.h>
-
 #include <algorithm>
 #include <array>
 #include <cstring>
 #include <memory>
 
+#include "imaging/io/gif_library.h"
 #include "imaging/io/readers.h"
 
 namespace skarnel::io {
@@ -86,6 +85,7 @@ bool readFrame(GifFileType* gif, const Palette& palette, MutablePixelView canvas
 }  // namespace
 
 Result<SourcePicture> readGif(ByteView bytes, const DecodeLimits& limits) {
+    if (auto library = gifLibrary().need(); !library) return library.error();
     const Error damaged{ErrorCode::Damaged, "The GIF picture is damaged"};
     ByteView rest = bytes;
     int error = 0;

@@ -1,10 +1,10 @@
 #include "imaging/io/ink_profile.h"
 
-#include <lcms2.h>
-
 #include <array>
 #include <cmath>
 #include <memory>
+
+#include "imaging/io/color_library.h"
 
 namespace skarnel::io {
 namespace {
@@ -87,6 +87,7 @@ struct FreePipeline {
 }  // namespace
 
 void* makeInkProfile() {
+    if (!colorLibrary().load()) return nullptr;
     constexpr cmsUInt32Number kGridPoints = 9;
     Neugebauer model;
     const std::unique_ptr<cmsPipeline, FreePipeline> pipeline(cmsPipelineAlloc(nullptr, 4, 3));

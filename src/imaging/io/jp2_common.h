@@ -1,12 +1,11 @@
 // Shared by the JPEG 2000 reader and writer: owners of OpenJPEG's objects, and the file's boxes.
 #pragma once
 
-#include <openjpeg.h>
-
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "imaging/io/jp2_library.h"
 #include "imaging/io/writers.h"
 #include "util/log/result.h"
 

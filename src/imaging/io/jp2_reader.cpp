@@ -1,6 +1,4 @@
 // JPEG 2000 through OpenJPEG: files and bare code streams.
-#include <openjpeg.h>
-
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -189,6 +187,7 @@ void fillPixels(const opj_image_t& image, const Roles& roles, SourcePicture& pic
 }
 
 Result<JpImage> decode(ByteView bytes, const DecodeLimits& limits) {
+    if (auto library = jp2Library().need(); !library) return library.error();
     MemoryFile file{bytes};
     JpMessages messages;
     const JpStream stream = openMemory(file);

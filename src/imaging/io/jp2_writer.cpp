@@ -1,6 +1,4 @@
 // JPEG 2000: reversible at quality 1, otherwise by a target for each picture's noise.
-#include <openjpeg.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -171,6 +169,7 @@ opj_cparameters_t makeParameters(const Tiling& tiling, double quality) {
 }  // namespace
 
 Result<Bytes> writeJpeg2000(const CGImage& image, const ImageProperties& properties) {
+    if (auto library = jp2Library().need(); !library) return library.error();
     const bool opaque = isOpaque(image.pixels());
     const Tiling tiling(image);
     const JpImage components = describeComponents(image, opaque);

@@ -2,14 +2,8 @@
 #pragma once
 
 #include <csetjmp>
-#include <cstddef>
-#include <cstdio>
 
-// jpeglib.h needs size_t and FILE before it, and jerror.h the library's version from it.
-#include <jpeglib.h>
-
-#include <jerror.h>
-
+#include "imaging/io/jpeg_library.h"
 #include "util/log/result.h"
 
 namespace skarnel::io {

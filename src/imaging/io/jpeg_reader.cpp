@@ -212,6 +212,7 @@ class JpegRows : public SourceRows {
 }  // namespace
 
 Result<SourcePicture> readJpeg(ByteView bytes, const DecodeLimits& limits) {
+    if (auto library = jpegLibrary().need(); !library) return library.error();
     if (hasTooManyScans(bytes)) return {ErrorCode::TooLarge, "The JPEG has more than 100 scans"};
     auto rows = std::make_unique<JpegRows>(bytes);
     if (!rows->decoder().readHeader()) return rows->decoder().error();

@@ -99,6 +99,7 @@ Result<Bytes> writeJpeg(const CGImage& image, const ImageProperties& properties)
     if (image.width() > kMaxSide || image.height() > kMaxSide) {
         return {ErrorCode::TooLarge, "JPEG pictures have at most 65500 pixels a side"};
     }
+    if (auto library = jpegLibrary().need(); !library) return library.error();
     JpegEncoder encoder;
     if (!encoder.start(image, properties)) return encoder.error();
     Bytes exif = {'E', 'x', 'i', 'f', 0, 0};

@@ -1,12 +1,11 @@
 // PNG through libpng: every colour type and depth to 8-bit RGBA.
-#include <png.h>
-
 #include <algorithm>
 #include <array>
 #include <cstring>
 #include <vector>
 
 #include "imaging/io/exif.h"
+#include "imaging/io/png_library.h"
 #include "imaging/io/readers.h"
 
 namespace skarnel::io {
@@ -193,6 +192,7 @@ Result<SourcePicture> readAtOnce(PngRows& rows, int width, int height) {
 }  // namespace
 
 Result<SourcePicture> readPng(ByteView bytes, const DecodeLimits& limits) {
+    if (auto library = pngLibrary().need(); !library) return library.error();
     const ChunkOrder order = orderOfChunks(bytes);
     if (!order.isWhole) return {ErrorCode::Damaged, "The file ends too early"};
     auto rows = std::make_unique<PngRows>(bytes);

@@ -1,6 +1,4 @@
 // Photoshop files, small and big: the composite picture that every such file carries.
-#include <zlib.h>
-
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -13,6 +11,7 @@
 #include "imaging/io/byte_reader.h"
 #include "imaging/io/exif.h"
 #include "imaging/io/readers.h"
+#include "imaging/io/zlib_library.h"
 
 namespace skarnel::io {
 namespace {
@@ -178,9 +177,11 @@ class ZipRows final : public RowSource {
   public:
     ZipRows(ByteReader in, const Header& header, bool predicted)
         : rest_(in.take(in.left())), header_(header), predicted_(predicted) {
-        ready_ = inflateInit(&stream_) == Z_OK;
+        ready_ = zlibLibrary().load() && inflateInit(&stream_) == Z_OK;
     }
-    ~ZipRows() override { inflateEnd(&stream_); }
+    ~ZipRows() override {
+        if (ready_) inflateEnd(&stream_);
+    }
     ZipRows(const ZipRows&) = delete;
     ZipRows& operator=(const ZipRows&) = delete;
 

@@ -1,12 +1,12 @@
 // Shared by the TIFF reader and writer: a libtiff handle over memory, with its errors kept.
 #pragma once
 
-#include <tiffio.h>
-
 #include <array>
 #include <cstdarg>
 #include <cstdio>
 #include <memory>
+
+#include "imaging/io/tiff_library.h"
 
 namespace skarnel::io {
 

@@ -349,8 +349,8 @@ std::vector<std::uint8_t> readPalette(TIFF* tiff, const Layout& layout) {
 bool completePixels(TIFF* tiff, const Layout& layout, SourcePicture& picture) {
     if (layout.photometric == PHOTOMETRIC_SEPARATED) return true;
     const bool paletted = layout.photometric == PHOTOMETRIC_PALETTE;
-    const std::vector<std::uint8_t> palette =
-        paletted ? readPalette(tiff, layout) : std::vector<std::uint8_t>{};
+    std::vector<std::uint8_t> palette;
+    if (paletted) palette = readPalette(tiff, layout);
     if (paletted && palette.empty()) return false;
     const std::uint8_t flip = layout.photometric == PHOTOMETRIC_MINISWHITE ? 255 : 0;
     const MutablePixelView view = picture.pixels.view();
@@ -422,6 +422,7 @@ void describe(TIFF* tiff, ByteView bytes, const Layout& layout, SourcePicture& p
 }  // namespace
 
 Result<SourcePicture> readTiff(ByteView bytes, const DecodeLimits& limits) {
+    if (auto library = tiffLibrary().need(); !library) return library.error();
     MemoryFile file{bytes};
     TiffErrors errors;
     const TiffHandle tiff = openMemory(file, errors);

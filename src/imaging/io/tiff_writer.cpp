@@ -220,6 +220,7 @@ bool writeStrips(TIFF* tiff, const CGImage& image, const ImageProperties& proper
 }  // namespace
 
 Result<Bytes> writeTiff(const CGImage& image, const ImageProperties& properties) {
+    if (auto library = tiffLibrary().need(); !library) return library.error();
     const std::int64_t rowBytes = std::int64_t{image.width()} * (image.bitsPerPixel() / 8);
     const std::int64_t allBytes = rowBytes * image.height();
     MemoryFile file;

@@ -1,13 +1,11 @@
 // WebP through libwebp: the first frame, lossy or lossless.
-#include <webp/decode.h>
-#include <webp/demux.h>
-
 #include <cstring>
 #include <memory>
 
 #include "imaging/io/exif.h"
 #include "imaging/io/pixel_rows.h"
 #include "imaging/io/readers.h"
+#include "imaging/io/webp_library.h"
 
 namespace skarnel::io {
 namespace {
@@ -53,16 +51,18 @@ bool decodeFrame(const WebPIterator& frame, MutablePixelView canvas) {
 bool mayHideAlpha(const WebPIterator& frame) {
     constexpr int kLossless = 2;
     WebPBitstreamFeatures features;
-    return WebPGetFeatures(frame.fragment.bytes, frame.fragment.size, &features) == VP8_STATUS_OK &&
+    return WebPGetFeaturesInternal(frame.fragment.bytes, frame.fragment.size, &features,
+                                   WEBP_DECODER_ABI_VERSION) == VP8_STATUS_OK &&
            features.format == kLossless;
 }
 
 }  // namespace
 
 Result<SourcePicture> readWebP(ByteView bytes, const DecodeLimits& limits) {
+    if (auto library = webpLibrary().need(); !library) return library.error();
     const Error damaged{ErrorCode::Damaged, "The WebP picture is damaged"};
     const WebPData data{bytes.data(), bytes.size()};
-    const Demuxer demuxer(WebPDemux(&data));
+    const Demuxer demuxer(WebPDemuxInternal(&data, 0, nullptr, WEBP_DEMUX_ABI_VERSION));
     FrameIterator frame;
     if (!demuxer || WebPDemuxGetFrame(demuxer.get(), 1, &frame) == 0 || frame.complete == 0) {
         return damaged;

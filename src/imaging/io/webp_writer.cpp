@@ -1,13 +1,11 @@
 // WebP: lossless unless a quality below 1 is asked for.
-#include <webp/encode.h>
-#include <webp/mux.h>
-
 #include <algorithm>
 #include <memory>
 #include <new>
 
 #include "imaging/io/exif_block.h"
 #include "imaging/io/pixel_rows.h"
+#include "imaging/io/webp_library.h"
 #include "imaging/io/writers.h"
 
 namespace skarnel::io {
@@ -28,7 +26,8 @@ struct WriterHolder : WebPMemoryWriter {
 };
 
 bool configure(WebPConfig& config, double quality) {
-    if (WebPConfigInit(&config) == 0) return false;
+    if (WebPConfigInitInternal(&config, WEBP_PRESET_DEFAULT, 75, WEBP_ENCODER_ABI_VERSION) == 0)
+        return false;
     config.exact = 1;  // colours under no alpha are zeros already and must stay so
     if (quality >= 1) return WebPConfigLosslessPreset(&config, 2) != 0;
     config.quality = static_cast<float>(quality * 100);
@@ -68,7 +67,8 @@ struct DeleteMux {
 Result<Bytes> withExif(const WebPMemoryWriter& file, const Bytes& exif) {
     const WebPData image{file.mem, file.size};
     const WebPData chunk{exif.data(), exif.size()};
-    const std::unique_ptr<WebPMux, DeleteMux> mux(WebPMuxCreate(&image, 0));
+    const std::unique_ptr<WebPMux, DeleteMux> mux(
+        WebPMuxCreateInternal(&image, 0, WEBP_MUX_ABI_VERSION));
     WebPData assembled{};
     if (!mux || WebPMuxSetChunk(mux.get(), "EXIF", &chunk, 0) != WEBP_MUX_OK ||
         WebPMuxAssemble(mux.get(), &assembled) != WEBP_MUX_OK) {
@@ -76,7 +76,7 @@ Result<Bytes> withExif(const WebPMemoryWriter& file, const Bytes& exif) {
     }
     struct Owner {
         WebPData data;
-        ~Owner() { WebPDataClear(&data); }
+        ~Owner() { WebPFree(const_cast<std::uint8_t*>(data.bytes)); }
     };
     Owner owner{assembled};
     return Bytes(owner.data.bytes, owner.data.bytes + owner.data.size);
@@ -88,11 +88,12 @@ Result<Bytes> writeWebP(const CGImage& image, const ImageProperties& properties)
     if (image.width() > WEBP_MAX_DIMENSION || image.height() > WEBP_MAX_DIMENSION) {
         return {ErrorCode::TooLarge, "WebP pictures have at most 16383 pixels a side"};
     }
+    if (auto library = webpLibrary().need(); !library) return library.error();
     WebPConfig config;
     PictureHolder picture;
     WriterHolder writer;
     if (!configure(config, std::clamp(qualityOf(properties, 1.0), 0.0, 1.0)) ||
-        WebPPictureInit(&picture) == 0) {
+        WebPPictureInitInternal(&picture, WEBP_ENCODER_ABI_VERSION) == 0) {
         return {ErrorCode::Failed, "The WebP encoder cannot be used"};
     }
     if (!fillPixels(image, picture)) throw std::bad_alloc();

@@ -251,8 +251,13 @@ TEST(LateCodecDeathTest, LibrariesAreLoadedByTheFirstFileOfTheirs) {
     auto program = [] {
         if (isMapped("libjxl") || isMapped("libheif")) return 1;
         const Bytes png = *encodeImage(randomValidPicture(4, 4, 1), kUTTypePNG);
-        if (io::prepareToDecode(png) != io::CodecNeeds::Nothing || !decodeImage(png)) return 2;
-        if (isMapped("libjxl") || isMapped("libheif")) return 3;
+        if (io::prepareToDecode(png, io::Rest::HasNeither) != io::CodecNeeds::Nothing ||
+            !decodeImage(png))
+            return 2;
+        for (const char* other : {"libjxl", "libheif", "libtiff", "libwebp", "libopenjp2", "libgif",
+                                  "libexif", "libjpeg"}) {
+            if (isMapped(other)) return 3;
+        }
         const Bytes jxl = dataFile("plain.jxl");
         if (io::prepareToDecode(ByteView(jxl).first(16)) != io::CodecNeeds::Nothing) return 4;
         return isMapped("libjxl") && !isMapped("libheif") ? 0 : 5;
@@ -277,6 +282,36 @@ TEST(LateCodec, ASymbolThatIsMissingMakesTheLibraryIncomplete) {
     EXPECT_EQ(cosine(0.0), 1.0);
     library.bind(cosine, "there_is_no_such");
     EXPECT_FALSE(library.complete());
+}
+
+TEST(LateLibraries, ThatAreMissingAreNamed) {
+    io::LateLibraries late({"libm.so.6", "libskarnel-there-is-no-such.so.0"},
+                           [](std::vector<io::CodecLibrary>&) {});
+    EXPECT_FALSE(late.load());
+    const auto needed = late.need();
+    ASSERT_FALSE(needed);
+    EXPECT_EQ(needed.error().code, ErrorCode::Unsupported);
+    EXPECT_NE(needed.error().message.find("libskarnel-there-is-no-such.so.0"), std::string::npos);
+}
+
+TEST(LateLibraries, AreBoundOnceAndLookedForAgainUntilThen) {
+    static int calls;
+    static const char* wanted;
+    static double (*cosine)(double);
+    calls = 0;
+    wanted = "there_is_no_such";
+    io::LateLibraries late({"libm.so.6"}, [](std::vector<io::CodecLibrary>& libraries) {
+        ++calls;
+        libraries[0].bind(cosine, wanted);
+    });
+    EXPECT_FALSE(late.load());
+    EXPECT_FALSE(late.load());
+    EXPECT_EQ(calls, 2);
+    wanted = "cos";
+    EXPECT_TRUE(late.load());
+    EXPECT_TRUE(late.need());
+    EXPECT_EQ(calls, 3);
+    EXPECT_EQ(cosine(0.0), 1.0);
 }
 
 TEST(RgbProfile, OfPrimariesThatMakeNoSpaceIsEmpty) {
