@@ -74,6 +74,11 @@ bool sendError(const Error& error) {
                 error.message.data(), error.message.size());
 }
 
+bool sendEncoded(ByteView file) {
+    return send(RecordKind::Encoded, file.size() & UINT32_MAX, file.size() >> 32U, file.data(),
+                file.size());
+}
+
 bool decodeIntoAnswer(ByteView bytes, const DecodeLimits& limits) {
     const auto sent = decodeAndSend(bytes, limits);
     return sent ? *sent : sendError(sent.error());

@@ -12,4 +12,7 @@ bool decodeIntoAnswer(ByteView bytes, const DecodeLimits& limits);
 
 bool sendError(const Error& error);
 
+/// Sends an encoded picture.
+bool sendEncoded(ByteView file);
+
 }  // namespace skarnel

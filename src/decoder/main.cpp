@@ -1,3 +1,4 @@
+// skarnel-decode encode,PIXELS,TYPE: see encode_job.h.
 // skarnel-decode MAXPIXELS,MAXUNPROVENPIXELS: decodes the picture on descriptor 3 into the pipe on
 // descriptor 4, locked into a cell. Started by the programs, of no use by itself.
 #include <sys/stat.h>
@@ -13,7 +14,9 @@
 
 #include "decoder/answer.h"
 #include "decoder/cell.h"
+#include "decoder/encode_job.h"
 #include "imaging/io/decoder_protocol.h"
+#include "imaging/io/encoder_protocol.h"
 #include "imaging/io/late_codec.h"
 #include "imaging/io/read_file.h"
 
@@ -87,7 +90,11 @@ std::optional<DecodeLimits> parseLimits(std::string_view text) {
 }  // namespace skarnel
 
 int main(int count, char** arguments) {
-    const auto limits = skarnel::parseLimits(count == 2 ? arguments[1] : "");
+    const std::string_view job = count == 2 ? arguments[1] : "";
+    if (job.starts_with(skarnel::io::kEncodeArgument)) {
+        return skarnel::runEncodeJob(job.substr(skarnel::io::kEncodeArgument.size()));
+    }
+    const auto limits = skarnel::parseLimits(job);
     if (!limits) {
         std::fputs("skarnel-decode is started by Skarnel itself\n", stderr);
         return 2;

@@ -120,6 +120,8 @@ Result<std::size_t> AnswerOrder::take(const AnswerRecord& record) {
             if (record.first > kMaxTextBytes) return damagedAnswer();
             hasEnded_ = true;
             return std::size_t{record.first};
+        case RecordKind::Encoded:
+            break;
     }
     return damagedAnswer();
 }
@@ -163,13 +165,6 @@ std::string plainText(ByteView text) {
     return plain;
 }
 
-Error failureOf(const AnswerRecord& record, const Bytes& text) {
-    const auto code = record.second <= static_cast<std::uint32_t>(ErrorCode::Failed)
-                          ? static_cast<ErrorCode>(record.second)
-                          : ErrorCode::Failed;
-    return {code, plainText(text)};
-}
-
 /// The pixels, and the record that ends the answer with its text.
 struct Received {
     std::optional<PixelBuffer> pixels;
@@ -201,11 +196,18 @@ Result<Received> receiveRecords(AnswerSource& source, const DecodeLimits& limits
 
 }  // namespace
 
+Error answeredError(const AnswerRecord& record, ByteView message) {
+    const auto code = record.second <= static_cast<std::uint32_t>(ErrorCode::Failed)
+                          ? static_cast<ErrorCode>(record.second)
+                          : ErrorCode::Failed;
+    return {code, plainText(message)};
+}
+
 Result<DecodedImage> receiveAnswer(AnswerSource& source, const DecodeLimits& limits) {
     auto received = receiveRecords(source, limits);
     if (!received) return received.error();
     if (received->last.kind == RecordKind::Failed) {
-        return failureOf(received->last, received->text);
+        return answeredError(received->last, received->text);
     }
     auto packed = unpackProperties(received->text);
     if (!packed) return packed.error();

@@ -33,6 +33,7 @@ enum class RecordKind : std::uint32_t {
     Rows = 0x534B4402,
     Done = 0x534B4403,
     Failed = 0x534B4404,
+    Encoded = 0x534B4405,  // of encoder_protocol.h alone
 };
 struct AnswerRecord {
     RecordKind kind{};
@@ -85,6 +86,10 @@ class AnswerSource {
     /// Whether nothing is left, which may have to be waited for.
     virtual bool isAtEnd() = 0;
 };
+
+/// The error of a Failed record with its message, of which no more is kept than may stand on a
+/// terminal.
+Error answeredError(const AnswerRecord& record, ByteView message);
 
 /// The picture or the error that a whole answer holds. Damaged when it ends early, goes on after
 /// its end, or breaks the order. Throws std::bad_alloc.

@@ -3,6 +3,8 @@
 #include <new>
 #include <stdexcept>
 
+#include "imaging/io/decoder_wall.h"
+#include "imaging/io/encoder_wall.h"
 #include "imaging/io/image_io.h"
 #include "imaging/io/read_file.h"
 #include "imaging/io/writers.h"
@@ -61,6 +63,24 @@ std::array<std::uint8_t, 3> matteOf(const ImageProperties& properties) {
     return parsed;
 }
 
+Result<Bytes> writeWithLibrary(PictureRows& rows, std::string_view type,
+                               const ImageProperties& properties) {
+    return type == kUTTypeWebP ? writeWebP(rows, properties) : writeJpeg2000(rows, properties);
+}
+
+namespace {
+
+/// In a process of its own, where the helper is installed.
+Result<Bytes> encodeBesides(const CGImage& image, std::string_view type,
+                            const ImageProperties& properties) {
+    if (const auto& program = decoderProgram()) {
+        return encodeBehindWall(*program, image, type, properties);
+    }
+    ImageRows rows(image);
+    return writeWithLibrary(rows, type, properties);
+}
+
+}  // namespace
 }  // namespace io
 
 Result<Bytes> encodeImage(const CGImage& image, std::string_view typeIdentifier,
@@ -69,8 +89,9 @@ Result<Bytes> encodeImage(const CGImage& image, std::string_view typeIdentifier,
     if (typeIdentifier == kUTTypePNG) return io::writePng(image, properties);
     if (typeIdentifier == kUTTypeJPEG) return io::writeJpeg(image, properties);
     if (typeIdentifier == kUTTypeBMP) return io::writeBmp(image, properties);
-    if (typeIdentifier == kUTTypeJPEG2000) return io::writeJpeg2000(image, properties);
-    if (typeIdentifier == kUTTypeWebP) return io::writeWebP(image, properties);
+    if (typeIdentifier == kUTTypeJPEG2000 || typeIdentifier == kUTTypeWebP) {
+        return io::encodeBesides(image, typeIdentifier, properties);
+    }
     return {ErrorCode::Unsupported,
             "Pictures of type " + std::string(typeIdentifier) + " cannot be written"};
 } catch (const std::bad_alloc&) {

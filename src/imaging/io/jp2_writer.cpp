@@ -57,11 +57,11 @@ JpStream openMemory(MemoryFile& file) {
 struct Tiling {
     static constexpr int kMostTileSide = 1024;
 
-    explicit Tiling(const CGImage& image)
-        : width(sideFor(image.width())),
-          height(sideFor(image.height())),
-          columns((image.width() + width - 1) / width),
-          rows((image.height() + height - 1) / height) {}
+    explicit Tiling(const PictureRows::Shape& shape)
+        : width(sideFor(shape.width)),
+          height(sideFor(shape.height)),
+          columns((shape.width + width - 1) / width),
+          rows((shape.height + height - 1) / height) {}
 
     static int sideFor(int side) {
         const int count = (side + kMostTileSide - 1) / kMostTileSide;
@@ -76,36 +76,57 @@ struct Tiling {
 };
 
 /// What the picture is made of, without samples.
-JpImage describeComponents(const CGImage& image, bool opaque) {
-    const OPJ_UINT32 count = opaque ? 3 : 4;
+JpImage describeComponents(const PictureRows::Shape& shape) {
+    const OPJ_UINT32 count = shape.opaque ? 3 : 4;
     opj_image_cmptparm_t parameters[4] = {};
     for (OPJ_UINT32 i = 0; i < count; ++i) {
         parameters[i].dx = parameters[i].dy = 1;
-        parameters[i].w = static_cast<OPJ_UINT32>(image.width());
-        parameters[i].h = static_cast<OPJ_UINT32>(image.height());
+        parameters[i].w = static_cast<OPJ_UINT32>(shape.width);
+        parameters[i].h = static_cast<OPJ_UINT32>(shape.height);
         parameters[i].prec = 8;
     }
     JpImage components(opj_image_tile_create(count, parameters, OPJ_CLRSPC_SRGB));
     if (!components) return components;
-    components->x1 = static_cast<OPJ_UINT32>(image.width());
-    components->y1 = static_cast<OPJ_UINT32>(image.height());
-    if (!opaque) components->comps[3].alpha = 1;
+    components->x1 = static_cast<OPJ_UINT32>(shape.width);
+    components->y1 = static_cast<OPJ_UINT32>(shape.height);
+    if (!shape.opaque) components->comps[3].alpha = 1;
     return components;
 }
 
-/// The samples of a tile, one component after the other. `straight` has room for a row.
-void takeTile(const CGImage& image, bool opaque, const Tiling& tiling, int column, int row,
-              Bytes& straight, Bytes& samples) {
-    const PixelView view = image.pixels();
+/// The rows that a row of tiles has, packed.
+struct Band {
+    const PictureRows::Shape& shape;
+    int height = 0;
+    Bytes bytes;
+
+    std::size_t rowBytes() const {
+        return static_cast<std::size_t>(shape.width) * static_cast<std::size_t>(shape.samples);
+    }
+    /// Takes the next `count` rows; false when they cannot be had.
+    bool take(PictureRows& rows, int count) {
+        height = count;
+        bytes.resize(rowBytes() * static_cast<std::size_t>(count));
+        for (std::size_t at = 0; at < bytes.size(); at += rowBytes()) {
+            const std::uint8_t* row = rows.next();
+            if (row == nullptr) return false;
+            std::memcpy(bytes.data() + at, row, rowBytes());
+        }
+        return true;
+    }
+};
+
+/// The samples of a tile, one component after the other. `straight` has room for a row of it.
+void takeTile(const Band& band, const Tiling& tiling, int column, Bytes& straight, Bytes& samples) {
     const int left = column * tiling.width;
-    const int top = row * tiling.height;
-    const auto width = static_cast<std::size_t>(std::min(tiling.width, view.width - left));
-    const auto height = static_cast<std::size_t>(std::min(tiling.height, view.height - top));
+    const auto width = static_cast<std::size_t>(std::min(tiling.width, band.shape.width - left));
+    const auto height = static_cast<std::size_t>(band.height);
+    const bool opaque = band.shape.opaque;
     const std::size_t planes = opaque ? 3 : 4;
-    const auto step = static_cast<std::size_t>(view.samplesPerPixel);
+    const auto step = static_cast<std::size_t>(band.shape.samples);
     samples.resize(planes * width * height);
     for (std::size_t y = 0; y < height; ++y) {
-        const std::uint8_t* pixel = view.row(top + static_cast<int>(y)) + step * left;
+        const std::uint8_t* pixel =
+            band.bytes.data() + y * band.rowBytes() + step * static_cast<std::size_t>(left);
         if (!opaque) {
             unpremultiplyRow(pixel, straight.data(), width);
             pixel = straight.data();
@@ -117,13 +138,15 @@ void takeTile(const CGImage& image, bool opaque, const Tiling& tiling, int colum
     }
 }
 
-bool writeTiles(opj_codec_t* codec, opj_stream_t* stream, const CGImage& image, bool opaque,
-                const Tiling& tiling) {
+bool writeTiles(opj_codec_t* codec, opj_stream_t* stream, PictureRows& rows, const Tiling& tiling) {
     Bytes straight(static_cast<std::size_t>(tiling.width) * 4);
     Bytes samples;
+    Band band{rows.shape(), 0, {}};
     for (int row = 0; row < tiling.rows; ++row) {
+        const int left = band.shape.height - row * tiling.height;
+        if (!band.take(rows, std::min(tiling.height, left))) return false;
         for (int column = 0; column < tiling.columns; ++column) {
-            takeTile(image, opaque, tiling, column, row, straight, samples);
+            takeTile(band, tiling, column, straight, samples);
             if (opj_write_tile(codec, static_cast<OPJ_UINT32>(row * tiling.columns + column),
                                samples.data(), static_cast<OPJ_UINT32>(samples.size()),
                                stream) == OPJ_FALSE) {
@@ -168,11 +191,10 @@ opj_cparameters_t makeParameters(const Tiling& tiling, double quality) {
 
 }  // namespace
 
-Result<Bytes> writeJpeg2000(const CGImage& image, const ImageProperties& properties) {
+Result<Bytes> writeJpeg2000(PictureRows& rows, const ImageProperties& properties) {
     if (auto library = jp2Library().need(); !library) return library.error();
-    const bool opaque = isOpaque(image.pixels());
-    const Tiling tiling(image);
-    const JpImage components = describeComponents(image, opaque);
+    const Tiling tiling(rows.shape());
+    const JpImage components = describeComponents(rows.shape());
     MemoryFile file;
     JpMessages messages;
     const JpCodec codec(opj_create_compress(OPJ_CODEC_JP2));
@@ -183,7 +205,7 @@ Result<Bytes> writeJpeg2000(const CGImage& image, const ImageProperties& propert
         makeParameters(tiling, std::clamp(qualityOf(properties, 1.0), 0.0, 1.0));
     if (opj_setup_encoder(codec.get(), &parameters, components.get()) == OPJ_FALSE ||
         opj_start_compress(codec.get(), components.get(), stream.get()) == OPJ_FALSE ||
-        !writeTiles(codec.get(), stream.get(), image, opaque, tiling) ||
+        !writeTiles(codec.get(), stream.get(), rows, tiling) ||
         opj_end_compress(codec.get(), stream.get()) == OPJ_FALSE) {
         Error error = messages.error();
         error.code = ErrorCode::Failed;

@@ -63,6 +63,10 @@ LateLibraries* libraryOfType(std::string_view type) {
 
 }  // namespace
 
+void prepareToEncode(std::string_view type) {
+    if (LateLibraries* library = libraryOfType(type)) (void)library->load();
+}
+
 CodecNeeds prepareToDecode(ByteView firstBytes, Rest rest) {
     const ImageType* type = imageTypeOfContent(firstBytes);
     if (type == nullptr) return CodecNeeds::Nothing;

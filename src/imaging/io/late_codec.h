@@ -4,6 +4,7 @@
 
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "imaging/io/image_io.h"
@@ -22,6 +23,9 @@ enum class Rest { Unknown, HasNeither };
 /// readers load what they need themselves. A library that cannot be loaded is reported by the
 /// reader.
 CodecNeeds prepareToDecode(ByteView firstBytes, Rest rest = Rest::Unknown);
+
+/// Loads the library that encoding a picture as this type takes, if any.
+void prepareToEncode(std::string_view type);
 
 /// Whether the codec's library is loaded now or could be; each stays loaded for good.
 bool loadJpegXL();

@@ -35,25 +35,48 @@ bool configure(WebPConfig& config, double quality) {
 }
 
 /// The codec's own pixels: alpha, red, green, blue from the highest byte down.
-bool fillPixels(const CGImage& image, WebPPicture& target) {
+Result<void> fillPixels(PictureRows& rows, WebPPicture& target) {
+    const PictureRows::Shape& shape = rows.shape();
     target.use_argb = 1;
-    target.width = image.width();
-    target.height = image.height();
-    if (WebPPictureAlloc(&target) == 0) return false;
-    const PixelView view = image.pixels();
-    const auto samples = static_cast<std::size_t>(view.samplesPerPixel);
-    Bytes straight(static_cast<std::size_t>(view.width) * 4);
-    for (int y = 0; y < view.height; ++y) {
-        const std::uint8_t* row = view.row(y);
+    target.width = shape.width;
+    target.height = shape.height;
+    if (WebPPictureAlloc(&target) == 0) throw std::bad_alloc();
+    const auto samples = static_cast<std::size_t>(shape.samples);
+    Bytes straight(static_cast<std::size_t>(shape.width) * 4);
+    for (int y = 0; y < shape.height; ++y) {
+        const std::uint8_t* row = rows.next();
+        if (row == nullptr) return {ErrorCode::Failed, "The picture ends early"};
         if (samples == 4) {
-            unpremultiplyRow(row, straight.data(), static_cast<std::size_t>(view.width));
+            unpremultiplyRow(row, straight.data(), static_cast<std::size_t>(shape.width));
             row = straight.data();
         }
         std::uint32_t* out = target.argb + std::ptrdiff_t{y} * target.argb_stride;
-        for (int x = 0; x < view.width; ++x, row += samples) {
+        for (int x = 0; x < shape.width; ++x, row += samples) {
             const std::uint32_t alpha = samples == 4 ? row[3] : 255;
             out[x] =
                 alpha << 24U | std::uint32_t{row[0]} << 16U | std::uint32_t{row[1]} << 8U | row[2];
+        }
+    }
+    return {};
+}
+
+/// Whether a lossless file holds these very pixels. Where one of its requests for memory was
+/// refused, the library may write a damaged file and say nothing.
+bool holdsPixels(const WebPMemoryWriter& file, const WebPPicture& picture) {
+    const auto width = static_cast<std::size_t>(picture.width);
+    Bytes decoded(4 * width * static_cast<std::size_t>(picture.height));
+    if (WebPDecodeRGBAInto(file.mem, file.size, decoded.data(), decoded.size(),
+                           4 * picture.width) == nullptr) {
+        return false;
+    }
+    const std::uint8_t* pixel = decoded.data();
+    for (int y = 0; y < picture.height; ++y) {
+        const std::uint32_t* row = picture.argb + std::ptrdiff_t{y} * picture.argb_stride;
+        for (std::size_t x = 0; x < width; ++x, pixel += 4) {
+            if (row[x] != (std::uint32_t{pixel[3]} << 24U | std::uint32_t{pixel[0]} << 16U |
+                           std::uint32_t{pixel[1]} << 8U | pixel[2])) {
+                return false;
+            }
         }
     }
     return true;
@@ -84,8 +107,9 @@ Result<Bytes> withExif(const WebPMemoryWriter& file, const Bytes& exif) {
 
 }  // namespace
 
-Result<Bytes> writeWebP(const CGImage& image, const ImageProperties& properties) {
-    if (image.width() > WEBP_MAX_DIMENSION || image.height() > WEBP_MAX_DIMENSION) {
+Result<Bytes> writeWebP(PictureRows& rows, const ImageProperties& properties) {
+    const PictureRows::Shape& shape = rows.shape();
+    if (shape.width > WEBP_MAX_DIMENSION || shape.height > WEBP_MAX_DIMENSION) {
         return {ErrorCode::TooLarge, "WebP pictures have at most 16383 pixels a side"};
     }
     if (auto library = webpLibrary().need(); !library) return library.error();
@@ -96,7 +120,7 @@ Result<Bytes> writeWebP(const CGImage& image, const ImageProperties& properties)
         WebPPictureInitInternal(&picture, WEBP_ENCODER_ABI_VERSION) == 0) {
         return {ErrorCode::Failed, "The WebP encoder cannot be used"};
     }
-    if (!fillPixels(image, picture)) throw std::bad_alloc();
+    if (auto filled = fillPixels(rows, picture); !filled) return filled.error();
     picture.writer = WebPMemoryWrite;
     picture.custom_ptr = &writer;
     if (WebPEncode(&config, &picture) == 0) {
@@ -105,6 +129,7 @@ Result<Bytes> writeWebP(const CGImage& image, const ImageProperties& properties)
         return {memory ? ErrorCode::OutOfMemory : ErrorCode::Failed,
                 "The picture could not be encoded as WebP"};
     }
+    if (config.lossless != 0 && !holdsPixels(writer, picture)) throw std::bad_alloc();
     const Bytes exif = writeExifBlock(exifTreeOf(properties), resolutionOf(properties));
     if (!exif.empty()) return withExif(writer, exif);
     return Bytes(writer.mem, writer.mem + writer.size);

@@ -8,6 +8,7 @@
 
 #include "imaging/cgimage.h"
 #include "imaging/io/image_io.h"
+#include "imaging/io/picture_rows.h"
 #include "util/log/result.h"
 
 namespace skarnel::io {
@@ -23,8 +24,13 @@ void appendPngChunk(Bytes& out, std::string_view type, ByteView data);
 
 Result<Bytes> writeJpeg(const CGImage& image, const ImageProperties& properties);
 Result<Bytes> writeBmp(const CGImage& image, const ImageProperties& properties);
-Result<Bytes> writeJpeg2000(const CGImage& image, const ImageProperties& properties);
-Result<Bytes> writeWebP(const CGImage& image, const ImageProperties& properties);
+
+/// Their libraries may end the process where memory runs out.
+Result<Bytes> writeJpeg2000(PictureRows& rows, const ImageProperties& properties);
+Result<Bytes> writeWebP(PictureRows& rows, const ImageProperties& properties);
+/// Either of the two by its type.
+Result<Bytes> writeWithLibrary(PictureRows& rows, std::string_view type,
+                               const ImageProperties& properties);
 
 /// A number under the key, whole or not; none for another type or no entry.
 std::optional<double> numberProperty(const ImageProperties& properties, std::string_view key);

@@ -27,8 +27,8 @@ Bytes cameraBlock() {
     return out.u32(1).u32(250).bytes;
 }
 
-/// The libraries of the other formats do not check all of their own allocations; what strangers
-/// made is read behind the decoder's wall, where such a crash is an error like any other.
+/// The libraries of these formats do not check all of their own allocations. They work in the
+/// helper program, where such a crash is an error like any other.
 bool crashesByItself(std::string_view type) {
     return type == kUTTypeJPEG2000 || type == kUTTypeWebP;
 }
@@ -66,8 +66,9 @@ std::vector<Row> writerRows() {
 TEST_P(Allocation, ThatFailsInAWriterGivesACleanError) {
     const CGImage image = randomValidPicture(21, 17, 3);
     for (const ImageType& type : imageTypes()) {
-        if (!type.canWrite || crashesByItself(type.identifier)) continue;
+        if (!type.canWrite) continue;
         for (const auto& [row, properties] : writerRows()) {
+            if (crashesByItself(type.identifier) && std::string_view(row) != "camera") continue;
             SCOPED_TRACE(row);
             const Bytes expected = *encodeImage(image, type.identifier, properties);
             const auto write = [&] {

@@ -1,0 +1,20 @@
+// Encoding in the helper program, for the libraries that end their process when memory runs out.
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <string_view>
+
+#include "imaging/io/image_io.h"
+#include "util/log/result.h"
+
+namespace skarnel::io {
+
+/// Has `program` encode the picture as `type`, JPEG 2000 or WebP. However the helper ends, the
+/// caller gets a file or an Error: Failed when it died or answers more than such a picture can
+/// take. `patience` bounds a helper that neither reads nor answers. Throws std::bad_alloc.
+Result<Bytes> encodeBehindWall(const std::string& program, const CGImage& image,
+                               std::string_view type, const ImageProperties& properties,
+                               std::chrono::seconds patience = std::chrono::minutes(30));
+
+}  // namespace skarnel::io
