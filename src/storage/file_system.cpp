@@ -96,16 +96,7 @@ class SystemFileSystem final : public FileSystem {
     mode_t umask() override {
         // The call of that name can only be read by changing it, which another thread that makes
         // a file just then would notice; the kernel's report has no such window.
-        struct CloseFile {
-            void operator()(std::FILE* file) const { std::fclose(file); }
-        };
-        const std::unique_ptr<std::FILE, CloseFile> status(std::fopen("/proc/self/status", "re"));
-        std::array<char, 256> line;
-        while (status && std::fgets(line.data(), line.size(), status.get()) != nullptr) {
-            unsigned mask = 0;
-            if (std::sscanf(line.data(), "Umask: %o", &mask) == 1) return static_cast<mode_t>(mask);
-        }
-        return kUsualMask;
+        return maskInReport("/proc/self/status");
     }
 };
 
@@ -114,6 +105,19 @@ class SystemFileSystem final : public FileSystem {
 FileSystem& systemFileSystem() {
     static SystemFileSystem system;
     return system;
+}
+
+mode_t maskInReport(const char* path) {
+    struct CloseFile {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
+    const std::unique_ptr<std::FILE, CloseFile> report(std::fopen(path, "re"));
+    std::array<char, 256> line;
+    while (report && std::fgets(line.data(), line.size(), report.get()) != nullptr) {
+        unsigned mask = 0;
+        if (std::sscanf(line.data(), "Umask: %o", &mask) == 1) return static_cast<mode_t>(mask);
+    }
+    return kUsualMask;
 }
 
 std::string describeError(int errorNumber) {

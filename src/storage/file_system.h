@@ -49,6 +49,10 @@ class FileSystem {
 /// The operating system itself. Safe to use from any thread.
 FileSystem& systemFileSystem();
 
+/// The mask for new files that the kernel's report on a process names in a line "Umask: 0022"; 022,
+/// as nearly everybody has it, when the report cannot be read or has no such line.
+mode_t maskInReport(const char* path);
+
 /// Repeats a call that a signal interrupted. Gives -EINTR back after a hundred tries, so that a
 /// file system that answers nothing else cannot hang the program.
 template <typename Call>

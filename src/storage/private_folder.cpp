@@ -11,6 +11,7 @@
 #include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace skarnel {
 namespace {
@@ -29,53 +30,59 @@ bool isFolderName(std::string_view name) {
 }
 
 /// A descriptor that holds the lock of the folder, or -1: somebody else's, locked, or gone.
-int lockedFolder(const std::string& path) {
-    const int folder = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+int lockedFolder(const std::string& path, FileSystem& fileSystem) {
+    const int folder = fileSystem.open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW, 0);
     if (folder < 0) return -1;
     struct stat status = {};
     struct stat named = {};
-    if (::flock(folder, LOCK_EX | LOCK_NB) == 0 && ::fstat(folder, &status) == 0 &&
-        status.st_uid == ::geteuid() && ::lstat(path.c_str(), &named) == 0 &&
+    if (fileSystem.flock(folder, LOCK_EX | LOCK_NB) == 0 && fileSystem.fstat(folder, status) == 0 &&
+        status.st_uid == ::geteuid() && fileSystem.lstat(path.c_str(), named) == 0 &&
         named.st_ino == status.st_ino) {
         return folder;
     }
-    ::close(folder);
+    fileSystem.close(folder);
     return -1;
 }
 
-void removeAbandoned(const fs::path& parent) {
-    std::error_code error;
-    for (fs::directory_iterator at(parent, error), end; !error && at != end; at.increment(error)) {
-        if (!isFolderName(at->path().filename().string())) continue;
-        const int folder = lockedFolder(at->path().string());
+void removeAbandoned(const fs::path& parent, FileSystem& fileSystem) {
+    std::vector<std::string> names;
+    if (fileSystem.list(parent.c_str(), names) < 0) return;
+    for (const std::string& name : names) {
+        if (!isFolderName(name)) continue;
+        const fs::path path = parent / name;
+        const int folder = lockedFolder(path.string(), fileSystem);
         if (folder < 0) continue;
         std::error_code ignored;
-        fs::remove_all(at->path(), ignored);
-        ::close(folder);
+        fs::remove_all(path, ignored);
+        fileSystem.close(folder);
     }
 }
 
 }  // namespace
 
-PrivateFolder::PrivateFolder() {
+PrivateFolder::PrivateFolder(FileSystem& fileSystem) : fileSystem_(fileSystem) {
     std::error_code error;
     const fs::path parent = fs::temp_directory_path(error);
     if (error) return;
-    removeAbandoned(parent);
+    removeAbandoned(parent, fileSystem_);
     const std::string pattern = (parent / kPrefix).string().append(kRandom);
     // Another program may take a folder that is not locked yet for an abandoned one.
-    for (int attempt = 0; attempt < kMaxAttempts && lock_ < 0; ++attempt) {
+    for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
         std::string name = pattern;
         if (::mkdtemp(name.data()) == nullptr) return;
-        lock_ = lockedFolder(name);
-        if (lock_ >= 0) path_ = std::move(name);
+        lock_ = lockedFolder(name, fileSystem_);
+        if (lock_ >= 0) {
+            path_ = std::move(name);
+            return;
+        }
+        ::rmdir(name.c_str());  // where nobody can lock it, nobody would ever remove it
     }
 }
 
 PrivateFolder::~PrivateFolder() {
     std::error_code ignored;
     if (!path_.empty()) fs::remove_all(path_, ignored);
-    if (lock_ >= 0) ::close(lock_);
+    if (lock_ >= 0) fileSystem_.close(lock_);
 }
 
 }  // namespace skarnel

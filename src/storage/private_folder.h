@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "storage/file_system.h"
+
 namespace skarnel {
 
 /// A new folder of mode 0700 in the system's temporary directory, that goes, with all that is in
@@ -11,13 +13,14 @@ namespace skarnel {
 class PrivateFolder {
   public:
     /// Empty path when it cannot be made.
-    PrivateFolder();
+    explicit PrivateFolder(FileSystem& fileSystem = systemFileSystem());
     ~PrivateFolder();
     PrivateFolder(const PrivateFolder&) = delete;
     PrivateFolder& operator=(const PrivateFolder&) = delete;
     const std::string& path() const { return path_; }
 
   private:
+    FileSystem& fileSystem_;
     std::string path_;
     int lock_ = -1;
 };

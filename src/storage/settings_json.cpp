@@ -34,10 +34,7 @@ double doubleOf(float value) {
     const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
     double shortest = 0;
     std::from_chars(text.data(), end, shortest);
-    const std::optional<float> back = settingOfNumber(shortest);
-    const bool same =
-        back && std::bit_cast<std::uint32_t>(*back) == std::bit_cast<std::uint32_t>(value);
-    return same ? shortest : static_cast<double>(value);
+    return settingOfNumber(shortest) == value ? shortest : static_cast<double>(value);
 }
 
 /// Collects the members of the outermost object as they are read. No tree is built: the library's

@@ -18,28 +18,34 @@ namespace {
 /// A hundred times what all settings take; anything larger is not a settings file.
 constexpr std::uint64_t kMaxFileBytes = std::uint64_t{1} << 20;
 
-std::string homeFolder() {
-    if (const char* home = std::getenv("HOME"); home != nullptr && home[0] == '/') return home;
-    const passwd* user = ::getpwuid(::geteuid());
-    return user != nullptr && user->pw_dir != nullptr && user->pw_dir[0] == '/' ? user->pw_dir : "";
-}
-
 std::span<const std::uint8_t> bytesOf(const std::string& text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
 }  // namespace
 
-std::string SettingsStore::defaultPath() {
-    std::string folder;
+std::string SettingsStore::pathWithin(const UserFolders& folders) {
     // A relative path there is invalid and to be ignored, says the base directory rule.
-    if (const char* config = std::getenv("XDG_CONFIG_HOME");
-        config != nullptr && config[0] == '/') {
-        folder = config;
-    } else if (const std::string home = homeFolder(); !home.empty()) {
-        folder = home + "/.config";
+    const auto isFolder = [](const char* path) { return path != nullptr && path[0] == '/'; };
+    std::string path;
+    if (isFolder(folders.config)) {
+        path = folders.config;
+    } else if (isFolder(folders.home)) {
+        path.append(folders.home).append("/.config");
+    } else if (isFolder(folders.accountHome)) {
+        path.append(folders.accountHome).append("/.config");
+    } else {
+        return path;
     }
-    return folder.empty() ? folder : folder + "/skarnel/settings.json";
+    return path.append("/skarnel/settings.json");
+}
+
+std::string SettingsStore::defaultPath() {
+    std::string path = pathWithin({std::getenv("XDG_CONFIG_HOME"), std::getenv("HOME"), nullptr});
+    if (!path.empty()) return path;
+    // Asked last: it may have to ask a server.
+    const passwd* account = ::getpwuid(::geteuid());
+    return pathWithin({nullptr, nullptr, account == nullptr ? nullptr : account->pw_dir});
 }
 
 SettingsStore::SettingsStore(std::string path, FileSystem& fileSystem)

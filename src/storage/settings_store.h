@@ -31,8 +31,18 @@ using SettingValues = std::map<std::string, SettingValue, std::less<>>;
 /// from two threads.
 class SettingsStore {
   public:
-    /// $XDG_CONFIG_HOME/skarnel/settings.json, with ~/.config where that is not set. Empty when
-    /// the user has no home: the store then lives in memory.
+    /// What the environment and the system's accounts tell; each may be null.
+    struct UserFolders {
+        const char* config;       // $XDG_CONFIG_HOME
+        const char* home;         // $HOME
+        const char* accountHome;  // of the account
+    };
+
+    /// CONFIG/skarnel/settings.json, with ~/.config where no CONFIG is set. Empty when the user has
+    /// no home: the store then lives in memory.
+    static std::string pathWithin(const UserFolders& folders);
+
+    /// That path for the user who runs the program.
     static std::string defaultPath();
 
     /// Reads the file; a missing one is an empty store. Never writes.

@@ -24,10 +24,12 @@ TEST(LeftOvers, NamesAreHiddenRandomAndRecognised) {
     EXPECT_EQ(first.substr(0, 14), "/a/b/.skarnel-");
     EXPECT_TRUE(isTemporaryFileName(first.substr(5)));
     EXPECT_EQ(temporaryFilePath("/").substr(0, 10), "/.skarnel-");
+    EXPECT_TRUE(isTemporaryFileName(temporaryFilePath("")));
 }
 
 TEST(LeftOvers, NamesOfOthersAreNotRecognised) {
     EXPECT_FALSE(isTemporaryFileName(".skarnel-0123456789abcdef.tmp"));
+    EXPECT_FALSE(isTemporaryFileName(".skarnel-0123456789abcdef.bart"));
     EXPECT_FALSE(isTemporaryFileName(".skarnel-0123456789ABCDEF.part"));
     EXPECT_FALSE(isTemporaryFileName("xskarnel-0123456789abcdef.part"));
     EXPECT_FALSE(isTemporaryFileName(".skarnel-0123456789abcde.part"));
@@ -73,6 +75,23 @@ TEST(LeftOvers, AFolderThatCannotBeListedIsLeftAlone) {
     putFile(temporaryFilePath(folder.path()), "half");
     test::RefusingFileSystem refusing({{"list", EACCES}});
     removeLeftOvers(folder.path(), refusing);
+    EXPECT_EQ(folder.names().size(), 1U);
+}
+
+TEST(LeftOvers, AFileOfAnotherUserOrOfOneThatIsNotKnownStays) {
+    const TemporaryFolder folder;
+    putFile(temporaryFilePath(folder.path()), "half");
+    test::RefusingFileSystem refusing({{"fstat", EIO}});
+    removeLeftOvers(folder.path(), refusing);
+    class OtherOwner final : public test::InterceptedFileSystem {
+        int before(const std::string&, const std::string&) override { return 0; }
+        int fstat(int descriptor, struct stat& status) override {
+            const int result = real_.fstat(descriptor, status);
+            ++status.st_uid;
+            return result;
+        }
+    } otherOwner;
+    removeLeftOvers(folder.path(), otherOwner);
     EXPECT_EQ(folder.names().size(), 1U);
 }
 

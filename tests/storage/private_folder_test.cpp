@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "storage/fake_file_systems.h"
 #include "storage/temporary_folder.h"
 
 namespace skarnel {
@@ -58,8 +59,11 @@ TEST_F(PrivateFolderTest, TakesAwayWhatAKilledProgramLeft) {
 
 TEST_F(PrivateFolderTest, LeavesTheLivingAndTheForeignAlone) {
     const PrivateFolder living;
-    for (const char* name : {"skarnel-text-", "skarnel-text-abcde", "skarnel-text-abcd.f",
-                             "skarnel-test-abcdef", "other-text--abcdef"}) {
+    // Neighbours of the digits and letters: / cannot stand in a name.
+    for (const char* name :
+         {"skarnel-text-", "skarnel-text-abcde", "skarnel-text-abcd.f", "skarnel-text-abcd:f",
+          "skarnel-text-abcd@f", "skarnel-text-abcd[f", "skarnel-text-abcd`f",
+          "skarnel-text-abcd{f", "skarnel-test-abcdef", "other-text--abcdef"}) {
         std::filesystem::create_directory(parent_ / name);
     }
     test::putFile(parent_ / "skarnel-text-aFileX", "");
@@ -68,7 +72,7 @@ TEST_F(PrivateFolderTest, LeavesTheLivingAndTheForeignAlone) {
     const PrivateFolder second;
     EXPECT_NE(living.path(), second.path());
     EXPECT_TRUE(std::filesystem::is_directory(living.path()));
-    EXPECT_EQ(parent_.names().size(), 9U);
+    EXPECT_EQ(parent_.names().size(), 14U);
 }
 
 TEST_F(PrivateFolderTest, WithoutATemporaryDirectoryThereIsNone) {
@@ -76,6 +80,70 @@ TEST_F(PrivateFolderTest, WithoutATemporaryDirectoryThereIsNone) {
     EXPECT_EQ(PrivateFolder().path(), "");
     ::setenv("TMPDIR", "/proc", 1);
     EXPECT_EQ(PrivateFolder().path(), "");
+}
+
+TEST_F(PrivateFolderTest, EveryKindOfCharacterOfAnAbandonedNameIsKnown) {
+    std::filesystem::create_directory(parent_ / "skarnel-text-09azAZ");
+    const PrivateFolder folder;
+    EXPECT_FALSE(std::filesystem::exists(parent_ / "skarnel-text-09azAZ"));
+}
+
+TEST_F(PrivateFolderTest, AParentThatCannotBeListedIsUsedAllTheSame) {
+    std::filesystem::create_directory(parent_ / "skarnel-text-abcdef");
+    test::RefusingFileSystem refusing({{"list", EACCES}});
+    const PrivateFolder folder(refusing);
+    EXPECT_NE(folder.path(), "");
+    EXPECT_EQ(parent_.names().size(), 2U);
+}
+
+TEST_F(PrivateFolderTest, AFolderThatCannotBeMadeSureOfIsNeitherUsedNorLeft) {
+    for (const char* call : {"open", "flock", "fstat", "lstat"}) {
+        test::RefusingFileSystem refusing({{call, EIO}});
+        const PrivateFolder folder(refusing);
+        EXPECT_EQ(folder.path(), "") << call;
+        EXPECT_EQ(refusing.count(call), 8) << call;
+        EXPECT_THAT(parent_.names(), IsEmpty()) << call;
+    }
+}
+
+/// Changes what the system tells about files.
+class LyingFileSystem final : public test::InterceptedFileSystem {
+  public:
+    int otherOwners = 0;  // how many of the next looks at a descriptor show another user's file
+    int otherFiles = 0;   // how many of the next looks at a name show another file
+
+  private:
+    int before(const std::string&, const std::string&) override { return 0; }
+    int fstat(int descriptor, struct stat& status) override {
+        const int result = real_.fstat(descriptor, status);
+        if (otherOwners-- > 0) ++status.st_uid;
+        return result;
+    }
+    int lstat(const char* path, struct stat& status) override {
+        const int result = real_.lstat(path, status);
+        if (otherFiles-- > 0) ++status.st_ino;
+        return result;
+    }
+};
+
+TEST_F(PrivateFolderTest, AnotherUsersFolderStaysThoughNobodyHoldsIt) {
+    std::filesystem::create_directory(parent_ / "skarnel-text-abcdef");
+    LyingFileSystem lying;
+    lying.otherOwners = 1;
+    const PrivateFolder folder(lying);
+    EXPECT_TRUE(std::filesystem::exists(parent_ / "skarnel-text-abcdef"));
+    EXPECT_EQ(parent_.names().size(), 2U);
+}
+
+TEST_F(PrivateFolderTest, AFolderThatAnotherProgramTookAwayIsTriedAnew) {
+    LyingFileSystem lying;
+    lying.otherFiles = 7;
+    const PrivateFolder folder(lying);
+    EXPECT_NE(folder.path(), "");
+    EXPECT_EQ(parent_.names().size(), 1U);
+    lying.otherFiles = 8;
+    EXPECT_EQ(PrivateFolder(lying).path(), "");
+    EXPECT_EQ(parent_.names().size(), 1U);
 }
 
 }  // namespace

@@ -22,7 +22,6 @@ using test::fileText;
 using test::putFile;
 using test::TemporaryFolder;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 mode_t modeOf(const std::string& path) {
@@ -144,6 +143,53 @@ TEST(WriteFileSafely, KeepsTheOwnerWhenRootSaves) {
     EXPECT_EQ(status.st_gid, test::kNobody);
 }
 
+/// Shows the replaced file as another user's or group's, and refuses to give ours to them.
+class OthersFile final : public test::InterceptedFileSystem {
+  public:
+    explicit OthersFile(uid_t users, gid_t groups) : users_(users), groups_(groups) {}
+    std::vector<std::pair<uid_t, gid_t>> attempts;
+
+  private:
+    int before(const std::string&, const std::string&) override { return 0; }
+    int stat(const char* path, struct stat& status) override {
+        const int result = real_.stat(path, status);
+        status.st_uid = ::geteuid() + users_;
+        status.st_gid = ::getegid() + groups_;
+        return result;
+    }
+    int fchown(int, uid_t user, gid_t group) override {
+        attempts.emplace_back(user, group);
+        return -EPERM;
+    }
+    uid_t users_;
+    gid_t groups_;
+};
+
+TEST(WriteFileSafely, WhereTheOwnerCannotBeKeptTheGroupIsTried) {
+    const TemporaryFolder folder;
+    const uid_t user = ::geteuid();
+    const gid_t group = ::getegid();
+    constexpr auto kSame = static_cast<uid_t>(-1);
+    const struct {
+        uid_t users;
+        gid_t groups;
+        std::vector<std::pair<uid_t, gid_t>> attempts;
+    } rows[] = {
+        {0, 0, {}},
+        {1, 0, {{user + 1, group}, {kSame, group}}},
+        {0, 1, {{user, group + 1}, {kSame, group + 1}}},
+    };
+    putFile(folder / "theirs", "old");
+    // The folder's group would be the file's where that bit is set.
+    for (const auto& row : rows) {
+        OthersFile fileSystem(row.users, row.groups);
+        ASSERT_TRUE(
+            writeFileSafely(folder / "theirs", bytesOf("new"), Overwrite::Allow, fileSystem));
+        EXPECT_EQ(fileSystem.attempts, row.attempts);
+        EXPECT_EQ(fileText(folder / "theirs"), "new");
+    }
+}
+
 TEST(WriteFileSafely, AReadOnlyFileIsNotReplaced) {
     const TemporaryFolder folder;
     test::giveToAnOrdinaryUser(folder.path().c_str());
@@ -249,6 +295,41 @@ TEST(WriteFileSafely, AStreamThatCannotBeMadeToWaitIsAFailure) {
     EXPECT_EQ(refused.error().message, "Input/output error");
 }
 
+/// Fails one call, and does not wait.
+class HastyFileSystem final : public test::InterceptedFileSystem {
+  public:
+    HastyFileSystem(std::string call, int error) : call_(std::move(call)), error_(error) {}
+    int pauses = 0;
+
+  private:
+    int before(const std::string& call, const std::string&) override {
+        return call == call_ ? -error_ : 0;
+    }
+    void pause(std::chrono::milliseconds) override { ++pauses; }
+    std::string call_;
+    int error_;
+};
+
+TEST(WriteFileSafely, ADeviceThatCannotBeOpenedOrClosedIsAFailureWithItsCause) {
+    const auto reason = [](const std::string& call, int error) {
+        HastyFileSystem failing(call, error);
+        const Result<void> written =
+            writeFileSafely("/dev/null", bytesOf("x"), Overwrite::Allow, failing);
+        return written ? "written" : written.error().message;
+    };
+    EXPECT_EQ(reason("open", EACCES), "Permission denied");
+    EXPECT_EQ(reason("open", ENXIO), "No such device or address");
+    EXPECT_EQ(reason("close", EIO), "Input/output error");
+    EXPECT_EQ(reason("close", EINTR), "written") << "a signal takes nothing back";
+    EXPECT_EQ(reason("write", EIO), "Input/output error");
+}
+
+TEST(WriteFileSafely, ADeviceThatIsNotReadyIsAskedForASecond) {
+    HastyFileSystem failing("open", ENXIO);
+    EXPECT_FALSE(writeFileSafely("/dev/null", bytesOf("x"), Overwrite::Allow, failing));
+    EXPECT_EQ(failing.pauses, 50);  // of 20 ms
+}
+
 TEST(WriteFileSafely, AFileSizeLimitIsAFailureAndTheOldFileStays) {
     const TemporaryFolder folder;
     putFile(folder / "picture", "old");
@@ -265,129 +346,6 @@ TEST(WriteFileSafely, AFileSizeLimitIsAFailureAndTheOldFileStays) {
     EXPECT_EQ(refused.error().message, "File too large");
     EXPECT_EQ(fileText(folder / "picture"), "old");
     EXPECT_THAT(folder.names(), ElementsAre("picture"));
-}
-
-TEST(WriteFileSafely, GoesOnAfterShortWrites) {
-    const TemporaryFolder folder;
-    test::ShortWritingFileSystem fileSystem(3);
-    ASSERT_TRUE(
-        writeFileSafely(folder / "new", bytesOf("0123456789"), Overwrite::Refuse, fileSystem));
-    EXPECT_EQ(fileText(folder / "new"), "0123456789");
-    EXPECT_EQ(fileSystem.writes(), 4);  // 3 + 3 + 3 + 1
-}
-
-TEST(WriteFileSafely, GivesUpWhenWritesMakeNoProgress) {
-    const TemporaryFolder folder;
-    test::ShortWritingFileSystem fileSystem(0);
-    const Result<void> stuck =
-        writeFileSafely(folder / "new", bytesOf("x"), Overwrite::Refuse, fileSystem);
-    ASSERT_FALSE(stuck);
-    EXPECT_EQ(stuck.error().message, "Nothing more could be written");
-    EXPECT_THAT(folder.names(), IsEmpty());
-}
-
-TEST(WriteFileSafely, WithoutAnExclusiveRenameASecondLinkDoesTheSame) {
-    const TemporaryFolder folder;
-    test::RefusingFileSystem fileSystem({{"renameNoReplace", EINVAL}});
-    ASSERT_TRUE(writeFileSafely(folder / "new", bytesOf("x"), Overwrite::Refuse, fileSystem));
-    EXPECT_EQ(fileText(folder / "new"), "x");
-    EXPECT_THAT(folder.names(), ElementsAre("new"));
-    EXPECT_EQ(fileSystem.count("link"), 1);
-}
-
-TEST(WriteFileSafely, WithoutLinksEitherItLooksFirst) {
-    const TemporaryFolder folder;
-    test::RefusingFileSystem fileSystem({{"renameNoReplace", ENOSYS}, {"link", EPERM}});
-    ASSERT_TRUE(writeFileSafely(folder / "new", bytesOf("x"), Overwrite::Refuse, fileSystem));
-    EXPECT_EQ(fileText(folder / "new"), "x");
-    EXPECT_EQ(codeOf(writeFileSafely(folder / "new", bytesOf("y"), Overwrite::Refuse, fileSystem)),
-              ErrorCode::AlreadyExists);
-    EXPECT_THAT(folder.names(), ElementsAre("new"));
-}
-
-TEST(WriteFileSafely, FileSystemsWithoutLocksModesOrFolderFlushesAreServed) {
-    const TemporaryFolder folder;
-    test::RefusingFileSystem noLocks({{"flock", ENOLCK}});
-    EXPECT_TRUE(writeFileSafely(folder / "a", bytesOf("a"), Overwrite::Refuse, noLocks));
-    test::RefusingFileSystem noModes({{"fchmod", EPERM}});
-    EXPECT_TRUE(writeFileSafely(folder / "b", bytesOf("b"), Overwrite::Refuse, noModes));
-    class NoFolderFlush final : public test::InterceptedFileSystem {
-        int before(const std::string& call, const std::string&) override {
-            return call == "fsync" && ++flushes_ == 2 ? -EINVAL : 0;
-        }
-        int flushes_ = 0;
-    } noFlush;
-    EXPECT_TRUE(writeFileSafely(folder / "c", bytesOf("c"), Overwrite::Refuse, noFlush));
-    EXPECT_THAT(folder.names(), ElementsAre("a", "b", "c"));
-}
-
-TEST(WriteFileSafely, ACleanerThatIsQuickerThanOurLockCostsOnlyAnotherName) {
-    // The cleaner takes the fresh file away just before we lock it.
-    class QuickCleaner final : public test::InterceptedFileSystem {
-      public:
-        int opens = 0;
-
-      private:
-        int before(const std::string& call, const std::string& path) override {
-            if (call == "open") {
-                opens += path.ends_with(".part") ? 1 : 0;
-                last_ = path;
-            }
-            if (call == "flock" && opens == 1) real_.unlink(last_.c_str());
-            return 0;
-        }
-        std::string last_;
-    } fileSystem;
-    const TemporaryFolder folder;
-    ASSERT_TRUE(writeFileSafely(folder / "new", bytesOf("x"), Overwrite::Refuse, fileSystem));
-    EXPECT_EQ(fileSystem.opens, 2);
-    EXPECT_THAT(folder.names(), ElementsAre("new"));
-}
-
-TEST(WriteFileSafely, TakenTemporaryNamesAreTriedEightTimes) {
-    class AlwaysTaken final : public test::InterceptedFileSystem {
-        int before(const std::string& call, const std::string& path) override {
-            return call == "open" && path.ends_with(".part") ? -EEXIST : 0;
-        }
-    } fileSystem;
-    const TemporaryFolder folder;
-    const Result<void> refused =
-        writeFileSafely(folder / "new", bytesOf("x"), Overwrite::Refuse, fileSystem);
-    ASSERT_FALSE(refused);
-    EXPECT_EQ(refused.error().message, "No free name for a temporary file");
-}
-
-TEST(WriteFileSafely, AFileThatIsShorterThanWhatWasWrittenIsAFailure) {
-    class Shrinking final : public test::InterceptedFileSystem {
-        int before(const std::string&, const std::string&) override { return 0; }
-        int fstat(int descriptor, struct stat& status) override {
-            const int result = real_.fstat(descriptor, status);
-            if (status.st_size > 0) --status.st_size;
-            return result;
-        }
-    } fileSystem;
-    const TemporaryFolder folder;
-    const Result<void> refused =
-        writeFileSafely(folder / "new", bytesOf("x"), Overwrite::Refuse, fileSystem);
-    ASSERT_FALSE(refused);
-    EXPECT_EQ(refused.error().message, "The file does not have the size that was written");
-    EXPECT_THAT(folder.names(), IsEmpty());
-}
-
-TEST(WriteFileSafely, AFlushOfTheFolderThatFailsIsSaid) {
-    class FailingFolder final : public test::InterceptedFileSystem {
-        int before(const std::string& call, const std::string&) override {
-            return call == "fsync" && ++flushes_ == 2 ? -EIO : 0;
-        }
-        int flushes_ = 0;
-    } fileSystem;
-    const TemporaryFolder folder;
-    const Result<void> result =
-        writeFileSafely(folder / "new", bytesOf("x"), Overwrite::Refuse, fileSystem);
-    ASSERT_FALSE(result);
-    EXPECT_THAT(result.error().message, HasSubstr("folder could not be flushed"));
-    EXPECT_THAT(result.error().message, HasSubstr("Input/output error"));
-    EXPECT_EQ(fileText(folder / "new"), "x");
 }
 
 TEST(FolderOfPath, IsWhatStandsBeforeTheLastSlash) {

@@ -32,7 +32,7 @@ TEST(SettingsJson, ReadsBackEveryKindOfFloatBitForBit) {
         0x00800000, 0x7f7fffff, 0xff7fffff,                          // the normals' ends
         0x7f800000, 0xff800000,                                      // both infinities
         0x7fc00000, 0xffc00000, 0x7f800001, 0x7fffffff, 0xffffffff,  // not numbers
-        0x3dcccccd, 0x3f800001, 0x4b7fffff};
+        0x3dcccccd, 0x3f800001, 0x4b7fffff, 0x15ae43fd};
     for (int i = 0; i < 20'000; ++i) patterns.push_back(random());
     SettingValues values;
     for (const std::uint32_t bits : patterns) {
@@ -43,6 +43,12 @@ TEST(SettingsJson, ReadsBackEveryKindOfFloatBitForBit) {
     for (const std::uint32_t bits : patterns) {
         EXPECT_EQ(std::bit_cast<std::uint32_t>(numberOf(parsed, std::to_string(bits))), bits);
     }
+}
+
+TEST(SettingsJson, WritesMoreDigitsWhereTheShortestWouldReadBackAsAnotherFloat) {
+    // 7.038531e-26 is nearest to this float, but by way of the nearest double to the next one.
+    EXPECT_EQ(serializeSettings({{"a", std::bit_cast<float>(0x15ae43fdU)}}),
+              "{\n    \"a\": 7.038530691851209e-26\n}\n");
 }
 
 TEST(SettingsJson, WritesWhatIsNotFiniteAsText) {
@@ -82,7 +88,8 @@ TEST(SettingsJson, WhatIsNoObjectHoldsNothing) {
 TEST(SettingsJson, KeysOfWrongTypesAreLeftOutAndTheOthersStay) {
     const ParsedSettings parsed = parse(
         R"({"a": "text", "b": null, "c": [1], "d": {"e": 1}, "f": 1e39, "g": 2.5, "h": false,)"
-        R"( "i": "nan:", "j": "nan:3f800000", "k": "nan:xyz", "l": "nan:7fc000000"})");
+        R"( "i": "nan:", "j": "nan:3f800000", "k": "nan:xyz", "l": "nan:7fc000000",)"
+        R"( "m": "nan:7fc00001x"})");
     EXPECT_FALSE(parsed.whole);
     ASSERT_EQ(parsed.values.size(), 2U);
     EXPECT_EQ(numberOf(parsed, "g"), 2.5F);
