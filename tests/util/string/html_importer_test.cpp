@@ -54,6 +54,10 @@ TEST(HTMLImporter, SeparatesTheCellsOfARowByTabs) {
     EXPECT_EQ(textOf("<table><tr><td>a</td><td>b</td></tr><tr><th>c<td>d</table>"), "a\tb\nc\td\n");
 }
 
+TEST(HTMLImporter, KeepsTheTextOfDrawingsAndFormulas) {
+    EXPECT_EQ(textOf("<svg><text>a<![CDATA[ < b]]></text></svg>"), "a < b");
+}
+
 TEST(HTMLImporter, LeavesOutHeadScriptsAndStyles) {
     EXPECT_EQ(textOf("<html><head><title>t</title><style>p{}</style></head><body>x"
                      "<script>var a = '<p>';</script><template>y</template>z</body></html>"),

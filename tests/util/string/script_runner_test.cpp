@@ -127,7 +127,7 @@ TEST(JavaScript, AResultThatIsSmallInTheEngineOnlyStopsAtTheMemoryLimit) {
         run(u"var s = 'x', a = []; while (s.length < 1000000) s += s; "
             u"while (a.length < 2000) a.push(s); a",
             tight));
-    EXPECT_LT(std::chrono::steady_clock::now() - before, 5s);
+    EXPECT_LT(std::chrono::steady_clock::now() - before, 30s);
     EXPECT_EQ(run(u"new Array(1000)", tight)->numberOfItems(), 1000U);
 }
 
