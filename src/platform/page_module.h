@@ -42,6 +42,9 @@ class PageModule {
     virtual NSRunLoop& runLoop() = 0;
 };
 
+/// File name of the program in which the module has pages drawn.
+inline constexpr const char* kPageRendererName = "skarnel-page-renderer";
+
 /// Raised with every change of what passes between program and module.
 inline constexpr int kPageModuleVersion = 1;
 

@@ -152,8 +152,6 @@ int main(int argc, char** argv) {
     qInstallMessageHandler(nullptr);
     onMessage(QtDebugMsg, {}, {});
     skarnel::ProcessWalls walls;
-    // The page renderer, which is loaded at first use, asks for it before this point or never.
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication toolkit(argc, argv);
     walls.routePages();
     QApplication::setApplicationName(QStringLiteral("skarnel"));

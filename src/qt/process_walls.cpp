@@ -8,8 +8,10 @@
 #include <vector>
 
 #include "imaging/io/decoder_wall.h"
+#include "platform/page_module.h"
 #include "util/log/system_log.h"
 #include "util/resources/resource_path.h"
+#include "util/walls/helper_program.h"
 #include "util/walls/page_opener.h"
 #include "util/walls/window_walls.h"
 
@@ -33,13 +35,13 @@ std::vector<std::string> knownPages() {
     return pages;
 }
 
-/// Where the page renderer's engine looks for its program: at the place that the variable names and
-/// nowhere else, or with the toolkit's programs and then beside this one.
-std::vector<std::string> pageRendererPrograms() {
+/// Where the page renderer's engine looks for its own program: at the place that the variable names
+/// and nowhere else, or with the toolkit's programs and then beside the renderer.
+std::vector<std::string> engineProgramsOf(const std::string& renderer) {
     if (const QString chosen = qEnvironmentVariable("QTWEBENGINEPROCESS_PATH"); !chosen.isEmpty())
         return {QFile::encodeName(chosen).toStdString()};
     const QString name = QStringLiteral("/QtWebEngineProcess");
-    const QString beside = QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath();
+    const QString beside = QFileInfo(QFile::decodeName(renderer.c_str())).canonicalPath();
     std::vector<std::string> programs{
         QFile::encodeName(QLibraryInfo::path(QLibraryInfo::LibraryExecutablesPath) + name)
             .toStdString()};
@@ -47,9 +49,13 @@ std::vector<std::string> pageRendererPrograms() {
     return programs;
 }
 
-/// The programs that the window starts, all of them its helpers.
+/// The programs that the window and its helpers start, all of them helpers.
 std::vector<std::string> helperPrograms() {
-    std::vector<std::string> programs = pageRendererPrograms();
+    std::vector<std::string> programs;
+    if (const auto renderer = findHelperProgram(kPageRendererName)) {
+        programs = engineProgramsOf(*renderer);
+        programs.push_back(*renderer);
+    }
     if (const auto& decoder = io::decoderProgram()) programs.push_back(*decoder);
     return programs;
 }

@@ -3,6 +3,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <random>
@@ -10,6 +11,7 @@
 
 #include "cli/pictures.h"
 #include "cli/process.h"
+#include "qt/page/renderers.h"
 #include "storage/temporary_folder.h"
 
 namespace skarnel {
@@ -92,14 +94,34 @@ TEST_F(TextCommand, AnInterruptionAtAnyMomentLeavesNoneOfTheText) {
 }
 
 TEST_F(TextCommand, ARendererWithoutMemoryEndsWithACause) {
-    // Enough for the program itself; a renderer reserves more than this at its start.
-    const Finished finished = render({"--text", "Summer", "-o", out_}, {}, [] {
-        const rlimit limit = {rlim_t{3} << 30, rlim_t{3} << 30};
-        ::setrlimit(RLIMIT_AS, &limit);
-    });
-    EXPECT_EQ(finished.exitCode, 1);
-    EXPECT_THAT(finished.err, HasSubstr("skarnel-render: Text: The page renderer ended"));
-    EXPECT_FALSE(std::filesystem::exists(out_));
+    // Enough for the program itself; the engine or its renderer reserves more than this.
+    for (const rlim_t gigabytes : {1, 2, 3}) {
+        const Finished finished = render({"--text", "Summer", "-o", out_}, {}, [=] {
+            const rlimit limit = {gigabytes << 30, gigabytes << 30};
+            ::setrlimit(RLIMIT_AS, &limit);
+        });
+        EXPECT_EQ(finished.exitCode, 1) << gigabytes;
+        EXPECT_THAT(finished.err, HasSubstr("skarnel-render: Text: The page renderer ended"))
+            << gigabytes;
+        EXPECT_FALSE(std::filesystem::exists(out_));
+    }
+}
+
+TEST_F(TextCommand, AKilledProgramTakesItsPageRendererWithIt) {
+    using test_page::ourPageProcesses;
+    test::Process process({"--text", std::string(4000, 'x'), "--force", "-o", out_});
+    std::vector<int> renderers;
+    const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    const auto waits = [&] { return std::chrono::steady_clock::now() < until; };
+    while (renderers.empty() && waits()) renderers = ourPageProcesses(process.id());
+    ASSERT_EQ(renderers.size(), 1U);
+    process.signal(SIGKILL);
+    (void)process.finish();
+    const auto isThere = [&] {
+        return test_page::isProgram(renderers[0], "skarnel-page-renderer");
+    };
+    while (isThere() && waits()) std::this_thread::yield();
+    EXPECT_FALSE(isThere());
 }
 
 TEST_F(TextCommand, ReflectsTheTextWithoutADisplay) {

@@ -15,9 +15,11 @@
 #include <memory>
 
 #include "imaging/io/image_io.h"
+#include "platform/page_module.h"
 #include "qt/single_instance.h"
 #include "qt/test_environment.h"
 #include "util/resources/resource_path.h"
+#include "util/walls/helper_program.h"
 #include "util/walls/landlock.h"
 
 namespace skarnel {
@@ -57,6 +59,9 @@ TEST(ProcessWalls, TheWindowStartsNothingButItsHelpersAndItsPagesStillOpen) {
     EXPECT_EQ(errorOfStarting("/usr/bin/true"), EACCES);
     EXPECT_EQ(errorOfStarting("/bin/sh"), EACCES);
     EXPECT_EQ(errorOfStarting((folder / "renderer").c_str()), 0);
+    const auto pageRenderer = findHelperProgram(kPageRendererName);
+    ASSERT_TRUE(pageRenderer);
+    EXPECT_EQ(errorOfStarting(pageRenderer->c_str()), 2);  // it runs, and wants a line
 
     const auto photo = findResource("sample-photo.jpg");
     ASSERT_TRUE(photo);

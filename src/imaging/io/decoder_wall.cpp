@@ -15,6 +15,7 @@
 #include "imaging/io/helper_process.h"
 #include "imaging/io/read_file.h"
 #include "util/log/system_log.h"
+#include "util/walls/helper_program.h"
 #include "util/walls/landlock.h"
 #include "util/walls/seccomp_support.h"
 
@@ -74,18 +75,9 @@ class PipeSource : public AnswerSource {
 std::optional<std::string> findDecoderProgram() {
 #ifdef SKARNEL_WITHOUT_CELL
     return std::nullopt;
+#else
+    return findHelperProgram("skarnel-decode");
 #endif
-    std::array<char, 4096> self{};
-    const ssize_t length = ::readlink("/proc/self/exe", self.data(), self.size() - 1);
-    if (length <= 0) return std::nullopt;
-    const std::string path(self.data(), static_cast<std::size_t>(length));
-    const std::string folder = path.substr(0, path.find_last_of('/'));
-    for (const std::string& candidate :
-         {folder + "/skarnel-decode", folder + "/../libexec/skarnel/skarnel-decode",
-          folder + "/../lib/skarnel/skarnel-decode"}) {
-        if (::access(candidate.c_str(), X_OK) == 0) return candidate;
-    }
-    return std::nullopt;
 }
 
 /// Said once: a wall that is missing stays missing.

@@ -37,8 +37,7 @@ class PageEngine final : public QObject {
   public:
     using Log = std::function<void(std::string_view)>;
 
-    /// `profile` is borrowed. Sizes are device pixels, one for each unit of the page, whatever the
-    /// screen's scale.
+    /// `profile` is borrowed. Sizes are pixels, one for each unit of the page.
     PageEngine(QWebEngineProfile& profile, Log log);
     ~PageEngine() override;
 
@@ -50,48 +49,35 @@ class PageEngine final : public QObject {
     QSizeF documentSize() const { return documentSize_; }
 
     /// What the page shows in a view of that size, or a null image when it did not show its final
-    /// state in a bounded time, its renderer died, or the program is quitting. Lets no user input
-    /// in while it waits.
+    /// state in a bounded time. Runs the event loop while it waits.
     QImage capture(QSize size);
-
-    /// Whether another page can be loaded as into a new engine.
-    bool isReusable() const { return !isLoading_ && !isDead_ && !isQuitting_; }
 
   signals:
     void requested(const QUrl& url, bool allowed);
     void started();
     void titleReceived(const QString& title);
-    /// Once for each load, also when it failed, its renderer died a second time, or the program
-    /// quits. The document's size has been measured where there is a document.
+    /// Once for each load, also when it failed. The document's size has been measured where there
+    /// is a document.
     void finished(bool ok);
-
-  protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
+    /// The process that draws is gone, and this engine is of no more use.
+    void died();
 
   private:
     void makeView();
     void applySettings();
-    void resizeView(QSize devicePixels);
-    double scale() const;
     void loadEnded(bool ok);
-    void rendererEnded();
     void finish(bool ok);
     void showSentinel(const QColor& color);
-    bool waitFor(const std::function<bool()>& isDone, int limitMilliseconds);
-    bool drawUntilSentinel(QImage& image, QSize wanted, const QColor& sentinel);
+    bool drawUntilSentinel(QImage& image, const QColor& sentinel, int limitMilliseconds);
 
     QWebEngineProfile& profile_;
     Log log_;
     OwnPageOnly* interceptor_;
     std::unique_ptr<QWebEngineView> view_;
     QWebEnginePage* page_ = nullptr;  // the view's child
-    QUrl url_;
     QSizeF documentSize_;
     int loadRound_ = 0;  // tells answers to an earlier load from those to this one
     bool isLoading_ = false;
-    bool hasRetried_ = false;
-    bool isDead_ = false;
-    bool isQuitting_ = false;
 };
 
 }  // namespace skarnel

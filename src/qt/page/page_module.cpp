@@ -1,15 +1,19 @@
-// The module: the application object where there is none, the profile, and the entry point.
+// The module: the application object where there is none, the pages' processes, and the entry
+// point.
 #include "platform/page_module.h"
 
 #include <QApplication>
 #include <QTimer>
-#include <QWebEngineProfile>
 #include <cmath>
+#include <cstdio>
+#include <optional>
+#include <string>
 
 #include "qt/page/html_reader.h"
 #include "qt/page/page_view.h"
-#include "qt/page/renderer_environment.h"
+#include "qt/page/remote_page.h"
 #include "qt/page/text_layout.h"
+#include "util/walls/helper_program.h"
 
 namespace skarnel {
 namespace {
@@ -45,23 +49,51 @@ class ModuleRunLoop final : public NSRunLoop {
     std::vector<std::unique_ptr<ModuleTimer>> timers_;
 };
 
+// The toolkit's remarks on this machine are of no use to who runs a command line.
+void onlyErrors(QtMsgType type, const QMessageLogContext&, const QString& message) {
+    if (type == QtFatalMsg || type == QtCriticalMsg)
+        std::fprintf(stderr, "%s\n", qPrintable(message));
+}
+
+/// An application object that needs no display, for a program that has none; null when there is
+/// one already.
+std::unique_ptr<QApplication> makeApplicationIfMissing() {
+    if (QCoreApplication::instance() != nullptr) return nullptr;
+    qInstallMessageHandler(onlyErrors);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Borrowed by the application object for its life.
+    static int argumentCount = 1;
+    static char name[] = "skarnel";
+    static char* arguments[] = {name, nullptr};
+    auto application = std::make_unique<QApplication>(argumentCount, arguments);
+    application->setQuitOnLastWindowClosed(false);
+    return application;
+}
+
 class QtPageModule final : public PageModule {
   public:
-    explicit QtPageModule(const PageModuleContext& context) : context_(context) {
-        application_ = makeApplicationIfMissing();
-        prepareRenderer(context_.log);
+    explicit QtPageModule(const PageModuleContext& context)
+        : context_(context),
+          program_(findHelperProgram(kPageRendererName)),
+          application_(makeApplicationIfMissing()) {
         useLiberationFonts();
-        // The engine must be gone before the application object, whenever the module goes.
-        QObject::connect(qApp, &QCoreApplication::aboutToQuit, &quitting_, [this] { shutDown(); });
+        // Processes of ours end before the application object, whenever the module goes.
+        QObject::connect(qApp, &QCoreApplication::aboutToQuit, &quitting_,
+                         [this] { idlePage_.reset(); });
     }
 
     std::unique_ptr<WebView> webView(const CGRect& frame) override {
-        const auto giveBack = [this](std::unique_ptr<PageEngine> engine) {
-            if (engine->isReusable()) idleEngine_ = std::move(engine);
+        if (!program_) {
+            context_.log("The page renderer is not installed");
+            return nullptr;
+        }
+        const auto giveBack = [this](std::unique_ptr<RemotePage> page) {
+            if (page->isReusable()) idlePage_ = std::move(page);
         };
-        std::unique_ptr<PageEngine> engine = std::move(idleEngine_);
-        if (engine == nullptr) engine = std::make_unique<PageEngine>(profile(), context_.log);
-        return std::make_unique<PageView>(std::move(engine), giveBack, context_, frame);
+        std::unique_ptr<RemotePage> page = std::move(idlePage_);
+        if (page == nullptr || !page->isReusable())
+            page = std::make_unique<RemotePage>(*program_, context_.log);
+        return std::make_unique<PageView>(std::move(page), giveBack, context_, frame);
     }
     CGSize naturalTextSize(const StyledText& text) override {
         return skarnel::naturalTextSize(text);
@@ -75,30 +107,12 @@ class QtPageModule final : public PageModule {
     NSRunLoop& runLoop() override { return runLoop_; }
 
   private:
-    // Nothing is lent any more by then: commands that wait have ended with the loop.
-    void shutDown() {
-        idleEngine_.reset();
-        profile_.reset();
-    }
-
-    // Off the record and without a cache: nothing of a page outlives it.
-    QWebEngineProfile& profile() {
-        if (profile_ == nullptr) {
-            profile_ = std::make_unique<QWebEngineProfile>();
-            profile_->setHttpCacheType(QWebEngineProfile::NoCache);
-            profile_->setPersistentCookiesPolicy(QWebEngineProfile::NoPersistentCookies);
-            profile_->setSpellCheckEnabled(false);
-        }
-        return *profile_;
-    }
-
-    // In this order, so that the engine goes before the profile and that before the application.
     PageModuleContext context_;
-    std::unique_ptr<QApplication> application_;
+    std::optional<std::string> program_;
+    std::unique_ptr<QApplication> application_;  // goes after the pages
     ModuleRunLoop runLoop_;
-    std::unique_ptr<QWebEngineProfile> profile_;
-    std::unique_ptr<PageEngine> idleEngine_;  // of the last view: its renderer is warm
-    QObject quitting_;                        // ends the connection with the module
+    std::unique_ptr<RemotePage> idlePage_;  // of the last view: its renderer is warm
+    QObject quitting_;                      // ends the connection with the module
 };
 
 }  // namespace

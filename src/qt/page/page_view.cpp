@@ -5,14 +5,11 @@
 #include <cstring>
 #include <string>
 
+#include "qt/page/page_messages.h"
 #include "util/geometry/integers.h"
 
 namespace skarnel {
 namespace {
-
-NSURLRequest requestFor(const QUrl& url) {
-    return {url.toString(QUrl::FullyEncoded).toStdString()};
-}
 
 QSize wholeSize(CGSize size) {
     return {std::max(0, toInt32(size.width)), std::max(0, toInt32(size.height))};
@@ -36,27 +33,28 @@ void settleOnGround(MutablePixelView page) {
 
 }  // namespace
 
-PageView::PageView(std::unique_ptr<PageEngine> engine, GiveBack giveBack,
+PageView::PageView(std::unique_ptr<RemotePage> page, GiveBack giveBack,
                    const PageModuleContext& context, const CGRect& frame)
-    : engine_(std::move(engine)), giveBack_(std::move(giveBack)), context_(context), frame_(frame) {
-    QObject::connect(engine_.get(), &PageEngine::requested, engine_.get(),
-                     [this](const QUrl& url, bool allowed) { resourceRequested(url, allowed); });
-    QObject::connect(engine_.get(), &PageEngine::started, engine_.get(), [this] {
+    : page_(std::move(page)), giveBack_(std::move(giveBack)), context_(context), frame_(frame) {
+    QObject::connect(
+        page_.get(), &RemotePage::requested, page_.get(),
+        [this](const QString& address, bool allowed) { resourceRequested(address, allowed); });
+    QObject::connect(page_.get(), &RemotePage::started, page_.get(), [this] {
         if (frameLoadDelegate_ != nullptr)
             frameLoadDelegate_->webViewDidStartProvisionalLoad(*this);
     });
-    QObject::connect(engine_.get(), &PageEngine::titleReceived, engine_.get(),
+    QObject::connect(page_.get(), &RemotePage::titleReceived, page_.get(),
                      [this](const QString& title) {
                          if (frameLoadDelegate_ != nullptr)
                              frameLoadDelegate_->webViewDidReceiveTitle(*this, title.toStdString());
                      });
-    QObject::connect(engine_.get(), &PageEngine::finished, engine_.get(),
+    QObject::connect(page_.get(), &RemotePage::finished, page_.get(),
                      [this](bool ok) { loadFinished(ok); });
 }
 
 PageView::~PageView() {
-    engine_->disconnect(engine_.get());
-    giveBack_(std::move(engine_));
+    page_->disconnect(page_.get());
+    giveBack_(std::move(page_));
 }
 
 void PageView::setFrameLoadDelegate(WebFrameLoadDelegate* delegate) {
@@ -71,24 +69,23 @@ void PageView::setResourceLoadDelegate(WebResourceLoadDelegate* delegate) {
 }
 
 void PageView::loadRequest(const NSURLRequest& request) {
-    engine_->load(QUrl::fromEncoded(QByteArray::fromStdString(request.url), QUrl::StrictMode),
-                  wholeSize(frame_.size()));
+    page_->load(QString::fromStdString(request.url), wholeSize(frame_.size()));
 }
 
 CGRect PageView::frameViewDocumentViewFrame() {
     if (!hasLoaded_) return rectFromSize(frame_.size());
-    const QSizeF size = engine_->documentSize();
+    const QSizeF size = page_->documentSize();
     return {0, 0, size.width(), size.height()};
 }
 
-void PageView::resourceRequested(const QUrl& url, bool allowed) {
+void PageView::resourceRequested(const QString& address, bool allowed) {
     if (resourceLoadDelegate_ == nullptr) return;
-    const NSURLRequest request = requestFor(url);
+    const NSURLRequest request{address.toStdString()};
     const std::int32_t identifier =
         resourceLoadDelegate_->webViewIdentifierForInitialRequest(*this, request);
     resourceLoadDelegate_->webViewResourceWillSendRequest(*this, identifier, request);
     if (allowed) {
-        loading_.push_back({identifier, url});
+        loading_.push_back(identifier);
     } else {
         context_.log("Blocked: " + request.url);
         resourceLoadDelegate_->webViewResourceDidFailLoading(
@@ -98,13 +95,13 @@ void PageView::resourceRequested(const QUrl& url, bool allowed) {
 
 void PageView::loadFinished(bool ok) {
     hasLoaded_ = true;
-    for (const Resource& resource : std::exchange(loading_, {})) {
+    for (const std::int32_t resource : std::exchange(loading_, {})) {
         if (resourceLoadDelegate_ == nullptr) break;
         if (ok)
-            resourceLoadDelegate_->webViewResourceDidFinishLoading(*this, resource.identifier);
+            resourceLoadDelegate_->webViewResourceDidFinishLoading(*this, resource);
         else
             resourceLoadDelegate_->webViewResourceDidFailLoading(
-                *this, resource.identifier, Error{ErrorCode::CannotRead, "The page did not load"});
+                *this, resource, Error{ErrorCode::CannotRead, "The page did not load"});
     }
     if (ok && frameLoadDelegate_ != nullptr) frameLoadDelegate_->webViewDidFinishLoad(*this);
     context_.notificationCenter->postNotification({WebViewProgressFinishedNotification, this});
@@ -132,7 +129,7 @@ std::optional<PixelBuffer> PageView::bitmapImageRepForCachingDisplayInRect(const
 
 PaintOutcome PageView::cacheDisplayInRect(const CGRect& rect, PixelBuffer& bitmap) {
     // The engine draws the whole view; every rectangle that is asked for is the visible one.
-    const QImage image = engine_->capture(wholeSize(rect.size()));
+    const QImage image = page_->capture(wholeSize(rect.size()));
     const MutablePixelView target = bitmap.view();
     if (image.width() != target.width || image.height() != target.height)
         return PaintOutcome::NotPainted;

@@ -2,24 +2,21 @@
 #pragma once
 
 #include <QObject>
-#include <QUrl>
+#include <QString>
 #include <functional>
 #include <memory>
 #include <vector>
 
 #include "platform/page_module.h"
-#include "qt/page/page_engine.h"
+#include "qt/page/remote_page.h"
 
 namespace skarnel {
 
-/// Wider or higher than this a page is not captured; pixels.
-inline constexpr int kLargestCaptureSide = 16'384;
-
 class PageView final : public WebView, private WebFrame {
   public:
-    /// Takes an engine on loan: `giveBack` receives it when the view goes.
-    using GiveBack = std::function<void(std::unique_ptr<PageEngine>)>;
-    PageView(std::unique_ptr<PageEngine> engine, GiveBack giveBack,
+    /// Takes a page on loan: `giveBack` receives it when the view goes.
+    using GiveBack = std::function<void(std::unique_ptr<RemotePage>)>;
+    PageView(std::unique_ptr<RemotePage> page, GiveBack giveBack,
              const PageModuleContext& context, const CGRect& frame);
     ~PageView() override;
 
@@ -33,23 +30,18 @@ class PageView final : public WebView, private WebFrame {
     PaintOutcome cacheDisplayInRect(const CGRect& rect, PixelBuffer& bitmap) override;
 
   private:
-    struct Resource {
-        std::int32_t identifier;
-        QUrl url;
-    };
-
     void loadRequest(const NSURLRequest& request) override;
     CGRect frameViewDocumentViewFrame() override;
-    void resourceRequested(const QUrl& url, bool allowed);
+    void resourceRequested(const QString& address, bool allowed);
     void loadFinished(bool ok);
 
-    std::unique_ptr<PageEngine> engine_;
+    std::unique_ptr<RemotePage> page_;
     GiveBack giveBack_;
     PageModuleContext context_;
     CGRect frame_;
     WebFrameLoadDelegate* frameLoadDelegate_ = nullptr;
     WebResourceLoadDelegate* resourceLoadDelegate_ = nullptr;
-    std::vector<Resource> loading_;
+    std::vector<std::int32_t> loading_;  // the resources that are on their way
     bool hasLoaded_ = false;
 };
 

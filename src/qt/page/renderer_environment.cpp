@@ -4,11 +4,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <QApplication>
 #include <QLoggingCategory>
 #include <QQuickWindow>
 #include <cerrno>
-#include <cstdio>
 
 namespace skarnel {
 namespace {
@@ -29,20 +27,25 @@ bool canMakeUserNamespaces() {
     return child > 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-// The toolkit's remarks on this machine's graphics are of no use to who runs a command line.
-void onlyErrors(QtMsgType type, const QMessageLogContext&, const QString& message) {
-    if (type == QtFatalMsg || type == QtCriticalMsg)
-        std::fprintf(stderr, "%s\n", qPrintable(message));
-}
-
 // What the engine says at every start, be it well or not. Its warnings and errors stay.
 constexpr const char* kSilentRemarks =
     "qt.webenginecontext.debug=false\n"
     "qt.webenginecontext.info=false";
 
+// Pages look alike on every desktop and screen, and need neither.
+void leaveTheDesktop() {
+    for (const char* name :
+         {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE",
+          "QT_SCALE_FACTOR", "QT_SCREEN_SCALE_FACTORS", "QT_AUTO_SCREEN_SCALE_FACTOR",
+          "QT_ENABLE_HIGHDPI_SCALING", "QT_FONT_DPI", "QT_USE_PHYSICAL_DPI"})
+        qunsetenv(name);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+}
+
 }  // namespace
 
 void prepareRenderer(const std::function<void(std::string_view)>& log) {
+    leaveTheDesktop();
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     if (qEnvironmentVariableIsEmpty("QT_LOGGING_RULES"))
         QLoggingCategory::setFilterRules(kSilentRemarks);
@@ -56,20 +59,6 @@ void prepareRenderer(const std::function<void(std::string_view)>& log) {
         switches += " --no-sandbox";
     }
     qputenv("QTWEBENGINE_CHROMIUM_FLAGS", switches);
-}
-
-std::unique_ptr<QApplication> makeApplicationIfMissing() {
-    if (QCoreApplication::instance() != nullptr) return nullptr;
-    qInstallMessageHandler(onlyErrors);
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
-    // Borrowed by the application object for its life.
-    static int argumentCount = 1;
-    static char name[] = "skarnel";
-    static char* arguments[] = {name, nullptr};
-    auto application = std::make_unique<QApplication>(argumentCount, arguments);
-    application->setQuitOnLastWindowClosed(false);
-    return application;
 }
 
 }  // namespace skarnel

@@ -1,5 +1,6 @@
 // The renderer's exactness, its waits, and its death.
 #include <signal.h>
+#include <sys/resource.h>
 
 #include <QApplication>
 #include <QTimer>
@@ -126,59 +127,176 @@ TEST_F(PageTest, AMissingPageEndsTheWait) {
     EXPECT_GT(page.width, 0);
 }
 
-TEST_F(PageTest, ARendererThatIsKilledIsReplacedAtTheNextPage) {
-    ASSERT_EQ(capture(StyledText(u"before", styleOf(40)), "#000000").outcome,
-              PaintOutcome::Painted);
-    const std::vector<int> renderers = ourRenderers();
-    ASSERT_FALSE(renderers.empty());
-    for (const int process : renderers) ::kill(process, SIGKILL);
-    for (int i = 0; i < 3; ++i) {
-        const Capture page = capture(StyledText(u"after", styleOf(40)), "#000000");
-        if (page.outcome != PaintOutcome::Painted) continue;
-        EXPECT_GT(usedSize(page.bytes, page.width, page.height)[0], 60);
-        return;
+// What is killed, stopped or starved is one of these.
+enum class Victim { Renderer, Zygote, PageProcess };
+
+std::vector<int> processesOf(Victim victim) {
+    switch (victim) {
+        case Victim::Renderer:
+            return ourRenderers();
+        case Victim::Zygote:
+            return ourZygotes();
+        case Victim::PageProcess:
+            return ourPageProcesses();
     }
-    ADD_FAILURE() << "no page after the renderer's death";
+    return {};
 }
 
-TEST_F(PageTest, ARendererThatDiesDuringALoadIsRetriedOnceAndTheWaitEnds) {
-    ASSERT_EQ(capture(StyledText(u"warm", styleOf(40)), "#000000").outcome, PaintOutcome::Painted);
+int signalAll(Victim victim, int signal) {
+    const std::vector<int> all = processesOf(victim);
+    for (const int process : all) ::kill(process, signal);
+    return static_cast<int>(all.size());
+}
+
+class Deaths : public PageTest, public ::testing::WithParamInterface<Victim> {
+  protected:
+    void warmUp() {
+        ASSERT_EQ(capture(StyledText(u"warm", styleOf(40)), "#000000").outcome,
+                  PaintOutcome::Painted);
+    }
+    void expectPainted() {
+        const Capture page = capture(StyledText(u"after", styleOf(40)), "#000000");
+        EXPECT_EQ(page.outcome, PaintOutcome::Painted);
+        EXPECT_GT(usedSize(page.bytes, page.width, page.height)[0], 60);
+    }
+    std::string longPage() {
+        std::string many = "<!DOCTYPE html><body>";
+        for (int i = 0; i < 50000; ++i) many += "<p>line of a long page</p>";
+        return put(many);
+    }
+};
+
+/// A zygote is needed for the start of a renderer only.
+class DeathsAtTheStart : public Deaths {};
+
+TEST_P(DeathsAtTheStart, BeforeAPageCostNothingButAStart) {
+    warmUp();
+    ASSERT_GT(signalAll(GetParam(), SIGKILL), 0);
+    expectPainted();
+}
+
+TEST_P(DeathsAtTheStart, DuringALoadAreMadeGoodOnce) {
+    warmUp();
+    bool hasKilled = false;
     QTimer killer;
-    int kills = 0;
     QObject::connect(&killer, &QTimer::timeout, [&] {
-        for (const int process : ourRenderers()) {
-            ::kill(process, SIGKILL);
-            ++kills;
-        }
+        hasKilled = hasKilled || signalAll(GetParam(), SIGKILL) > 0;
+        if (hasKilled) killer.stop();
     });
     killer.start(1);
-    std::string many = "<!DOCTYPE html><body>";
-    for (int i = 0; i < 50000; ++i) many += "<p>line of a long page</p>";
-    const std::unique_ptr<WebView> view = loadedView(put(many), {100, 100});
+    const std::unique_ptr<WebView> view =
+        loadedView(put("<!DOCTYPE html><body style='margin:0;width:300px;height:80px'>"), {100, 9});
     killer.stop();
-    EXPECT_GT(kills, 0);
-    // The wait has ended; the next page is drawn again.
-    bool painted = false;
-    for (int i = 0; i < 3 && !painted; ++i)
-        painted =
-            capture(StyledText(u"after", styleOf(40)), "#000000").outcome == PaintOutcome::Painted;
-    EXPECT_TRUE(painted);
+    EXPECT_TRUE(hasKilled);
+    EXPECT_EQ(captured(*view).outcome, PaintOutcome::Painted);
 }
 
-TEST_F(PageTest, ARendererThatIsStoppedDuringALoadFinishesWhenItGoesOn) {
-    ASSERT_EQ(capture(StyledText(u"warm", styleOf(40)), "#000000").outcome, PaintOutcome::Painted);
-    const std::vector<int> stopped = ourRenderers();
-    for (const int process : stopped) ::kill(process, SIGSTOP);
+TEST_P(Deaths, WithoutAnEndEndTheWaitAndTheNextPageIsDrawn) {
+    warmUp();
+    log().clear();
+    QTimer killer;
+    QObject::connect(&killer, &QTimer::timeout, [] { signalAll(GetParam(), SIGKILL); });
+    killer.start(1);
+    const std::unique_ptr<WebView> view = loadedView(longPage(), {100, 100});
+    killer.stop();
+    EXPECT_NE(log().find("in the middle of a page; it is started again\nThe page renderer ended\n"),
+              std::string::npos)
+        << log();
+    EXPECT_EQ(captured(*view).outcome, PaintOutcome::NotPainted);
+    expectPainted();
+}
+
+TEST_P(Deaths, DuringACaptureAreMadeGoodOnce) {
+    warmUp();
+    const std::unique_ptr<WebView> view = loadedView(
+        put("<!DOCTYPE html><body style='margin:0;width:300px;height:80px;background:#345'>"),
+        {100, 9});
+    ASSERT_GT(signalAll(GetParam(), SIGSTOP), 0);
+    QTimer::singleShot(50, [] { signalAll(GetParam(), SIGKILL); });
+    const Capture page = captured(*view);
+    EXPECT_EQ(page.outcome, PaintOutcome::Painted);
+    EXPECT_EQ(page.color(0, 0), (std::array<int, 3>{0x33, 0x44, 0x55}));
+}
+
+TEST_P(Deaths, BetweenLoadAndCaptureAreMadeGoodOnce) {
+    warmUp();
+    const std::unique_ptr<WebView> view = loadedView(
+        put("<!DOCTYPE html><body style='margin:0;width:300px;height:80px;background:#345'>"),
+        {100, 9});
+    log().clear();
+    ASSERT_GT(signalAll(GetParam(), SIGKILL), 0);
+    while (log().empty()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    const Capture page = captured(*view);
+    EXPECT_EQ(page.outcome, PaintOutcome::Painted);
+    EXPECT_EQ(page.color(0, 0), (std::array<int, 3>{0x33, 0x44, 0x55}));
+}
+
+TEST_P(Deaths, ThatAreNoneButAStopLetTheWaitGoOn) {
+    warmUp();
+    ASSERT_GT(signalAll(GetParam(), SIGSTOP), 0);
     int ticks = 0;
     QTimer alive;  // the window's own events go on meanwhile
     QObject::connect(&alive, &QTimer::timeout, [&] {
-        if (++ticks == 50)
-            for (const int process : stopped) ::kill(process, SIGCONT);
+        if (++ticks == 50) signalAll(GetParam(), SIGCONT);
     });
     alive.start(10);
     const Capture page = capture(StyledText(u"late", styleOf(40)), "#000000");
     EXPECT_GE(ticks, 50);
     EXPECT_EQ(page.outcome, PaintOutcome::Painted);
+}
+
+std::string nameOf(const ::testing::TestParamInfo<Victim>& death) {
+    switch (death.param) {
+        case Victim::Renderer:
+            return "ARenderer";
+        case Victim::Zygote:
+            return "AZygote";
+        case Victim::PageProcess:
+            return "ThePageProcess";
+    }
+    return {};
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, DeathsAtTheStart,
+                         ::testing::Values(Victim::Renderer, Victim::Zygote, Victim::PageProcess),
+                         nameOf);
+INSTANTIATE_TEST_SUITE_P(Of, Deaths, ::testing::Values(Victim::Renderer, Victim::PageProcess),
+                         nameOf);
+
+/// Bounds the memory of processes that are started meanwhile.
+class Starvation {
+  public:
+    explicit Starvation(rlim_t bytes) {
+        ::getrlimit(RLIMIT_AS, &before_);
+        const rlimit little = {bytes, before_.rlim_max};
+        ::setrlimit(RLIMIT_AS, &little);
+    }
+    Starvation(const Starvation&) = delete;
+    Starvation& operator=(const Starvation&) = delete;
+    ~Starvation() { ::setrlimit(RLIMIT_AS, &before_); }
+
+  private:
+    rlimit before_{};
+};
+
+TEST_F(PageTest, WithoutMemoryForTheEngineTheProgramGoesOnWithoutThePicture) {
+    // From what no program can be loaded into to what the engine ends itself in; this process keeps
+    // what it has.
+    for (const rlim_t megabytes : {200, 1000, 3000}) {
+        signalAll(Victim::PageProcess, SIGKILL);
+        QCoreApplication::processEvents();
+        const Starvation starvation(megabytes << 20);
+        EXPECT_EQ(capture(StyledText(u"much", styleOf(40)), "#000000").outcome,
+                  PaintOutcome::NotPainted)
+            << megabytes;
+    }
+    EXPECT_EQ(capture(StyledText(u"after", styleOf(40)), "#000000").outcome, PaintOutcome::Painted);
+}
+
+TEST_F(PageTest, AnEngineThatIsNotUsedIsNotThere) {
+    EXPECT_LE(ourPageProcesses().size(), 1U);  // the one that waits for the next page
+    capture(StyledText(u"a", styleOf(40)), "#000000");
+    EXPECT_EQ(ourPageProcesses().size(), 1U);
 }
 
 TEST_F(PageTest, ARequestDuringTheWaitIsServedByAViewOfItsOwn) {
