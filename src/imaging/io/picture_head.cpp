@@ -1,0 +1,302 @@
+#include "imaging/io/picture_head.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <limits>
+#include <string_view>
+
+#include "imaging/io/byte_reader.h"
+#include "imaging/io/image_io.h"
+#include "imaging/io/read_file.h"
+
+namespace skarnel {
+namespace {
+
+using io::ByteOrder;
+using io::ByteReader;
+
+constexpr std::size_t kPieceBytes = 64;  // more than any fixed head here has
+constexpr int kMostSteps = 1000;         // segments, boxes or entries that are walked over
+
+std::optional<HeadSize> checked(std::int64_t width, std::int64_t height) {
+    constexpr std::int64_t kMaxSide = std::numeric_limits<std::int32_t>::max() / 4;
+    if (width < 1 || height < 1 || width > kMaxSide || height > kMaxSide) return std::nullopt;
+    return HeadSize{static_cast<int>(width), static_cast<int>(height)};
+}
+
+/// A short piece of the file.
+class Piece {
+  public:
+    Piece(const ReadAt& read, std::uint64_t place) : size_(read(place, bytes_)) {}
+
+    ByteView bytes() const { return ByteView(bytes_).first(size_); }
+    ByteReader reader(ByteOrder order, std::size_t from = 0) const {
+        ByteReader in(bytes(), order);
+        in.skip(from);
+        return in;
+    }
+    bool has(std::string_view text, std::size_t at) const {
+        return size_ >= at + text.size() &&
+               std::string_view(reinterpret_cast<const char*>(bytes_.data()) + at, text.size()) ==
+                   text;
+    }
+
+  private:
+    std::array<std::uint8_t, kPieceBytes> bytes_{};
+    std::size_t size_;
+};
+
+/// Marker segments up to the first frame header (ITU-T T.81, annex B).
+std::optional<HeadSize> jpegSize(const ReadAt& read) {
+    std::uint64_t place = 2;
+    for (int step = 0; step < kMostSteps; ++step) {
+        const Piece piece(read, place);
+        ByteReader in = piece.reader(ByteOrder::Big);
+        if (in.u8() != 0xFF) return std::nullopt;
+        const std::uint8_t code = in.u8();
+        if (code == 0xFF) {  // a fill byte
+            ++place;
+            continue;
+        }
+        const std::uint16_t length = in.u16();
+        const bool isTable = code == 0xC4 || code == 0xC8 || code == 0xCC;
+        if (code >= 0xC0 && code <= 0xCF && !isTable) {
+            in.skip(1);  // bits a sample
+            const int height = in.u16();
+            const int width = in.u16();
+            return in.failed() ? std::nullopt : checked(width, height);
+        }
+        if (in.failed() || length < 2 || code == 0xDA) return std::nullopt;
+        place += std::uint64_t{2} + length;
+    }
+    return std::nullopt;
+}
+
+std::optional<HeadSize> tiffSize(const ReadAt& read) {
+    const Piece head(read, 0);
+    const ByteOrder order = head.bytes()[0] == 'I' ? ByteOrder::Little : ByteOrder::Big;
+    ByteReader in = head.reader(order, 2);
+    const bool big = in.u16() == 43;
+    if (big) in.skip(4);  // bytes of an offset, and zeros
+    std::uint64_t place = big ? in.u64() : in.u32();
+    if (in.failed()) return std::nullopt;
+    const Piece first(read, place);
+    ByteReader counter = first.reader(order);
+    const std::uint64_t entries = big ? counter.u64() : counter.u16();
+    place += big ? 8 : 2;
+    std::int64_t width = 0;
+    std::int64_t height = 0;
+    for (std::uint64_t i = 0; i < entries && i < kMostSteps && (width == 0 || height == 0); ++i) {
+        const Piece piece(read, place);
+        place += big ? 20 : 12;
+        ByteReader entry = piece.reader(order);
+        const std::uint16_t tag = entry.u16();
+        const std::uint16_t type = entry.u16();
+        entry.skip(big ? 8 : 4);
+        constexpr std::uint16_t kShort = 3;
+        const std::int64_t value = type == kShort ? entry.u16() : entry.u32();
+        if (entry.failed()) return std::nullopt;
+        if (tag == 256) width = value;
+        if (tag == 257) height = value;
+    }
+    return checked(width, height);
+}
+
+std::optional<HeadSize> bmpSize(const Piece& head) {
+    ByteReader in = head.reader(ByteOrder::Little, 14);
+    const bool isOld = in.u32() == 12;
+    const std::int64_t width = isOld ? in.u16() : in.i32();
+    const std::int64_t height = isOld ? in.u16() : in.i32();
+    return in.failed() ? std::nullopt : checked(width, std::abs(height));
+}
+
+std::optional<HeadSize> webPSize(const Piece& head) {
+    ByteReader in = head.reader(ByteOrder::Little, 20);
+    constexpr std::uint32_t kSideMask = 0x3FFF;
+    if (head.has("VP8X", 12)) {
+        in.skip(4);
+        const auto side = [&] { return in.u16() | std::uint32_t{in.u8()} << 16; };
+        const std::uint32_t width = side();
+        const std::uint32_t height = side();
+        return in.failed() ? std::nullopt : checked(width + 1, height + 1);
+    }
+    if (head.has("VP8L", 12)) {
+        in.skip(1);
+        const std::uint32_t sides = in.u32();
+        if (in.failed()) return std::nullopt;
+        return checked((sides & kSideMask) + 1, (sides >> 14 & kSideMask) + 1);
+    }
+    in.skip(6);  // frame tag and start code
+    const std::uint32_t width = in.u16() & kSideMask;
+    const std::uint32_t height = in.u16() & kSideMask;
+    return in.failed() ? std::nullopt : checked(width, height);
+}
+
+/// A box of the ISO base media file format, as JPEG 2000 and JPEG XL use it too.
+struct Box {
+    std::uint64_t content = 0;  // places in the file
+    std::uint64_t end = 0;
+};
+
+/// Calls `each` with the boxes that lie side by side in a range, until it says that it is done.
+template <typename Each>
+void forEachBox(const ReadAt& read, Box range, Each each) {
+    std::uint64_t place = range.content;
+    for (int step = 0; step < kMostSteps && place < range.end; ++step) {
+        const Piece piece(read, place);
+        ByteReader in = piece.reader(ByteOrder::Big);
+        std::uint64_t size = in.u32();
+        in.skip(4);
+        std::uint64_t headBytes = 8;
+        if (size == 1) {
+            size = in.u64();
+            headBytes = 16;
+        }
+        if (in.failed() || (size != 0 && size < headBytes)) return;
+        const std::uint64_t left = range.end - place;
+        const std::uint64_t end = size == 0 || size > left ? range.end : place + size;
+        if (each(piece, Box{place + headBytes, end})) return;
+        place = end;
+    }
+}
+
+constexpr Box kWholeFile{0, std::numeric_limits<std::uint64_t>::max()};
+
+std::optional<Box> findBox(const ReadAt& read, Box range, std::string_view type) {
+    std::optional<Box> found;
+    forEachBox(read, range, [&](const Piece& piece, Box box) {
+        if (piece.has(type, 4)) found = box;
+        return found.has_value();
+    });
+    return found;
+}
+
+std::optional<HeadSize> codestream2000Size(const ReadAt& read, std::uint64_t place) {
+    const Piece piece(read, place);
+    ByteReader in = piece.reader(ByteOrder::Big, 8);  // two markers, a length, capabilities
+    const std::int64_t right = in.u32();
+    const std::int64_t bottom = in.u32();
+    const std::int64_t left = in.u32();
+    const std::int64_t top = in.u32();
+    return in.failed() ? std::nullopt : checked(right - left, bottom - top);
+}
+
+std::optional<HeadSize> jpeg2000Size(const ReadAt& read, const Piece& head) {
+    if (head.has("\xFF\x4F", 0)) return codestream2000Size(read, 0);
+    const auto codestream = findBox(read, kWholeFile, "jp2c");
+    return codestream ? codestream2000Size(read, codestream->content) : std::nullopt;
+}
+
+/// The largest of the sizes that a HEIF or AVIF file describes: a picture of tiles describes both
+/// the tiles and the whole.
+std::optional<HeadSize> heifSize(const ReadAt& read) {
+    auto inside = findBox(read, kWholeFile, "meta");
+    if (!inside) return std::nullopt;
+    inside->content += 4;  // version and flags
+    for (const std::string_view type : {"iprp", "ipco"}) {
+        inside = findBox(read, *inside, type);
+        if (!inside) return std::nullopt;
+    }
+    std::optional<HeadSize> largest;
+    forEachBox(read, *inside, [&](const Piece& piece, Box) {
+        if (!piece.has("ispe", 4)) return false;
+        ByteReader in = piece.reader(ByteOrder::Big, 12);
+        const std::int64_t width = in.u32();
+        const auto size = checked(width, in.u32());
+        const auto area = [](HeadSize of) { return std::int64_t{of.width} * of.height; };
+        if (size && (!largest || area(*size) > area(*largest))) largest = size;
+        return false;
+    });
+    return largest;
+}
+
+/// Bits as JPEG XL counts them, the lowest of a byte first; 0 past the end.
+class Bits {
+  public:
+    explicit Bits(ByteView bytes) : bytes_(bytes) {}
+    std::uint32_t take(unsigned count) {
+        std::uint32_t value = 0;
+        for (unsigned i = 0; i < count; ++i, ++at_) {
+            if (at_ / 8 < bytes_.size()) value |= (bytes_[at_ / 8] >> at_ % 8 & 1U) << i;
+        }
+        return value;
+    }
+
+  private:
+    ByteView bytes_;
+    std::size_t at_ = 0;
+};
+
+/// SizeHeader of ISO/IEC 18181-1: the height, then a ratio or the width.
+std::optional<HeadSize> jpegXLSize(const ReadAt& read, const Piece& head) {
+    std::uint64_t place = 0;
+    if (!head.has("\xFF\x0A", 0)) {
+        auto part = findBox(read, kWholeFile, "jxlc");
+        if (!part && (part = findBox(read, kWholeFile, "jxlp"))) part->content += 4;  // its number
+        if (!part) return std::nullopt;
+        place = part->content;
+    }
+    const Piece piece(read, place);
+    if (!piece.has("\xFF\x0A", 0)) return std::nullopt;
+    Bits bits(piece.bytes().subspan(2));
+    const bool isSmall = bits.take(1) == 1;
+    const auto side = [&]() -> std::int64_t {
+        constexpr std::array<unsigned, 4> kBits = {9, 13, 18, 30};
+        return isSmall ? 8 * (bits.take(5) + 1) : std::int64_t{bits.take(kBits[bits.take(2)])} + 1;
+    };
+    const std::int64_t height = side();
+    struct Ratio {
+        std::int64_t width, height;
+    };
+    constexpr std::array<Ratio, 8> kRatios = {
+        {{0, 1}, {1, 1}, {12, 10}, {4, 3}, {3, 2}, {16, 9}, {5, 4}, {2, 1}}};
+    const std::uint32_t ratio = bits.take(3);
+    if (ratio == 0) return checked(side(), height);
+    return checked(height * kRatios[ratio].width / kRatios[ratio].height, height);
+}
+
+/// Formats whose two numbers stand at a fixed place.
+std::optional<HeadSize> plainSize(const Piece& head, std::string_view type) {
+    if (type == kUTTypeGIF) {
+        ByteReader in = head.reader(ByteOrder::Little, 6);
+        const int width = in.u16();
+        return checked(width, in.u16());
+    }
+    const bool isPhotoshop = type == kUTTypePSD;
+    ByteReader in = head.reader(ByteOrder::Big, isPhotoshop ? 14 : 16);
+    const std::int64_t first = in.u32();
+    const std::int64_t second = in.u32();
+    return isPhotoshop ? checked(second, first) : checked(first, second);
+}
+
+}  // namespace
+
+std::optional<HeadSize> sizeInHead(const ReadAt& read) {
+    const Piece head(read, 0);
+    const ImageType* known = imageTypeOfContent(head.bytes());
+    if (known == nullptr) return std::nullopt;
+    const std::string_view type = known->identifier;
+    if (type == kUTTypeJPEG) return jpegSize(read);
+    if (type == kUTTypeTIFF) return tiffSize(read);
+    if (type == kUTTypeBMP) return bmpSize(head);
+    if (type == kUTTypeWebP) return webPSize(head);
+    if (type == kUTTypeJPEG2000) return jpeg2000Size(read, head);
+    if (type == kUTTypeHEIF || type == kUTTypeAVIF) return heifSize(read);
+    if (type == kUTTypeJPEGXL) return jpegXLSize(read, head);
+    return plainSize(head, type);  // PNG, GIF, Photoshop
+}
+
+std::optional<HeadSize> sizeInHeadOfFile(const std::string& path) {
+    const auto file = io::openPicture(path);
+    if (!file) return std::nullopt;
+    return sizeInHead([&](std::uint64_t place, std::span<std::uint8_t> target) -> std::size_t {
+        if (place > std::uint64_t{std::numeric_limits<off_t>::max()}) return 0;
+        const ssize_t count =
+            ::pread(file->number(), target.data(), target.size(), static_cast<off_t>(place));
+        return count > 0 ? static_cast<std::size_t>(count) : 0;
+    });
+}
+
+}  // namespace skarnel

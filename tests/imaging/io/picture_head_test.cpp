@@ -1,0 +1,179 @@
+// The decoders tell of the same files how large they are.
+#include "imaging/io/picture_head.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "imaging/io/file_builders.h"
+#include "imaging/io/image_io.h"
+#include "imaging/io/pictures.h"
+
+namespace skarnel {
+namespace {
+
+using testing::ByteSink;
+
+std::optional<HeadSize> headOf(const Bytes& bytes) {
+    return sizeInHead([&](std::uint64_t place, std::span<std::uint8_t> target) -> std::size_t {
+        if (place >= bytes.size()) return 0;
+        const std::size_t count =
+            std::min<std::size_t>(target.size(), bytes.size() - static_cast<std::size_t>(place));
+        std::memcpy(target.data(), bytes.data() + place, count);
+        return count;
+    });
+}
+
+Bytes bytesOf(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+CGImage pictureOf(int width, int height) {
+    return CGImage(*PixelBuffer::zeroed(width, height));
+}
+
+TEST(PictureHead, TellsTheSizeOfEveryFormatThatIsWritten) {
+    int formats = 0;
+    for (const ImageType& type : imageTypes()) {
+        if (!type.canWrite) continue;
+        ++formats;
+        for (const auto& [width, height] : {std::pair{1, 1}, {300, 70}, {257, 1000}}) {
+            const auto bytes = encodeImage(pictureOf(width, height), type.identifier);
+            ASSERT_TRUE(bytes);
+            EXPECT_EQ(headOf(*bytes), (HeadSize{width, height})) << type.name;
+        }
+    }
+    EXPECT_GE(formats, 6);
+    const auto lossy =
+        encodeImage(pictureOf(300, 70), kUTTypeWebP, {{std::string(kPropertyLossyQuality), 0.5}});
+    EXPECT_EQ(headOf(*lossy), (HeadSize{300, 70}));
+}
+
+/// A side may differ where one is the other's rotation.
+bool isSameOrTurned(HeadSize head, std::int64_t width, std::int64_t height) {
+    return (head.width == width && head.height == height) ||
+           (head.width == height && head.height == width);
+}
+
+/// Compares with the decoder for each picture of a folder; gives how many there were.
+int compareFolder(const std::filesystem::path& folder) {
+    int pictures = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        const Bytes bytes = bytesOf(entry.path());
+        const auto decoded = decodeImage(bytes, {1 << 22});
+        if (!decoded) continue;
+        const auto head = headOf(bytes);
+        EXPECT_TRUE(head) << entry.path();
+        if (!head) continue;
+        ++pictures;
+        const auto side = [&](std::string_view key) {
+            return std::get<std::int64_t>(decoded->properties.find(key)->second);
+        };
+        const std::int64_t width = side(kPropertyPixelWidth);
+        const std::int64_t height = side(kPropertyPixelHeight);
+        // HEIF codes whole blocks, of which a part is shown.
+        const bool isBlocks = decoded->type == kUTTypeHEIF || decoded->type == kUTTypeAVIF;
+        const bool covers = head->width >= width && head->height >= height &&
+                            head->width <= width + 64 && head->height <= height + 64;
+        EXPECT_TRUE(isSameOrTurned(*head, width, height) || (isBlocks && covers))
+            << entry.path() << ": " << head->width << " x " << head->height << ", decoded " << width
+            << " x " << height;
+    }
+    return pictures;
+}
+
+TEST(PictureHead, AgreesWithTheDecodersOnAllKindsOfFiles) {
+    for (const char* kind : {"jpeg", "png", "tiff", "bmp", "psd", "jp2", "webp"})
+        EXPECT_GE(compareFolder(std::filesystem::path(FUZZ_SEEDS) / kind), 2) << kind;
+    if (imageTypeWithIdentifier(kUTTypeGIF)->canRead) {
+        EXPECT_GE(compareFolder(std::filesystem::path(FUZZ_SEEDS) / "gif"), 2);
+    }
+    compareFolder(LATE_FILES);
+}
+
+TEST(PictureHead, TellsTheSizeOfPhotoshopGifAndJpegXL) {
+    ByteSink psd(true);
+    psd.text("8BPS").u16(1).zeros(6).u16(3).u32(70).u32(300).u16(8).u16(3);
+    EXPECT_EQ(headOf(psd.bytes), (HeadSize{300, 70}));
+    ByteSink gif(false);
+    gif.text("GIF89a").u16(300).u16(70).zeros(3);
+    EXPECT_EQ(headOf(gif.bytes), (HeadSize{300, 70}));
+    // The signature; then from the lowest bit: not small, 13 bits of height less one (0x3E7), no
+    // ratio, 9 bits of width less one (0x0C7).
+    const std::uint64_t bits = 0U | 1U << 1U | 0x3E7U << 3U | 0U << 16U | std::uint64_t{0} << 19U |
+                               std::uint64_t{0xC7} << 21U;
+    ByteSink jxl(false);
+    jxl.u8(0xFF).u8(0x0A).u64(bits);
+    EXPECT_EQ(headOf(jxl.bytes), (HeadSize{200, 1000}));
+    // Small, a height of 8 * (4 + 1), the ratio 4 : 3 (number 3): 40 * 4 / 3 = 53.
+    ByteSink small(false);
+    small.u8(0xFF).u8(0x0A).u64(1U | 4U << 1U | 3U << 6U);
+    EXPECT_EQ(headOf(small.bytes), (HeadSize{53, 40}));
+}
+
+TEST(PictureHead, FindsADirectoryAtTheEndOfALargeTiff) {
+    ByteSink tiff(true);
+    tiff.text("MM").u16(43).u16(8).u16(0).u64(5000).zeros(5000 - 16);
+    tiff.u64(2).u16(256).u16(4).u64(1).u32(70'000).u32(0).u16(257).u16(3).u64(1).u16(9).zeros(6);
+    EXPECT_EQ(headOf(tiff.bytes), (HeadSize{70'000, 9}));
+}
+
+TEST(PictureHead, WhatIsCutOffTellsNothingAndIsReadNoFurther) {
+    for (const ImageType& type : imageTypes()) {
+        if (!type.canWrite) continue;
+        const Bytes whole = *encodeImage(pictureOf(300, 70), type.identifier);
+        bool isKnown = false;
+        for (std::size_t size = 0; size < std::min<std::size_t>(whole.size(), 700); ++size) {
+            const auto head = headOf({whole.begin(), whole.begin() + static_cast<long>(size)});
+            // From some length on the size is told, and before that no other.
+            EXPECT_FALSE(isKnown && !head) << type.name << " " << size;
+            EXPECT_EQ(head.value_or(HeadSize{300, 70}), (HeadSize{300, 70}))
+                << type.name << " " << size;
+            isKnown = head.has_value();
+        }
+    }
+}
+
+TEST(PictureHead, EndlessBoxesAndSegmentsEnd) {
+    int reads = 0;
+    const auto tell = [&](std::string_view start, std::string_view then) {
+        return sizeInHead([&, start, then](std::uint64_t place, std::span<std::uint8_t> target) {
+            ++reads;
+            const std::string_view text = place == 0 ? start : then;
+            for (std::size_t i = 0; i < target.size(); ++i)
+                target[i] = static_cast<std::uint8_t>(i < text.size() ? text[i] : 0);
+            return target.size();
+        });
+    };
+    using namespace std::string_view_literals;
+    EXPECT_FALSE(tell("\xFF\xD8\xFF\xE0"sv, "\xFF\xE0\0\2"sv));
+    EXPECT_FALSE(tell("\xFF\xD8\xFF\xE0"sv, "\xFF\xFF"sv));
+    EXPECT_FALSE(
+        tell("\0\0\0\x20"
+             "ftypheic"sv,
+             "\0\0\0\x08skip"sv));
+    EXPECT_FALSE(tell("II\x2A\0\x08\0\0\0"sv, "\xFF\xFF"sv));
+    EXPECT_LT(reads, 5000);
+}
+
+TEST(PictureHead, SidesThatNoDecoderTakesAreNone) {
+    for (const auto& [width, height] : {std::pair{0U, 5U}, {5U, 0U}, {0x80000000U, 5U}}) {
+        ByteSink png(true);
+        png.text("\x89PNG\r\n\x1A\n").u32(13).text("IHDR").u32(width).u32(height);
+        EXPECT_FALSE(headOf(png.bytes)) << width << " x " << height;
+    }
+}
+
+TEST(PictureHead, OfAFileIsReadFromIt) {
+    const std::filesystem::path path = std::filesystem::path(LATE_FILES) / "plain.jxl";
+    EXPECT_EQ(sizeInHeadOfFile(path), (HeadSize{5, 3}));
+    EXPECT_FALSE(sizeInHeadOfFile(path.string() + ".missing"));
+    EXPECT_FALSE(sizeInHeadOfFile(LATE_FILES));
+}
+
+}  // namespace
+}  // namespace skarnel
