@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/interrupt.h"
+#include "recipe/base64.h"
 
 namespace skarnel::cli {
 namespace {
@@ -27,6 +28,20 @@ Json valueOrNull(const std::optional<Value>& value) {
 
 std::string dump(const Json& json) {
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+/// By the very judgement by which bytes are replaced.
+bool isUtf8(const std::string& name) try {
+    (void)Json(name).dump();
+    return true;
+} catch (const Json::type_error&) {
+    return false;
+}
+
+/// Where JSON cannot say a name, its bytes in base64 under a key of their own.
+void addBytes(Json& json, const char* key, const std::string& name) {
+    if (isUtf8(name)) return;
+    json[key] = encodeBase64({reinterpret_cast<const std::uint8_t*>(name.data()), name.size()});
 }
 
 double rounded(double milliseconds) {
@@ -87,6 +102,8 @@ std::string jsonOfReport(const JobReport& report) {
     json["outputSize"] = sizeOrNull(report.outputSize);
     json["milliseconds"] = rounded(report.milliseconds);
     json["error"] = valueOrNull(report.error);
+    addBytes(json, "inputBase64", report.input);
+    if (report.output) addBytes(json, "outputBase64", *report.output);
     return dump(json);
 }
 

@@ -11,6 +11,7 @@ namespace skarnel::cli {
 
 /// One line of JSON without its line end: input, output, inputSize and outputSize ([width,
 /// height]), milliseconds, error. What there is not is null; bytes that are no UTF-8 are replaced.
+/// Names with such bytes are also there whole, in base64 (RFC 4648): inputBase64, outputBase64.
 std::string jsonOfReport(const JobReport& report);
 
 /// The version and what this build can do, as one line of JSON.

@@ -32,6 +32,20 @@ TEST(Report, NamesThatAreNoUtf8AreReplacedNotThrown) {
     EXPECT_NE(jsonOfReport(report).find("caf\xEF\xBF\xBD.jpg"), std::string::npos);
 }
 
+TEST(Report, NamesThatAreNoUtf8AreThereInBase64Too) {
+    JobReport report;
+    report.input = "caf\xe9";      // 63 61 66 e9
+    report.output = "\xff\xfe.p";  // ff fe 2e 70
+    const std::string both = jsonOfReport(report);
+    EXPECT_TRUE(
+        both.ends_with(R"(,"error":null,"inputBase64":"Y2Fm6Q==","outputBase64":"//4ucA=="})"))
+        << both;
+    report.input = "caf\xc3\xa9";
+    const std::string one = jsonOfReport(report);
+    EXPECT_EQ(one.find("inputBase64"), std::string::npos);
+    EXPECT_NE(one.find("outputBase64"), std::string::npos);
+}
+
 TEST(Report, TheVersionNamesWhatCanBeReadAndWritten) {
     const std::string json = jsonOfVersion();
     EXPECT_NE(json.find("\"version\":"), std::string::npos);
