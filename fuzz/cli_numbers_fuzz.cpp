@@ -24,9 +24,9 @@ void counts(std::string_view text) {
         fuzz::demand(*count >= 0 && *count <= kLargest);
         fuzz::demand(cli::parseCount(std::to_string(*count), kLargest) == count);
     }
-    const auto pixels = cli::parsePixelCount(text);
+    const auto pixels = cli::parseLargeCount(text);
     fuzz::demand(!pixels ||
-                 (*pixels >= 1 && cli::parsePixelCount(std::to_string(*pixels)) == pixels));
+                 (*pixels >= 1 && cli::parseLargeCount(std::to_string(*pixels)) == pixels));
 }
 
 void size(std::string_view text) {

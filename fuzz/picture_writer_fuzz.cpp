@@ -79,8 +79,11 @@ Result<Bytes> encode(const CGImage& image, const ImageProperties& properties) {
     if (!kAnimated) return encodeImage(image, kType, properties);
     const auto encoder =
         AnimationEncoder::create(kType, image.width(), image.height(), 40, properties);
-    for (int frame = 0; frame < 2; ++frame)
-        if (auto added = encoder->add(image); !added) return added.error();
+    for (const CGImage* before : {static_cast<const CGImage*>(nullptr), &image}) {
+        const auto frame = encoder->encode(image, before);
+        if (!frame) return frame.error();
+        if (auto added = encoder->add(*frame); !added) return added.error();
+    }
     return encoder->finish();
 }
 

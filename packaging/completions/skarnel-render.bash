@@ -27,7 +27,7 @@ _skarnel_render() {
             ;;
         --perspective-height | --perspective-width | --offset | --start | --gradient | --alpha | \
             --image-perspective | --background-color | --quality | --preview | --max-pixels | \
-            --text | --font | --size | --color | -j | --jobs | --frame-time)
+            --text | --font | --size | --color | -j | --jobs | --memory | --frame-time)
             return
             ;;
     esac
@@ -37,7 +37,7 @@ _skarnel_render() {
             --perspective-height --perspective-width --offset --start --gradient --alpha
             --image-perspective --apply-background-color --background-color --user-settings
             --recipe --format --quality --compression --preview --embed-recipe --max-pixels
-            --jobs --watch --sweep --animate --frame-time
+            --jobs --memory --watch --sweep --animate --frame-time
             --quiet --verbose --json --help --version' -- "$cur")
         return
     fi

@@ -30,6 +30,7 @@ _arguments -S \
     '--embed-recipe[keep settings and text inside the TIFF, PNG or JPEG]' \
     '--max-pixels[refuse larger pictures]:pixels:' \
     '(-j --jobs)'{-j,--jobs}'[pictures at a time]:jobs:' \
+    '--memory[memory for all of them together]:bytes:' \
     '--watch[render what appears in a folder]:folder:_files -/' \
     '--sweep[numbered frames, one setting running]:setting:($settings)' \
     '--animate[the frames of --sweep as one file]:file:_files' \

@@ -38,6 +38,7 @@ struct JobReport {
     std::optional<PixelSize> outputSize;
     double milliseconds = 0;
     std::optional<std::string> error;  // a result may be written all the same (an unmade turn)
+    Bytes made = {};                   // what is handed on instead of being written
 };
 
 /// Whether something stands there that writing would replace: neither a device, a pipe nor a link.

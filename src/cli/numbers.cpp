@@ -31,7 +31,7 @@ std::optional<std::int64_t> parseCount(std::string_view text, std::int64_t large
     return value && *value >= 0 && *value <= largest ? value : std::nullopt;
 }
 
-std::optional<std::int64_t> parsePixelCount(std::string_view text) {
+std::optional<std::int64_t> parseLargeCount(std::string_view text) {
     std::int64_t unit = 1;
     switch (text.empty() ? '\0' : text.back()) {
         case 'k':

@@ -17,7 +17,7 @@ std::optional<float> parseNumber(std::string_view text);
 std::optional<std::int64_t> parseCount(std::string_view text, std::int64_t largest);
 
 /// As parseCount, from 1; a final k, M or G (either case) stands for thousand, million, billion.
-std::optional<std::int64_t> parsePixelCount(std::string_view text);
+std::optional<std::int64_t> parseLargeCount(std::string_view text);
 
 struct PixelSize {
     int width = 0;

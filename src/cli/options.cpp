@@ -218,7 +218,7 @@ class Binding {
              "Keep settings and text inside the TIFF, PNG or JPEG");
         add("--max-pixels", "N", "Refuse larger pictures (default: 500M)",
             [this](const std::string& text) {
-                const auto pixels = parsePixelCount(text);
+                const auto pixels = parseLargeCount(text);
                 if (!pixels) throw wrongValue("--max-pixels", text, "a number of pixels");
                 // Who names a number believes in it, however short the file is.
                 options_.limits = {*pixels, *pixels};
@@ -230,6 +230,12 @@ class Binding {
         add("-j,--jobs", "N", "Pictures at a time (default: by processors and memory)",
             [this](const std::string& text) {
                 options_.jobs = countOption("--jobs", text, 1, kLargestJobs);
+            });
+        add("--memory", "BYTES", "For all of them together (default: most of what is free)",
+            [this](const std::string& text) {
+                const auto bytes = parseLargeCount(text);
+                if (!bytes) throw wrongValue("--memory", text, "a number of bytes, such as 2G");
+                options_.memoryBytes = static_cast<std::uint64_t>(*bytes);
             });
         add("--watch", "FOLDER", "Render what appears there, until interrupted",
             [this](const std::string& path) { options_.watch = path; });

@@ -49,7 +49,8 @@ struct Options {
     bool force = false;
     bool json = false;
     Verbosity verbosity = Verbosity::Normal;
-    std::optional<int> jobs;  // none: as many as the machine serves
+    std::optional<int> jobs;                   // none: as many as the machine serves
+    std::optional<std::uint64_t> memoryBytes;  // for all of them; none: what the machine has free
     std::optional<std::string> watch;
     std::optional<Sweep> sweep;
     std::optional<std::string> animate;

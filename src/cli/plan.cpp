@@ -8,6 +8,7 @@
 #include <map>
 
 #include "imaging/io/image_io.h"
+#include "recipe/recipe_file.h"
 #include "storage/safe_file.h"
 #include "storage/save_name.h"
 
@@ -45,6 +46,26 @@ std::variant<std::string, UsageProblem> outputType(const OutputFormat& format,
     if (type != nullptr && type->canWrite) return std::string(type->identifier);
     return UsageProblem{std::string(output) + ": no format is known that can be written as '" +
                         std::string(extension) + "' (--format names one)"};
+}
+
+std::optional<UsageProblem> problemOfType(const Options& options, std::string_view type) {
+    const ImageType* written = imageTypeWithIdentifier(type);
+    const std::string name(written != nullptr ? written->name : type);
+    const OutputFormat& format = options.format;
+    const bool hasQuality = type == kUTTypeJPEG || type == kUTTypeJPEG2000 || type == kUTTypeWebP;
+    if (options.embedRecipe && !canCarryRecipe(type)) {
+        return UsageProblem{"Only TIFF, PNG and JPEG files can carry a recipe"};
+    }
+    if (format.quality && !hasQuality) {
+        return UsageProblem{"--quality is for JPEG, JPEG 2000 and WebP, not for " + name};
+    }
+    if (format.tiffCompression && type != kUTTypeTIFF) {
+        return UsageProblem{"--compression none, lzw and deflate are for TIFF, not for " + name};
+    }
+    if (format.level && type != kUTTypePNG) {
+        return UsageProblem{"--compression by a number is for PNG, not for " + name};
+    }
+    return std::nullopt;
 }
 
 std::string proposedOutput(const std::string& input, const std::string& folder,

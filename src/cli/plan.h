@@ -1,6 +1,7 @@
 // From what the user asked for to the list of single jobs, with the name of each result.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -19,6 +20,10 @@ struct UsageProblem {
 /// The type to write: what --format says, else what the output's extension says, else TIFF.
 std::variant<std::string, UsageProblem> outputType(const OutputFormat& format,
                                                    std::string_view output);
+
+/// What is asked for and this format has no place for (a recipe) or no use for (a quality, a
+/// compression): known before any work.
+std::optional<UsageProblem> problemOfType(const Options& options, std::string_view type);
 
 /// "photo Reflection.tiff": the name under which the application would propose to save, beside
 /// the picture, or in `folder` when that is not empty.

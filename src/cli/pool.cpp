@@ -15,11 +15,13 @@
 #include <vector>
 
 #include "cli/interrupt.h"
+#include "cli/memory_need.h"
 
 namespace skarnel::cli {
 namespace {
 
-constexpr std::uint64_t kBytesAWorker = std::uint64_t{1} << 30;
+constexpr std::uint64_t kMemoryWhereNobodySays = std::uint64_t{1} << 30;  // bytes
+constexpr int kPipeBytes = 1 << 20;
 
 template <typename Number>
 requires std::is_arithmetic_v<Number>
@@ -72,12 +74,18 @@ struct Worker {
     int jobs = -1;     // the parent's end: numbers of jobs to do
     int reports = -1;  // the parent's end: their reports, each after its length
     std::optional<std::size_t> job;
+    std::uint64_t memory = 0;  // what its job was counted with
     std::string received;
 };
 
-bool writeAll(int descriptor, const std::string& bytes) {
-    return bool(writeDescriptor(
-        descriptor, {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}));
+/// Before a report: how many bytes it has, and how many the job made, which follow it.
+struct ReportHead {
+    std::uint64_t reportBytes = 0;
+    std::uint64_t madeBytes = 0;
+};
+
+bool writeAll(int descriptor, const void* bytes, std::size_t count) {
+    return bool(writeDescriptor(descriptor, {static_cast<const std::uint8_t*>(bytes), count}));
 }
 
 bool readExactly(int descriptor, void* bytes, std::size_t count) {
@@ -96,11 +104,14 @@ bool readExactly(int descriptor, void* bytes, std::size_t count) {
 [[noreturn]] void work(int jobs, int reports, const PoolCallbacks& callbacks) {
     std::uint64_t job = 0;
     while (readExactly(jobs, &job, sizeof job)) {
-        const std::string packed = packReport(callbacks.run(static_cast<std::size_t>(job)));
+        const JobReport report = callbacks.run(static_cast<std::size_t>(job));
+        const std::string packed = packReport(report);
+        const ReportHead head{packed.size(), report.made.size()};
         const UninterruptedScope whole;
-        std::string message;
-        put(message, static_cast<std::uint64_t>(packed.size()));
-        if (!writeAll(reports, message + packed)) break;
+        const bool told = writeAll(reports, &head, sizeof head) &&
+                          writeAll(reports, packed.data(), packed.size()) &&
+                          writeAll(reports, report.made.data(), report.made.size());
+        if (!told) break;
     }
     ::_exit(0);
 }
@@ -116,24 +127,25 @@ std::string causeOfDeath(int status) {
 class Pool {
   public:
     using Lost = std::function<JobReport(std::size_t, const std::string&)>;
-    Pool(std::size_t count, const PoolCallbacks& callbacks, const Lost& lost)
-        : count_(count), callbacks_(callbacks), lost_(lost) {}
+    Pool(std::size_t count, const PoolShare& share, const PoolCallbacks& callbacks,
+         const Lost& lost)
+        : count_(count), share_(share), callbacks_(callbacks), lost_(lost) {}
     Pool(const Pool&) = delete;
     Pool& operator=(const Pool&) = delete;
     ~Pool() {
         for (Worker& worker : workers_) dismiss(worker);
     }
 
-    bool start(int workers) {
-        workers_.resize(static_cast<std::size_t>(workers));
+    bool start() {
+        workers_.resize(static_cast<std::size_t>(share_.workers));
         return std::all_of(workers_.begin(), workers_.end(),
                            [this](Worker& worker) { return hire(worker); });
     }
 
-    /// Until all is reported or a signal came.
+    /// Until all is reported, it is enough, or a signal came.
     void run() {
-        for (Worker& worker : workers_) give(worker);
-        while (reported_ < count_ && interruptingSignal() == 0) {
+        giveAll();
+        while (reported_ < count_ && !isOver()) {
             std::vector<pollfd> waiting;
             for (const Worker& worker : workers_) {
                 // poll passes over what has no descriptor.
@@ -144,7 +156,7 @@ class Pool {
                 if (waiting[i].revents != 0) listen(workers_[i]);
             }
         }
-        if (interruptingSignal() == 0) return;
+        if (!isOver()) return;
         for (const Worker& worker : workers_) {
             if (worker.process > 0) ::kill(worker.process, SIGTERM);
         }
@@ -160,7 +172,9 @@ class Pool {
             ::close(jobs[1]);
             return false;
         }
-        worker = {::fork(), jobs[1], reports[0], {}, {}};
+        // Fewer changes between the two where a job makes much.
+        ::fcntl(reports[0], F_SETPIPE_SZ, kPipeBytes);
+        worker = {::fork(), jobs[1], reports[0], {}, 0, {}};
         if (worker.process == 0) {
             // The ends of the others must not live on here, or their pipes would never end.
             for (const Worker& other : workers_) {
@@ -189,17 +203,38 @@ class Pool {
         return status;
     }
 
-    void give(Worker& worker) {
-        if (next_ >= count_) return;
-        worker.job = next_++;
-        std::string message;
-        put(message, static_cast<std::uint64_t>(*worker.job));
-        // A worker that cannot be told has died; its pipe's end tells so.
-        writeAll(worker.jobs, message);
+    bool isOver() const {
+        return interruptingSignal() != 0 || (callbacks_.isEnough && callbacks_.isEnough());
+    }
+
+    /// The next jobs, in their order, to all who have none, as far as the share goes.
+    void giveAll() {
+        for (Worker& worker : workers_) {
+            if (worker.job || worker.process <= 0) continue;
+            if (next_ >= count_ || next_ - reported_ > share_.ahead || isOver()) return;
+            if (!nextMemory_) nextMemory_ = callbacks_.memory ? callbacks_.memory(next_) : 0;
+            if (!hasRoomFor(*nextMemory_)) return;
+            worker.memory = *std::exchange(nextMemory_, std::nullopt);
+            worker.job = next_++;
+            const std::uint64_t message = *worker.job;
+            // A worker that cannot be told has died; its pipe's end tells so.
+            writeAll(worker.jobs, &message, sizeof message);
+        }
+    }
+
+    bool hasRoomFor(std::uint64_t memory) const {
+        std::uint64_t left = share_.memoryBytes;
+        bool isAlone = true;
+        for (const Worker& worker : workers_) {
+            if (!worker.job) continue;
+            isAlone = false;
+            left -= std::min(left, worker.memory);
+        }
+        return isAlone || memory <= left;
     }
 
     void listen(Worker& worker) {
-        char buffer[4096];
+        char buffer[1 << 16];
         const ssize_t got = ::read(worker.reports, buffer, sizeof buffer);
         if (got < 0 && errno == EINTR) return;
         if (got <= 0) {
@@ -207,28 +242,34 @@ class Pool {
             return;
         }
         worker.received.append(buffer, static_cast<std::size_t>(got));
-        std::uint64_t length = 0;
-        if (worker.received.size() < sizeof length) return;
-        std::memcpy(&length, worker.received.data(), sizeof length);
-        if (worker.received.size() - sizeof length < length) return;
-        const std::optional<JobReport> report =
-            unpackReport(std::string_view(worker.received).substr(sizeof length));
+        ReportHead head;
+        std::string_view received = worker.received;
+        if (received.size() < sizeof head) return;
+        std::memcpy(&head, received.data(), sizeof head);
+        received.remove_prefix(sizeof head);
+        if (received.size() < head.reportBytes + head.madeBytes) return;
+        std::optional<JobReport> report = unpackReport(received.substr(0, head.reportBytes));
+        received.remove_prefix(head.reportBytes);
+        if (report) report->made.assign(received.begin(), received.end());
         const std::size_t job = *std::exchange(worker.job, std::nullopt);
-        worker.received.clear();
-        finish(job, report ? *report : lost_(job, "The report of its process was damaged"));
-        give(worker);
+        worker.received = {};
+        finish(job,
+               report ? *std::move(report) : lost_(job, "The report of its process was damaged"));
+        giveAll();
     }
 
     void replaceDead(Worker& worker) {
         const std::size_t job = *worker.job;
         const std::string cause = causeOfDeath(dismiss(worker));
         if (interruptingSignal() != 0) return;  // it was interrupted as well
+        worker = {};
         finish(job, lost_(job, cause));
-        if (next_ < count_ && hire(worker)) give(worker);
+        if (next_ < count_) hire(worker);
+        giveAll();
         // Without any worker left, the rest is done here.
         const bool idle = std::none_of(workers_.begin(), workers_.end(),
                                        [](const Worker& each) { return each.job.has_value(); });
-        while (idle && next_ < count_ && interruptingSignal() == 0) {
+        while (idle && next_ < count_ && !isOver()) {
             const std::size_t own = next_++;
             finish(own, callbacks_.run(own));
         }
@@ -246,16 +287,19 @@ class Pool {
     }
 
     std::size_t count_;
+    const PoolShare share_;
     const PoolCallbacks& callbacks_;
     const Lost& lost_;
     std::vector<Worker> workers_;
     std::size_t next_ = 0;
+    std::optional<std::uint64_t> nextMemory_;  // of that job, once it is known
     std::size_t reported_ = 0;
     std::map<std::size_t, JobReport> early_;  // done before an earlier one
 };
 
 void runHere(std::size_t count, const PoolCallbacks& callbacks) {
-    for (std::size_t job = 0; job < count && interruptingSignal() == 0; ++job) {
+    const auto isEnough = [&] { return callbacks.isEnough && callbacks.isEnough(); };
+    for (std::size_t job = 0; job < count && interruptingSignal() == 0 && !isEnough(); ++job) {
         callbacks.progress(job);
         callbacks.report(callbacks.run(job));
     }
@@ -263,25 +307,26 @@ void runHere(std::size_t count, const PoolCallbacks& callbacks) {
 
 }  // namespace
 
-int defaultWorkers() {
-    return workersFor(machineShare());
-}
-
 int workersFor(const MachineShare& share) {
-    const std::uint64_t byMemory = share.freeMemory.value_or(kBytesAWorker) / kBytesAWorker;
-    return static_cast<int>(std::clamp<std::uint64_t>(byMemory, 1, share.processors));
+    const std::uint64_t memory = share.freeMemory.value_or(kMemoryWhereNobodySays);
+    return static_cast<int>(std::clamp<std::uint64_t>(memory / kBytesAWorker, 1, share.processors));
 }
 
-void runPool(std::size_t count, int workers, const PoolCallbacks& callbacks,
+std::uint64_t memoryFor(const MachineShare& share) {
+    return share.freeMemory.value_or(kMemoryWhereNobodySays) / 4 * 3;
+}
+
+void runPool(std::size_t count, const PoolShare& share, const PoolCallbacks& callbacks,
              const std::function<JobReport(std::size_t, const std::string&)>& lost) {
-    if (static_cast<std::size_t>(workers) > count) workers = static_cast<int>(count);
-    if (workers < 2) {
+    PoolShare used = share;
+    if (static_cast<std::size_t>(used.workers) > count) used.workers = static_cast<int>(count);
+    if (used.workers < 2) {
         runHere(count, callbacks);
         return;
     }
     const UninterruptedScope endWorkersFirst;
-    Pool pool(count, callbacks, lost);
-    if (pool.start(workers)) {
+    Pool pool(count, used, callbacks, lost);
+    if (pool.start()) {
         pool.run();
     } else {
         runHere(count, callbacks);  // no more processes are to be had

@@ -9,11 +9,15 @@
 
 namespace skarnel::cli {
 
-std::optional<CGImage> shrinkToFit(const CGImage& picture, PixelSize box) {
-    const CGRect source{0, 0, double(picture.width()), double(picture.height())};
+PixelSize sizeToFit(PixelSize picture, PixelSize box) {
+    const CGRect source{0, 0, double(picture.width), double(picture.height)};
     const CGRect fitted = GetDestinationRect(source, {0, 0, double(box.width), double(box.height)});
-    const int width = std::max(1, toInt32(std::round(fitted.width)));
-    const int height = std::max(1, toInt32(std::round(fitted.height)));
+    return {std::max(1, toInt32(std::round(fitted.width))),
+            std::max(1, toInt32(std::round(fitted.height)))};
+}
+
+std::optional<CGImage> shrinkToFit(const CGImage& picture, PixelSize box) {
+    const auto [width, height] = sizeToFit({picture.width(), picture.height()}, box);
     if (width == picture.width() && height == picture.height()) return picture;
     const std::unique_ptr<CGContext> context = CGContext::create(width, height);
     if (!context) return std::nullopt;

@@ -7,6 +7,7 @@
 
 #include "cli/interrupt.h"
 #include "cli/job.h"
+#include "cli/memory_need.h"
 #include "cli/options.h"
 #include "cli/plan.h"
 #include "cli/pool.h"
@@ -75,7 +76,7 @@ class Run {
         auto planned = planJobs(options_);
         if (const auto* problem = std::get_if<UsageProblem>(&planned)) return usage(*problem);
         auto& jobs = std::get<std::vector<Job>>(planned);
-        if (const auto problem = problemOfType(jobs.front().type)) return usage(*problem);
+        if (const auto problem = problemOfType(options_, jobs.front().type)) return usage(*problem);
         if (!drawText(jobs.front()) || !writeRecipe(jobs.front().input)) return kSomeFailed;
         runAll(jobs, reporter(), [&](std::size_t done) {
             console_.progress(done, jobs.size(), done < jobs.size() ? jobs[done].input : "");
@@ -92,7 +93,7 @@ class Run {
         const auto type = outputType(options_.format, "");
         if (const auto* problem = std::get_if<UsageProblem>(&type)) return usage(*problem);
         const std::string& format = std::get<std::string>(type);
-        if (const auto problem = problemOfType(format)) return usage(*problem);
+        if (const auto problem = problemOfType(options_, format)) return usage(*problem);
         if (!writeRecipe(folder)) return kSomeFailed;
         const Result<void> ended = watchFolder(folder, [&](const std::vector<std::string>& paths) {
             std::vector<Job> jobs;
@@ -122,8 +123,9 @@ class Run {
         if (options_.animate && !canBeAnimated(first.type)) {
             return usage({*options_.animate + ": Only PNG and WebP can be animated"});
         }
+        if (const auto problem = problemOfType(options_, first.type)) return usage(*problem);
         SweepRequest request{std::get<std::vector<Job>>(planned).front(), settings_,
-                             *options_.sweep, workers(),
+                             *options_.sweep, share(),
                              options_.frameMilliseconds.value_or(kFrameMilliseconds)};
         if (!drawText(request.job)) return kSomeFailed;
         if (request.job.output == kStandardStream) {
@@ -142,12 +144,6 @@ class Run {
     }
 
   private:
-    /// What is wrong with this format for what is asked for; known before any work.
-    std::optional<UsageProblem> problemOfType(const std::string& type) const {
-        if (!options_.embedRecipe || canCarryRecipe(type)) return std::nullopt;
-        return UsageProblem{"Only TIFF, PNG and JPEG files can carry a recipe"};
-    }
-
     /// On all workers; a report for each in the jobs' order.
     void runAll(const std::vector<Job>& jobs, const std::function<void(const JobReport&)>& report,
                 const std::function<void(std::size_t)>& progress) {
@@ -158,7 +154,8 @@ class Run {
             lostReport.error = cause;
             return lostReport;
         };
-        runPool(jobs.size(), workers(), {run, report, progress}, lost);
+        const auto memory = [&](std::size_t index) { return memoryOfJob(jobs[index], settings_); };
+        runPool(jobs.size(), share(), {run, report, progress, memory}, lost);
     }
 
     /// Text is drawn here, on the main thread and before any work begins.
@@ -196,7 +193,13 @@ class Run {
         };
     }
 
-    int workers() const { return options_.jobs.value_or(defaultWorkers()); }
+    PoolShare share() const {
+        const MachineShare machine = machineShare();
+        PoolShare share;
+        share.workers = options_.jobs.value_or(workersFor(machine));
+        share.memoryBytes = options_.memoryBytes.value_or(memoryFor(machine));
+        return share;
+    }
 
     int usage(const UsageProblem& problem) {
         console_.message(problem.message);

@@ -6,6 +6,7 @@
 
 #include "cli/canvas_size.h"
 #include "cli/interrupt.h"
+#include "cli/memory_need.h"
 #include "cli/plan.h"
 #include "cli/preview.h"
 #include "imaging/cgcontext.h"
@@ -105,27 +106,110 @@ ImageProperties animationProperties(const Prepared& prepared, const SweepRequest
     return properties;
 }
 
-/// All frames into the encoder; the first failure ends it.
-Result<Bytes> encodeFrames(const SweepRequest& request, const Prepared& prepared, JobReport& report,
-                           const std::function<void(std::size_t done)>& progress) {
-    std::unique_ptr<AnimationEncoder> encoder;
-    for (int index = 0; index < request.sweep.count; ++index) {
-        progress(static_cast<std::size_t>(index));
-        const Result<ReflectionResult> frame =
-            renderFrame(prepared.picture.image, request, prepared.size, index);
-        if (!frame) return frame.error();
-        if (frame->turn == TurnOutcome::Unturned) report.error = kUnturned;
-        if (!encoder) {
-            report.outputSize = sizeOf(frame->image);
-            encoder = AnimationEncoder::create(request.job.type, frame->image.width(),
-                                               frame->image.height(), request.frameMilliseconds,
-                                               animationProperties(prepared, request));
-            if (!encoder) return {ErrorCode::Unsupported, "Only PNG and WebP can be animated"};
-        }
-        if (Result<void> added = encoder->add(frame->image); !added) return added.error();
-    }
-    return encoder->finish();
+JobReport lostFrame(const SweepRequest& request, const std::string& cause) {
+    return timed(request.job.input, [&](JobReport& report) { report.error = cause; });
 }
+
+/// What each frame takes while it is rendered and encoded.
+std::function<std::uint64_t(std::size_t)> memoryOfFrames(const SweepRequest& request,
+                                                         const Prepared& prepared) {
+    return [&](std::size_t index) {
+        return memoryOfFrame(
+            sizeOf(prepared.picture.image),
+            frameSettings(request.settings.render, request.sweep, static_cast<int>(index)),
+            request.job.type);
+    };
+}
+
+/// The frames of an animation: rendered and encoded by all workers, put together in their order.
+class Animation {
+  public:
+    Animation(const SweepRequest& request, const Prepared& prepared)
+        : request_(request), prepared_(prepared) {
+        const PixelSize size = request.settings.preview
+                                   ? sizeToFit(prepared.size, *request.settings.preview)
+                                   : prepared.size;
+        encoder_ = AnimationEncoder::create(request.job.type, size.width, size.height,
+                                            request.frameMilliseconds,
+                                            animationProperties(prepared, request));
+        if (encoder_) report_.outputSize = size;
+    }
+
+    /// The file, or the first failure, which ends it. The report has what else is to be said.
+    Result<Bytes> make(JobReport& report, const std::function<void(std::size_t)>& progress) {
+        if (!encoder_) return {ErrorCode::Unsupported, causeOfNoEncoder()};
+        PoolShare share = request_.share;
+        share.ahead = std::size_t{2} * static_cast<std::size_t>(share.workers);
+        runPool(static_cast<std::size_t>(request_.sweep.count), share,
+                {[&](std::size_t index) { return frame(index); },
+                 [&](const JobReport& each) { take(each); }, progress,
+                 memoryOfFrames(request_, prepared_), [&] { return failure_.has_value(); }},
+                [&](std::size_t, const std::string& cause) { return lostFrame(request_, cause); });
+        if (failure_) return *failure_;
+        report.outputSize = report_.outputSize;
+        report.error = report_.error;
+        return encoder_->finish();
+    }
+
+  private:
+    const char* causeOfNoEncoder() const {
+        return canBeAnimated(request_.job.type)
+                   ? "There is not enough memory, or a side has more than 16383 pixels"
+                   : "Only PNG and WebP can be animated";
+    }
+
+    /// In a worker. One that has just made the frame before still has it.
+    JobReport frame(std::size_t index) {
+        const int number = static_cast<int>(index);
+        return timed(request_.job.input, [&](JobReport& report) {
+            std::optional<CGImage> before;
+            if (encoder_->usesFrameBefore() && number > 0) {
+                before = number - 1 == lastNumber_ ? last_ : imageOf(number - 1, report);
+                if (!before) return;
+            }
+            last_ = imageOf(number, report);
+            lastNumber_ = number;
+            if (!last_) return;
+            Result<Bytes> bytes = encoder_->encode(*last_, before ? &*before : nullptr);
+            if (bytes) {
+                report.made = *std::move(bytes);
+            } else {
+                report.error = bytes.error().message;
+            }
+        });
+    }
+
+    /// None after telling why.
+    std::optional<CGImage> imageOf(int number, JobReport& report) const {
+        Result<ReflectionResult> rendered =
+            renderFrame(prepared_.picture.image, request_, prepared_.size, number);
+        if (!rendered) {
+            report.error = rendered.error().message;
+            return std::nullopt;
+        }
+        if (rendered->turn == TurnOutcome::Unturned) report.error = kUnturned;
+        return rendered->image;
+    }
+
+    /// In their order; what comes after a failure is of no use.
+    void take(const JobReport& frame) {
+        if (failure_) return;
+        if (frame.made.empty()) {
+            failure_ = Error{ErrorCode::Failed, frame.error.value_or("")};
+        } else if (const Result<void> added = encoder_->add(frame.made); !added) {
+            failure_ = added.error();
+        }
+        if (frame.error) report_.error = frame.error;
+    }
+
+    const SweepRequest& request_;
+    const Prepared& prepared_;
+    std::unique_ptr<AnimationEncoder> encoder_;
+    std::optional<CGImage> last_;  // a worker's own, with its number
+    int lastNumber_ = -1;
+    std::optional<Error> failure_;
+    JobReport report_;
+};
 
 }  // namespace
 
@@ -200,10 +284,10 @@ void runSweep(const SweepRequest& request, const std::function<void(const JobRep
         });
     };
     const auto lost = [&](std::size_t, const std::string& cause) {
-        return timed(request.job.input, [&](JobReport& lostReport) { lostReport.error = cause; });
+        return lostFrame(request, cause);
     };
-    runPool(static_cast<std::size_t>(request.sweep.count), request.workers,
-            {oneFrame, report, progress}, lost);
+    runPool(static_cast<std::size_t>(request.sweep.count), request.share,
+            {oneFrame, report, progress, memoryOfFrames(request, *prepared)}, lost);
 }
 
 void runAnimation(const SweepRequest& request, const std::function<void(const JobReport&)>& report,
@@ -217,10 +301,9 @@ void runAnimation(const SweepRequest& request, const std::function<void(const Jo
     if (!prepared) return;
     report(timed(request.job.input, [&](JobReport& whole) {
         whole.inputSize = prepared->inputSize;
-        const Result<Bytes> bytes = encodeFrames(request, *prepared, whole, progress);
+        const Result<Bytes> bytes = Animation(request, *prepared).make(whole, progress);
         if (!bytes) {
             whole.error = bytes.error().message;
-            whole.outputSize.reset();
             return;
         }
         const UninterruptedScope untilNamed;

@@ -29,14 +29,14 @@ struct SweepRequest {
     Job job;  // its output is the name that the frames' numbers are put into
     JobSettings settings;
     Sweep sweep;
-    int workers = 1;
+    PoolShare share = {};
     int frameMilliseconds = 40;  // of an animation
 };
 
-/// Renders the frames and hands on a report for each. With `animation` they become one file, and
-/// there is one report; a WebP has losses there unless a quality asks for others, since an
-/// animation of photos without loss takes hundreds of times the room of a picture. What would
-/// replace a file is refused before the work.
+/// Renders the frames on all workers and hands on a report for each. As an animation they become
+/// one file, and there is one report; a WebP has losses there unless a quality asks for others,
+/// since an animation of photos without loss takes hundreds of times the room of a picture. What
+/// would replace a file is refused before the work.
 void runSweep(const SweepRequest& request, const std::function<void(const JobReport&)>& report,
               const std::function<void(std::size_t done)>& progress);
 void runAnimation(const SweepRequest& request, const std::function<void(const JobReport&)>& report,

@@ -58,10 +58,9 @@ void ColumnCombiner::combineContent(std::uint8_t* target, const std::uint8_t* so
     const auto from = static_cast<std::size_t>(begin - first_.begin());
     const auto samples = static_cast<std::size_t>(stop - begin);
     std::memset(target, 0, 4 * from);
-    kernels::combinePackedColumns(
-        target + 4 * from, source,
-        {first_.data() + from, weights_.data() + kGroup * from, 1, samples,
-         static_cast<std::size_t>(sourceWidth_), usedPlaces_});
+    kernels::combinePackedColumns(target + 4 * from, source,
+                                  {first_.data() + from, weights_.data() + kGroup * from, 1,
+                                   samples, static_cast<std::size_t>(sourceWidth_), usedPlaces_});
     std::memset(target + 4 * (from + samples), 0, 4 * (first_.size() - from - samples));
 }
 

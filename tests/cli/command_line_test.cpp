@@ -36,6 +36,24 @@ TEST_F(CommandLine, WritesWhereItIsToldInTheFormatOfTheName) {
     EXPECT_EQ(decodeImageFile(folder_ / "out.png")->type, kUTTypePNG);
 }
 
+TEST_F(CommandLine, OptionsThatTheFormatHasNoUseForAreRefusedBeforeTheWork) {
+    const std::vector<std::vector<std::string>> wrong = {
+        {in_, "--quality", "80"},  // as TIFF
+        {in_, "--quality", "80", "-o", folder_ / "out.png"},
+        {in_, "--compression", "lzw", "-o", folder_ / "out.png"},
+        {in_, "--compression", "3", "-o", folder_ / "out.jpg"},
+        {in_, "--quality", "80", "--sweep", "alpha=0:9:3", "--animate", folder_ / "out.png"},
+        {in_, "--quality", "80", "--sweep", "alpha=0:9:3", "-o", folder_ / "out.bmp"},
+        {"--watch", folder_.path(), "--format", "png", "--compression", "none"},
+    };
+    for (const std::vector<std::string>& arguments : wrong) {
+        const Finished refused = render(arguments);
+        EXPECT_EQ(refused.exitCode, 2);
+        EXPECT_THAT(refused.err, testing::MatchesRegex("skarnel-render: --.* not for .*\n"));
+    }
+    EXPECT_THAT(folder_.names(), ElementsAre("in.png"));
+}
+
 TEST_F(CommandLine, QuietSaysNothing) {
     const Finished finished = render({in_, "-q"});
     EXPECT_EQ(finished.exitCode, 0);

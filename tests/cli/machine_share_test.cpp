@@ -104,12 +104,18 @@ TEST(MachineShare, DamagedLinesLimitNothing) {
     EXPECT_EQ(kernel.share().freeMemory, 8192 * kMegabyte);
 }
 
-TEST(WorkersFor, OneAProcessorAndNoMoreThanMemoryAllows) {
+TEST(WorkersFor, OneAProcessorAndNoMoreThanSmallPicturesHaveMemoryFor) {
     EXPECT_EQ(workersFor({8, 64 * 1024 * kMegabyte}), 8);
-    EXPECT_EQ(workersFor({64, 3 * 1024 * kMegabyte}), 3);
-    EXPECT_EQ(workersFor({64, 512 * kMegabyte}), 1);
+    EXPECT_EQ(workersFor({64, 512 * kMegabyte}), 16);
+    EXPECT_EQ(workersFor({64, 40 * kMegabyte}), 1);
     EXPECT_EQ(workersFor({64, 0}), 1);
-    EXPECT_EQ(workersFor({64, std::nullopt}), 1);
+    EXPECT_EQ(workersFor({64, std::nullopt}), 32);
+}
+
+TEST(MemoryFor, LeavesAQuarterOfWhatIsFree) {
+    EXPECT_EQ(memoryFor({8, 4096 * kMegabyte}), 3072 * kMegabyte);
+    EXPECT_EQ(memoryFor({8, 0}), 0U);
+    EXPECT_EQ(memoryFor({8, std::nullopt}), 768 * kMegabyte);
 }
 
 }  // namespace

@@ -45,15 +45,15 @@ TEST(Counts, AreWholeAndWithinTheirLimit) {
 }
 
 TEST(PixelCounts, TakeUnits) {
-    EXPECT_EQ(parsePixelCount("1"), 1);
-    EXPECT_EQ(parsePixelCount("3k"), 3000);
-    EXPECT_EQ(parsePixelCount("3K"), 3000);
-    EXPECT_EQ(parsePixelCount("4m"), 4'000'000);
-    EXPECT_EQ(parsePixelCount("2G"), 2'000'000'000);
-    EXPECT_EQ(parsePixelCount("500M"), 500'000'000);
-    EXPECT_EQ(parsePixelCount("2g"), 2'000'000'000);
+    EXPECT_EQ(parseLargeCount("1"), 1);
+    EXPECT_EQ(parseLargeCount("3k"), 3000);
+    EXPECT_EQ(parseLargeCount("3K"), 3000);
+    EXPECT_EQ(parseLargeCount("4m"), 4'000'000);
+    EXPECT_EQ(parseLargeCount("2G"), 2'000'000'000);
+    EXPECT_EQ(parseLargeCount("500M"), 500'000'000);
+    EXPECT_EQ(parseLargeCount("2g"), 2'000'000'000);
     for (const char* text : {"0", "", "M", "1.5M", "-3", "1T", "9223372036854775807G"}) {
-        EXPECT_FALSE(parsePixelCount(text)) << text;
+        EXPECT_FALSE(parseLargeCount(text)) << text;
     }
 }
 

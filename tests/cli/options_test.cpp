@@ -110,6 +110,9 @@ TEST(Options, SizesAreChecked) {
     EXPECT_EQ(parsed({"a.jpg", "--max-pixels", "2G"}).limits.maxUnprovenPixels, 2'000'000'000)
         << "who names a number believes in it";
     EXPECT_THAT(complaint({"a.jpg", "--max-pixels", "0"}), HasSubstr("--max-pixels"));
+    EXPECT_EQ(parsed({"a.jpg", "--memory", "2G"}).memoryBytes, 2'000'000'000U);
+    EXPECT_EQ(parsed({"a.jpg"}).memoryBytes, std::nullopt);
+    EXPECT_THAT(complaint({"a.jpg", "--memory", "-1"}), HasSubstr("--memory"));
     EXPECT_EQ(parsed({"a.jpg", "-j", "3"}).jobs, 3);
     EXPECT_THAT(complaint({"a.jpg", "-j", "0"}), HasSubstr("from 1"));
 }

@@ -108,5 +108,25 @@ TEST(Plan, FramesAreNumberedFromTheirName) {
     EXPECT_EQ(frameName("out.png", 7, 10'000), "out-00007.png");
 }
 
+TEST(Plan, WhatAFormatHasNoUseForIsRefused) {
+    const auto problem = [](const std::vector<std::string>& arguments, std::string_view type) {
+        const ParsedCommandLine parsed = parseCommandLine(arguments);
+        const auto found = problemOfType(std::get<Options>(parsed), type);
+        return found ? found->message : std::string("(none)");
+    };
+    for (const std::string_view type : {kUTTypeJPEG, kUTTypeJPEG2000, kUTTypeWebP})
+        EXPECT_EQ(problem({"a.jpg", "--quality", "80"}, type), "(none)");
+    EXPECT_EQ(problem({"a.jpg", "--quality", "80"}, kUTTypePNG),
+              "--quality is for JPEG, JPEG 2000 and WebP, not for PNG");
+    EXPECT_EQ(problem({"a.jpg", "--compression", "lzw"}, kUTTypeTIFF), "(none)");
+    EXPECT_EQ(problem({"a.jpg", "--compression", "none"}, kUTTypeBMP),
+              "--compression none, lzw and deflate are for TIFF, not for BMP");
+    EXPECT_EQ(problem({"a.jpg", "--compression", "9"}, kUTTypePNG), "(none)");
+    EXPECT_EQ(problem({"a.jpg", "--compression", "9"}, kUTTypeTIFF),
+              "--compression by a number is for PNG, not for TIFF");
+    EXPECT_EQ(problem({"a.jpg", "--embed-recipe"}, kUTTypePNG), "(none)");
+    EXPECT_THAT(problem({"a.jpg", "--embed-recipe"}, kUTTypeWebP), HasSubstr("recipe"));
+}
+
 }  // namespace
 }  // namespace skarnel::cli

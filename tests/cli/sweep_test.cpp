@@ -4,6 +4,7 @@
 #include <webp/demux.h>
 
 #include "cli/pictures.h"
+#include "imaging/io/animation.h"
 #include "storage/temporary_folder.h"
 
 namespace skarnel::cli {
@@ -79,7 +80,7 @@ class SweepRun : public testing::Test {
 };
 
 TEST_F(SweepRun, WritesNumberedFramesOfOneSize) {
-    request_.workers = 2;
+    request_.share.workers = 2;
     const auto reports = run(false);
     ASSERT_EQ(reports.size(), 5U);
     for (int i = 1; i <= 5; ++i) {
@@ -172,6 +173,96 @@ TEST_F(SweepRun, AnAnimatedWebPHasEveryFrame) {
     }
     EXPECT_EQ(lastTime, 5 * 70);
     WebPAnimDecoderDelete(decoder);
+}
+
+TEST_F(SweepRun, AnAnimationIsTheSameBytesWithAnyNumberOfWorkers) {
+    for (const std::string_view type : {kUTTypePNG, kUTTypeWebP}) {
+        request_.job.type = std::string(type);
+        std::vector<std::string> files;
+        for (const int workers : {1, 3}) {
+            request_.share.workers = workers;
+            request_.job.output = folder_ / ("out" + std::to_string(workers));
+            request_.settings.overwrite = Overwrite::Allow;
+            const auto reports = run(true);
+            ASSERT_EQ(reports.size(), 1U);
+            EXPECT_FALSE(reports[0].error) << *reports[0].error;
+            EXPECT_EQ(reports[0].outputSize, (PixelSize{40, 42}));
+            files.push_back(test::fileText(request_.job.output));
+        }
+        EXPECT_TRUE(files[0] == files[1]) << type;
+    }
+}
+
+TEST_F(SweepRun, AFrameThatFailsEndsTheAnimation) {
+    request_.sweep = {indexOfSetting("perspectiveHeight"), 100, 0, 3};  // the last has no result
+    for (const int workers : {1, 2}) {
+        request_.share.workers = workers;
+        const auto reports = run(true);
+        ASSERT_EQ(reports.size(), 1U);
+        EXPECT_EQ(reports[0].error, "A reflection without height gives no result");
+        EXPECT_FALSE(reports[0].output);
+        EXPECT_FALSE(reports[0].outputSize);
+    }
+    EXPECT_EQ(folder_.names().size(), 1U);
+}
+
+/// Every frame of an animated WebP as its player shows it.
+std::vector<Bytes> framesOf(const std::string& webp, int width, int height) {
+    const WebPData data = {reinterpret_cast<const std::uint8_t*>(webp.data()), webp.size()};
+    std::vector<Bytes> frames;
+    WebPAnimDecoder* decoder = WebPAnimDecoderNew(&data, nullptr);
+    std::uint8_t* pixels = nullptr;
+    for (int time = 0; decoder != nullptr && WebPAnimDecoderHasMoreFrames(decoder) != 0;) {
+        if (WebPAnimDecoderGetNext(decoder, &pixels, &time) == 0) break;
+        frames.emplace_back(pixels, pixels + std::ptrdiff_t{4} * width * height);
+    }
+    WebPAnimDecoderDelete(decoder);
+    return frames;
+}
+
+TEST(AnimationEncoder, AWebPShowsEachFrameWhateverChanged) {
+    constexpr int kWidth = 21;
+    constexpr int kHeight = 13;
+    std::vector<CGImage> frames = {test::gradientPicture(kWidth, kHeight)};
+    // One pixel, nothing at all, a clear corner at odd places, and all.
+    const auto changed = [&](int left, int top, int right, int bottom, std::uint8_t value) {
+        PixelBuffer buffer = *PixelBuffer::zeroed(kWidth, kHeight);
+        const PixelView old = frames.back().pixels();
+        for (int y = 0; y < kHeight; ++y) std::copy_n(old.row(y), 4 * kWidth, buffer.view().row(y));
+        for (int y = top; y < bottom; ++y)
+            std::fill(buffer.view().row(y) + 4 * left, buffer.view().row(y) + 4 * right, value);
+        return CGImage(std::move(buffer));
+    };
+    frames.push_back(changed(20, 12, 21, 13, 255));
+    frames.push_back(frames.back());
+    frames.push_back(changed(3, 5, 8, 6, 0));
+    frames.push_back(changed(0, 0, kWidth, kHeight, 255));
+    const auto encoder = AnimationEncoder::create(kUTTypeWebP, kWidth, kHeight, 50);
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        const auto encoded = encoder->encode(frames[i], i == 0 ? nullptr : &frames[i - 1]);
+        ASSERT_TRUE(encoded);
+        ASSERT_TRUE(encoder->add(*encoded));
+    }
+    const Bytes file = *encoder->finish();
+    const auto shown = framesOf({file.begin(), file.end()}, kWidth, kHeight);
+    ASSERT_EQ(shown.size(), frames.size());
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        const PixelView pixels = frames[i].pixels();
+        for (int y = 0; y < kHeight; ++y)
+            EXPECT_TRUE(std::equal(pixels.row(y), pixels.row(y) + 4 * kWidth,
+                                   shown[i].begin() + std::ptrdiff_t{4} * kWidth * y))
+                << i << " " << y;
+    }
+}
+
+TEST(AnimationEncoder, RefusesFramesOfAnotherSize) {
+    for (const std::string_view type : {kUTTypePNG, kUTTypeWebP}) {
+        const auto encoder = AnimationEncoder::create(type, 4, 3, 40);
+        EXPECT_EQ(encoder->encode(test::gradientPicture(3, 4), nullptr).error().code,
+                  ErrorCode::InvalidArgument);
+        EXPECT_FALSE(encoder->finish());
+    }
+    EXPECT_EQ(AnimationEncoder::create(kUTTypeWebP, 16384, 1, 40), nullptr);
 }
 
 TEST_F(SweepRun, AnAnimationIsNotBegunWhereAFileStands) {

@@ -168,5 +168,38 @@ TEST_F(ThousandPictures, EndCleanlyWhenInterruptedHalfWay) {
     EXPECT_FALSE(isUsedBySomebody(results()));
 }
 
+/// The decoders that work for the workers of a process.
+std::size_t helpersOf(pid_t process) {
+    std::size_t helpers = 0;
+    for (const std::string& worker : childrenOf(process))
+        helpers += childrenOf(static_cast<pid_t>(std::stol(worker))).size();
+    return helpers;
+}
+
+TEST(LargePictures, AreBegunOneAfterTheOtherWhereThereIsMemoryForOne) {
+    const TemporaryFolder folder;
+    fs::create_directory(folder / "out");
+    constexpr std::size_t kPictures = 16;
+    // 32 MB and 21.6 bytes for each of a million pixels are 55 MB: twice is more than 80.
+    std::vector<std::string> arguments = {"--json",   "-j", "4",           "--memory",
+                                          "80000000", "-o", folder / "out"};
+    for (std::size_t i = 0; i < kPictures; ++i) {
+        arguments.push_back(folder / (std::to_string(i) + ".png"));
+        if (i == 0) {
+            test::putPicture(arguments.back(), 1200, 900);
+        } else {
+            fs::create_hard_link(folder / "0.png", arguments.back());
+        }
+    }
+    Process process(arguments);
+    std::size_t most = 0;
+    ASSERT_TRUE(process.readUntil([&](const Finished& soFar) {
+        most = std::max(most, helpersOf(process.id()));
+        return linesIn(soFar.out) == kPictures;
+    }));
+    EXPECT_EQ(process.finish().exitCode, 0);
+    EXPECT_LE(most, 1U);
+}
+
 }  // namespace
 }  // namespace skarnel

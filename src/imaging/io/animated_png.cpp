@@ -43,14 +43,18 @@ class AnimatedPngEncoder final : public AnimationEncoder {
           frameMilliseconds_(frameMilliseconds),
           properties_(properties) {}
 
-    Result<void> add(const CGImage& frame) override {
+    bool usesFrameBefore() const override { return false; }
+
+    Result<Bytes> encode(const CGImage& frame, const CGImage* /*before*/) const override {
         if (frame.width() != width_ || frame.height() != height_ ||
             frame.pixels().samplesPerPixel != 4) {
             return {ErrorCode::InvalidArgument, "The frames differ in size or form"};
         }
-        const Result<Bytes> encoded = writePng(frame, properties_, PngColor::AlwaysWithAlpha);
-        if (!encoded) return encoded.error();
-        ByteView rest = ByteView(*encoded).subspan(kSignatureBytes);
+        return writePng(frame, properties_, PngColor::AlwaysWithAlpha);
+    }
+
+    Result<void> add(ByteView encoded) override {
+        ByteView rest = encoded.subspan(kSignatureBytes);
         bool framed = false;
         while (!rest.empty()) {
             const Chunk chunk = takeChunk(rest);

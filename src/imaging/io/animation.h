@@ -22,8 +22,16 @@ class AnimationEncoder {
     AnimationEncoder& operator=(const AnimationEncoder&) = delete;
     virtual ~AnimationEncoder() = default;
 
-    /// Appends a frame with alpha; InvalidArgument when its size or its form is another.
-    virtual Result<void> add(const CGImage& frame) = 0;
+    /// A frame with alpha as bytes that `add` takes; in any process, in any order. `before` is the
+    /// frame that it will follow, or null: what is the same there may be left out. InvalidArgument
+    /// when a size or a form is another.
+    virtual Result<Bytes> encode(const CGImage& frame, const CGImage* before) const = 0;
+
+    /// Appends a frame that an encoder of the same kind has encoded.
+    virtual Result<void> add(ByteView encoded) = 0;
+
+    /// Whether frames are smaller for knowing the one before them.
+    virtual bool usesFrameBefore() const = 0;
 
     /// The whole file; InvalidArgument without any frame. The encoder is used up.
     virtual Result<Bytes> finish() = 0;

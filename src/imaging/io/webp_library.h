@@ -22,13 +22,10 @@ LateLibraries& webpLibrary();
 #define SKARNEL_WEBP_DEMUX(each)                                                              \
     each(WebPDemuxInternal) each(WebPDemuxDelete) each(WebPDemuxGetI) each(WebPDemuxGetFrame) \
         each(WebPDemuxReleaseIterator) each(WebPDemuxGetChunk) each(WebPDemuxReleaseChunkIterator)
-#define SKARNEL_WEBP_MUX(each)                                                                   \
-    each(WebPNewInternal) each(WebPMuxPushFrame) each(WebPMuxSetAnimationParams)                 \
-        each(WebPMuxSetCanvasSize) each(WebPMuxCreateInternal) each(WebPMuxDelete)               \
-            each(WebPMuxSetChunk) each(WebPMuxAssemble) each(WebPAnimEncoderOptionsInitInternal) \
-                each(WebPAnimEncoderNewInternal) each(WebPAnimEncoderAdd)                        \
-                    each(WebPAnimEncoderAssemble) each(WebPAnimEncoderGetError)                  \
-                        each(WebPAnimEncoderDelete)
+#define SKARNEL_WEBP_MUX(each)                                                     \
+    each(WebPNewInternal) each(WebPMuxPushFrame) each(WebPMuxSetAnimationParams)   \
+        each(WebPMuxSetCanvasSize) each(WebPMuxCreateInternal) each(WebPMuxDelete) \
+            each(WebPMuxSetChunk) each(WebPMuxAssemble)
 SKARNEL_WEBP(SKARNEL_LATE)
 SKARNEL_WEBP_DEMUX(SKARNEL_LATE)
 SKARNEL_WEBP_MUX(SKARNEL_LATE)

@@ -1,0 +1,62 @@
+#include "cli/memory_need.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "cli/canvas_size.h"
+#include "cli/preview.h"
+#include "imaging/io/picture_head.h"
+
+namespace skarnel::cli {
+namespace {
+
+constexpr std::uint64_t kBytesAPixel = 4;
+constexpr std::uint64_t kDecodingBytesAPixel = 12;
+constexpr std::uint64_t kMostPixels = std::uint64_t{1} << 50;  // more would not change anything
+
+/// Pictures of the result's size that rendering and encoding hold together, in tenths.
+std::uint64_t tenthsOfResult(std::string_view type) {
+    // The library holds the whole picture in forms of its own.
+    return type == kUTTypeWebP ? 90 : 22;
+}
+
+std::uint64_t pixelsOf(PixelSize size) {
+    return static_cast<std::uint64_t>(size.width) * static_cast<std::uint64_t>(size.height);
+}
+
+}  // namespace
+
+std::uint64_t memoryOfFrame(PixelSize picture, const RenderSettings& settings,
+                            std::string_view type) {
+    const std::optional<RenderSizes> sizes = renderSizes(picture, settings);
+    if (!sizes) return kBytesAWorker;  // there will be no result
+    const std::uint64_t largest = std::min(
+        kMostPixels,
+        std::max({pixelsOf(sizes->reflection), pixelsOf(sizes->canvas), pixelsOf(sizes->result)}));
+    return kBytesAWorker + largest * kBytesAPixel / 10 * tenthsOfResult(type);
+}
+
+std::uint64_t memoryOfRender(PixelSize picture, const JobSettings& settings,
+                             std::string_view type) {
+    const PixelSize shrunk = settings.preview ? sizeToFit(picture, *settings.preview) : picture;
+    return std::max(
+        kBytesAWorker + pixelsOf(picture) * kDecodingBytesAPixel,
+        pixelsOf(picture) * kBytesAPixel + memoryOfFrame(shrunk, settings.render, type));
+}
+
+std::uint64_t memoryOfJob(const Job& job, const JobSettings& settings) {
+    if (!job.refusal.empty()) return kBytesAWorker;
+    if (job.picture) {
+        const CGImage& image = job.picture->image;
+        return memoryOfRender({image.width(), image.height()}, settings, job.type);
+    }
+    if (job.input == kStandardStream) return kBytesOfUnknownSize;
+    const std::optional<HeadSize> size = sizeInHeadOfFile(job.input);
+    if (!size) return kBytesOfUnknownSize;
+    // What is above the limit will be refused.
+    const std::int64_t pixels = std::int64_t{size->width} * size->height;
+    if (pixels > settings.limits.maxPixels) return kBytesAWorker;
+    return memoryOfRender({size->width, size->height}, settings, job.type);
+}
+
+}  // namespace skarnel::cli

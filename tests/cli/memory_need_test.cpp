@@ -1,0 +1,74 @@
+#include "cli/memory_need.h"
+
+#include <gtest/gtest.h>
+
+#include "cli/pictures.h"
+#include "storage/temporary_folder.h"
+
+namespace skarnel::cli {
+namespace {
+
+using test::TemporaryFolder;
+
+constexpr std::uint64_t kSmallest = std::uint64_t{32} << 20;
+
+JobSettings defaults() {
+    JobSettings settings;
+    settings.render = defaultSettings();
+    return settings;
+}
+
+TEST(MemoryNeed, IsThePictureAndTwiceTheResultAndMore) {
+    // At the defaults a result has twice the picture's pixels: 4 + 2 * 4 * 2.2 bytes for each.
+    EXPECT_EQ(memoryOfRender({1000, 500}, defaults(), kUTTypePNG), kSmallest + 500'000 * 216 / 10);
+    EXPECT_EQ(memoryOfFrame({1000, 500}, defaults().render, kUTTypePNG),
+              kSmallest + 500'000 * 176 / 10);
+}
+
+TEST(MemoryNeed, OfFormatsWhoseLibraryHoldsThePictureIsMore) {
+    EXPECT_EQ(memoryOfRender({1000, 500}, defaults(), kUTTypeWebP), kSmallest + 500'000 * 76);
+}
+
+TEST(MemoryNeed, OfAPreviewIsThatOfDecoding) {
+    JobSettings settings = defaults();
+    settings.preview = PixelSize{100, 100};
+    EXPECT_EQ(memoryOfRender({10'000, 5000}, settings, kUTTypePNG), kSmallest + 50'000'000 * 12);
+}
+
+TEST(MemoryNeed, OfSizesBeyondAllMeasureStaysANumber) {
+    JobSettings settings = defaults();
+    settings.render.numbers[indexOfSetting("perspectiveWidth")] = 1e9F;
+    const std::uint64_t need = memoryOfRender({500'000'000, 1}, settings, kUTTypeWebP);
+    EXPECT_GE(need, kSmallest);
+    EXPECT_LT(need, std::uint64_t{1} << 60);
+}
+
+TEST(MemoryNeed, OfAFileIsToldByItsHead) {
+    const TemporaryFolder folder;
+    test::putPicture(folder / "a.png", 70, 30);
+    Job job{folder / "a.png", folder / "b.png", std::string(kUTTypePNG), {}};
+    EXPECT_EQ(memoryOfJob(job, defaults()), memoryOfRender({70, 30}, defaults(), kUTTypePNG));
+    JobSettings small = defaults();
+    small.limits.maxPixels = 2000;  // below the picture's 2100
+    EXPECT_EQ(memoryOfJob(job, small), kSmallest);
+    job.refusal = "no";
+    EXPECT_EQ(memoryOfJob(job, defaults()), kSmallest);
+}
+
+TEST(MemoryNeed, OfWhatTellsNoSizeIsAGigabyte) {
+    const TemporaryFolder folder;
+    test::putFile(folder / "a.png", "text");
+    for (const std::string& input : {folder / "a.png", folder / "missing", std::string("-")}) {
+        const Job job{input, "out.png", std::string(kUTTypePNG), {}};
+        EXPECT_EQ(memoryOfJob(job, defaults()), std::uint64_t{1} << 30) << input;
+    }
+}
+
+TEST(MemoryNeed, OfAPictureThatIsThereNeedsNoFile) {
+    Job job{"Text", "out.png", std::string(kUTTypePNG), {}};
+    job.picture = DecodedImage{test::gradientPicture(8, 4), {}, std::string(kUTTypePNG)};
+    EXPECT_EQ(memoryOfJob(job, defaults()), memoryOfRender({8, 4}, defaults(), kUTTypePNG));
+}
+
+}  // namespace
+}  // namespace skarnel::cli
