@@ -1,7 +1,7 @@
 // From a change of a setting to the new picture in the viewer: real controller, real window, a
 // photo of 12 megapixels, a viewer of 1600 x 1000 device pixels.
 //
-//   QT_QPA_PLATFORM=offscreen skarnel-bench-preview [CHANGES [SETTING]]
+//   QT_QPA_PLATFORM=offscreen skarnel-bench-preview [CHANGES [SETTING | burst | opened]]
 //
 // Beside the time on the clock stands the processor time of the thread, which other programs on the
 // machine disturb less.
@@ -202,7 +202,7 @@ int main(int argc, char** argv) {
         application.controller().reset(nullptr);
         QApplication::processEvents();
     }
-    if (only.empty()) good = runBurst(bench, changes / 4) && good;
-    if (only.empty()) good = runOpened(bench, application, photo, changes / 10) && good;
+    if (only.empty() || only == "burst") good = runBurst(bench, changes / 4) && good;
+    if (only.empty() || only == "opened") good = runOpened(bench, application, photo, changes / 10) && good;
     return good ? 0 : 1;
 }

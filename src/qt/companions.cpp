@@ -7,12 +7,14 @@
 #include <QTimer>
 #include <QToolBar>
 #include <QUrl>
+#include <algorithm>
+#include <cmath>
 
+#include "imaging/cgcontext.h"
 #include "qt/application.h"
 #include "qt/cause_text.h"
 #include "qt/compare_overlay.h"
 #include "qt/drag_folder.h"
-#include "qt/picture_painter.h"
 #include "qt/preset_strip.h"
 #include "qt/preview_memory.h"
 #include "qt/recipe_commands.h"
@@ -158,14 +160,17 @@ std::optional<ComparedPicture> Companions::comparedPicture() const {
 std::optional<CGImage> Companions::smallPicture() const {
     const std::optional<CGImage> whole = picture();
     if (!whole) return std::nullopt;
-    QImage small = paintableImage(*whole);
-    if (small.width() > kThumbnailSource || small.height() > kThumbnailSource) {
-        small = small.scaled(kThumbnailSource, kThumbnailSource, Qt::KeepAspectRatio,
-                             Qt::SmoothTransformation);
-    }
-    small = small.convertToFormat(QImage::Format_RGBA8888_Premultiplied);
-    return CGImage::copyOf({small.constBits(), small.width(), small.height(),
-                            static_cast<std::ptrdiff_t>(small.bytesPerLine()), 4});
+    const int longer = std::max(whole->width(), whole->height());
+    if (longer <= kThumbnailSource) return whole;
+    const auto reduced = [&](int side) {
+        return std::max(1, static_cast<int>(std::lround(1.0 * side * kThumbnailSource / longer)));
+    };
+    const int width = reduced(whole->width());
+    const int height = reduced(whole->height());
+    const auto context = CGContext::create(width, height);
+    if (!context) return std::nullopt;
+    context->drawImage(*whole, {0, 0, 1.0 * width, 1.0 * height});
+    return std::move(*context).takeImage();
 }
 
 QString Companions::makeResultFile() {

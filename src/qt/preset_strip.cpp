@@ -24,7 +24,7 @@ namespace {
 
 constexpr QSize kThumbnail{84, 60};  // logical pixels
 constexpr int kMargin = 4;           // of the picture within its tile
-constexpr int kCalm = 150;           // milliseconds without a change before work begins
+constexpr int kCalm = 500;           // milliseconds without a change before work begins
 constexpr int kRest = 300;           // milliseconds after a change of a setting, for the next one
 constexpr int kPause = 8;            // milliseconds between two thumbnails
 

@@ -118,6 +118,17 @@ TEST(Kernels, FlattenRowIsTheSameOnEveryTarget) {
     });
 }
 
+/// Opaque runs of every length, with a clear or a nearly opaque pixel between them.
+TEST(Kernels, OpaqueRunsAreFlattenedTheSameOnEveryTarget) {
+    for (const std::size_t gap : {7, 33, 131})
+        expectEqualTargets([&](std::uint8_t* target, std::size_t pixels, std::size_t) {
+            auto source = noise(4 * pixels, 18);
+            for (std::size_t x = 0; x < pixels; ++x)
+                source[4 * x + 3] = x % gap == 5 ? (x % 2 == 0 ? 0 : 254) : 255;
+            flattenRow(target, source.data(), {10, 200, 90, 255}, pixels);
+        });
+}
+
 TEST(Kernels, FlattenedPixelsLieOverTheGroundInTheOrderOfScreens) {
     // Half of (100, 50, 0) over (10, 20, 255): 50 + 10 * 127 / 255 = 55, 25 + 10 = 35, 127.
     const std::uint8_t source[12] = {1, 2, 3, 255, 50, 25, 0, 128, 0, 0, 0, 0};
