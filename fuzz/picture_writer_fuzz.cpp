@@ -6,6 +6,9 @@
 #include "imaging/io/animation.h"
 #include "imaging/io/image_io.h"
 #include "input.h"
+#ifdef FUZZ_WRITER
+#include "imaging/io/vp8l_writer.h"
+#endif
 
 using namespace skarnel;
 
@@ -69,6 +72,9 @@ ImageProperties propertiesOf(fuzz::Input& input) {
 }
 
 bool isLossless(const ImageProperties& properties) {
+#ifdef FUZZ_WRITER
+    return true;
+#endif
     if (kType == kUTTypeJPEG) return false;
     if (kType != kUTTypeWebP && kType != kUTTypeJPEG2000) return true;
     const auto quality = properties.find(kPropertyLossyQuality);
@@ -76,6 +82,9 @@ bool isLossless(const ImageProperties& properties) {
 }
 
 Result<Bytes> encode(const CGImage& image, const ImageProperties& properties) {
+#ifdef FUZZ_WRITER
+    return io::FUZZ_WRITER(image, properties);
+#endif
     if (!kAnimated) return encodeImage(image, kType, properties);
     const auto encoder =
         AnimationEncoder::create(kType, image.width(), image.height(), 40, properties);

@@ -7,6 +7,7 @@
 #include "imaging/io/encoder_wall.h"
 #include "imaging/io/image_io.h"
 #include "imaging/io/read_file.h"
+#include "imaging/io/vp8l_writer.h"
 #include "imaging/io/writers.h"
 
 namespace skarnel {
@@ -70,9 +71,14 @@ Result<Bytes> writeWithLibrary(PictureRows& rows, std::string_view type,
 
 namespace {
 
-/// In a process of its own, where the helper is installed.
+/// By our own writer where that takes much less memory, otherwise by the library: in a process of
+/// its own, where the helper is installed.
 Result<Bytes> encodeBesides(const CGImage& image, std::string_view type,
                             const ImageProperties& properties) {
+    const std::int64_t pixels = std::int64_t{image.width()} * image.height();
+    if (type == kUTTypeWebP && pixels >= kOwnLosslessPixels && qualityOf(properties, 1) >= 1) {
+        return writeLosslessWebP(image, properties);
+    }
     if (const auto& program = decoderProgram()) {
         return encodeBehindWall(*program, image, type, properties);
     }

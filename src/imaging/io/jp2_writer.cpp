@@ -196,6 +196,10 @@ Result<Bytes> writeJpeg2000(PictureRows& rows, const ImageProperties& properties
     const Tiling tiling(rows.shape());
     const JpImage components = describeComponents(rows.shape());
     MemoryFile file;
+    // Grown step by step, the file would be held twice; pages that are not touched cost nothing.
+    file.bytes.reserve(static_cast<std::size_t>(rows.shape().width) *
+                       static_cast<std::size_t>(rows.shape().height) *
+                       static_cast<std::size_t>(rows.shape().samples));
     JpMessages messages;
     const JpCodec codec(opj_create_compress(OPJ_CODEC_JP2));
     JpStream stream = openMemory(file);

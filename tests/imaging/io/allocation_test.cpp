@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <new>
 
 #include "imaging/io/file_builders.h"
 #include "imaging/io/pictures.h"
+#include "imaging/io/vp8l_writer.h"
 #include "memory/refuse_each.h"
 
 namespace skarnel {
@@ -85,6 +87,21 @@ TEST_P(Allocation, ThatFailsInAWriterGivesACleanError) {
             refuseEach(std::string(type.name), GetParam(), write, libtiff ? kLostByLibtiff : 0);
         }
     }
+}
+
+/// encodeImage takes it for large pictures alone, which would take too long here.
+TEST_P(Allocation, ThatFailsInOurLosslessWebPGivesACleanError) {
+    const CGImage image = randomValidPicture(21, 37, 3);
+    const ImageProperties properties = with(kPropertyExifBlock, cameraBlock());
+    const Bytes expected = *io::writeLosslessWebP(image, properties);
+    refuseEach("lossless WebP", GetParam(), [&] {
+        try {
+            const auto bytes = io::writeLosslessWebP(image, properties);
+            return !bytes || *bytes == expected;
+        } catch (const std::bad_alloc&) {
+            return true;
+        }
+    });
 }
 
 /// Those that can be read in the program itself. libtiff ends it over requests that it does not
