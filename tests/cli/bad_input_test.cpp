@@ -48,6 +48,25 @@ TEST_F(BadInput, FilesThatAreNoPictures) {
     failure("noise.bmp", std::string(10'000, '\xa7'));
 }
 
+/// Wherever memory runs out, be it for the report: a result or a message, never a crash.
+TEST_F(BadInput, LittleMemoryEndsCleanly) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "a sanitizer needs memory of its own";
+#endif
+    int failures = 0;
+    for (rlim_t megabytes = 8; megabytes <= 128; megabytes += 4) {
+        test::Process process({folder_ / "good.png", "-o", out_, "--force", "--json"}, [&] {
+            const rlimit limit{megabytes << 20U, megabytes << 20U};
+            ::setrlimit(RLIMIT_AS, &limit);
+        });
+        const Finished finished = process.finish();
+        // 127: the loader had no memory for the program itself.
+        EXPECT_THAT(finished.exitCode, testing::AnyOf(0, 1, 127)) << megabytes << " MB";
+        failures += finished.exitCode == 0 ? 0 : 1;
+    }
+    EXPECT_GT(failures, 0) << "nothing was refused";
+}
+
 TEST_F(BadInput, EveryTruncationOfEveryFormat) {
     for (const std::string_view type : {kUTTypePNG, kUTTypeJPEG, kUTTypeBMP}) {
         const std::string whole = test::textOf(*encodeImage(test::gradientPicture(40, 30), type));
