@@ -144,6 +144,28 @@ TEST_F(ViewerPainting, NothingOfAnEarlierPictureStaysOnTheScreen) {
     }
 }
 
+/// Into the pixels of an image, as in a window's own memory, and by the painter, as on a pixmap.
+/// Run at scales of 1 to 2, too.
+TEST_F(ViewerPainting, AnImageIsPaintedOnAsAnyOtherDevice) {
+    const double ratio = viewer.devicePixelRatioF();
+    for (const auto& [width, height] : {std::pair{101, 60}, {99, 61}, {900, 30}, {40, 700}}) {
+        viewer.setImage(noise(width, height, static_cast<unsigned>(width)));
+        const QImage byPainter = viewer.grab().toImage().convertToFormat(QImage::Format_RGB32);
+        QImage image(byPainter.size(), QImage::Format_RGB32);
+        image.setDevicePixelRatio(ratio);
+        image.fill(Qt::red);
+        viewer.render(&image);
+        EXPECT_EQ(image, byPainter) << width << " x " << height << " at " << ratio;
+        // A part of it, as after a change of a part.
+        image.fill(Qt::red);
+        viewer.render(&image, QPoint(180, 130), QRect(180, 130, 50, 40));
+        EXPECT_EQ(image.pixelColor(0, 0), QColor(Qt::red));
+        const auto device = [&](int logical) { return static_cast<int>(logical * ratio) + 2; };
+        const QRect inside(device(180), device(130), device(45) - 2, device(35) - 2);
+        EXPECT_EQ(image.copy(inside), byPainter.copy(inside)) << width << " at " << ratio;
+    }
+}
+
 TEST_F(ViewerPainting, AFirstPictureHasTheMemoryForTheNextOnesPrepared) {
     releaseIdlePixelMemory();
     const PreviewMemory memory(viewer);
