@@ -155,14 +155,24 @@ QStringList WindowState::recentFiles() const {
 
 void WindowState::addRecentFile(const QString& path) {
     const QString absolute = QFileInfo(path).absoluteFilePath();
-    QStringList files = recentFiles();
-    files.removeAll(absolute);
-    files.prepend(absolute);
-    setValue(name(kRecent), QJsonArray::fromStringList(files.mid(0, kMostRecent)));
+    addedRecent_.removeAll(absolute);
+    addedRecent_.prepend(absolute);
+    setValue(name(kRecent), withAddedRecent(value(name(kRecent))));
 }
 
 void WindowState::clearRecentFiles() {
+    addedRecent_.clear();
+    clearedRecent_ = true;
     setValue(name(kRecent), QJsonArray());
+}
+
+/// The list with this program's own files before the others.
+QJsonArray WindowState::withAddedRecent(const QJsonValue& list) const {
+    QJsonArray files = QJsonArray::fromStringList(addedRecent_);
+    for (const QJsonValue& each : list.toArray())
+        if (!files.contains(each)) files.append(each);
+    while (files.size() > kMostRecent) files.removeLast();
+    return files;
 }
 
 bool WindowState::save() {
@@ -186,13 +196,22 @@ Result<void> WindowState::write(const std::function<void(QJsonObject&)>& change)
         systemLog(path + ": What could not be read is kept beside it");
         foundDamaged_ = false;
     }
+    // Windows that run at once each add to the list.
+    const QString recent = name(kRecent);
+    if (changed_.contains(recent))
+        values_.insert(recent,
+                       withAddedRecent(clearedRecent_ ? QJsonArray() : now.values.value(recent)));
     for (const QString& key : std::as_const(changed_)) now.values.insert(key, values_.value(key));
     change(now.values);
     const QByteArray text = QJsonDocument(now.values).toJson();
     const std::span bytes(reinterpret_cast<const std::uint8_t*>(text.constData()),
                           static_cast<std::size_t>(text.size()));
     auto written = writeFileSafely(path, bytes, Overwrite::Allow);
-    if (written) changed_.clear();
+    if (written) {
+        changed_.clear();
+        addedRecent_.clear();
+        clearedRecent_ = false;
+    }
     return logged(std::move(written));
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QSet>
 #include <QString>
@@ -48,7 +49,7 @@ class WindowState {
     QString appearance() const;
     void setAppearance(const QString& name);
 
-    /// Absolute paths, the latest first.
+    /// Absolute paths, the latest first. With every write come those that other windows wrote.
     QStringList recentFiles() const;
     void addRecentFile(const QString& path);
     void clearRecentFiles();
@@ -77,6 +78,7 @@ class WindowState {
         bool whole = true;
     };
     OnDisk read() const;
+    QJsonArray withAddedRecent(const QJsonValue& list) const;
     /// Under the lock: reads again, applies `change`, writes.
     Result<void> write(const std::function<void(QJsonObject&)>& change);
 
@@ -85,7 +87,9 @@ class WindowState {
     bool foundDamaged_ = false;  // a copy is owed before the next write
     QStringList chosen_;
     std::function<void()> told_;
-    QSet<QString> changed_;  // names that are not yet written
+    QSet<QString> changed_;       // names that are not yet written
+    QStringList addedRecent_;     // since the last write, the latest first
+    bool clearedRecent_ = false;  // before these
 };
 
 }  // namespace skarnel

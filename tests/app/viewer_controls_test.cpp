@@ -130,6 +130,16 @@ TEST_F(ViewerControls, AColourPickedElsewhereIsTheBackgroundAndRendersAgain) {
     }
 }
 
+TEST_F(ViewerControls, AColourPickedBeforeThereIsAPictureIsTheBackgroundAlone) {
+    toolkit.colorPanel.chosen = NSColor::colorWithDeviceRed(0, 1, 0, 1);
+    controller.changeBackgroundColor({NSColorPanelColorDidChangeNotification});
+    EXPECT_THAT(log.take(), ElementsAre("window.firstResponder", "colorPanel.color",
+                                        "viewer.setBackgroundColor rgba(0,1,0,1)",
+                                        "resultViewBackgroundColorTextField.setStringValue "
+                                        "#00FF00"));
+    EXPECT_EQ(controller.resultViewBackgroundColor, toolkit.colorPanel.chosen);
+}
+
 TEST_F(ViewerControls, AColourPickedWithTheTextViewFocusedLeavesTheBackground) {
     openPicture(40, 30);
     window.resultWindow.focus = &window.textView;

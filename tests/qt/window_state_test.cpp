@@ -143,6 +143,27 @@ TEST_F(WindowStateFile, WindowsThatRunAtOnceWriteOnlyWhatTheyChanged) {
     EXPECT_EQ(looks(), (QStringList{QStringLiteral("Zwei"), QStringLiteral("Two 2")}));
 }
 
+TEST_F(WindowStateFile, WindowsThatRunAtOnceKeepTheRecentFilesOfAll) {
+    const auto file = [](const char* name) { return QStringLiteral("/p/") + QLatin1String(name); };
+    WindowState one(path);
+    WindowState two(path);
+    one.addRecentFile(file("a"));
+    two.addRecentFile(file("b"));
+    EXPECT_TRUE(one.save());
+    EXPECT_TRUE(two.save());
+    EXPECT_EQ(WindowState(path).recentFiles(), (QStringList{file("b"), file("a")}));
+    EXPECT_EQ(two.recentFiles(), (QStringList{file("b"), file("a")}));
+    one.addRecentFile(file("c"));
+    one.addRecentFile(file("a"));
+    EXPECT_EQ(one.recentFiles(), (QStringList{file("a"), file("c")}));
+    EXPECT_TRUE(one.save());
+    EXPECT_EQ(one.recentFiles(), (QStringList{file("a"), file("c"), file("b")}));
+    two.clearRecentFiles();
+    two.addRecentFile(file("d"));
+    EXPECT_TRUE(two.save());
+    EXPECT_EQ(WindowState(path).recentFiles(), QStringList{file("d")});
+}
+
 TEST_F(WindowStateFile, ALookThatCannotBeReadHereStays) {
     put("{\"presets\": [{\"name\": \"Of a later version\", \"shape\": 4}], \"unknown\": 7}");
     {
