@@ -234,6 +234,36 @@ TEST_F(CompanionsTest, ArrowsSayWhereMoreLooksFollow) {
     EXPECT_TRUE(right->isVisible());
 }
 
+TEST_F(CompanionsTest, FromRightToLeftMoreLooksFollowOnTheLeft) {
+    start();
+    QListWidget& list = strip().list();
+    window().resize(700, 600);
+    ASSERT_TRUE(
+        QTest::qWaitFor([&] { return list.horizontalScrollBar()->maximum() > 0; }, kPatience));
+    window().setLayoutDirection(Qt::RightToLeft);
+    auto* left = list.findChild<QAbstractButton*>(QStringLiteral("moreLooksLeft"));
+    auto* right = list.findChild<QAbstractButton*>(QStringLiteral("moreLooksRight"));
+    ASSERT_TRUE(left && right);
+    const auto isSeen = [&](int row) {
+        return list.viewport()->rect().contains(list.visualItemRect(list.item(row)));
+    };
+    list.horizontalScrollBar()->setValue(0);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return isSeen(0); }, kPatience));
+    const QRect first = list.visualItemRect(list.item(0));
+    EXPECT_GT(first.left(), list.visualItemRect(list.item(1)).left());
+    EXPECT_FALSE(right->isVisible());
+    EXPECT_TRUE(left->isVisible());
+    EXPECT_EQ(left->geometry().left(), 0);
+    left->click();
+    EXPECT_GT(list.visualItemRect(list.item(0)).left(), first.left());
+    EXPECT_TRUE(right->isVisible());
+    list.horizontalScrollBar()->setValue(list.horizontalScrollBar()->maximum());
+    EXPECT_TRUE(isSeen(list.count() - 1));
+    EXPECT_FALSE(left->isVisible());
+    right->click();
+    EXPECT_TRUE(left->isVisible());
+}
+
 TEST_F(CompanionsTest, ALookOfTheProgramsCannotBeRemoved) {
     start();
     strip().list().setCurrentRow(0);
