@@ -177,6 +177,13 @@ int openStream(const std::string& path, FileSystem& fileSystem) {
     return descriptor;
 }
 
+Result<void> writeBlocking(int descriptor, std::span<const std::uint8_t> bytes,
+                           FileSystem& fileSystem) {
+    const int blocking = fileSystem.setBlocking(descriptor);
+    if (blocking < 0) return writeError(blocking);
+    return writeDescriptor(descriptor, bytes, fileSystem);
+}
+
 Result<void> writeStream(const std::string& path, const struct stat& status,
                          std::span<const std::uint8_t> bytes, FileSystem& fileSystem) {
     const int descriptor = openStream(path, fileSystem);
@@ -184,9 +191,7 @@ Result<void> writeStream(const std::string& path, const struct stat& status,
         return {ErrorCode::CannotWrite, "Nothing reads from this pipe"};
     }
     if (descriptor < 0) return writeError(descriptor);
-    const int blocking = fileSystem.setBlocking(descriptor);
-    Result<void> written = blocking < 0 ? Result<void>(writeError(blocking))
-                                        : writeDescriptor(descriptor, bytes, fileSystem);
+    Result<void> written = writeBlocking(descriptor, bytes, fileSystem);
     const int closed = fileSystem.close(descriptor);
     if (written && closed < 0 && closed != -EINTR) return writeError(closed);
     return written;
@@ -257,7 +262,7 @@ Result<void> writeDescriptor(int descriptor, std::span<const std::uint8_t> bytes
 std::string folderOfPath(const std::string& path) {
     const std::size_t slash = path.find_last_of('/');
     if (slash == std::string::npos) return ".";
-    return slash == 0 ? "/" : path.substr(0, slash);
+    return path.substr(0, std::max<std::size_t>(slash, 1));  // the root is its slash
 }
 
 Result<std::string> followLinks(const std::string& path, FileSystem& fileSystem) {
@@ -267,7 +272,8 @@ Result<std::string> followLinks(const std::string& path, FileSystem& fileSystem)
         const int read = fileSystem.readlink(at.c_str(), target);
         if (read == -EINVAL || read == -ENOENT) return at;  // no link, or nothing
         if (read < 0) return writeError(read);
-        at = target.starts_with('/') ? target : folderOfPath(at) + "/" + target;
+        if (!target.starts_with('/')) target.insert(0, folderOfPath(at) + "/");
+        at = std::move(target);
     }
     return writeError(-ELOOP);
 }

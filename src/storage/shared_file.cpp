@@ -25,7 +25,9 @@ bool isSameFile(const std::string& path, const struct stat& status, FileSystem& 
 
 /// Of the copy of a given number, from 1.
 std::string copyName(const std::string& target, int number) {
-    return target + ".damaged" + (number == 1 ? "" : "-" + std::to_string(number));
+    std::string name = target + ".damaged";
+    if (number > 1) name += "-" + std::to_string(number);
+    return name;
 }
 
 }  // namespace

@@ -70,6 +70,15 @@ TEST_F(DamagedSettings, AFileThatCouldNotBeReadAtTheStartIsKeptEvenIfItCanBeLate
     EXPECT_EQ(fileText(path_ + ".damaged"), R"({"alpha": 12})");
 }
 
+TEST_F(DamagedSettings, AFileThatIsGoneMeanwhileLeavesNothingToKeep) {
+    putFile(path_, "broken");
+    SettingsStore store(path_);
+    std::filesystem::remove(path_);
+    store.setFloat("a", 1);
+    ASSERT_TRUE(store.synchronize());
+    EXPECT_THAT(folder_.names(), ElementsAre("settings.json", "settings.json.lock"));
+}
+
 TEST_F(DamagedSettings, WrongTypesCountAsAbsentAndTheFileIsKept) {
     putFile(path_, R"({"alpha": "much", "offset": 3})");
     SettingsStore store(path_);

@@ -232,6 +232,18 @@ TEST_F(SettingsStoreTest, TheObserverHearsOfEveryChange) {
     EXPECT_EQ(heard.size(), 1U);
 }
 
+TEST_F(SettingsStoreTest, AReloadTellsOfChangedValuesAndOfNoOthers) {
+    putFile(path_, R"({"a": 1, "b": 2, "c": true, "d": 4})");
+    SettingsStore store(path_);
+    std::vector<std::string> heard;
+    store.setObserver([&](const std::string& key) { heard.push_back(key); });
+    putFile(path_, R"({"a": 5, "b": 2, "c": 1})");
+    ASSERT_TRUE(store.reload());
+    EXPECT_THAT(heard, ElementsAre("a", "c", "d"));
+    EXPECT_EQ(store.floatForKey("a"), 5.0F);
+    EXPECT_EQ(store.keySetChanges(), 1U);
+}
+
 TEST_F(SettingsStoreTest, ChangesOfTheKeySetAreCountedAndChangesOfValuesAreNot) {
     SettingsStore store(path_);
     EXPECT_EQ(store.keySetChanges(), 0U);
@@ -252,6 +264,10 @@ TEST_F(SettingsStoreTest, WhatAKilledProgramLeftIsRemoved) {
     EXPECT_FALSE(std::filesystem::exists(path_ + ".lock"));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_ / "real"), {}), 1);
     SettingsStore("").removeLeftOvers();
+    std::filesystem::create_symlink("loop.json", folder_ / "loop.json");
+    putFile(temporaryFilePath(folder_.path()), "half");
+    SettingsStore(folder_ / "loop.json").removeLeftOvers();
+    EXPECT_THAT(folder_.names(), ElementsAre("loop.json", "real", "settings.json"));
 }
 
 TEST_F(SettingsStoreTest, ALockThatIsNotGivenUpIsReportedAndNothingIsLost) {

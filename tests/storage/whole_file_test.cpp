@@ -112,6 +112,57 @@ TEST(ReadWholeFile, ReadsAPipeWhoseWriterTakesItsTime) {
     EXPECT_EQ(textOf(*bytes), "through in parts");
 }
 
+TEST(ReadWholeFile, ReadsAPipeInWhichSomethingLiesAlready) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    /// The writer goes once its text was found.
+    class LeavingWriter final : public test::InterceptedFileSystem {
+      public:
+        explicit LeavingWriter(const std::string& path)
+            : writer_(::open(path.c_str(), O_RDWR | O_CLOEXEC)) {
+            EXPECT_EQ(::write(writer_, "ready", 5), 5);
+        }
+
+      private:
+        int before(const std::string& call, const std::string&) override {
+            if (call == "setBlocking") ::close(writer_);
+            return 0;
+        }
+        int writer_;
+    } leaving(folder / "pipe");
+    const auto bytes = readWholeFile(folder / "pipe", 100, leaving);
+    ASSERT_TRUE(bytes) << bytes.error().message;
+    EXPECT_EQ(textOf(*bytes), "ready");
+}
+
+TEST(ReadDescriptor, AStreamOfAFewBytesHasItsLimitToo) {
+    for (const std::uint64_t most : {4U, 5U}) {
+        int ends[2];
+        ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+        ASSERT_EQ(::write(ends[1], "12345", 5), 5);
+        ::close(ends[1]);
+        const auto bytes = readDescriptor(ends[0], most);
+        ::close(ends[0]);
+        EXPECT_EQ(codeOf(bytes), most < 5 ? std::optional(ErrorCode::TooLarge) : std::nullopt);
+    }
+}
+
+TEST(ReadWholeFile, RefusesADisk) {
+    class Disk final : public test::InterceptedFileSystem {
+        int before(const std::string&, const std::string&) override { return 0; }
+        int fstat(int descriptor, struct stat& status) override {
+            const int result = real_.fstat(descriptor, status);
+            status.st_mode = S_IFBLK | 0600;
+            return result;
+        }
+    } disk;
+    const TemporaryFolder folder;
+    putFile(folder / "disk", "sectors");
+    const auto bytes = readWholeFile(folder / "disk", 100, disk);
+    ASSERT_FALSE(bytes);
+    EXPECT_EQ(bytes.error().message, "It is not an ordinary file");
+}
+
 TEST(ReadWholeFile, APipeThatFailsIsAFailure) {
     const TemporaryFolder folder;
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
@@ -155,6 +206,17 @@ TEST(ReadWholeFile, AReadThatFailsInTheMiddleIsAFailure) {
     const auto bytes = readWholeFile(folder / "file", 100, failing);
     ASSERT_FALSE(bytes);
     EXPECT_EQ(bytes.error().message, "Input/output error");
+    // Behind the first 64 bytes, which tell what the file is.
+    class FailingLater final : public test::InterceptedFileSystem {
+        int before(const std::string& call, const std::string&) override {
+            return call == "read" && ++reads_ == 2 ? -EIO : 0;
+        }
+        int reads_ = 0;
+    } failingLater;
+    putFile(folder / "file", std::string(300, 'x'));
+    const auto half = readWholeFile(folder / "file", 1000, failingLater);
+    ASSERT_FALSE(half);
+    EXPECT_EQ(half.error().message, "Input/output error");
 }
 
 }  // namespace
