@@ -198,14 +198,15 @@ std::optional<std::string> packetOfTiff(ByteView file, const TiffForm& form) {
     for (std::uint64_t i = 0; i < directory->count; ++i) {
         const std::uint64_t entry = directory->entries + i * form.entrySize();
         if (form.numbers.at(entry, 2) != kXmpTag) continue;
-        const auto type = form.numbers.at(entry + 2, 2);
-        const auto length = form.numbers.at(entry + 4, form.placeSize);
-        const auto place = form.numbers.at(entry + 4 + form.placeSize, form.placeSize);
+        // The directory lies within the file, so its entries do.
+        const std::uint64_t type = *form.numbers.at(entry + 2, 2);
+        const std::uint64_t length = *form.numbers.at(entry + 4, form.placeSize);
+        const std::uint64_t place = *form.numbers.at(entry + 4 + form.placeSize, form.placeSize);
         const bool bytes = type == kTypeByte || type == kTypeUndefined;
         // A packet is never so short that it would stand in the entry itself.
-        if (!bytes || !length || !place || *length <= form.placeSize) return std::nullopt;
-        if (*place > file.size() || file.size() - *place < *length) return std::nullopt;
-        return std::string(viewOf(file).substr(*place, *length));
+        if (!bytes || length <= form.placeSize) return std::nullopt;
+        if (place > file.size() || file.size() - place < length) return std::nullopt;
+        return std::string(viewOf(file).substr(place, length));
     }
     return std::nullopt;
 }

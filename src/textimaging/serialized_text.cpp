@@ -58,11 +58,11 @@ class Reader {
         return number(value) && value <= left() / itemBytes;
     }
 
-    bool text(std::string& value, std::size_t size) {
-        if (left() < size) return false;
-        value.assign(data_.begin(), data_.begin() + static_cast<std::ptrdiff_t>(size));
+    // As many bytes as a count has found to be there.
+    ByteView take(std::size_t size) {
+        const ByteView taken = data_.first(size);
         data_ = data_.subspan(size);
-        return true;
+        return taken;
     }
 
   private:
@@ -88,8 +88,10 @@ bool readStyle(Reader& reader, TextStyle& style) {
     std::uint8_t slant = 0;
     std::uint8_t underline = 0;
     TextColor& color = style.color;
-    if (!reader.count(familyBytes, 1) || !reader.text(style.family, familyBytes) ||
-        !reader.number(size) || !reader.number(weight) || !reader.number(slant) ||
+    if (!reader.count(familyBytes, 1)) return false;
+    const ByteView family = reader.take(familyBytes);
+    style.family.assign(family.begin(), family.end());
+    if (!reader.number(size) || !reader.number(weight) || !reader.number(slant) ||
         !reader.number(underline) || !reader.number(color.red) || !reader.number(color.green) ||
         !reader.number(color.blue) || !reader.number(color.alpha))
         return false;
@@ -134,11 +136,10 @@ bool readRuns(Reader& reader, StyledText& text, const std::u16string& characters
 bool readAlignments(Reader& reader, StyledText& text) {
     std::uint32_t count = 0;
     if (!reader.count(count, 1) || count != text.alignments().size()) return false;
-    for (std::uint32_t i = 0; i < count; ++i) {
-        std::uint8_t alignment = 0;
-        if (!reader.number(alignment)) return false;
+    std::size_t paragraph = 0;
+    for (const std::uint8_t alignment : reader.take(count)) {
         if (alignment > static_cast<std::uint8_t>(TextAlignment::Justified)) return false;
-        text.setAlignment(i, static_cast<TextAlignment>(alignment));
+        text.setAlignment(paragraph++, static_cast<TextAlignment>(alignment));
     }
     return true;
 }

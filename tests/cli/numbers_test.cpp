@@ -70,8 +70,8 @@ TEST(Colors, AreSixHexadecimalDigits) {
     EXPECT_EQ(parseColor("#000000"), (DeviceColor{0, 0, 0, 1}));
     EXPECT_EQ(parseColor("#FF0080"), (DeviceColor{1, 0, 128 / 255.0, 1}));
     EXPECT_EQ(parseColor("#ff0080"), parseColor("#FF0080"));
-    for (const char* text : {"", "#", "FF0080", "#FF008", "#FF00800", "#GG0080", "#-F0080",
-                             "#+F0080", "# F0080", "red"}) {
+    for (const char* text : {"", "#", "FF0080", "FF00800", "#FF008", "#FF00800", "#GG0080",
+                             "#-F0080", "#+F0080", "# F0080", "red"}) {
         EXPECT_FALSE(parseColor(text)) << text;
     }
 }

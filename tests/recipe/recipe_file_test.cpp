@@ -1,6 +1,7 @@
 #include "recipe/recipe_file.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <cstdlib>
@@ -124,6 +125,17 @@ TEST_F(RecipeOnDisk, DevicesAndPipesAreNotOpened) {
     EXPECT_EQ(reasonFor(pipe), "It is not an ordinary file");
 }
 
+TEST_F(RecipeOnDisk, OneThatCannotBeOpenedNamesItsCause) {
+    const std::string path = put("a.skarnel", *serializeRecipe(someRecipe()));
+    rlimit before = {};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none = {0, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    const std::string reason = reasonFor(path);
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(reason, "Too many open files");
+}
+
 TEST_F(RecipeOnDisk, NoMoreIsReadThanCanBeARecipe) {
     // 100 GB that are not there: reading them would not end within the test's time.
     constexpr std::uintmax_t kHuge = std::uintmax_t{100} << 30;
@@ -133,6 +145,9 @@ TEST_F(RecipeOnDisk, NoMoreIsReadThanCanBeARecipe) {
     const std::string film = put("film", "RIFF");
     fs::resize_file(film, kHuge);
     EXPECT_EQ(reasonFor(film), "The file carries no recipe");
+    const std::string animation = put("animation", "GIF89a");
+    fs::resize_file(animation, kHuge);
+    EXPECT_EQ(reasonFor(animation), "The file carries no recipe");
     const std::string text = put("text", "{");
     fs::resize_file(text, kHuge);
     EXPECT_EQ(reasonFor(text), "The recipe is larger than 64 MB");

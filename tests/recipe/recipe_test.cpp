@@ -209,6 +209,15 @@ TEST(Recipe, ASettingOfTheWrongTypeIsNamed) {
     std::string text = whole();
     text.replace(text.find("\"gradient\":7"), 12, "\"gradient\":true");
     EXPECT_EQ(messageOf(text), "The recipe's setting \"gradient\" is missing or damaged");
+    for (const std::string_view value : {"\"wide\"", "\"nan:\"", "1e39", "-1e300"}) {
+        text = whole();
+        text.replace(text.find("\"gradient\":7"), 12, "\"gradient\":" + std::string(value));
+        EXPECT_EQ(messageOf(text), "The recipe's setting \"gradient\" is missing or damaged");
+    }
+    text = whole();
+    text.replace(text.find("applyBackgroundColor"), 20, "applyForegroundColor");
+    EXPECT_EQ(messageOf(text),
+              "The recipe's setting \"applyBackgroundColor\" is missing or damaged");
     text = whole();
     text.replace(text.find("Color\":false"), 12, "Color\":0");
     EXPECT_EQ(messageOf(text),

@@ -110,12 +110,74 @@ TEST(XmpPacket, KeepsTheEntriesOfATiffSorted) {
     EXPECT_EQ(tags, (std::vector<unsigned>{256, 700, 33000}));
 }
 
+TEST(XmpPacket, OfATiffBeginsAtAnEvenPlaceAndSoDoesItsDirectory) {
+    for (const std::size_t filling : {0U, 1U}) {
+        for (const std::size_t more : {0U, 1U}) {
+            Bytes file = tinyTiff(true, false);
+            file.resize(file.size() + filling);
+            const std::string packet = std::string(kPacket) + std::string(more, '!');
+            const Bytes with = *withXmpPacket(file, packet);
+            EXPECT_EQ(xmpPacketOf(with), packet);
+            const std::size_t directory = with[4] + 256U * with[5];
+            EXPECT_EQ(directory % 2, 0U);
+            EXPECT_EQ(with[directory + 2 + 12 + 8] % 2, 0) << "the packet's place";
+        }
+    }
+}
+
 TEST(XmpPacket, AJpegHasRoomForOneSegment) {
     // 65,535 bytes less two of the length and 29 of the name with its zero.
     EXPECT_TRUE(withXmpPacket(tinyJpeg(), std::string(65504, 'x')));
     const auto with = withXmpPacket(tinyJpeg(), std::string(65505, 'x'));
     ASSERT_FALSE(with);
     EXPECT_EQ(with.error().code, ErrorCode::TooLarge);
+}
+
+TEST(XmpPacket, OnlySegmentsWithALengthAreSteppedOver) {
+    const Bytes packet = *withXmpPacket(bytesOf("\xFF\xD8"), kPacket);
+    const std::string rest(packet.begin() + 2, packet.end());
+    const struct {
+        const char* name;
+        std::string_view segment;
+        bool isSteppedOver;
+    } rows[] = {
+        {"the first with a length", "\xFF\xC0\0\3x"sv, true},
+        {"the last before those without", "\xFF\xCF\0\3x"sv, true},
+        {"the first without", "\xFF\xD0\0\3x"sv, false},
+        {"the last without", "\xFF\xD9\0\3x"sv, false},
+        {"the scan", "\xFF\xDA\0\3x"sv, false},
+        {"the one behind the scan", "\xFF\xDB\0\3x"sv, true},
+        {"a comment", "\xFF\xFE\0\3x"sv, true},
+        {"filling", "\xFF\xFF\0\3x"sv, false},
+        {"below all", "\xFF\xBF\0\3x"sv, false},
+        {"no mark", "\x12\xFE\0\3x"sv, false},
+        {"nothing in it", "\xFF\xFE\0\2"sv, true},
+        {"less than its own length", "\xFF\xFE\0\1"sv, false},
+    };
+    for (const auto& row : rows) {
+        const Bytes file = bytesOf("\xFF\xD8" + std::string(row.segment) + rest);
+        EXPECT_EQ(xmpPacketOf(file).has_value(), row.isSteppedOver) << row.name;
+    }
+    EXPECT_EQ(xmpPacketOf(bytesOf("\xFF\xD8\xFF\xFE\0\2"sv)), std::nullopt);
+    EXPECT_EQ(xmpPacketOf(bytesOf("\xFF\xD8\xFF\xFE\0\7x"sv)), std::nullopt);
+}
+
+TEST(XmpPacket, OfATiffHasTheTypeOfBytesOrAnUnknownOneAndLiesWithinTheFile) {
+    const Bytes with = *withXmpPacket(tinyTiff(true, false), kPacket);
+    // Behind the count and the entry of tag 256: tag, type, length and place of the packet.
+    const std::size_t entry = with[4] + 256U * with[5] + 2 + 12;
+    const auto found = [&](std::size_t at, std::uint8_t value) {
+        Bytes changed = with;
+        changed[entry + at] = value;
+        return xmpPacketOf(changed).has_value();
+    };
+    EXPECT_TRUE(found(2, 1));
+    EXPECT_TRUE(found(2, 7));
+    EXPECT_FALSE(found(2, 2)) << "text";
+    EXPECT_TRUE(found(4, 5));
+    EXPECT_FALSE(found(4, 4)) << "would stand in the entry itself";
+    EXPECT_FALSE(found(4, 255)) << "longer than the file";
+    EXPECT_FALSE(found(9, 255)) << "begins behind the file";
 }
 
 TEST(XmpPacket, OtherFormatsCannotCarryOne) {

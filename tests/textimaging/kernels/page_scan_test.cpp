@@ -61,7 +61,9 @@ std::vector<std::uint8_t> strewnRow(std::mt19937& random, ScanPixel reference, s
 
 TEST(PageScan, EveryTargetEqualsTheScalarDefinition) {
     std::mt19937 random(4242);
-    for (const Target target : supportedTargets()) {
+    std::vector<Target> targets = supportedTargets();
+    targets.push_back(kScalarTarget);  // by way of the choice between all of them
+    for (const Target target : targets) {
         const ScopedTarget scoped(target);
         for (const std::size_t pixels : {0, 1, 2, 3, 4, 7, 8, 9, 15, 16, 17, 31, 33, 64, 65, 257}) {
             for (const std::size_t misalign : {0, 1, 3, 4, 12}) {

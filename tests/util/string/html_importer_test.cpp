@@ -45,6 +45,7 @@ TEST(HTMLImporter, TextWithoutABlockHasNoLineEndOfItsOwn) {
 TEST(HTMLImporter, CollapsesWhiteSpaceOutsidePreformattedText) {
     EXPECT_EQ(textOf("  a \n\t b  <b> c</b>  "), "a b c");
     EXPECT_EQ(textOf("a\t\fb\r\nc\fd"), "a b c d");
+    EXPECT_EQ(textOf("a&#13;b&#12; c"), "a b c") << "written as numbers, too";
     EXPECT_EQ(textOf("<p> a </p> <p> b </p>"), "a\nb\n");
     EXPECT_EQ(textOf("<pre>a  b\n c</pre>"), "a  b\n c\n");
     EXPECT_EQ(textOf("a&nbsp; b"), "a\xC2\xA0 b") << "a no-break space is no white space";
