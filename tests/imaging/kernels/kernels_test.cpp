@@ -211,29 +211,32 @@ TEST(Kernels, PackedColumnsAreTheSameOnEveryTargetAndAsUnpacked) {
 
 /// Runs of samples whose first pixels are unequally far apart, each with weights of its own.
 TEST(Kernels, RunsOfPackedColumnsAreTheSameOnEveryTarget) {
-    for (const double step : {0.4, 1.0, 1.9, 2.0, 2.55, 4.1, 4.4})
-        for (const std::size_t places : {1, 2, 3, 4})
-            expectEqualTargets([&](std::uint8_t* target, std::size_t pixels, std::size_t) {
-                const auto sourcePixels =
-                    static_cast<std::size_t>(step * static_cast<double>(pixels)) + 5;
-                const auto source = noise(4 * sourcePixels, 16);
-                std::mt19937 random(17);
-                std::vector<std::int32_t> first;
-                std::vector<std::int16_t> packed(4 * pixels);
-                for (std::size_t x = 0; x < pixels; ++x) {
-                    first.push_back(static_cast<std::int32_t>(static_cast<double>(x) * step));
-                    int rest = kTapUnit;
-                    for (std::size_t j = 0; j + 1 < places; ++j) {
-                        const int weight = static_cast<int>(random() % 5000U);
-                        packed[4 * x + j] = static_cast<std::int16_t>(weight);
-                        rest -= weight;
-                    }
-                    packed[4 * x + places - 1] = static_cast<std::int16_t>(rest);
+    struct Case {
+        double step;  // pixels from one sample's first to the next one's
+        std::size_t places;
+    };
+    for (const auto& [step, places] : {Case{1, 1}, Case{0.4, 2}, Case{4.1, 2}, Case{1.9, 3},
+                                       Case{4.4, 3}, Case{2, 4}, Case{2.55, 4}})
+        expectEqualTargets([&](std::uint8_t* target, std::size_t pixels, std::size_t) {
+            const auto sourcePixels =
+                static_cast<std::size_t>(step * static_cast<double>(pixels)) + 5;
+            const auto source = noise(4 * sourcePixels, 16);
+            std::mt19937 random(17);
+            std::vector<std::int32_t> first;
+            std::vector<std::int16_t> packed(4 * pixels);
+            for (std::size_t x = 0; x < pixels; ++x) {
+                first.push_back(static_cast<std::int32_t>(static_cast<double>(x) * step));
+                int rest = kTapUnit;
+                for (std::size_t j = 0; j + 1 < places; ++j) {
+                    const int weight = static_cast<int>(random() % 5000U);
+                    packed[4 * x + j] = static_cast<std::int16_t>(weight);
+                    rest -= weight;
                 }
-                combinePackedColumns(
-                    target, source.data(),
-                    {first.data(), packed.data(), 1, pixels, sourcePixels, places});
-            });
+                packed[4 * x + places - 1] = static_cast<std::int16_t>(rest);
+            }
+            combinePackedColumns(target, source.data(),
+                                 {first.data(), packed.data(), 1, pixels, sourcePixels, places});
+        });
 }
 
 struct Columns {
