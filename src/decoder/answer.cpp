@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <new>
 #include <stdexcept>
 
@@ -34,22 +35,34 @@ bool send(RecordKind kind, std::size_t first, std::size_t second, const void* da
     return sendBytes(&record, sizeof record) && sendBytes(data, size);
 }
 
+/// Sends the next rows of a picture, decoded straight into the ring where they fit there. The
+/// number of rows, or 0 when sending failed.
+Result<int> sendNextRows(io::UprightPicture& picture, io::RowRing* ring) {
+    std::uint8_t* slot = ring != nullptr ? ring->freeSlot() : nullptr;
+    const auto rows = picture.next({slot, slot != nullptr ? io::kRingSlotBytes : 0});
+    if (!rows) return rows.error();
+    const auto count = static_cast<std::size_t>(rows->height);
+    const std::size_t size = static_cast<std::size_t>(rows->strideBytes) * count;
+    if (slot == nullptr || size > io::kRingSlotBytes) {
+        return send(RecordKind::Rows, count, 0, rows->bytes, size) ? rows->height : 0;
+    }
+    if (rows->bytes != slot) std::memcpy(slot, rows->bytes, size);
+    ring->filled();
+    return send(RecordKind::RingRows, count, 0) ? rows->height : 0;
+}
+
 /// What ends the answer well; an Error to be sent instead, or false inside when sending failed.
-Result<bool> sendPicture(io::UprightPicture& picture) {
+Result<bool> sendPicture(io::UprightPicture& picture, io::RowRing* ring) {
     const int height = picture.height();
     if (!send(RecordKind::Picture, static_cast<std::size_t>(picture.width()),
               static_cast<std::size_t>(height))) {
         return false;
     }
     for (int sent = 0; sent < height;) {
-        const auto rows = picture.next();
+        const auto rows = sendNextRows(picture, ring);
         if (!rows) return rows.error();
-        const auto count = static_cast<std::size_t>(rows->height);
-        if (!send(RecordKind::Rows, count, 0, rows->bytes,
-                  static_cast<std::size_t>(rows->strideBytes) * count)) {
-            return false;
-        }
-        sent += rows->height;
+        if (*rows == 0) return false;
+        sent += *rows;
     }
     const auto properties = picture.finish();
     if (!properties) return properties.error();
@@ -57,10 +70,10 @@ Result<bool> sendPicture(io::UprightPicture& picture) {
     return send(RecordKind::Done, text.size(), 0, text.data(), text.size());
 }
 
-Result<bool> decodeAndSend(ByteView bytes, const DecodeLimits& limits) try {
+Result<bool> decodeAndSend(ByteView bytes, const DecodeLimits& limits, io::RowRing* ring) try {
     auto picture = io::openUpright(bytes, limits);
     if (!picture) return picture.error();
-    return sendPicture(*picture);
+    return sendPicture(*picture, ring);
 } catch (const std::bad_alloc&) {
     return {ErrorCode::OutOfMemory, io::kNoMemory};
 } catch (const std::length_error&) {
@@ -79,8 +92,8 @@ bool sendEncoded(ByteView file) {
                 file.size());
 }
 
-bool decodeIntoAnswer(ByteView bytes, const DecodeLimits& limits) {
-    const auto sent = decodeAndSend(bytes, limits);
+bool decodeIntoAnswer(ByteView bytes, const DecodeLimits& limits, io::RowRing* ring) {
+    const auto sent = decodeAndSend(bytes, limits, ring);
     return sent ? *sent : sendError(sent.error());
 }
 

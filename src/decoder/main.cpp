@@ -18,7 +18,8 @@
 #include "imaging/io/decoder_protocol.h"
 #include "imaging/io/encoder_protocol.h"
 #include "imaging/io/late_codec.h"
-#include "imaging/io/read_file.h"
+#include "imaging/io/mapped_file.h"
+#include "imaging/io/row_ring.h"
 
 namespace skarnel {
 namespace {
@@ -60,11 +61,16 @@ int decode(const DecodeLimits& limits) {
     if (needsOf(io::kPictureDescriptor) == io::CodecNeeds::Threads) {
         cell.threads = CellLimits::Threads::Many;
     }
+    // What can be mapped is mapped while that is allowed.
+    io::MappedFile file(io::kPictureDescriptor);
+    auto ring = io::RowRing::map(io::kRingDescriptor);
+    cell.memoryBytes += file.mappedBytes();
     if (auto locked = lockIn(io::kPictureDescriptor, io::kAnswerDescriptor, cell); !locked) {
         return io::kNoWallsStatus;
     }
-    const auto bytes = io::readAll(io::kPictureDescriptor);
-    const bool sent = bytes ? decodeIntoAnswer(*bytes, limits) : sendError(bytes.error());
+    const auto bytes = file.read();
+    const bool sent = bytes ? decodeIntoAnswer(*bytes, limits, ring ? &*ring : nullptr)
+                            : sendError(bytes.error());
     return sent ? 0 : 1;
 }
 

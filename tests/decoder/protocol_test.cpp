@@ -11,7 +11,7 @@ namespace {
 ImageProperties manyProperties() {
     return {{"PixelWidth", std::int64_t{-7}},
             {"DPIWidth", 299.9994},
-            {"{TIFF}.Make", std::string("Ca\0mera", 7)},
+            {"{TIFF}.Make", std::string("Ca\xC3\xB6mera")},
             {"{Exif}.Block", Bytes{1, 0, 255}},
             {"empty", std::string()}};
 }
@@ -64,8 +64,8 @@ class Answer {
     Answer& rows(std::uint32_t count, std::size_t size, std::uint8_t value) {
         return record(RecordKind::Rows, count).data(Bytes(size, value));
     }
-    Answer& done() {
-        const Bytes text = packProperties(kUTTypePNG, manyProperties());
+    Answer& done(const ImageProperties& properties = manyProperties()) {
+        const Bytes text = packProperties(kUTTypePNG, properties);
         return record(RecordKind::Done, static_cast<std::uint32_t>(text.size())).data(text);
     }
     const Bytes& bytes() const { return bytes_; }
@@ -88,6 +88,8 @@ class Answer {
             left_ = left_.subspan(size);
             return true;
         }
+        /// What the ring holds stands behind its record here.
+        bool readFromRing(void* target, std::size_t size) override { return read(target, size); }
         bool isAtEnd() override { return left_.empty(); }
 
       private:
@@ -114,6 +116,19 @@ TEST(DecoderAnswer, RowsThatComeInPiecesMakeThePicture) {
     EXPECT_EQ(received->image.pixels().row(2)[7], 22);
     EXPECT_EQ(received->properties, manyProperties());
     EXPECT_EQ(received->type, kUTTypePNG);
+}
+
+TEST(DecoderAnswer, RowsOfTheRingAndOfThePipeMakeOnePicture) {
+    const auto received = Answer()
+                              .record(RecordKind::Picture, 2, 3)
+                              .record(RecordKind::RingRows, 2)
+                              .data(Bytes(16, 11))
+                              .rows(1, 8, 22)
+                              .done()
+                              .receive();
+    ASSERT_TRUE(received);
+    EXPECT_EQ(received->image.pixels().row(1)[7], 11);
+    EXPECT_EQ(received->image.pixels().row(2)[0], 22);
 }
 
 TEST(DecoderAnswer, AReasonIsPassedOnWhereverItComes) {
@@ -156,6 +171,31 @@ TEST(DecoderAnswer, AReasonIsShortAndFitForATerminal) {
     EXPECT_EQ(passedOn(tooLong), whole) << "no half of a character";
 }
 
+/// A picture of one pixel with these properties.
+Result<DecodedImage> pixelWith(const ImageProperties& properties) {
+    return Answer().record(RecordKind::Picture, 1, 1).rows(1, 4, 0).done(properties).receive();
+}
+
+TEST(DecoderAnswer, TextsOfAPictureAreFitToBeShown) {
+    const std::string longText(5000, 'a');
+    const auto received = pixelWith({{"{TIFF}.Make", std::string("Ca\0m\033[2Jera\n", 12)},
+                                     {"{TIFF}.Model", std::string("\xFFok\xE2\x80\xAE")},
+                                     {"ImageDescription", longText}});
+    ASSERT_TRUE(received);
+    const ImageProperties& properties = received->properties;
+    EXPECT_EQ(std::get<std::string>(properties.at("{TIFF}.Make")), "Ca?m?[2Jera?");
+    EXPECT_EQ(std::get<std::string>(properties.at("{TIFF}.Model")), "?ok?");
+    EXPECT_EQ(std::get<std::string>(properties.at("ImageDescription")), longText.substr(0, 1024));
+}
+
+TEST(DecoderAnswer, AKeyThatNoReaderGivesIsRefused) {
+    for (const std::string& key : {std::string(), std::string("a\nb"), std::string("\xC3\xB6"),
+                                   std::string("\x7F"), std::string(129, 'k')}) {
+        EXPECT_FALSE(pixelWith({{key, 1.0}})) << key;
+    }
+    EXPECT_TRUE(pixelWith({{std::string(128, '~'), 1.0}}));
+}
+
 TEST(DecoderAnswer, EveryPrefixIsRefused) {
     const Answer answer = goodAnswer();
     for (std::size_t size = 0; size < answer.bytes().size(); ++size) {
@@ -167,6 +207,7 @@ TEST(DecoderAnswer, OneThatBreaksTheOrderIsRefused) {
     constexpr std::uint32_t kAll = 0xFFFFFFFF;
     constexpr auto kPicture = RecordKind::Picture;
     constexpr auto kRows = RecordKind::Rows;
+    constexpr auto kRingRows = RecordKind::RingRows;
     struct Row {
         const char* name;
         Answer answer;
@@ -179,6 +220,9 @@ TEST(DecoderAnswer, OneThatBreaksTheOrderIsRefused) {
              Row{"a row too many", Answer().record(kPicture, 2, 3).rows(4, 32, 1).done()},
              Row{"a record of no rows", Answer().record(kPicture, 2, 3).record(kRows, 0)},
              Row{"rows beyond 31 bits", Answer().record(kPicture, 2, 3).record(kRows, kAll)},
+             Row{"ring rows before the picture", Answer().record(kRingRows, 1).data(Bytes(8))},
+             Row{"ring rows too many", Answer().record(kPicture, 2, 3).record(kRingRows, 4)},
+             Row{"more than a slot", Answer().record(kPicture, 500, 150).record(kRingRows, 132)},
              Row{"a second picture", Answer().record(kPicture, 2, 3).record(kPicture, 2, 3)},
              Row{"no width", Answer().record(kPicture, 0, 3)},
              Row{"no height", Answer().record(kPicture, 2, 0)},

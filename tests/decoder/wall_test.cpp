@@ -122,6 +122,19 @@ TEST_F(Wall, GivesTheColoursAndTheCamerasFactsOfASmallPng) {
     EXPECT_EQ(decodeImage(turned)->image.height(), 2);
 }
 
+TEST_F(Wall, GivesPicturesThatGoAroundTheRingOrDoNotFitIt) {
+    // 2.6 MB of rows in pieces of 256 KB; two rows of 280 KB each; the same by its columns.
+    for (const auto& [width, height] : {std::pair{700, 930}, {70000, 2}, {2, 70000}}) {
+        const CGImage image = randomValidPicture(width, height, 11);
+        for (const std::string_view type : {kUTTypePNG, kUTTypeTIFF, kUTTypeBMP}) {
+            const Bytes bytes = *encodeImage(image, type);
+            const auto behind = throughHelper(bytes);
+            ASSERT_TRUE(behind) << type << ": " << behind.error().message;
+            EXPECT_TRUE(samePixels(behind->image, decodeImage(bytes)->image)) << type << width;
+        }
+    }
+}
+
 TEST_F(Wall, PassesErrorsOnWithTheirReason) {
     const Bytes text = {'h', 'e', 'l', 'l', 'o'};
     const auto unknown = throughHelper(text);

@@ -1,11 +1,12 @@
 #include "imaging/io/decoder_protocol.h"
 
-#include <algorithm>
 #include <bit>
 
 #include "imaging/io/byte_reader.h"
+#include "imaging/io/plain_text.h"
 #include "imaging/io/read_file.h"
 #include "imaging/io/readers.h"
+#include "imaging/io/row_ring.h"
 
 namespace skarnel::io {
 namespace {
@@ -108,11 +109,18 @@ Result<std::size_t> AnswerOrder::take(const AnswerRecord& record) {
             height_ = static_cast<int>(record.second);
             return std::size_t{0};
         case RecordKind::Rows:
+        case RecordKind::RingRows: {
             if (record.first == 0 || record.first > static_cast<std::uint32_t>(height_ - rows_)) {
                 return damagedAnswer();
             }
+            const std::size_t size =
+                std::size_t{4} * static_cast<std::size_t>(width_) * record.first;
+            if (record.kind == RecordKind::RingRows && size > kRingSlotBytes) {
+                return damagedAnswer();
+            }
             rows_ += static_cast<int>(record.first);
-            return std::size_t{4} * static_cast<std::size_t>(width_) * record.first;
+            return size;
+        }
         case RecordKind::Done:
             if (width_ == 0 || rows_ != height_) return damagedAnswer();
             [[fallthrough]];
@@ -128,41 +136,21 @@ Result<std::size_t> AnswerOrder::take(const AnswerRecord& record) {
 
 namespace {
 
-/// Bytes of the character that begins the text, by its first byte and those that follow it; 0 when
-/// they are none of UTF-8.
-std::size_t characterBytes(ByteView text) {
-    const std::uint8_t first = text.front();
-    const std::size_t size = first < 0x80                     ? 1
-                             : first >= 0xC2 && first <= 0xDF ? 2
-                             : (first & 0xF0U) == 0xE0        ? 3
-                             : first >= 0xF0 && first <= 0xF4 ? 4
-                                                              : 0;
-    if (size > text.size()) return 0;
-    for (std::size_t i = 1; i < size; ++i) {
-        if ((text[i] & 0xC0U) != 0x80) return 0;
-    }
-    return size;
-}
+/// Longer than any reason that the readers give.
+constexpr std::size_t kMaxMessageBytes = 300;
+/// As much as the readers take of a camera's texts.
+constexpr std::size_t kMaxPropertyBytes = 1024;
 
-/// A message that may stand on a terminal, whoever wrote it: not long, no control characters
-/// (those of U+0080 to U+009F neither), nothing that is no UTF-8.
-std::string plainText(ByteView text) {
-    constexpr std::size_t kMaxMessageBytes = 300;
-    std::string plain;
-    while (!text.empty()) {
-        const std::size_t size = characterBytes(text);
-        const bool isControl =
-            text[0] < 0x20 || text[0] == 0x7F || (size == 2 && text[0] == 0xC2 && text[1] < 0xA0);
-        const std::size_t taken = std::max<std::size_t>(size, 1);
-        if (plain.size() + taken > kMaxMessageBytes) break;
-        if (size == 0 || isControl) {
-            plain += '?';
-        } else {
-            plain.append(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(size));
+/// Makes the texts fit to be shown; false for a key that no reader gives.
+bool cleanProperties(ImageProperties& properties) {
+    for (auto& [key, value] : properties) {
+        if (!isPlainName(key)) return false;
+        if (auto* text = std::get_if<std::string>(&value)) {
+            *text = plainText({reinterpret_cast<const std::uint8_t*>(text->data()), text->size()},
+                              kMaxPropertyBytes);
         }
-        text = text.subspan(taken);
     }
-    return plain;
+    return true;
 }
 
 /// The pixels, and the record that ends the answer with its text.
@@ -185,6 +173,10 @@ Result<Received> receiveRecords(AnswerSource& source, const DecodeLimits& limits
             if (!received.pixels) return {ErrorCode::OutOfMemory, kNoMemory};
         } else if (received.last.kind == RecordKind::Rows) {
             if (!source.read(received.pixels->view().row(firstRow), *size)) return damagedAnswer();
+        } else if (received.last.kind == RecordKind::RingRows) {
+            if (!source.readFromRing(received.pixels->view().row(firstRow), *size)) {
+                return damagedAnswer();
+            }
         } else {
             received.text.resize(*size);
             if (!source.read(received.text.data(), *size)) return damagedAnswer();
@@ -200,7 +192,7 @@ Error answeredError(const AnswerRecord& record, ByteView message) {
     const auto code = record.second <= static_cast<std::uint32_t>(ErrorCode::Failed)
                           ? static_cast<ErrorCode>(record.second)
                           : ErrorCode::Failed;
-    return {code, plainText(message)};
+    return {code, plainText(message, kMaxMessageBytes)};
 }
 
 Result<DecodedImage> receiveAnswer(AnswerSource& source, const DecodeLimits& limits) {
@@ -211,6 +203,7 @@ Result<DecodedImage> receiveAnswer(AnswerSource& source, const DecodeLimits& lim
     }
     auto packed = unpackProperties(received->text);
     if (!packed) return packed.error();
+    if (!cleanProperties(packed->properties)) return damagedAnswer();
     return DecodedImage{CGImage(*std::move(received->pixels)), std::move(packed->properties),
                         std::move(packed->type)};
 }

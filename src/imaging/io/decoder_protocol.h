@@ -14,6 +14,7 @@ namespace skarnel::io {
 /// The descriptors that the helper is started with.
 inline constexpr int kPictureDescriptor = 3;  // the file to decode, read only
 inline constexpr int kAnswerDescriptor = 4;   // the pipe for the answer, write only
+inline constexpr int kRingDescriptor = 5;     // the ring's file, or none (see row_ring.h)
 
 /// The helper's exit status where it has not even looked at the picture, for want of walls.
 inline constexpr int kNoWallsStatus = 3;
@@ -21,19 +22,23 @@ inline constexpr int kNoWallsStatus = 3;
 /// The answer is a sequence of records, in the machine's own byte order, since both programs run
 /// on it. Each is followed by the bytes that it announces:
 ///
-///     Picture  width, height                     nothing
-///     Rows     count, 0                          4 * width * count bytes, the next rows
-///     Done     size, 0                           type and properties; nothing may follow
-///     Failed   size, ErrorCode                   message; nothing may follow
+///     Picture   width, height                    nothing
+///     Rows      count, 0                         4 * width * count bytes, the next rows
+///     RingRows  count, 0                         nothing: the next rows lie in the ring's next
+///                                                slot, at most kRingSlotBytes
+///     Done      size, 0                          type and properties; nothing may follow
+///     Failed    size, ErrorCode                  message; nothing may follow
 ///
 /// Picture comes first, then all rows from the top, then Done; Failed may come at any place.
-/// The rows are copied out of the pipe, so that nothing that has been looked at can change.
+/// Rows are copied to where the sender cannot reach them, so that nothing that has been looked at
+/// can change.
 enum class RecordKind : std::uint32_t {
     Picture = 0x534B4401,
     Rows = 0x534B4402,
     Done = 0x534B4403,
     Failed = 0x534B4404,
     Encoded = 0x534B4405,  // of encoder_protocol.h alone
+    RingRows = 0x534B4406,
 };
 struct AnswerRecord {
     RecordKind kind{};
@@ -56,8 +61,8 @@ class AnswerOrder {
   public:
     explicit AnswerOrder(const DecodeLimits& limits) : limits_(limits) {}
 
-    /// The number of bytes that follow the record; Damaged, or TooLarge for a size above the
-    /// limits. Never more bytes than the rows that are left, or 64 MB of text.
+    /// The number of bytes that follow the record, or lie in the ring; Damaged, or TooLarge for a
+    /// size above the limits. Never more bytes than the rows that are left, or 64 MB of text.
     Result<std::size_t> take(const AnswerRecord& record);
 
     int width() const { return width_; }         // 0 before the picture's record
@@ -83,6 +88,8 @@ class AnswerSource {
 
     /// Exactly `size` bytes; false when there are fewer.
     virtual bool read(void* target, std::size_t size) = 0;
+    /// The first `size` bytes of the ring's next slot; false where there is no ring.
+    virtual bool readFromRing(void* target, std::size_t size) = 0;
     /// Whether nothing is left, which may have to be waited for.
     virtual bool isAtEnd() = 0;
 };
@@ -92,7 +99,8 @@ class AnswerSource {
 Error answeredError(const AnswerRecord& record, ByteView message);
 
 /// The picture or the error that a whole answer holds. Damaged when it ends early, goes on after
-/// its end, or breaks the order. Throws std::bad_alloc.
+/// its end, breaks the order, or has a key of properties that no reader gives. Texts are as plainText
+/// makes them, at most 1024 bytes each. Throws std::bad_alloc.
 Result<DecodedImage> receiveAnswer(AnswerSource& source, const DecodeLimits& limits);
 
 }  // namespace skarnel::io

@@ -14,6 +14,7 @@
 #include "imaging/io/decoder_protocol.h"
 #include "imaging/io/helper_process.h"
 #include "imaging/io/read_file.h"
+#include "imaging/io/row_ring.h"
 #include "util/log/system_log.h"
 #include "util/walls/helper_program.h"
 #include "util/walls/landlock.h"
@@ -30,11 +31,13 @@ const Error& died() {
 
 constexpr int kPipeBytes = 1 << 20;
 
-/// The reading end of the helper's pipe.
+/// The reading end of the helper's pipe, and the ring where there is one.
 class PipeSource : public AnswerSource {
   public:
-    PipeSource(int descriptor, std::chrono::milliseconds patience)
-        : descriptor_(descriptor), end_(std::chrono::steady_clock::now() + patience) {}
+    PipeSource(int descriptor, std::optional<RowRing> ring, std::chrono::milliseconds patience)
+        : descriptor_(descriptor),
+          ring_(std::move(ring)),
+          end_(std::chrono::steady_clock::now() + patience) {}
 
     bool read(void* target, std::size_t size) override {
         auto* bytes = static_cast<std::uint8_t*>(target);
@@ -44,6 +47,12 @@ class PipeSource : public AnswerSource {
             bytes += count;
             size -= static_cast<std::size_t>(count);
         }
+        return true;
+    }
+
+    bool readFromRing(void* target, std::size_t size) override {
+        if (!ring_ || size > kRingSlotBytes) return false;
+        ring_->take(target, size);
         return true;
     }
 
@@ -69,6 +78,7 @@ class PipeSource : public AnswerSource {
     }
 
     int descriptor_;
+    std::optional<RowRing> ring_;
     std::chrono::steady_clock::time_point end_;
 };
 
@@ -111,13 +121,16 @@ Result<DecodedImage> decodeBehindWall(const std::string& program, int descriptor
     FileDescriptor helperEnd(ends[1]);
     // Fewer changes between the two processes where the system allows it.
     ::fcntl(answer.number(), F_SETPIPE_SZ, kPipeBytes);
+    const std::optional<FileDescriptor> ring = makeRingFile();
     auto helper = HelperProcess::start(
         program, descriptor, helperEnd.number(),
-        std::to_string(limits.maxPixels) + "," + std::to_string(limits.maxUnprovenPixels));
+        std::to_string(limits.maxPixels) + "," + std::to_string(limits.maxUnprovenPixels),
+        ring ? ring->number() : -1);
     // As long as this process holds it too, the pipe has no end.
     helperEnd = FileDescriptor();
     if (!helper) return helper.error();
-    PipeSource source(answer.number(), patience);
+    PipeSource source(answer.number(), ring ? RowRing::map(ring->number()) : std::nullopt,
+                      patience);
     auto received = receiveAnswer(source, limits);
     // Without memory here the helper is still in the middle of its answer.
     const bool here = !received && received.error().code == ErrorCode::OutOfMemory;

@@ -45,9 +45,10 @@ Error systemError(const char* what) {
 }
 
 Result<HelperProcess> HelperProcess::start(const std::string& program, int input, int answer,
-                                           std::string argument) {
+                                           std::string argument, int ring) {
     const FileDescriptor highInput = duplicateHigh(input);
     const FileDescriptor highAnswer = duplicateHigh(answer);
+    const FileDescriptor highRing = duplicateHigh(ring);
     if (highInput.number() < 0 || highAnswer.number() < 0) return systemError("The helper program");
     SpawnActions actions;
     for (const int standard : {0, 1, 2}) {
@@ -55,6 +56,11 @@ Result<HelperProcess> HelperProcess::start(const std::string& program, int input
     }
     posix_spawn_file_actions_adddup2(actions.get(), highInput.number(), kPictureDescriptor);
     posix_spawn_file_actions_adddup2(actions.get(), highAnswer.number(), kAnswerDescriptor);
+    if (highRing.number() >= 0) {
+        posix_spawn_file_actions_adddup2(actions.get(), highRing.number(), kRingDescriptor);
+    } else {
+        posix_spawn_file_actions_addclose(actions.get(), kRingDescriptor);
+    }
     std::string name = program;
     std::array<char*, 3> arguments = {name.data(), argument.data(), nullptr};
     std::array<char*, 1> environment = {nullptr};

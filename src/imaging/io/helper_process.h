@@ -16,10 +16,11 @@ Error systemError(const char* what);
 /// A running helper; killed when it is given up before its end.
 class HelperProcess {
   public:
-    /// Starts `program` with one argument, an empty environment and nothing but two descriptors:
-    /// `input` as kPictureDescriptor, `answer` as kAnswerDescriptor. Both stay open here.
+    /// Starts `program` with one argument, an empty environment and nothing but two descriptors or
+    /// three: `input` as kPictureDescriptor, `answer` as kAnswerDescriptor, `ring` as
+    /// kRingDescriptor unless it is -1. All stay open here.
     static Result<HelperProcess> start(const std::string& program, int input, int answer,
-                                       std::string argument);
+                                       std::string argument, int ring = -1);
 
     HelperProcess(HelperProcess&& other) noexcept : child_(std::exchange(other.child_, -1)) {}
     HelperProcess& operator=(HelperProcess&&) = delete;

@@ -22,7 +22,7 @@ LateLibraries& jpegLibrary();
                 each(jpeg_read_scanlines) each(jpeg_finish_decompress) each(jpeg_mem_dest)     \
                     each(jpeg_set_defaults) each(jpeg_set_quality) each(jpeg_start_compress)   \
                         each(jpeg_write_marker) each(jpeg_write_scanlines)                     \
-                            each(jpeg_finish_compress)
+                            each(jpeg_finish_compress) each(jpeg_has_multiple_scans)
 SKARNEL_JPEG(SKARNEL_LATE)
 
 }  // namespace skarnel::io

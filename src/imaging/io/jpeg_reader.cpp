@@ -16,9 +16,27 @@ constexpr int kMaxScans = 100;
 constexpr std::array<std::uint8_t, 6> kExifMark = {'E', 'x', 'i', 'f', 0, 0};
 constexpr std::string_view kProfileMark{"ICC_PROFILE\0", 12};
 
+/// What may stand in front of the picture and behind it: hundreds of markers of their full length.
+/// The library looks for each marker byte by byte, in a file of nothing but holes for minutes.
+constexpr std::size_t kMostMarkerBytes = std::size_t{64} << 20;
+
+/// The codes of a sample are at most 27 bits; stuffed bytes and the corrections of later scans are
+/// a small part of that in any file.
+constexpr std::size_t kMostBytesASample = 4;
+
+/// The bytes of a file that can belong to a picture of this size, markers included.
+std::size_t mostBytesOf(const jpeg_decompress_struct& info) {
+    constexpr std::size_t kMostInABlock = 32;  // samples in a row or column of coded units
+    const std::size_t samples = (info.image_width + kMostInABlock) *
+                                (info.image_height + kMostInABlock) *
+                                static_cast<std::size_t>(info.num_components);
+    return kMostMarkerBytes + kMostBytesASample * samples;
+}
+
 /// Counts the scans by walking the markers, before the library reserves the coefficients of a
 /// progressive picture: a few kilobytes can declare thousands of scans over gigabytes.
 bool hasTooManyScans(ByteView bytes) {
+    constexpr std::uint8_t kEndOfImage = 0xD9;
     int scans = 0;
     std::size_t at = 2;
     while (at + 4 <= bytes.size()) {
@@ -27,6 +45,7 @@ bool hasTooManyScans(ByteView bytes) {
         if (mark == nullptr) break;
         at = static_cast<std::size_t>(mark - bytes.data()) + 1;
         const std::uint8_t code = bytes[at];
+        if (code == kEndOfImage) break;
         if (code == 0xDA && ++scans > kMaxScans) return true;
         const bool hasLength = code >= 0xC0 && code != 0xFF && !(code >= 0xD0 && code <= 0xD9);
         if (hasLength && at + 3 <= bytes.size()) {
@@ -55,14 +74,14 @@ bool isDamage(int warning) {
 
 class JpegDecoder {
   public:
-    explicit JpegDecoder(ByteView bytes) {
+    explicit JpegDecoder(ByteView bytes) : bytes_(bytes) {
         info_.err = &errors_.base;
         errors_.base.emit_message = [](j_common_ptr info, int level) {
             if (level < 0 && isDamage(info->err->msg_code)) info->err->error_exit(info);
         };
         created_ = guarded(errors_, [this] { jpeg_create_decompress(&info_); });
         source_.next_input_byte = bytes.data();
-        source_.bytes_in_buffer = bytes.size();
+        showUpTo(kMostMarkerBytes);
         source_.init_source = [](j_decompress_ptr) {};
         source_.term_source = [](j_decompress_ptr) {};
         source_.resync_to_restart = jpeg_resync_to_restart;
@@ -102,7 +121,14 @@ class JpegDecoder {
             const bool inks =
                 info_.jpeg_color_space == JCS_CMYK || info_.jpeg_color_space == JCS_YCCK;
             info_.out_color_space = inks ? JCS_CMYK : JCS_EXT_RGBA;
+            showUpTo(mostBytesOf(info_));
         });
+    }
+
+    /// After the header: whether a picture whose scans have to be gathered has too many.
+    bool hasTooManyScans() {
+        return jpeg_has_multiple_scans(&info_) != FALSE &&
+               io::hasTooManyScans(bytes_.first(shownBytes()));
     }
 
     /// The first call does what has to be done before the first row.
@@ -124,10 +150,21 @@ class JpegDecoder {
     }
 
     bool finish() {
+        showUpTo(seenBytes() + kMostMarkerBytes);
         return guarded(errors_, [this] { jpeg_finish_decompress(&info_); });
     }
 
   private:
+    std::size_t seenBytes() const {
+        return static_cast<std::size_t>(source_.next_input_byte - bytes_.data());
+    }
+    std::size_t shownBytes() const { return seenBytes() + source_.bytes_in_buffer; }
+    /// The library takes the file to end there; never before what it has seen.
+    void showUpTo(std::size_t size) {
+        source_.bytes_in_buffer = std::min(size, bytes_.size()) - seenBytes();
+    }
+
+    ByteView bytes_;
     JpegErrors errors_;
     jpeg_decompress_struct info_{};
     jpeg_source_mgr source_{};
@@ -213,11 +250,13 @@ class JpegRows : public SourceRows {
 
 Result<SourcePicture> readJpeg(ByteView bytes, const DecodeLimits& limits) {
     if (auto library = jpegLibrary().need(); !library) return library.error();
-    if (hasTooManyScans(bytes)) return {ErrorCode::TooLarge, "The JPEG has more than 100 scans"};
     auto rows = std::make_unique<JpegRows>(bytes);
     if (!rows->decoder().readHeader()) return rows->decoder().error();
     const jpeg_decompress_struct& info = rows->decoder().info();
     if (auto error = checkPictureSize(info.image_width, info.image_height, limits)) return *error;
+    if (rows->decoder().hasTooManyScans()) {
+        return {ErrorCode::TooLarge, "The JPEG has more than 100 scans"};
+    }
     SourcePicture picture(static_cast<int>(info.image_width), static_cast<int>(info.image_height),
                           std::move(rows));
     // The library lets go of the saved markers at the end of the picture.

@@ -123,6 +123,10 @@ struct ChunkOrder {
     bool hasExifAtTheEnd = false;  // after the pixels, where its orientation comes late
 };
 
+bool isLetter(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+
 /// The library takes memory for a whole chunk, two gigabytes where its length says so, before it
 /// finds that the file is shorter.
 ChunkOrder orderOfChunks(ByteView bytes) {
@@ -136,6 +140,8 @@ ChunkOrder orderOfChunks(ByteView bytes) {
                                    std::size_t{chunk[2]} << 8 | chunk[3];
         if (length > bytes.size() - at - kAroundData) return order;
         const std::string_view type(reinterpret_cast<const char*>(chunk) + 4, 4);
+        // The library refuses such a type too, but not before all of a file of holes was walked.
+        if (!std::all_of(type.begin(), type.end(), isLetter)) return order;
         pixelsBegan = pixelsBegan || type == "IDAT";
         order.hasExifAtTheEnd = order.hasExifAtTheEnd || (pixelsBegan && type == "eXIf");
         order.isWhole = type == "IEND";

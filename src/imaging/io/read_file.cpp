@@ -10,9 +10,6 @@
 namespace skarnel::io {
 namespace {
 
-/// Above any picture within the pixel limit that could be decoded at all.
-constexpr std::size_t kMaxFileBytes = std::size_t{8} << 30;
-
 constexpr std::size_t kStartBytes = 64;  // enough to know any format by
 
 Error tooLarge() {

@@ -12,6 +12,9 @@ namespace skarnel::io {
 /// Short enough for a string to hold without memory of its own, which is what there is none of.
 inline constexpr char kNoMemory[] = "No memory left";
 
+/// Above any picture within the pixel limit that could be decoded at all.
+inline constexpr std::size_t kMaxFileBytes = std::size_t{8} << 30;
+
 /// Closes its descriptor. Move-only; -1 when empty.
 class FileDescriptor {
   public:

@@ -102,7 +102,7 @@ Result<void> UprightPicture::decodeWhole() {
     return {};
 }
 
-Result<PixelView> UprightPicture::next() {
+Result<PixelView> UprightPicture::next(std::span<std::uint8_t> room) {
     const int count = std::min(rowsAtATime(width_), height_ - nextRow_);
     if (!source_.rows) {
         const MutablePixelView rows = rowsOf(source_.pixels.view(), nextRow_, count);
@@ -110,8 +110,12 @@ Result<PixelView> UprightPicture::next() {
         return PixelView(rows);
     }
     const std::ptrdiff_t rowBytes = std::ptrdiff_t{4} * width_;
-    scratch_.resize(static_cast<std::size_t>(rowBytes) * static_cast<std::size_t>(count));
-    const MutablePixelView rows{scratch_.data(), width_, count, rowBytes};
+    const std::size_t size = static_cast<std::size_t>(rowBytes) * static_cast<std::size_t>(count);
+    if (room.size() < size) {
+        scratch_.resize(size);
+        room = scratch_;
+    }
+    const MutablePixelView rows{room.data(), width_, count, rowBytes};
     if (auto decoded = decodeRows(rows); !decoded) return decoded.error();
     return PixelView(rows);
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,9 +29,10 @@ class UprightPicture {
     int height() const { return height_; }
     const std::string& type() const { return type_; }
 
-    /// The next rows, at least one, at most about 256 KB of them unless a row alone is larger or
-    /// they lie in memory already; valid until the next call. Not to be called after the last.
-    Result<PixelView> next();
+    /// The next rows, at least one, at most 256 KB of them unless a row alone is larger; valid
+    /// until the next call. Not to be called after the last. Rows that are decoded by this call are
+    /// decoded into `room` where that is large enough for them.
+    Result<PixelView> next(std::span<std::uint8_t> room = {});
 
     /// After the last row: what is left of the file is read, and what it says is given back.
     Result<ImageProperties> finish();
