@@ -3,10 +3,18 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <signal.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstddef>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,30 +30,42 @@ constexpr bool kSanitized = true;
 constexpr bool kSanitized = false;
 #endif
 
-/// Runs the probe as the decoder would be run, with one descriptor too many; its wait status.
-int runProbe(const std::vector<std::string>& arguments) {
+/// Becomes the probe, run as the decoder would be, with one descriptor too many.
+[[noreturn]] void becomeProbe(const std::vector<std::string>& arguments, int answer) {
+    while (::open("/dev/null", O_RDWR) < 3) {
+    }
+    // Both may be read and written, so that only the cell can forbid it.
+    const int picture = ::memfd_create("picture", 0);
+    if (::ftruncate(picture, 4096) != 0) ::_exit(98);
+    const std::string end = "/proc/self/fd/" + std::to_string(answer);
+    const int both = ::open(end.c_str(), O_RDWR);
+    // By way of numbers that nothing has, since either may stand in a place that is needed.
+    ::dup2(both, 20);
+    ::dup2(picture, 21);
+    ::dup2(21, 9);
+    ::dup2(21, 3);
+    ::dup2(20, 4);
+    std::vector<std::string> all = {DECODER_PROBE};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    std::vector<char*> raw;
+    for (std::string& argument : all) raw.push_back(argument.data());
+    raw.push_back(nullptr);
+    ::execv(raw[0], raw.data());
+    ::_exit(99);
+}
+
+bool nothingElse() {
+    return true;
+}
+
+/// Runs the probe after `prepare` in its process; its wait status.
+int runProbe(const std::vector<std::string>& arguments, bool (*prepare)() = nothingElse) {
     int answer[2];
     if (::pipe2(answer, O_CLOEXEC) != 0) return -1;
     const pid_t child = ::fork();
     if (child == 0) {
-        while (::open("/dev/null", O_RDWR) < 3) {
-        }
-        // Both may be read and written, so that only the cell can forbid it.
-        const int picture = ::memfd_create("picture", 0);
-        if (::ftruncate(picture, 4096) != 0) ::_exit(98);
-        const std::string end = "/proc/self/fd/" + std::to_string(answer[1]);
-        const int both = ::open(end.c_str(), O_RDWR);
-        ::dup2(picture, 9);
-        ::dup2(both, 20);
-        ::dup2(picture, 3);
-        ::dup2(20, 4);
-        std::vector<std::string> all = {DECODER_PROBE};
-        all.insert(all.end(), arguments.begin(), arguments.end());
-        std::vector<char*> raw;
-        for (std::string& argument : all) raw.push_back(argument.data());
-        raw.push_back(nullptr);
-        ::execv(raw[0], raw.data());
-        ::_exit(99);
+        if (!prepare()) ::_exit(97);
+        becomeProbe(arguments, answer[1]);
     }
     ::close(answer[1]);
     int status = 0;
@@ -61,6 +81,20 @@ bool succeeded(int status) {
 bool wasDenied(int status) {
     return (WIFSIGNALED(status) && WTERMSIG(status) == SIGSYS) ||
            (WIFEXITED(status) && WEXITSTATUS(status) == 10);
+}
+
+/// Makes the kernel look like one from before it could close a range of descriptors.
+bool takeCloseRangeAway() {
+    sock_filter program[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_close_range, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog filter{std::size(program), program};
+    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter, 0, 0) == 0 &&
+           ::syscall(SYS_close_range, 900U, 900U, 0U) != 0;
 }
 
 class ForbiddenAct : public ::testing::TestWithParam<const char*> {
@@ -161,6 +195,45 @@ TEST(Cell, HasWallsThatDoNotNeedSeccomp) {
     const int spun = runProbe({"OUTER", "spin for four seconds"});
     EXPECT_TRUE(WIFSIGNALED(spun) && (WTERMSIG(spun) == SIGKILL || WTERMSIG(spun) == SIGXCPU))
         << spun;
+}
+
+TEST(Cell, ClosesDescriptorsOneByOneWhereTheKernelClosesNoRange) {
+    if (kSanitized) GTEST_SKIP() << "a sanitizer's run-time needs memory of its own";
+    EXPECT_TRUE(succeeded(runProbe({"FREE", "use an inherited descriptor"}, takeCloseRangeAway)));
+    for (const char* walls : {"OUTER", "MANY"}) {
+        const int status = runProbe({walls, "use an inherited descriptor"}, takeCloseRangeAway);
+        EXPECT_TRUE(wasDenied(status)) << walls << ", status " << status;
+    }
+    EXPECT_TRUE(succeeded(runProbe({"nothing"}, takeCloseRangeAway)));
+}
+
+TEST(Cell, DoesNotOutliveItsParent) {
+    if (kSanitized) GTEST_SKIP() << "a sanitizer's run-time needs system calls of its own";
+    ASSERT_EQ(::prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0), 0);  // its orphans come to this process
+    int answer[2];
+    ASSERT_EQ(::pipe2(answer, O_CLOEXEC), 0);
+    int told[2];
+    ASSERT_EQ(::pipe2(told, O_CLOEXEC), 0);
+    const pid_t parent = ::fork();
+    if (parent == 0) {
+        const pid_t child = ::fork();
+        if (child == 0) becomeProbe({"wait for ever"}, answer[1]);
+        ::close(answer[1]);
+        (void)!::write(told[1], &child, sizeof child);
+        for (;;) ::pause();
+    }
+    ::close(answer[1]);
+    pid_t probe = -1;
+    EXPECT_EQ(::read(told[0], &probe, sizeof probe), static_cast<ssize_t>(sizeof probe));
+    char ready = 0;
+    EXPECT_EQ(::read(answer[0], &ready, 1), 1) << "the probe is in its cell";
+    ::kill(parent, SIGKILL);
+    ::waitpid(parent, nullptr, 0);
+    int status = 0;
+    EXPECT_EQ(::waitpid(probe, &status, 0), probe);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+    ::prctl(PR_SET_CHILD_SUBREAPER, 0, 0, 0, 0);
+    for (const int end : {answer[0], told[0], told[1]}) ::close(end);
 }
 
 }  // namespace

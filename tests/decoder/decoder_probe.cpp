@@ -5,6 +5,7 @@
 // `OUTER ACT` within the walls that stand where the kernel has no seccomp.
 #include <arpa/inet.h>
 #include <fcntl.h>
+#include <linux/futex.h>
 #include <pthread.h>
 #include <sched.h>
 #include <signal.h>
@@ -38,6 +39,13 @@ bool nothing() {
     void* memory =
         ::mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     return canRead && canWrite && memory != MAP_FAILED;
+}
+
+/// Says that it is there and sleeps until it is killed.
+bool waitForEver() {
+    std::uint32_t word = 0;
+    if (::write(kAnswer, "w", 1) != 1) return false;
+    for (;;) ::syscall(SYS_futex, &word, FUTEX_WAIT, 0, nullptr, nullptr, 0);
 }
 
 bool openFile() {
@@ -175,6 +183,7 @@ bool useInheritedDescriptor() {
 const std::map<std::string, bool (*)()>& acts() {
     static const std::map<std::string, bool (*)()> all = {
         {"nothing", nothing},
+        {"wait for ever", waitForEver},
         {"open a file", openFile},
         {"open a file for writing", openForWriting},
         {"list a folder", listFolder},
