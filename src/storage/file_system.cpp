@@ -42,6 +42,10 @@ class SystemFileSystem final : public FileSystem {
         return orError(::write(descriptor, bytes, count));
     }
     int fsync(int descriptor) override { return orError(::fsync(descriptor)); }
+    void beginFlush(int descriptor, std::uint64_t offset, std::uint64_t count) override {
+        static_cast<void>(::sync_file_range(descriptor, static_cast<off64_t>(offset),
+                                            static_cast<off64_t>(count), SYNC_FILE_RANGE_WRITE));
+    }
     int fstat(int descriptor, struct stat& status) override {
         return orError(::fstat(descriptor, &status));
     }

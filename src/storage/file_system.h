@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,12 @@ class FileSystem {
     virtual ssize_t read(int descriptor, void* bytes, std::size_t count) = 0;
     virtual ssize_t write(int descriptor, const void* bytes, std::size_t count) = 0;
     virtual int fsync(int descriptor) = 0;
+    /// Lets the disk begin with bytes that fsync will ask for anyway. A hint, which has no result.
+    virtual void beginFlush(int descriptor, std::uint64_t offset, std::uint64_t count) {
+        static_cast<void>(descriptor);
+        static_cast<void>(offset);
+        static_cast<void>(count);
+    }
     virtual int fstat(int descriptor, struct stat& status) = 0;
     virtual int fchmod(int descriptor, mode_t mode) = 0;
     virtual int fchown(int descriptor, uid_t user, gid_t group) = 0;

@@ -17,6 +17,7 @@ constexpr mode_t kPermissionBits = 0777;
 constexpr mode_t kNewFileMode = 0666;
 constexpr mode_t kPrivateFileMode = 0600;
 constexpr mode_t kPrivateFolderMode = 0700;
+constexpr std::size_t kFlushedPiece = std::size_t{4} << 20;
 constexpr int kMaxLinks = 40;        // as the kernel follows
 constexpr int kMaxNameAttempts = 8;  // fresh temporary names until one is free
 
@@ -122,8 +123,13 @@ Result<void> TemporaryFile::adopt(const struct stat* replaced) {
 }
 
 Result<void> TemporaryFile::fill(std::span<const std::uint8_t> bytes) {
-    if (Result<void> written = writeDescriptor(descriptor_, bytes, fileSystem_); !written) {
-        return written;
+    // The disk is at work on one piece while the next is copied into the system's memory.
+    for (std::size_t at = 0; at < bytes.size(); at += kFlushedPiece) {
+        const auto piece = bytes.subspan(at, std::min(kFlushedPiece, bytes.size() - at));
+        if (Result<void> written = writeDescriptor(descriptor_, piece, fileSystem_); !written) {
+            return written;
+        }
+        if (piece.size() == kFlushedPiece) fileSystem_.beginFlush(descriptor_, at, piece.size());
     }
     const int flushed = uninterrupted([&] { return fileSystem_.fsync(descriptor_); });
     if (flushed < 0) return writeError(flushed);

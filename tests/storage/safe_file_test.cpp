@@ -47,6 +47,30 @@ TEST(WriteFileSafely, WritesAnEmptyFile) {
     EXPECT_EQ(fileText(folder / "empty"), "");
 }
 
+/// Notes what the disk is told to begin with.
+class FlushNotingFileSystem final : public test::InterceptedFileSystem {
+  public:
+    void beginFlush(int, std::uint64_t offset, std::uint64_t count) override {
+        noted.emplace_back(offset, count);
+    }
+    std::vector<std::pair<std::uint64_t, std::uint64_t>> noted;
+
+  private:
+    int before(const std::string&, const std::string&) override { return 0; }
+};
+
+TEST(WriteFileSafely, LetsTheDiskBeginWithALargeFileBeforeItIsWhole) {
+    const TemporaryFolder folder;
+    std::vector<std::uint8_t> bytes((std::size_t{9} << 20) + 7);
+    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i * i >> 7);
+    FlushNotingFileSystem fileSystem;
+    ASSERT_TRUE(writeFileSafely(folder / "large", bytes, Overwrite::Refuse, fileSystem));
+    EXPECT_EQ(fileText(folder / "large"), std::string(bytes.begin(), bytes.end()));
+    constexpr std::uint64_t kPiece = 4 << 20;
+    using Piece = std::pair<std::uint64_t, std::uint64_t>;
+    EXPECT_THAT(fileSystem.noted, ElementsAre(Piece(0, kPiece), Piece(kPiece, kPiece)));
+}
+
 TEST(WriteFileSafely, RefusesToOverwriteUnlessAllowed) {
     const TemporaryFolder folder;
     putFile(folder / "old", "old");
