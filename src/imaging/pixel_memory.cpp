@@ -218,6 +218,13 @@ void setIdlePixelMemoryLimit(std::size_t bytes) {
 void releaseIdlePixelMemory() {
     store().clear();
 }
+void preferHugePages(void* start, std::size_t size) {
+    if (!kKeepBlocks || size < kHugePage) return;
+    const auto first = reinterpret_cast<std::uintptr_t>(start);
+    const std::uintptr_t aligned = roundUp(first, kHugePage);
+    const std::size_t within = (first + size - aligned) / kHugePage * kHugePage;
+    if (within > 0) madvise(reinterpret_cast<void*>(aligned), within, MADV_HUGEPAGE);
+}
 bool preparePixelMemory(std::size_t size, std::size_t count) {
     if (!kKeepBlocks || size < kMappedFrom || size > kLargestBlock) return true;
     return store().prepare(size, count);

@@ -23,6 +23,10 @@ void setIdlePixelMemoryLimit(std::size_t bytes);
 /// Gives every idle block back to the system.
 void releaseIdlePixelMemory();
 
+/// Asks the system to give memory that has not been touched yet in huge pages, where they fit: for
+/// large blocks of other owners. Only a hint.
+void preferHugePages(void* start, std::size_t size);
+
 /// Readies idle blocks, so that the next `count` blocks of `size` bytes (or fewer) need no fresh
 /// memory: one step, which touches a huge page (2 MB) at most. True when nothing is left to do:
 /// the blocks are there, the limit is reached, the system gives no more, or the size is one for

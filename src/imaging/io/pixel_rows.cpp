@@ -1,25 +1,10 @@
 #include "imaging/io/pixel_rows.h"
 
 #include <cstring>
-#include <vector>
+
+#include "imaging/kernels/row_coding.h"
 
 namespace skarnel::io {
-namespace {
-
-/// divide255 for all pairs, alpha major: a division a pixel costs more than the encoder it feeds.
-const std::uint8_t* straightTable() {
-    static const std::vector<std::uint8_t> table = [] {
-        std::vector<std::uint8_t> values(256 * 256);
-        for (unsigned a = 0; a < 256; ++a) {
-            for (unsigned c = 0; c < 256; ++c) values[a * 256 + c] = divide255(c, a);
-        }
-        return values;
-    }();
-    return table.data();
-}
-
-}  // namespace
-
 void premultiplyRow(std::uint8_t* pixels, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i, pixels += 4) {
         const unsigned a = pixels[3];
@@ -46,19 +31,7 @@ void removeWhiteRow(std::uint8_t* pixels, std::size_t count) {
 }
 
 void unpremultiplyRow(const std::uint8_t* source, std::uint8_t* target, std::size_t count) {
-    const std::uint8_t* table = straightTable();
-    for (std::size_t i = 0; i < count; ++i, source += 4, target += 4) {
-        const std::uint8_t a = source[3];
-        if (a == 255) {
-            std::memmove(target, source, 4);
-            continue;
-        }
-        const std::uint8_t* straight = table + std::size_t{a} * 256;
-        target[0] = straight[source[0]];
-        target[1] = straight[source[1]];
-        target[2] = straight[source[2]];
-        target[3] = a;
-    }
+    kernels::unpremultiplyRow(target, source, count);
 }
 
 void flattenRow(const std::uint8_t* source, std::uint8_t* targetRgb, std::size_t count,

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "imaging/io/pixel_rows.h"
+#include "imaging/kernels/row_coding.h"
 
 namespace skarnel::io {
 namespace {
@@ -21,48 +22,29 @@ int paethPredictor(int left, int up, int upLeft) {
     return toUp <= toUpLeft ? up : upLeft;
 }
 
-void applyFilter(Filter filter, const Bytes& current, const Bytes& previous, std::size_t pixelBytes,
-                 std::uint8_t* __restrict out) {
+/// The usual measure: the sum of the differences taken as signed bytes.
+std::uint64_t costOf(const std::uint8_t* filtered, std::size_t size) {
+    std::uint64_t sum = 0;
+    for (std::size_t i = 0; i < size; ++i) {
+        sum += static_cast<unsigned>(std::abs(static_cast<std::int8_t>(filtered[i])));
+    }
+    return sum;
+}
+
+/// Writes the filter's number and the differences; gives their cost.
+std::uint64_t applyFilter(Filter filter, const Bytes& current, const Bytes& previous,
+                          std::size_t pixelBytes, std::uint8_t* __restrict out) {
     const std::uint8_t* row = current.data() + pixelBytes;
     const std::uint8_t* left = current.data();
     const std::uint8_t* up = previous.data() + pixelBytes;
     const std::uint8_t* upLeft = previous.data();
     const std::size_t size = current.size() - pixelBytes;
     *out++ = filter;
-    switch (filter) {
-        case kSub:
-            for (std::size_t i = 0; i < size; ++i) {
-                out[i] = static_cast<std::uint8_t>(row[i] - left[i]);
-            }
-            break;
-        case kUp:
-            for (std::size_t i = 0; i < size; ++i) {
-                out[i] = static_cast<std::uint8_t>(row[i] - up[i]);
-            }
-            break;
-        case kPaeth:
-            for (std::size_t i = 0; i < size; ++i) {
-                out[i] =
-                    static_cast<std::uint8_t>(row[i] - paethPredictor(left[i], up[i], upLeft[i]));
-            }
-            break;
+    if (filter != kPaeth) return kernels::subtractRow(out, row, filter == kSub ? left : up, size);
+    for (std::size_t i = 0; i < size; ++i) {
+        out[i] = static_cast<std::uint8_t>(row[i] - paethPredictor(left[i], up[i], upLeft[i]));
     }
-}
-
-/// The usual measure: the sum of the differences taken as signed bytes.
-std::uint64_t costOf(const std::uint8_t* filtered, std::size_t size) {
-    std::uint64_t sum = 0;
-    // Summed in pieces whose sums fit 32 bits, which the processor adds many at a time.
-    constexpr std::size_t kPiece = std::size_t{1} << 20;
-    for (std::size_t start = 0; start < size; start += kPiece) {
-        const std::size_t end = std::min(size, start + kPiece);
-        std::uint32_t piece = 0;
-        for (std::size_t i = start; i < end; ++i) {
-            piece += static_cast<unsigned>(std::abs(static_cast<std::int8_t>(filtered[i])));
-        }
-        sum += piece;
-    }
-    return sum;
+    return costOf(out, size);
 }
 
 /// The filters to try after Sub.
@@ -86,13 +68,10 @@ PngRows::PngRows(const CGImage& image, bool opaque, PngFilters filters)
 void PngRows::filter(int y, std::uint8_t* out) {
     if (loaded_ != y - 1) load(y - 1);
     load(y);
-    applyFilter(kSub, rows_[0], rows_[1], pixelBytes_, out);
-    const std::span<const Filter> further = furtherFilters(filters_);
-    if (further.empty()) return;
-    std::uint64_t best = costOf(out + 1, rowBytes_);
-    for (const Filter filter : further) {
-        applyFilter(filter, rows_[0], rows_[1], pixelBytes_, trial_.data());
-        const std::uint64_t cost = costOf(trial_.data() + 1, rowBytes_);
+    std::uint64_t best = applyFilter(kSub, rows_[0], rows_[1], pixelBytes_, out);
+    for (const Filter filter : furtherFilters(filters_)) {
+        const std::uint64_t cost =
+            applyFilter(filter, rows_[0], rows_[1], pixelBytes_, trial_.data());
         if (cost < best) {
             best = cost;
             std::memcpy(out, trial_.data(), lineBytes());

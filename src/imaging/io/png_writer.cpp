@@ -16,6 +16,7 @@
 #include "imaging/io/png_filter.h"
 #include "imaging/io/run_deflate.h"
 #include "imaging/io/writers.h"
+#include "imaging/pixel_memory.h"
 
 namespace skarnel::io {
 namespace {
@@ -29,6 +30,7 @@ using RawBytes = std::unique_ptr<std::uint8_t, FreeBytes>;
 RawBytes allocateRaw(std::size_t size) {
     RawBytes bytes(static_cast<std::uint8_t*>(std::malloc(size)));
     if (!bytes) throw std::bad_alloc();
+    preferHugePages(bytes.get(), size);
     return bytes;
 }
 
@@ -107,7 +109,7 @@ class DataChunk {
 
 /// Filters and compresses a few rows at a time, which stay in the cache meanwhile.
 void appendDataWithRuns(PngRows& rows, Bytes& out) {
-    constexpr std::size_t kRowsBytes = std::size_t{128} << 10;
+    constexpr std::size_t kRowsBytes = std::size_t{256} << 10;
     constexpr std::size_t kChunkBytes = std::size_t{1} << 20;
     const std::size_t lines = std::max<std::size_t>(1, kRowsBytes / rows.lineBytes());
     Bytes filtered(lines * rows.lineBytes());
@@ -144,6 +146,8 @@ bool appendDataWithSearch(PngRows& rows, int level, Bytes& out) {
                                                       filteredSize, packed.get(), bound);
     filtered.reset();
     constexpr std::size_t kMaxChunk = 0x7FFFFFFF;
+    constexpr std::size_t kAroundChunks = 64;  // what ends the file included
+    out.reserve(out.size() + size + size / kMaxChunk * kAroundChunks + kAroundChunks);
     for (std::size_t at = 0; at < size; at += kMaxChunk) {
         appendPngChunk(out, "IDAT", {packed.get() + at, std::min(kMaxChunk, size - at)});
     }
@@ -167,6 +171,7 @@ bool appendData(const CGImage& image, bool opaque, std::optional<double> wantedL
     // Room for what does not compress; untouched pages of it cost nothing.
     const std::size_t size = rows.lineBytes() * static_cast<std::size_t>(rows.count());
     out.reserve(out.size() + size + size / 8 + 4096);
+    preferHugePages(out.data(), out.capacity());
     appendDataWithRuns(rows, out);
     return true;
 }

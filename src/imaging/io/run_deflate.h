@@ -48,12 +48,14 @@ class RunDeflater {
 
     void addBlock(ByteView block);
     void findRuns(ByteView block);
+    bool isSampled(std::size_t blockSize) const;
     void makeCodes(ByteView block);
     void writeHeader();
     void writeBody(ByteView block);
 
     Bytes& out_;
     std::vector<Run> runs_;
+    std::size_t stretches_ = 0;  // of literals, between runs that do not touch
     std::vector<PrefixCode> codes_;
     Bytes scratch_;            // a block's bits, before they are appended
     BitWriter writer_;         // into scratch_

@@ -11,6 +11,7 @@
 #include "imaging/io/tiff_common.h"
 #include "imaging/io/tiff_strips.h"
 #include "imaging/io/writers.h"
+#include "imaging/pixel_memory.h"
 
 namespace skarnel::io {
 namespace {
@@ -226,6 +227,7 @@ Result<Bytes> writeTiff(const CGImage& image, const ImageProperties& properties)
     MemoryFile file;
     // Room for pictures that do not compress; untouched pages of it cost nothing.
     file.bytes.reserve(static_cast<std::size_t>(allBytes + allBytes / 64 + 65536));
+    preferHugePages(file.bytes.data(), file.bytes.capacity());
     TiffErrors errors;
     // Offsets of the classic form are 32 bits; some codecs let a picture grow by half.
     constexpr std::int64_t kClassicBytes = std::int64_t{2600} << 20;

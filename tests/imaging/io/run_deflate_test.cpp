@@ -97,6 +97,18 @@ TEST(RunDeflater, EvenNoiseTakesItsEntropy) {
     EXPECT_LE(packed, size / 2 + std::size_t{8} * (160 + 1024 + 40));
 }
 
+TEST(RunDeflater, WhatASampleOfTheBytesDoesNotShowComesBackToo) {
+    // Values that lie between the pieces that are counted, in a block of nothing but literals.
+    Bytes bytes = noise(2 * kBlock, 4, 6);
+    for (std::size_t at = 600; at < bytes.size(); at += 2048) {
+        bytes[at] = static_cast<std::uint8_t>(100 + at / 2048);
+    }
+    const Bytes packed = deflated(bytes, bytes.size());
+    EXPECT_EQ(inflated(packed, bytes.size()), bytes);
+    // Two bits a byte, at most 14 for the rare ones; room for 240 codes that are not needed.
+    EXPECT_LT(packed.size(), bytes.size() / 4 + bytes.size() / 20);
+}
+
 TEST(RunDeflater, OneByteRepeatedTakesNextToNothing) {
     // 508 runs a block, each of two bits, behind the header.
     EXPECT_LE(deflated(Bytes(8 * kBlock, 0), kBlock).size(), 8U * (160 + 508 / 4 + 16));
