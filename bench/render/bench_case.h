@@ -10,18 +10,21 @@
 
 namespace skarnel::bench {
 
+/// NoResult: there is nothing to time, as it should be.
+enum class Verdict { Right, Wrong, NoResult };
+
 struct Case {
     std::string name;  // "render turned 4000x3000"
     /// Of the memcpy beside it: (source + result) / 2. Asked for only when the case is measured.
     std::function<std::size_t()> bytes;
-    double megapixels;            // of the source
-    std::function<bool()> check;  // false: the result is wrong and no time would mean anything
+    double megapixels;  // of the source
+    std::function<Verdict()> check;
     std::function<void()> run;
 };
 
 struct Measurement {
     std::string name;
-    bool correct = false;
+    Verdict verdict = Verdict::Wrong;  // unless Right no time means anything
     double megapixels = 0;
     double bestMs = 0;    // processor time of the thread
     double medianMs = 0;  // wall time

@@ -33,6 +33,10 @@ bool samePixels(const CGImage& a, const CGImage& b) {
     return true;
 }
 
+Verdict verdictOf(bool right) {
+    return right ? Verdict::Right : Verdict::Wrong;
+}
+
 void addFormat(std::vector<Case>& cases, const CGImage& image, const std::string& name,
                std::string_view type, const ImageProperties& properties, Loss loss) {
     const auto bytes = std::make_shared<Bytes>();
@@ -40,8 +44,9 @@ void addFormat(std::vector<Case>& cases, const CGImage& image, const std::string
         // Not before it is asked for: some formats take seconds.
         if (auto encoded = encodeImage(image, type, properties)) *bytes = *std::move(encoded);
         const auto decoded = decodeImage(*bytes);
-        return decoded && decoded->image.width() == kWidth && decoded->image.height() == kHeight &&
-               (loss == Loss::Some || samePixels(decoded->image, image));
+        return verdictOf(decoded && decoded->image.width() == kWidth &&
+                         decoded->image.height() == kHeight &&
+                         (loss == Loss::Some || samePixels(decoded->image, image)));
     };
     cases.push_back({"encode " + name + kSize, [] { return kBytes; }, kMegapixels, comesBack,
                      [=] { (void)encodeImage(image, type, properties); }});
@@ -73,8 +78,8 @@ void addRoads(std::vector<Case>& cases, const CGImage& image) {
     const auto alike = [=] {
         const auto here = decodeOwnImageFile(*path);
         const auto there = decodeImageFile(*path);
-        return decoderWalls().front().stands && here && there &&
-               samePixels(here->image, there->image);
+        return verdictOf(decoderWalls().front().stands && here && there &&
+                         samePixels(here->image, there->image));
     };
     cases.push_back({std::string("open JPEG in process") + kSize, [] { return kBytes; },
                      kMegapixels, alike, [=] { (void)decodeOwnImageFile(*path); }});

@@ -12,6 +12,7 @@ namespace {
 
 using skarnel::bench::Case;
 using skarnel::bench::Measurement;
+using skarnel::bench::Verdict;
 
 constexpr const char* kUsage =
     "skarnel-bench [--json] [--filter TEXT] [--repeat N] [--sizes WxH,WxH...] [--codecs]\n"
@@ -63,8 +64,9 @@ bool parse(int count, char** arguments, Options& options) {
 }
 
 void printText(const Measurement& m) {
-    if (!m.correct) {
-        std::printf("%-34s WRONG RESULT\n", m.name.c_str());
+    if (m.verdict != Verdict::Right) {
+        std::printf("%-34s %s\n", m.name.c_str(),
+                    m.verdict == Verdict::Wrong ? "WRONG RESULT" : "no result at this size");
         return;
     }
     std::printf("%-34s %9.2f %9.2f %9.2f %8.2f %9.3f\n", m.name.c_str(), m.bestMs, m.medianMs,
@@ -72,8 +74,13 @@ void printText(const Measurement& m) {
 }
 
 nlohmann::json asJson(const Measurement& m) {
-    return {{"name", m.name},           {"correct", m.correct},    {"megapixels", m.megapixels},
-            {"best_ms", m.bestMs},      {"median_ms", m.medianMs}, {"memcpy_ms", m.memcpyMs},
+    return {{"name", m.name},
+            {"correct", m.verdict != Verdict::Wrong},
+            {"has_result", m.verdict != Verdict::NoResult},
+            {"megapixels", m.megapixels},
+            {"best_ms", m.bestMs},
+            {"median_ms", m.medianMs},
+            {"memcpy_ms", m.memcpyMs},
             {"times_memcpy", m.ratio()}};
 }
 
@@ -104,7 +111,7 @@ int main(int count, char** arguments) {
     for (const Case& tested : cases) {
         if (tested.name.find(options.filter) == std::string::npos) continue;
         const Measurement m = measure(tested, options.repeats);
-        allCorrect = allCorrect && m.correct;
+        allCorrect = allCorrect && m.verdict != Verdict::Wrong;
         if (options.json)
             all.push_back(asJson(m));
         else

@@ -28,8 +28,8 @@ Measurement measure(const Case& tested, int repeats) {
     Measurement result;
     result.name = tested.name;
     result.megapixels = tested.megapixels;
-    result.correct = tested.check();
-    if (!result.correct) return result;
+    result.verdict = tested.check();
+    if (result.verdict != Verdict::Right) return result;
     const std::size_t bytes = tested.bytes();
     const auto from = allocatePixelMemory(bytes, PixelContents::Undefined);
     const auto to = allocatePixelMemory(bytes, PixelContents::Undefined);

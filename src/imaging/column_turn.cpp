@@ -25,9 +25,26 @@ double mix(double a, double b, double t) {
     return (1 - t) * a + t * b;
 }
 
+/// The rows of a picture in memory.
+class WholePicture final : public PictureRows {
+  public:
+    explicit WholePicture(PixelView picture) : picture_(picture) {}
+
+    RowSpans piece(int row, int count, int /*first*/, int /*end*/) override {
+        for (int i = 0; i < count; ++i) rows_[i] = picture_.row(row + i);
+        return {rows_, 0, picture_.width, readablePixels(picture_, row + count - 1),
+                kernels::kBlockRows * picture_.strideBytes};
+    }
+
+  private:
+    PixelView picture_;
+    const std::uint8_t* rows_[kernels::kBlockRows];
+};
+
 std::uint8_t* columnBlock(int row, std::size_t column, const SqueezedPicture& target) {
     return target.bytes.get() +
-           4 * (static_cast<std::ptrdiff_t>(column) * target.columnStride + row);
+           4 * (static_cast<std::ptrdiff_t>(column - target.firstColumn) * target.columnStride +
+                row % target.ringRows);
 }
 
 }  // namespace
@@ -120,15 +137,16 @@ void ColumnTurn::squeezeColumns(int row, std::size_t begin, std::size_t end, con
                                  blockRows(row), target.stream};
     const std::uint8_t* const* sources = spans.rows;
     const std::uint8_t* whole[kernels::kBlockRows];
-    if (height_ >= kernels::kBlockRows && block.rows < kernels::kBlockRows) {
+    if (target.columnStride >= kernels::kBlockRows && block.rows < kernels::kBlockRows) {
         // The room behind the last row takes that row again.
         for (int i = 0; i < kernels::kBlockRows; ++i)
             whole[i] = sources[std::min(i, block.rows - 1)];
         sources = whole;
         block.rows = kernels::kBlockRows;
     }
-    kernels::squeezeRows(block, sources, spans.readablePixels,
-                         {from_.data() + begin, weight_.data() + begin, end - begin, spans.first});
+    kernels::squeezeRows(
+        block, sources, spans.readablePixels,
+        {from_.data() + begin, weight_.data() + begin, end - begin, spans.first, spans.aheadBytes});
 }
 
 /// Columns [begin, end), each between the span's first or last pixel and the transparent one
@@ -152,7 +170,8 @@ void ColumnTurn::squeezeEdge(int row, std::size_t begin, std::size_t end, Edge e
 
 void ColumnTurn::clearColumns(int row, std::size_t begin, std::size_t end,
                               SqueezedPicture& target) const {
-    const int rows = height_ >= kernels::kBlockRows ? kernels::kBlockRows : blockRows(row);
+    const int rows =
+        target.columnStride >= kernels::kBlockRows ? kernels::kBlockRows : blockRows(row);
     std::uint8_t* column = columnBlock(row, begin, target);
     for (; begin < end; ++begin, column += 4 * target.columnStride)
         std::memset(column, 0, std::size_t{4} * static_cast<std::size_t>(rows));
@@ -161,42 +180,57 @@ void ColumnTurn::clearColumns(int row, std::size_t begin, std::size_t end,
 //              first           end
 //   transparent  | picture ... |  transparent
 //       a column from first - 1 or from end - 1 on has one neighbour in each
-void ColumnTurn::squeezeSpans(int row, const RowSpans& spans, SqueezedPicture& target) const {
+void ColumnTurn::squeezeSpans(int row, const RowSpans& spans, ColumnRange columns,
+                              SqueezedPicture& target) const {
     const auto columnFrom = [&](int pixel) {
-        return static_cast<std::size_t>(std::lower_bound(from_.begin(), from_.end(), pixel) -
-                                        from_.begin());
+        const auto at = [&](std::size_t x) {
+            return from_.begin() + static_cast<std::ptrdiff_t>(x);
+        };
+        return static_cast<std::size_t>(
+            std::lower_bound(at(columns.begin), at(columns.end), pixel) - from_.begin());
     };
     const std::size_t leftEdge = columnFrom(spans.first - 1);
     const std::size_t inside = columnFrom(spans.first);
     const std::size_t rightEdge = columnFrom(spans.end - 1);
     const std::size_t beyond = columnFrom(spans.end);
-    clearColumns(row, 0, leftEdge, target);
+    clearColumns(row, columns.begin, leftEdge, target);
     squeezeEdge(row, leftEdge, inside, Edge::Left, spans, target);
     squeezeColumns(row, inside, std::max(inside, rightEdge), spans, target);
     squeezeEdge(row, std::max(inside, rightEdge), beyond, Edge::Right, spans, target);
-    clearColumns(row, beyond, from_.size(), target);
+    clearColumns(row, beyond, columns.end, target);
+}
+
+/// Scratch for a walk of `target`; null where that is not stored past the caches.
+std::shared_ptr<std::uint8_t> ColumnTurn::unfinishedLinesFor(const MutablePixelView& target) {
+    if (!usesStreaming(target)) return nullptr;
+    return allocatePixelMemory(kernels::kLineBytes * static_cast<std::size_t>(target.height),
+                               PixelContents::Undefined);
+}
+
+kernels::ColumnWalk ColumnTurn::walkOf(const SqueezedPicture& squeezed, ColumnRange columns) const {
+    // Single precision may round the last row of a very tall picture to one behind it.
+    float last = static_cast<float>(height_ - 1);
+    if (static_cast<double>(last) > height_ - 1) last = std::nextafter(last, 0.0F);
+    const std::size_t x = columns.begin;
+    return {squeezed.bytes.get(),
+            squeezed.columnStride,
+            columns.end - x,
+            centre_.data() + x,
+            step_.data() + x,
+            last * kLerpUnit,
+            middleRow_,
+            {begin_.data() + x, fullBegin_.data() + x, fullEnd_.data() + x, end_.data() + x,
+             firstLevel_.data() + x, lastLevel_.data() + x},
+            nullptr,
+            kernels::Strip::Only,
+            {}};
 }
 
 void ColumnTurn::walkRows(const SqueezedPicture& squeezed, int firstRow,
                           MutablePixelView target) const {
-    std::shared_ptr<std::uint8_t> unfinishedLines;
-    if (usesStreaming(target))
-        unfinishedLines =
-            allocatePixelMemory(kernels::kLineBytes * static_cast<std::size_t>(target.height),
-                                PixelContents::Undefined);
-    // Single precision may round the last row of a very tall picture to one behind it.
-    float last = static_cast<float>(height_ - 1);
-    if (static_cast<double>(last) > height_ - 1) last = std::nextafter(last, 0.0F);
-    const kernels::ColumnWalk walk{squeezed.bytes.get(),
-                                   squeezed.columnStride,
-                                   from_.size(),
-                                   centre_.data(),
-                                   step_.data(),
-                                   last * kLerpUnit,
-                                   middleRow_,
-                                   {begin_.data(), fullBegin_.data(), fullEnd_.data(), end_.data(),
-                                    firstLevel_.data(), lastLevel_.data()},
-                                   unfinishedLines.get()};
+    kernels::ColumnWalk walk = walkOf(squeezed, {0, from_.size()});
+    const auto unfinishedLines = unfinishedLinesFor(target);
+    walk.unfinishedLines = unfinishedLines.get();
     kernels::walkColumns({target.bytes, target.strideBytes, firstRow, target.height}, walk);
 }
 
@@ -206,17 +240,12 @@ std::optional<CGImage> drawColumnTurn(const CGImage& picture, const Quad& quad, 
     const auto turn = ColumnTurn::plan(picture.width(), picture.height(), quad, lowerLeft,
                                        targetWidth, targetHeight);
     if (!source || !turn) return std::nullopt;
-    auto squeezed = turn->squeezedPicture();
     auto target = PixelBuffer::uninitialized(targetWidth, targetHeight);
-    if (!squeezed || !target) return std::nullopt;
-    const PixelView view = source->pixels();
-    for (int y = 0; y < view.height; y += kernels::kBlockRows) {
-        const std::uint8_t* rows[kernels::kBlockRows];
-        const int count = turn->blockRows(y);
-        for (int i = 0; i < count; ++i) rows[i] = view.row(y + i);
-        turn->squeezeRows(y, rows, readablePixels(view, y + count - 1), *squeezed);
-    }
-    turn->walkRows(*squeezed, 0, target->view());
+    if (!target) return std::nullopt;
+    const auto room = turn->roomToDraw(target->view());
+    if (!room) return std::nullopt;
+    WholePicture rows(source->pixels());
+    turn->draw(rows, *room, target->view());
     return CGImage(*std::move(target));
 }
 

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -26,14 +27,44 @@ struct RowSpans {
     const std::uint8_t* const* rows;  // each from pixel `first` on
     int first;
     int end;
-    std::size_t readablePixels;  // of the memory behind each row; at least end - first
+    std::size_t readablePixels;     // of the memory behind each row; at least end - first
+    std::ptrdiff_t aheadBytes = 0;  // from each row to what is wanted next; 0 where that is unknown
+};
+
+/// Columns of a target: [begin, end).
+struct ColumnRange {
+    std::size_t begin;
+    std::size_t end;
 };
 
 /// A picture after the first pass: column by column, so that the second reads runs of pixels.
 struct SqueezedPicture {
     std::shared_ptr<std::uint8_t> bytes;
-    std::ptrdiff_t columnStride;  // pixels
-    bool stream;                  // too large for the caches
+    std::ptrdiff_t columnStride = 0;  // pixels
+    bool stream = false;              // too large for the caches
+    std::size_t firstColumn = 0;      // the target's column that comes first
+    /// Row y lies at y modulo this.
+    int ringRows = std::numeric_limits<int>::max();
+};
+
+/// Gives the rows of a picture piece by piece.
+class PictureRows {
+  public:
+    PictureRows() = default;
+    PictureRows(const PictureRows&) = delete;
+    PictureRows& operator=(const PictureRows&) = delete;
+    virtual ~PictureRows() = default;
+
+    /// Rows `row` .. row + count - 1, at most kernels::kBlockRows; of each the columns [first, end)
+    /// and maybe more. Good until the next call.
+    virtual RowSpans piece(int row, int count, int first, int end) = 0;
+};
+
+/// Room for both passes at once: a strip of the squeezed picture, of that only the rows that the
+/// walk needs just now.
+struct TurnRoom {
+    SqueezedPicture strip;
+    std::shared_ptr<std::uint8_t> unfinishedLines;  // as kernels::ColumnWalk has them; may be null
 };
 
 class ColumnTurn {
@@ -52,7 +83,9 @@ class ColumnTurn {
 
     /// The same for rows that are transparent but for a span of their own: 0 <= first < end, end at
     /// most the width.
-    void squeezeSpans(int row, const RowSpans& spans, SqueezedPicture& target) const;
+    void squeezeSpans(int row, const RowSpans& spans, SqueezedPicture& target) const {
+        squeezeSpans(row, spans, {0, from_.size()}, target);
+    }
 
     int targetWidth() const { return static_cast<int>(from_.size()); }
 
@@ -71,9 +104,34 @@ class ColumnTurn {
     /// passes, plus what a shift of height / 2^22 + 2^-15 source pixels makes.
     void walkRows(const SqueezedPicture& squeezed, int firstRow, MutablePixelView target) const;
 
+    /// Room for drawing `target`; none without memory.
+    std::optional<TurnRoom> roomToDraw(const MutablePixelView& target) const;
+
+    /// Both passes, strip by strip of columns, to the same bytes: what lies between the two stays
+    /// in the caches. The picture's rows are asked for in pieces, each once.
+    void draw(PictureRows& rows, const TurnRoom& room, MutablePixelView target) const;
+
+    /// How many strips of columns the target is drawn in.
+    std::size_t strips() const;
+
   private:
     ColumnTurn() = default;
     enum class Edge { Left, Right };
+    void squeezeSpans(int row, const RowSpans& spans, ColumnRange columns,
+                      SqueezedPicture& target) const;
+    static std::shared_ptr<std::uint8_t> unfinishedLinesFor(const MutablePixelView& target);
+    kernels::ColumnWalk walkOf(const SqueezedPicture& squeezed, ColumnRange columns) const;
+    ColumnRange stripColumns(std::size_t strip) const;
+    struct Rows {
+        int begin;
+        int end;
+    };
+    Rows neededRows(ColumnRange columns, int firstRow, int rows) const;
+    void squeezeBlock(int row, PictureRows& rows, ColumnRange columns,
+                      SqueezedPicture& target) const;
+    void drawStrip(PictureRows& rows, ColumnRange columns, SqueezedPicture& squeezed,
+                   kernels::Strip kind, std::uint8_t* unfinishedLines,
+                   MutablePixelView target) const;
     void squeezeColumns(int row, std::size_t begin, std::size_t end, const RowSpans& spans,
                         SqueezedPicture& target) const;
     void squeezeEdge(int row, std::size_t begin, std::size_t end, Edge edge, const RowSpans& spans,

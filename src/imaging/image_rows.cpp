@@ -116,13 +116,45 @@ const std::uint8_t* ImageRows::combinedRow(const kernels::Taps& taps) {
     if (rowSource_ != nullptr) return combinedMadeRow(taps);
     contentFirst_ = 0;
     contentEnd_ = source_.width;
+    return combinedPiece(taps, columns_->firstUsed(), columns_->endUsed());
+}
+
+/// The source's columns [begin, end) of a row after the vertical step.
+const std::uint8_t* ImageRows::combinedPiece(const kernels::Taps& taps, int begin, int end) {
     if (taps.count == 1) return source_.row(taps.first);
-    const std::size_t from = bytesOf(columns_->firstUsed());
+    const std::size_t from = bytesOf(begin);
     for (int j = 0; j < taps.count; ++j)
         tapRows_[static_cast<std::size_t>(j)] = source_.row(taps.first + j) + from;
-    kernels::combineRows(tall_.data() + from, tapRows_.data(), taps,
-                         bytesOf(columns_->endUsed()) - from);
+    kernels::combineRows(tall_.data() + from, tapRows_.data(), taps, bytesOf(end) - from);
     return tall_.data();
+}
+
+const std::uint8_t* ImageRows::rowPiece(int i, int begin, int end) {
+    const auto shift = columns_->copyShift();
+    if (!shift) return row(i);
+    // Whole vectors where the picture has them: a rest costs as much as two.
+    constexpr int kWhole = 16;
+    const int first = begin + *shift;
+    const int wanted = end - begin;
+    const int most = source_.width - first;
+    const int width = wanted < most - kWhole ? (wanted + kWhole - 1) / kWhole * kWhole : wanted;
+    if (width < source_.width) askForRowsAhead(i, first, first + width);
+    return combinedPiece(rows_->taps(i), first, first + width) + std::ptrdiff_t{4} * *shift;
+}
+
+/// A piece of a row is too short for the processor to find out by itself what comes next.
+void ImageRows::askForRowsAhead(int i, int begin, int end) const {
+    constexpr int kRowsAhead = 2;
+    constexpr std::ptrdiff_t kLineBytes = 64;
+    if (i + kRowsAhead >= rows_->size()) return;
+    const kernels::Taps& before = rows_->taps(i + kRowsAhead - 1);
+    const kernels::Taps& taps = rows_->taps(i + kRowsAhead);
+    for (int y = std::max(taps.first, before.first + before.count); y < taps.first + taps.count;
+         ++y) {
+        const std::uint8_t* row = source_.row(y);
+        for (auto at = std::ptrdiff_t{4} * begin; at < std::ptrdiff_t{4} * end; at += kLineBytes)
+            __builtin_prefetch(row + at);
+    }
 }
 
 void ImageRows::combineAcross(std::uint8_t* target, const std::uint8_t* tall) const {

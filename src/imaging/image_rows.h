@@ -30,6 +30,10 @@ class ImageRows {
     /// where nothing is resampled, otherwise into scratch that the next call overwrites.
     const std::uint8_t* row(int i);
 
+    /// The same, of which the caller needs the target's columns [begin, end) alone; they lie where
+    /// they lie in the whole row. For a picture that lies in memory.
+    const std::uint8_t* rowPiece(int i, int begin, int end);
+
     /// The same pixels, written to `target`.
     void drawRow(int i, std::uint8_t* target);
 
@@ -45,7 +49,9 @@ class ImageRows {
     static std::optional<ImageRows> create(PixelView view, RowSource* source,
                                            const AxisPlan& columns, const AxisPlan& rows);
     const std::uint8_t* combinedRow(const kernels::Taps& taps);
+    const std::uint8_t* combinedPiece(const kernels::Taps& taps, int begin, int end);
     const std::uint8_t* combinedMadeRow(const kernels::Taps& taps);
+    void askForRowsAhead(int i, int begin, int end) const;
     void combineAcross(std::uint8_t* target, const std::uint8_t* tall) const;
 
     /// A row of the row source: its number and where it lies.

@@ -80,29 +80,35 @@ std::optional<CanvasRows> CanvasRows::create(PixelView picture, const CanvasLayo
     }
 }
 
-/// Writes a whole canvas row of reflection over nothing.
-void CanvasRows::drawReflection(int row, std::uint8_t* target) {
+/// Writes the columns of a reflection over nothing; all of them where it is stretched.
+void CanvasRows::drawReflection(int row, Columns columns, std::uint8_t* target) {
     const int index = row - reflectionTop_;
-    const std::uint8_t* mirrorRow = mirror_->row(index);
-    if (reflectionWidth_ == layout_.width)
-        return shaper_->shapeRow(index, mirrorRow, mirror_->readableFrom(index), target);
-    shaper_->shapeRow(index, mirrorRow, mirror_->readableFrom(index), shaped_.data());
+    if (reflectionWidth_ == layout_.width) {
+        const Columns needed = shaper_->plan(index, columns);
+        return shaper_->shapePlanned(index, mirror_->rowPiece(index, needed.begin, needed.end),
+                                     mirror_->readableFrom(index), target);
+    }
+    shaper_->shapeRow(index, mirror_->row(index), mirror_->readableFrom(index), shaped_.data());
     stretch_.combine(target, shaped_.data());
 }
 
-/// Lays the picture's row over what the canvas row holds. Over nothing a composited pixel is the
-/// picture's own, so the row is written and what lies beside the picture is cleared.
-void CanvasRows::drawPicture(int row, bool overNothing, std::uint8_t* target) {
-    const AxisPlan& columns = plans_->pictureColumns;
+/// Lays the picture's row over what the columns hold. Over nothing a composited pixel is the
+/// picture's own, so they are written and what lies beside the picture is cleared.
+void CanvasRows::drawPicture(int row, Columns columns, bool overNothing, std::uint8_t* target) {
+    const AxisPlan& across = plans_->pictureColumns;
     const AxisPlan& rows = plans_->pictureRows;
     const int index = row - rows.first();
     const std::uint8_t covered = rows.coverage(index);
-    const std::uint8_t* source = pictureRows_->row(index);
-    std::uint8_t* place = target + bytesOf(columns.first());
-    const auto count = static_cast<std::size_t>(columns.size());
+    const int begin = std::clamp(across.first(), columns.begin, columns.end);
+    const int end = std::clamp(across.end(), begin, columns.end);
+    const std::uint8_t* source =
+        pictureRows_->rowPiece(index, begin - across.first(), end - across.first()) +
+        bytesOf(begin - across.first());
+    std::uint8_t* place = target + bytesOf(begin - columns.begin);
+    const auto count = static_cast<std::size_t>(end - begin);
     if (overNothing) {
-        std::memset(target, 0, bytesOf(columns.first()));
-        std::memset(place + 4 * count, 0, bytesOf(layout_.width - columns.end()));
+        std::memset(target, 0, bytesOf(begin - columns.begin));
+        std::memset(place + 4 * count, 0, bytesOf(columns.end - end));
         if (covered == 255)
             std::memcpy(place, source, 4 * count);
         else
@@ -116,8 +122,8 @@ void CanvasRows::drawPicture(int row, bool overNothing, std::uint8_t* target) {
     kernels::overRow(place, source, count);
 }
 
-void CanvasRows::draw(int row, std::uint8_t* target) {
-    const auto width = static_cast<std::size_t>(layout_.width);
+void CanvasRows::draw(int row, Columns columns, std::uint8_t* target) {
+    const auto width = static_cast<std::size_t>(columns.end - columns.begin);
     const bool hasReflection = row >= reflectionTop_;
     const AxisPlan& pictureRows = plans_->pictureRows;
     const bool hasPicture =
@@ -125,15 +131,15 @@ void CanvasRows::draw(int row, std::uint8_t* target) {
     if (background_) {
         kernels::fillRow(target, *background_, width);
         if (hasReflection) {
-            drawReflection(row, layer_.data());
+            drawReflection(row, columns, layer_.data());
             kernels::overRow(target, layer_.data(), width);
         }
     } else if (hasReflection) {
-        drawReflection(row, target);
+        drawReflection(row, columns, target);
     } else if (!hasPicture) {
         std::memset(target, 0, 4 * width);
     }
-    if (hasPicture) drawPicture(row, !background_ && !hasReflection, target);
+    if (hasPicture) drawPicture(row, columns, !background_ && !hasReflection, target);
 }
 
 /// Whether the row is a whole row of the picture and nothing beside it.
@@ -155,7 +161,7 @@ std::optional<CanvasRows::PictureSpan> CanvasRows::pictureAlone(int row, int cou
     const int index = row - lines.first();
     for (int i = 0; i < count; ++i) rows[i] = pictureRows_->row(index + i);
     return PictureSpan{columns.first(), columns.end(),
-                       pictureRows_->readableFrom(index + count - 1)};
+                       pictureRows_->readableFrom(index + count - 1), picture_.strideBytes};
 }
 
 SourceRow CanvasRows::row(int row, std::uint8_t* scratch) {

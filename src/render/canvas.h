@@ -46,7 +46,19 @@ class CanvasRows {
                                             std::optional<kernels::Pixel> background);
 
     /// Writes canvas row `row` (0 = top), layout.width pixels.
-    void draw(int row, std::uint8_t* target);
+    void draw(int row, std::uint8_t* target) { draw(row, {0, layout_.width}, target); }
+
+    /// Some columns of a row: [begin, end), begin < end.
+    using Columns = RowShaper::Columns;
+
+    /// Writes these columns of the row, the first one to `target`.
+    void draw(int row, Columns columns, std::uint8_t* target);
+
+    /// Whether columns can be drawn without the rest of their row.
+    bool drawsInPieces() const { return reflectionWidth_ == layout_.width; }
+
+    /// Rows will be drawn in pieces: what these can share is kept.
+    void expectPieces() { shaper_->keepFactors(); }
 
     /// For rows that are drawn for a preview: see RowShaper::keepPlans.
     void keepPlans() { shaper_->keepPlans(); }
@@ -61,6 +73,7 @@ class CanvasRows {
         int first;
         int end;
         std::size_t readablePixels;  // behind each of the rows
+        std::ptrdiff_t strideBytes;  // from each to the next
     };
     std::optional<PictureSpan> pictureAlone(int row, int count, const std::uint8_t** rows);
 
@@ -92,8 +105,8 @@ class CanvasRows {
   private:
     CanvasRows(PixelView picture, const CanvasLayout& layout)
         : picture_(picture), layout_(layout) {}
-    void drawReflection(int row, std::uint8_t* target);
-    void drawPicture(int row, bool overNothing, std::uint8_t* target);
+    void drawReflection(int row, Columns columns, std::uint8_t* target);
+    void drawPicture(int row, Columns columns, bool overNothing, std::uint8_t* target);
     bool isOnlyPicture(int row) const;
 
     PixelView picture_;

@@ -74,13 +74,32 @@ void RowShaper::keepPlans() {
     if (!plans_) plans_ = ColumnPlans::take(size_.width);
 }
 
+void RowShaper::keepFactors() {
+    try {
+        factors_.resize(static_cast<std::size_t>(size_.height));
+    } catch (const std::bad_alloc&) {
+        factors_.clear();
+    }
+}
+
+const kernels::ShapeFactor& RowShaper::factorOf(int index) {
+    const auto made = [&] { return kernels::shapeFactor(rowFactor(index, size_.height, fade_)); };
+    if (factors_.empty()) return factor_ = made();
+    auto& kept = factors_[static_cast<std::size_t>(index)];
+    if (!kept) kept = made();
+    return *kept;
+}
+
 /// The columns a .. b of a row, both included, show the mirror's columns 0 .. width - 1; a is the
 /// row's inset and b as far from the other end.
-void RowShaper::takeColumns(int rowInset) {
-    if (plannedInset_ == rowInset) return;
+void RowShaper::takeColumns(int rowInset, Columns columns) {
+    if (plannedInset_ == rowInset && planned_.begin == columns.begin && planned_.end == columns.end)
+        return;
     plannedInset_ = rowInset;
-    begin_ = std::max(0, rowInset);
-    end_ = std::min(size_.outWidth, toInt32(static_cast<double>(size_.outWidth) - rowInset) + 1);
+    planned_ = columns;
+    begin_ = std::clamp(rowInset, columns.begin, columns.end);
+    end_ = std::clamp(toInt32(static_cast<double>(size_.outWidth) - rowInset) + 1, begin_,
+                      columns.end);
     plan_ = plans_ ? plans_->plan(size_.outWidth - 2 * rowInset) : nullptr;
     if (plan_ == nullptr) planColumns(rowInset);
 }
@@ -90,9 +109,16 @@ void RowShaper::planColumns(int rowInset) {
     const double b = static_cast<double>(size_.outWidth) - rowInset;
     const kernels::ColumnPositions positions{a, (size_.width - 1) / (b - a), size_.width - 1};
     const auto begin = static_cast<std::size_t>(begin_);
+    // Whole vectors are planned where the row has the columns: single ones cost as much.
+    constexpr std::int64_t kWhole = 16;
+    const std::int64_t rowEnd = std::min(size_.outWidth, toInt32(b) + 1);
+    const std::int64_t whole = (end_ - begin_ + kWhole - 1) / kWhole * kWhole;
+    const std::int64_t count =
+        std::max<std::int64_t>(end_ - begin_, std::min(whole, rowEnd - begin_));
     inDoublesCount_ =
-        kernels::planShapeColumns(positions, begin_, static_cast<std::size_t>(end_ - begin_),
+        kernels::planShapeColumns(positions, begin_, static_cast<std::size_t>(count),
                                   from_.data() + begin, weight_.data() + begin, inDoubles_.data());
+    while (inDoublesCount_ > 0 && inDoubles_[inDoublesCount_ - 1] >= end_) --inDoublesCount_;
     for (std::size_t i = 0; i < inDoublesCount_; ++i) {
         const double position = (inDoubles_[i] - positions.origin) * positions.scale;
         fractions_[i] = position - from_[static_cast<std::size_t>(inDoubles_[i])];
@@ -115,51 +141,62 @@ std::size_t bytesOf(int pixels) {
 
 }  // namespace
 
-/// The columns [begin_, end_) as they were planned for this row.
+/// The columns [begin_, end_) as they were planned for this row, the first one to `content`.
 void RowShaper::shapeColumns(const std::uint8_t* mirrorRow, std::size_t readablePixels,
-                             const kernels::ShapeFactor& factor, std::uint8_t* target) const {
+                             const kernels::ShapeFactor& factor, std::uint8_t* content) const {
     const auto begin = static_cast<std::size_t>(begin_);
-    kernels::shapeRow(target + bytesOf(begin_), mirrorRow, readablePixels,
+    kernels::shapeRow(content, mirrorRow, readablePixels,
                       {from_.data() + begin, weight_.data() + begin}, factor,
                       static_cast<std::size_t>(end_ - begin_));
     for (std::size_t i = 0; i < inDoublesCount_; ++i) {
         const std::int32_t x = inDoubles_[i];
         const std::int32_t from = from_[static_cast<std::size_t>(x)];
         shapeInDoubles(mirrorRow + std::ptrdiff_t{4} * from, fractions_[i], factor,
-                       target + std::ptrdiff_t{4} * x);
+                       content + std::ptrdiff_t{4} * (x - begin_));
     }
 }
 
-/// The same from a plan, whose column 0 is the row's column `rowInset`.
-void RowShaper::shapePlanned(int rowInset, const std::uint8_t* mirrorRow,
-                             std::size_t readablePixels, const kernels::ShapeFactor& factor,
-                             std::uint8_t* target) const {
+/// The same from a kept plan, whose column 0 is the row's column `rowInset`.
+void RowShaper::shapeKeptColumns(int rowInset, const std::uint8_t* mirrorRow,
+                                 std::size_t readablePixels, const kernels::ShapeFactor& factor,
+                                 std::uint8_t* content) const {
     const int first = begin_ - rowInset;
-    kernels::shapePackedRow(target + bytesOf(begin_), mirrorRow, readablePixels,
-                            plan_->packed.data() + first, factor,
-                            static_cast<std::size_t>(end_ - begin_));
+    kernels::shapePackedRow(content, mirrorRow, readablePixels, plan_->packed.data() + first,
+                            factor, static_cast<std::size_t>(end_ - begin_));
     for (std::size_t i = 0; i < plan_->inDoubles.size(); ++i) {
         const std::int32_t column = plan_->inDoubles[i];
         const std::int32_t x = column + rowInset;
         if (x < begin_ || x >= end_) continue;
         const std::uint32_t from = plan_->packed[static_cast<std::size_t>(column)] & 0xFFFFU;
         shapeInDoubles(mirrorRow + std::size_t{4} * from, plan_->fractions[i], factor,
-                       target + std::ptrdiff_t{4} * x);
+                       content + std::ptrdiff_t{4} * (x - begin_));
     }
 }
 
-void RowShaper::shapeRow(int index, const std::uint8_t* mirrorRow, std::size_t readablePixels,
-                         std::uint8_t* target) {
+RowShaper::Columns RowShaper::plan(int index, Columns columns) {
     const double r = size_.height - index;
     const int rowInset = toInt32(r * size_.inset / size_.height);
-    takeColumns(rowInset);
-    const kernels::ShapeFactor factor = kernels::shapeFactor(rowFactor(index, size_.height, fade_));
-    std::memset(target, 0, bytesOf(begin_));
-    if (plan_ != nullptr)
-        shapePlanned(rowInset, mirrorRow, readablePixels, factor, target);
+    takeColumns(rowInset, columns);
+    if (begin_ == end_) return {0, 0};
+    const auto from = [&](int column) {
+        return plan_ == nullptr
+                   ? from_[static_cast<std::size_t>(column)]
+                   : static_cast<int>(plan_->packed[static_cast<std::size_t>(column - rowInset)] &
+                                      0xFFFFU);
+    };
+    return {from(begin_), std::min(size_.width, from(end_ - 1) + 2)};
+}
+
+void RowShaper::shapePlanned(int index, const std::uint8_t* mirrorRow, std::size_t readablePixels,
+                             std::uint8_t* target) {
+    const kernels::ShapeFactor& factor = factorOf(index);
+    std::uint8_t* content = target + bytesOf(begin_ - planned_.begin);
+    std::memset(target, 0, bytesOf(begin_ - planned_.begin));
+    if (plan_ != nullptr && begin_ < end_)
+        shapeKeptColumns(*plannedInset_, mirrorRow, readablePixels, factor, content);
     else
-        shapeColumns(mirrorRow, readablePixels, factor, target);
-    std::memset(target + bytesOf(end_), 0, bytesOf(size_.outWidth - end_));
+        shapeColumns(mirrorRow, readablePixels, factor, content);
+    std::memset(target + bytesOf(end_ - planned_.begin), 0, bytesOf(planned_.end - end_));
 }
 
 double map_index(double x, double a, double b, double c, double d) {

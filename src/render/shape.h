@@ -54,7 +54,28 @@ class RowShaper {
     /// Of the memory behind mirrorRow `readablePixels` may be read, at least `width`; what lies
     /// beyond the row plays no part.
     void shapeRow(int index, const std::uint8_t* mirrorRow, std::size_t readablePixels,
-                  std::uint8_t* target);
+                  std::uint8_t* target) {
+        plan(index, {0, size_.outWidth});
+        shapePlanned(index, mirrorRow, readablePixels, target);
+    }
+
+    /// Some columns of a row: [begin, end), begin < end.
+    struct Columns {
+        int begin;
+        int end;
+    };
+
+    /// First step of making columns of row `index`: returns which columns of the mirror they need.
+    Columns plan(int index, Columns columns);
+
+    /// Second step, after plan(index, columns): writes these columns, the first one to `target`. Of
+    /// the mirror's row only what they need plays a part.
+    void shapePlanned(int index, const std::uint8_t* mirrorRow, std::size_t readablePixels,
+                      std::uint8_t* target);
+
+    /// From now on what rows are faded by is kept, for rows that are made in several pieces.
+    /// Without memory it is worked out each time.
+    void keepFactors();
 
     /// From here on rows take the columns that were planned for the render before, and leave theirs
     /// to the next one. For previews: the plans of a large picture take more memory than they are
@@ -67,19 +88,22 @@ class RowShaper {
 
   private:
     RowShaper(const ShapeSize& size, const FadeParameters& fade) : size_(size), fade_(fade) {}
-    void takeColumns(int rowInset);
+    void takeColumns(int rowInset, Columns columns);
     void planColumns(int rowInset);
+    const kernels::ShapeFactor& factorOf(int index);
     void shapeColumns(const std::uint8_t* mirrorRow, std::size_t readablePixels,
-                      const kernels::ShapeFactor& factor, std::uint8_t* target) const;
-
-    void shapePlanned(int rowInset, const std::uint8_t* mirrorRow, std::size_t readablePixels,
-                      const kernels::ShapeFactor& factor, std::uint8_t* target) const;
+                      const kernels::ShapeFactor& factor, std::uint8_t* content) const;
+    void shapeKeptColumns(int rowInset, const std::uint8_t* mirrorRow, std::size_t readablePixels,
+                          const kernels::ShapeFactor& factor, std::uint8_t* content) const;
 
     ShapeSize size_;
     FadeParameters fade_;
     std::optional<int> plannedInset_;
-    int begin_ = 0;  // the columns [begin_, end_) have content
+    Columns planned_{0, 0};
+    int begin_ = 0;  // of the planned columns [begin_, end_) have content
     int end_ = 0;
+    std::vector<std::optional<kernels::ShapeFactor>> factors_;  // of each row, where they are kept
+    kernels::ShapeFactor factor_;                               // of the row made last, otherwise
     std::vector<std::int32_t> from_;
     std::vector<std::uint32_t> weight_;
     std::vector<std::int32_t> inDoubles_;

@@ -218,6 +218,96 @@ TEST(ColumnTurn, RefusesQuadsWithoutUprightSides) {
     EXPECT_TRUE(ColumnTurn::plan(10, 10, {{0, 10}, {10, 10}, {0, 0}, {10, 0}}, {0, 0}, 10, 10));
 }
 
+/// One pass after the other, with the whole squeezed picture in between.
+CGImage turnedInTwoPasses(const CGImage& picture, const ColumnTurn& turn, int height) {
+    const PixelView view = picture.pixels();
+    auto squeezed = *turn.squeezedPicture();
+    for (int y = 0; y < view.height; y += kernels::kBlockRows) {
+        const std::uint8_t* rows[kernels::kBlockRows];
+        for (int i = 0; i < turn.blockRows(y); ++i) rows[i] = view.row(y + i);
+        turn.squeezeRows(y, rows, static_cast<std::size_t>(view.width), squeezed);
+    }
+    auto target = *PixelBuffer::uninitialized(turn.targetWidth(), height);
+    turn.walkRows(squeezed, 0, target.view());
+    return CGImage(std::move(target));
+}
+
+struct TurnShape {
+    const char* name;
+    int width, height;
+    double inset, rise;  // of the width and of the height
+    int below;           // rows of the target below the quad's lower edge
+};
+
+TEST(Turn, StripsHaveTheBytesOfTwoPasses) {
+    const TurnShape shapes[] = {{"one pixel", 1, 1, 0, 0.1, 0},
+                                {"one row", 300, 1, 0.1, 0.1, 0},
+                                {"flat", 700, 15, 0.1, 0.2, 0},
+                                {"one strip", 255, 90, 0, -0.2, 0},
+                                {"two strips", 340, 120, 0.12, 0.2, 0},
+                                {"five strips", 1400, 333, 0.05, -0.19, 0},
+                                {"a tall one", 290, 3000, 0, 0.2, 0},
+                                {"a very tall one", 20, 70'000, 0.1, 0.2, 0},
+                                {"shrunk to a third", 900, 900, 0.33, -0.3, 0},
+                                {"cut off below", 600, 400, 0.1, 0.2, -150}};
+    for (const TurnShape& shape : shapes) {
+        const CGImage picture = noiseImage(shape.width, shape.height, 8);
+        const double in = std::floor(shape.inset * shape.width);
+        const double rise = shape.rise * shape.height;
+        const Quad quad{{in, shape.height + rise},
+                        {shape.width - in, shape.height - rise},
+                        {in, -rise},
+                        {shape.width - in, rise}};
+        const CGPoint lowerLeft{in, -std::abs(rise) - shape.below};
+        const int width = std::max(1, shape.width - 2 * static_cast<int>(in));
+        const int height =
+            std::max(1, static_cast<int>(shape.height + 2 * std::abs(rise)) + shape.below);
+        const auto turn =
+            ColumnTurn::plan(shape.width, shape.height, quad, lowerLeft, width, height);
+        ASSERT_TRUE(turn) << shape.name;
+        const auto strips = drawColumnTurn(picture, quad, lowerLeft, width, height);
+        ASSERT_TRUE(strips) << shape.name;
+        EXPECT_TRUE(samePixels(*strips, turnedInTwoPasses(picture, *turn, height))) << shape.name;
+    }
+}
+
+struct Look {
+    const char* name;
+    float width, height, offset, turn;
+    bool background;
+};
+
+// What is drawn at once comes in strips, what is read row by row after two whole passes.
+TEST(Turn, RendersAtOnceAndRowByRowAreTheSame) {
+    const Look looks[] = {{"picture rows alone", 10, 60, 5, 30, false},
+                          {"resampled rows", 7, 63.3F, 4.7F, 81, false},
+                          {"over a background", 12, 80, 10, 20, true},
+                          {"overlapping", 5, 70, -20, 70, false},
+                          {"narrower reflection", -20, 60, 5, 30, false},
+                          {"flipped upright", 15, -50, 0, 12, false},
+                          {"enlarged", 0, 190, 0, 30, false},
+                          {"as tall as the picture", 30, 100, 0, 65, true}};
+    for (const Look& look : looks)
+        for (const int width : {40, 380, 900}) {
+            const CGImage picture = validNoise(width, 210, 4);
+            const RenderInputReaders readers(
+                [] { return 200.0F; },
+                [&] {
+                    return look.background ? std::optional(DeviceColor{0.2, 0.4, 0.9, 0.5})
+                                           : std::nullopt;
+                },
+                [&] { return look.turn; });
+            const auto render = [&](Drawing drawing) {
+                return addReflectionToCGImage(picture, look.width, look.height, look.offset, 10, 7,
+                                              readers, drawing);
+            };
+            const auto atOnce = render(Drawing::AtOnce);
+            const auto whenRead = render(Drawing::WhenRead);
+            ASSERT_TRUE(atOnce && whenRead) << look.name;
+            EXPECT_TRUE(samePixels(atOnce->image, whenRead->image)) << look.name << ' ' << width;
+        }
+}
+
 // The same canvas rows twice: drawn out with what is transparent beside the picture, and as the
 // picture's own rows.
 TEST(Turn, RowsOfThePictureAloneAreSqueezedAsWhenDrawnOut) {

@@ -27,8 +27,11 @@ constexpr std::size_t kParts = kBlockRows / kLanes;  // square blocks that make 
 /// A vector of columns and the source pixels that they need, the same for every row.
 struct SqueezeColumns {
     VI32 offset;  // of the left pixel, from the first column's
+    VI32 next;    // and of the right one
     V32 weight;
+    V32 evenBytes;
     std::ptrdiff_t start;  // bytes
+    std::ptrdiff_t ahead;  // bytes from there to what the next call will want
 };
 
 /// The squeezed pixels of one row, picked from 2 * kPairs vectors of it.
@@ -38,11 +41,13 @@ HWY_INLINE V32 SqueezedPixels(const std::uint8_t* HWY_RESTRICT source,
     const D32 d32;
     const DI32 di32;
     const std::uint8_t* at = source + columns.start;
-    const auto next = hn::Add(columns.offset, hn::Set(di32, 1));
+#pragma GCC unroll 4
+    for (std::size_t line = 0; line < kPairs * 8 * kLanes; line += kLineBytes)
+        hwy::Prefetch(at + columns.ahead + line);
     const V32 a = LoadPixels(at);
     const V32 b = LoadPixels(at + 4 * kLanes);
     V32 first = PickFromTwo(d32, a, b, columns.offset);
-    V32 second = PickFromTwo(d32, a, b, next);
+    V32 second = PickFromTwo(d32, a, b, columns.next);
     if (kPairs == 2) {
         const V32 c = LoadPixels(at + 8 * kLanes);
         const V32 d = LoadPixels(at + 12 * kLanes);
@@ -52,9 +57,9 @@ HWY_INLINE V32 SqueezedPixels(const std::uint8_t* HWY_RESTRICT source,
                                   PickFromTwo(d32, c, d, hn::And(index, last)), early);
         };
         first = later(first, columns.offset);
-        second = later(second, next);
+        second = later(second, columns.next);
     }
-    return LerpPixels(first, second, columns.weight, EvenBytes());
+    return LerpPixels(first, second, columns.weight, columns.evenBytes);
 }
 
 /// kLanes columns of a whole block of rows.
@@ -89,6 +94,7 @@ template <bool kStream>
 HWY_INLINE void SqueezeWholeRows(const SqueezeTarget& target, const std::uint8_t* const* sources,
                                  std::size_t readablePixels, const SqueezeMap& map) {
     const DI32 di32;
+    const V32 evenBytes = EvenBytes();
     for (std::size_t at = 0; at < map.columns; at += kLanes) {
         // The last vector overlaps the one before; both write the same bytes.
         const std::size_t x = std::min(at, map.columns - kLanes);
@@ -96,9 +102,10 @@ HWY_INLINE void SqueezeWholeRows(const SqueezeTarget& target, const std::uint8_t
         const auto start = static_cast<std::size_t>(from[0] - map.firstPixel);
         const std::size_t reach = static_cast<std::size_t>(from[kLanes - 1] - from[0]) + 2;
         const std::size_t pairs = (reach + 2 * kLanes - 1) / (2 * kLanes);
-        const SqueezeColumns columns{hn::Sub(hn::LoadU(di32, from), hn::Set(di32, from[0])),
-                                     hn::LoadU(D32(), map.weight + x),
-                                     4 * static_cast<std::ptrdiff_t>(start)};
+        const auto offset = hn::Sub(hn::LoadU(di32, from), hn::Set(di32, from[0]));
+        const SqueezeColumns columns{
+            offset,    hn::Add(offset, hn::Set(di32, 1)),      hn::LoadU(D32(), map.weight + x),
+            evenBytes, 4 * static_cast<std::ptrdiff_t>(start), map.aheadBytes};
         if (pairs > 2 || start + 2 * kLanes * pairs > readablePixels) {
             SqueezeTarget place = target;
             place.bytes += 4 * static_cast<std::ptrdiff_t>(x) * target.columnStride;

@@ -29,9 +29,9 @@ void walkPixel(std::uint8_t* target, const ColumnWalk& walk, std::size_t column,
     const float position = std::min(std::max(walk.centre[column] + product, 0.0F), walk.last);
     const auto units = static_cast<std::int64_t>(position);
     const auto weight = static_cast<int>(units % kLerpUnit);
+    const std::int32_t place = walk.ring.placeOf(static_cast<std::int32_t>(units / kLerpUnit));
     const std::uint8_t* first =
-        walk.source +
-        4 * (static_cast<std::ptrdiff_t>(column) * walk.columnStride + units / kLerpUnit);
+        walk.source + 4 * (static_cast<std::ptrdiff_t>(column) * walk.columnStride + place);
     for (int k = 0; k < 4; ++k) target[k] = lerpByte(first[k], first[k + 4], weight);
 }
 

@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 
 namespace skarnel::kernels {
 
@@ -25,6 +26,9 @@ inline constexpr std::size_t kLineBytes = 64;
 /// Pixels behind the last column that a walk may read; their content plays no part.
 inline constexpr int kReadBehindColumns = 32;
 
+/// Columns are walked in strips of at least this many, if there are as many.
+inline constexpr std::size_t kStripColumns = 128;
+
 /// first + round((second - first) * weight / kLerpUnit) for a weight of 0 .. kLerpUnit - 1; lies
 /// between the two.
 constexpr std::uint8_t lerpByte(int first, int second, int weight) {
@@ -37,6 +41,9 @@ struct SqueezeMap {
     const std::uint32_t* weight;  // of the next one, twice, in the low and the high 16 bits
     std::size_t columns;
     std::int32_t firstPixel = 0;  // the number of the pixel that each source begins with
+    /// How far behind a source's pixels those lie that the next call will want; 0: nowhere. They
+    /// are only asked for, so that any distance does.
+    std::ptrdiff_t aheadBytes = 0;
 };
 
 /// Where one block of squeezed rows goes: row r of column x is pixel x * columnStride + r.
@@ -68,10 +75,26 @@ struct ColumnCover {
     const std::uint8_t* lastLevel;
 };
 
+/// Where the rows lie in each column of a squeezed picture: from row `first` on, up to `wrap`; row
+/// `wrap` and what follows lie from the column's start again. Behind the row before `wrap` the next
+/// kReadBehindColumns rows lie a second time.
+struct RowRing {
+    std::int32_t first = 0;
+    std::int32_t wrap = std::numeric_limits<std::int32_t>::max();
+
+    constexpr std::int32_t placeOf(std::int32_t row) const {
+        return row - (row < wrap ? first : wrap);
+    }
+};
+
+/// Which part of a wider target a walk writes; with Only all of its columns. First, Middle and Last
+/// leave whole cache lines behind only together.
+enum class Strip { Only, First, Middle, Last };
+
 /// The way through the columns of a squeezed picture. Positions are kLerpUnit-ths of source rows.
 struct ColumnWalk {
-    const std::uint8_t* source;   // row 0 of column 0; kReadBehindColumns pixels follow the last
-    std::ptrdiff_t columnStride;  // pixels; more than the last row's number
+    const std::uint8_t* source;   // of column 0; kReadBehindColumns pixels follow the last
+    std::ptrdiff_t columnStride;  // pixels; more than the place of the last row
     std::size_t columns;
     const float* centre;  // each column's position at the middle row
     const float* step;    // and how it grows for each target row, >= 0
@@ -82,11 +105,15 @@ struct ColumnWalk {
     /// row that is written, where the pixels wait that do not fill a cache line yet. Null
     /// otherwise.
     std::uint8_t* unfinishedLines;
+    /// The strips of a target are walked from left to right with the same unfinishedLines, each at
+    /// least kStripColumns wide and all but the last a multiple of kBlockRows.
+    Strip strip = Strip::Only;
+    RowRing ring;
 };
 
 /// Which rows a walk writes, and where.
 struct WalkTarget {
-    std::uint8_t* bytes;         // of the first row
+    std::uint8_t* bytes;         // of the first row; with unfinishedLines a multiple of 4
     std::ptrdiff_t strideBytes;  // at least 4 * walk.columns
     int firstRow;                // counted from the top of the turned picture
     int rows;

@@ -50,8 +50,20 @@ HWY_INLINE V32 LerpPixels(V32 first, V32 second, V32 weight, V32 evenBytes) {
     return hn::BitCast(d32, hn::Add(hn::BitCast(D8(), first), change));
 }
 
+/// The vector, but nothing that the compiler knows: a constant would be made anew wherever it is
+/// used.
+template <class V>
+HWY_INLINE V Kept(V vector) {
+#if HWY_TARGET == HWY_AVX3
+    asm("" : "+v"(vector.raw));
+#elif HWY_ARCH_X86
+    asm("" : "+x"(vector.raw));
+#endif
+    return vector;
+}
+
 HWY_INLINE V32 EvenBytes() {
-    return hn::Set(D32(), 0xFF00FFU);
+    return Kept(hn::Set(D32(), 0xFF00FFU));
 }
 
 HWY_INLINE V32 LoadPixels(const std::uint8_t* HWY_RESTRICT bytes) {

@@ -38,6 +38,20 @@ HWY_INLINE hn::Vec<hn::RebindToSigned<DF>> Truncated(DF, hn::Vec<DF> values) {
 #endif
 }
 
+/// Lane 0 in every lane, without a way through the other registers.
+template <class DI32>
+HWY_INLINE hn::Vec<DI32> FirstLane(DI32 di32, hn::Vec<DI32> values) {
+#if HWY_TARGET == HWY_AVX3
+    (void)di32;
+    return hn::Vec<DI32>{_mm512_broadcastd_epi32(_mm512_castsi512_si128(values.raw))};
+#elif HWY_TARGET == HWY_AVX2
+    (void)di32;
+    return hn::Vec<DI32>{_mm256_broadcastd_epi32(_mm256_castsi256_si128(values.raw))};
+#else
+    return hn::Set(di32, hn::GetLane(values));
+#endif
+}
+
 /// Lane i = lane index[i] of `low` and `high` one after the other; 0 <= index[i] < 2 * lanes.
 template <class D32>
 HWY_INLINE hn::Vec<D32> PickFromTwo(D32 d32, hn::Vec<D32> low, hn::Vec<D32> high,

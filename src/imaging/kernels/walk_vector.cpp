@@ -36,9 +36,9 @@ class Band {
           evenBytes_(EvenBytes()),
           fraction_(hn::Set(D32(), (kLerpUnit - 1) * 0x10001U)),
           twice_(TwicePattern()),
-          one_(hn::Set(DI32(), 1)) {}
+          one_(Kept(hn::Set(DI32(), 1))) {}
 
-    /// Whether columns x, x + 1, ... cover all rows, none of them walked fast.
+    /// Whether columns x, x + 1, ... cover all rows, none of them walked fast or beyond its ends.
     HWY_INLINE bool IsInside(std::size_t x) const {
         const DI32 di32;
         const ColumnCover& cover = walk_.cover;
@@ -47,8 +47,16 @@ class Band {
         const auto before = hn::Gt(hn::LoadU(di32, cover.fullBegin + x), first);
         const auto behind = hn::Lt(hn::LoadU(di32, cover.fullEnd + x), end);
         const auto step = hn::LoadU(DF(), walk_.step + x);
-        const auto fast = hn::RebindMask(di32, hn::Gt(step, hn::Set(DF(), kLargestStep)));
-        return hn::AllFalse(di32, hn::Or(fast, hn::Or(before, behind)));
+        const auto centre = hn::LoadU(DF(), walk_.centre + x);
+        const auto positionAt = [&](int row) HWY_ATTR {
+            return hn::Add(centre, hn::Mul(hn::Set(DF(), static_cast<float>(row)), step));
+        };
+        const int offset = row_ - walk_.middleRow;
+        const auto fast = hn::Gt(step, hn::Set(DF(), kLargestStep));
+        const auto above = hn::Lt(positionAt(offset), hn::Zero(DF()));
+        const auto below = hn::Gt(positionAt(offset + static_cast<int>(kLanes) - 1), last_);
+        const auto unlike = hn::RebindMask(di32, hn::Or(fast, hn::Or(above, below)));
+        return hn::AllFalse(di32, hn::Or(unlike, hn::Or(before, behind)));
     }
 
     /// Columns x, x + 1, ... of all rows, turned over: vector i holds row i. For columns inside.
@@ -57,7 +65,7 @@ class Band {
         const std::uint8_t* column = walk_.source + static_cast<std::ptrdiff_t>(x) * strideBytes;
 #pragma GCC unroll 16
         for (std::size_t i = 0; i < kLanes; ++i, column += strideBytes)
-            block[i] = Column(column, walk_.centre[x + i], walk_.step[x + i]);
+            block[i] = Column(column, Positions(walk_.centre[x + i], walk_.step[x + i]));
         Transpose(D32(), block);
     }
 
@@ -75,13 +83,16 @@ class Band {
     }
 
   private:
-    /// What the column of pixels at `column` shows in the rows.
-    HWY_INLINE V32 Column(const std::uint8_t* HWY_RESTRICT column, float centre, float step) const {
+    /// Where the rows lie in a column, but for its ends.
+    HWY_INLINE VF Positions(float centre, float step) const {
+        return hn::Add(hn::Set(DF(), centre), hn::Mul(offset_, hn::Set(DF(), step)));
+    }
+
+    /// What the column of pixels at `column` shows at the positions.
+    HWY_INLINE V32 Column(const std::uint8_t* HWY_RESTRICT column, VF position) const {
         const DI32 di32;
         const D32 d32;
         const DF df;
-        const auto sum = hn::Add(hn::Set(df, centre), hn::Mul(offset_, hn::Set(df, step)));
-        const auto position = hn::Min(hn::Max(sum, hn::Zero(df)), last_);
         VI32 at;
         VI32 units;
         if (kTall) {
@@ -94,13 +105,13 @@ class Band {
         }
         const auto weight = hn::And(TwiceLow(units), fraction_);
         const std::int32_t start = hn::GetLane(at);
-        const std::uint8_t* run = column + std::ptrdiff_t{4} * start;
+        const std::uint8_t* run = column + std::ptrdiff_t{4} * walk_.ring.placeOf(start);
         // What the next band will want of this column; a band takes up to two lines.
         hwy::Prefetch(run + 3 * kLineBytes);
         hwy::Prefetch(run + 4 * kLineBytes);
         const V32 low = LoadPixels(run);
         const V32 high = LoadPixels(run + 4 * kLanes);
-        const auto offset = hn::Sub(at, hn::Set(di32, start));
+        const auto offset = hn::Sub(at, FirstLane(di32, at));
         return LerpPixels(PickFromTwo(d32, low, high, offset),
                           PickFromTwo(d32, low, high, hn::Add(offset, one_)), weight, evenBytes_);
     }
@@ -133,9 +144,10 @@ class Band {
         level = hn::IfThenZeroElse(outside, level);
         const std::uint8_t* column =
             walk_.source + 4 * static_cast<std::ptrdiff_t>(x) * walk_.columnStride;
+        const VF sum = Positions(walk_.centre[x], walk_.step[x]);
         const V32 pixels = walk_.step[x] > kLargestStep
                                ? LongColumn(x)
-                               : Column(column, walk_.centre[x], walk_.step[x]);
+                               : Column(column, hn::Min(hn::Max(sum, hn::Zero(DF())), last_));
         return ScaledPixels(pixels, hn::BitCast(d32, level));
     }
 
@@ -185,12 +197,6 @@ HWY_INLINE void StoreRows(const V32* HWY_RESTRICT block, std::size_t rows,
             hn::StoreU(hn::BitCast(D8(), block[i]), D8(), target);
     }
 }
-
-/// Columns are walked in strips of this many from top to bottom, so that each column is read in
-/// its own order and what a band needs of a strip stays in the nearest cache.
-constexpr std::size_t kStripColumns = 128;
-
-enum class Strip { First, Middle, Last, Only };
 
 /// The bands of a strip on their way past the caches. Each is gathered, so that whole cache lines
 /// of its rows leave for memory, and leaves bit by bit while the next band is walked: stores in a
@@ -291,10 +297,118 @@ HWY_INLINE void WalkInto(std::uint8_t* target, std::ptrdiff_t strideBytes, const
     }
 }
 
+#if HWY_TARGET == HWY_AVX3
+
+/// Up to kLanes rows of a strip on their way past the caches, for vectors of a whole cache line:
+/// each line of the target is put together in registers from two vectors of its row.
+///
+///   vectors   | x .. x + 15 | x + 16 .. x + 31 |
+///   lines        |  target, cut at multiples of 64 bytes  |
+class WholeLines {
+  public:
+    /// `waiting` has a line for each row: the vector before the next one.
+    WholeLines(std::uint8_t* target, std::ptrdiff_t strideBytes, std::size_t rows,
+               std::uint8_t* waiting)
+        : target_(target), stride_(strideBytes), rows_(rows), waiting_(waiting) {
+        for (std::size_t i = 0; i < kLanes; ++i) {
+            std::uint8_t* row = target + static_cast<std::ptrdiff_t>(i) * strideBytes;
+            const std::size_t beyond = reinterpret_cast<std::uintptr_t>(row) % kLineBytes;
+            lines_[i] = row - beyond;
+            hn::Store(hn::Iota(DI32(), static_cast<std::int32_t>(kLanes - beyond / 4)), DI32(),
+                      picks_[i]);
+        }
+    }
+
+    /// The vectors of the target's pixels x, x + 1, ...: completes a line of each row.
+    HWY_INLINE void Complete(std::size_t x, const V32* HWY_RESTRICT block) {
+        if (HWY_LIKELY(rows_ == kLanes)) {
+#pragma GCC unroll 16
+            for (std::size_t i = 0; i < kLanes; ++i) CompleteRow(x, i, block[i]);
+        } else {
+            for (std::size_t i = 0; i < rows_; ++i) CompleteRow(x, i, block[i]);
+        }
+    }
+
+    /// The same vectors at the beginning or the end of a target's rows, where a line has other
+    /// pixels too.
+    HWY_INLINE void StoreEdge(std::size_t x, const V32* HWY_RESTRICT block) {
+        StoreRows(block, rows_, target_ + 4 * x, stride_);
+    }
+
+    /// The vectors wait for those behind them.
+    HWY_INLINE void Keep(const V32* HWY_RESTRICT block) {
+        for (std::size_t i = 0; i < rows_; ++i)
+            hn::StoreU(hn::BitCast(D8(), block[i]), D8(), waiting_ + i * kLineBytes);
+    }
+
+  private:
+    HWY_INLINE void CompleteRow(std::size_t x, std::size_t i, V32 pixels) {
+        std::uint8_t* HWY_RESTRICT waiting = waiting_ + i * kLineBytes;
+        const V32 line =
+            PickFromTwo(D32(), LoadPixels(waiting), pixels, hn::Load(DI32(), picks_[i]));
+        hn::Stream(hn::BitCast(D8(), line), D8(), lines_[i] + 4 * x);
+        hn::StoreU(hn::BitCast(D8(), pixels), D8(), waiting);
+    }
+
+    std::uint8_t* target_;
+    std::ptrdiff_t stride_;
+    std::size_t rows_;
+    std::uint8_t* waiting_;
+    std::uint8_t* lines_[kLanes];
+    alignas(kLineBytes) std::int32_t picks_[kLanes][kLanes];
+};
+
+static_assert(kLanes * 4 == kLineBytes && kBlockRows == kLanes);
+
+/// One band of a strip of whole vectors of columns; only the last strip may have some more.
+template <bool kTall>
+HWY_INLINE void WalkLines(const WalkTarget& target, const ColumnWalk& walk, std::size_t begin,
+                          std::size_t end, Strip strip, int done) {
+    const Band<kTall> band(walk, target.firstRow + done);
+    WholeLines lines(target.bytes + done * target.strideBytes + 4 * begin, target.strideBytes,
+                     static_cast<std::size_t>(std::min(kBlockRows, target.rows - done)),
+                     walk.unfinishedLines + kLineBytes * static_cast<std::size_t>(done));
+    const bool begins = strip == Strip::Only || strip == Strip::First;
+    const bool ends = strip == Strip::Only || strip == Strip::Last;
+    const auto put = [&](std::size_t x, const V32* HWY_RESTRICT block) HWY_ATTR
+        __attribute__((always_inline)) {
+        const bool isFirst = begins && x == begin;
+        if (HWY_LIKELY(!isFirst)) lines.Complete(x - begin, block);
+        if (isFirst) lines.Keep(block);
+        const bool isLast = ends && x + 2 * kLanes > end;
+        if (isFirst || isLast) lines.StoreEdge(x - begin, block);
+    };
+    const auto walkAt = [&](std::size_t x, auto use) HWY_ATTR __attribute__((always_inline)) {
+        V32 block[kLanes];
+        if (HWY_LIKELY(band.IsInside(x))) {
+            band.Walk(x, block);
+            use(x, block);
+        } else {
+            V32 edges[kLanes];
+            band.WalkEdges(x, edges);
+            use(x, edges);
+        }
+    };
+    std::size_t x = begin;
+    for (; x + kLanes <= end; x += kLanes) walkAt(x, put);
+    if (x == end) return;
+    walkAt(end - kLanes, [&](std::size_t at, const V32* HWY_RESTRICT block)
+                             HWY_ATTR { lines.StoreEdge(at - begin, block); });
+}
+
+#endif
+
 template <bool kTall>
 void WalkStrip(const WalkTarget& target, const ColumnWalk& walk, std::size_t begin, std::size_t end,
                Strip strip) {
     const bool streams = walk.unfinishedLines != nullptr && walk.columns >= kStripColumns;
+#if HWY_TARGET == HWY_AVX3
+    if (streams) {
+        for (int done = 0; done < target.rows; done += kBlockRows)
+            WalkLines<kTall>(target, walk, begin, end, strip, done);
+        return;
+    }
+#endif
     LineStream lines(end - begin, strip, target.strideBytes);
     std::uint8_t* bytes = target.bytes + 4 * begin;
     for (int done = 0; done < target.rows; done += kBlockRows) {
@@ -314,14 +428,22 @@ void WalkStrip(const WalkTarget& target, const ColumnWalk& walk, std::size_t beg
     lines.SendAll();
 }
 
+/// Columns are walked in strips from top to bottom, so that each column is read in its own order
+/// and what a band needs of a strip stays in the nearest cache.
 void WalkColumns(const WalkTarget& target, const ColumnWalk& walk) {
     if (walk.columns < kLanes) return scalar::walkColumns(target, walk);
     const auto walkStrip = walk.last >= 2147483648.0F ? WalkStrip<true> : WalkStrip<false>;
+    const bool begins = walk.strip == Strip::Only || walk.strip == Strip::First;
+    const bool ends = walk.strip == Strip::Only || walk.strip == Strip::Last;
     std::size_t x = 0;
     // The last strip takes what would not make a strip of its own.
     for (; x + 2 * kStripColumns <= walk.columns; x += kStripColumns)
-        walkStrip(target, walk, x, x + kStripColumns, x == 0 ? Strip::First : Strip::Middle);
-    walkStrip(target, walk, x, walk.columns, x == 0 ? Strip::Only : Strip::Last);
+        walkStrip(target, walk, x, x + kStripColumns,
+                  x == 0 && begins ? Strip::First : Strip::Middle);
+    if (x == 0)
+        walkStrip(target, walk, x, walk.columns, walk.strip);
+    else
+        walkStrip(target, walk, x, walk.columns, ends ? Strip::Last : Strip::Middle);
 }
 
 #endif

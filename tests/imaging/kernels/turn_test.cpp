@@ -147,7 +147,8 @@ struct Walk {
         unfinished.resize(kLineBytes * static_cast<std::size_t>(height));
         walk = {source.data(), sourceRows,  columns,
                 centre.data(), step.data(), static_cast<float>(sourceRows - 1) * kLerpUnit,
-                height / 2,    {},          nullptr};
+                height / 2,    {},          nullptr,
+                Strip::Only,   {}};
         walk.cover = {begin.data(), fullBegin.data(),  fullEnd.data(),
                       end.data(),   firstLevel.data(), lastLevel.data()};
     }
@@ -182,6 +183,91 @@ TEST(TurnKernels, StripsOfColumnsMeetWithoutASeamOnEveryTarget) {
         expectWalkedAlike(columns, 50, 35, 1.6F, Walk::Cover::Whole);
         expectWalkedAlike(columns, 50, 35, 1.6F, Walk::Cover::Edges);
     }
+}
+
+/// The strips' walks one after the other, each from its own columns of the whole.
+void walkInStrips(const std::vector<std::size_t>& starts, const WalkTarget& target,
+                  const ColumnWalk& whole) {
+    for (std::size_t i = 0; i + 1 < starts.size(); ++i) {
+        const std::size_t x = starts[i];
+        ColumnWalk walk = whole;
+        walk.source += 4 * static_cast<std::ptrdiff_t>(x) * whole.columnStride;
+        walk.columns = starts[i + 1] - x;
+        walk.centre += x;
+        walk.step += x;
+        const ColumnCover& cover = whole.cover;
+        walk.cover = {cover.begin + x, cover.fullBegin + x,  cover.fullEnd + x,
+                      cover.end + x,   cover.firstLevel + x, cover.lastLevel + x};
+        walk.strip = i == 0 ? Strip::First : Strip::Middle;
+        if (i + 2 == starts.size()) walk.strip = Strip::Last;
+        WalkTarget place = target;
+        place.bytes += 4 * x;
+        walkColumns(place, walk);
+    }
+}
+
+TEST(TurnKernels, StripsThatAreWalkedByThemselvesMakeTheWholeOnEveryTarget) {
+    for (std::size_t columns = 400; columns <= 432; ++columns)
+        for (const Walk::Cover cover : {Walk::Cover::Whole, Walk::Cover::Edges}) {
+            Walk made(columns, 50, 35, 1.6F, cover);
+            made.walk.unfinishedLines = made.unfinished.data();
+            const std::size_t stride = 4 * columns + 4 * (columns % 3);
+            expectEqualTargets(
+                stride * 35, 4 * (columns % 16), "walked in strips", [&](std::uint8_t* bytes) {
+                    walkInStrips({0, 128, 272, columns},
+                                 {bytes, static_cast<std::ptrdiff_t>(stride), 0, 35}, made.walk);
+                });
+            Placed whole(stride * 35, 0);
+            Placed strips(stride * 35, 0);
+            const ScopedTarget scalarOnly(kScalarTarget);
+            const WalkTarget target{whole.data(), static_cast<std::ptrdiff_t>(stride), 0, 35};
+            walkColumns(target, made.walk);
+            walkInStrips({0, 128, 272, columns}, {strips.data(), target.strideBytes, 0, 35},
+                         made.walk);
+            ASSERT_EQ(strips.bytes(), whole.bytes());
+        }
+}
+
+/// The columns of `made`, 120 rows each, in a ring of 96 that holds the rows from `first` on.
+std::vector<std::uint8_t> ringOf(const Walk& made, std::size_t columns, int first) {
+    constexpr int kRows = 120;
+    constexpr int kRing = 96;
+    constexpr int kStride = kRing + kReadBehindColumns;
+    std::vector<std::uint8_t> ring(4 * (columns * kStride + kReadBehindColumns));
+    for (std::size_t x = 0; x < columns; ++x)
+        for (int row = first; row < kRows; ++row)
+            for (int place = row % kRing; place < kStride && row < first + kRing; place += kRing)
+                std::memcpy(ring.data() + 4 * (x * kStride + static_cast<std::size_t>(place)),
+                            made.source.data() + 4 * (x * kRows + static_cast<std::size_t>(row)),
+                            4);
+    return ring;
+}
+
+TEST(TurnKernels, ARingOfRowsIsWalkedLikeTheWholeColumnOnEveryTarget) {
+    for (const std::size_t columns : {1, 7, 16, 33, 130})
+        for (const int first : {0, 5, 23}) {
+            Walk made(columns, 120, 40, 1.4F, Walk::Cover::Whole);
+            // Positions first + 1 .. first + 57 at the most; the ring ends at row 96.
+            for (std::size_t x = 0; x < columns; ++x)
+                made.centre[x] = (1.0F * static_cast<float>(first) + 29.3F) * kLerpUnit;
+            const auto ring = ringOf(made, columns, first);
+            ColumnWalk ringWalk = made.walk;
+            ringWalk.source = ring.data();
+            ringWalk.columnStride = 96 + kReadBehindColumns;
+            ringWalk.ring = {0, 96};
+            std::vector<std::uint8_t> whole(160 * columns);
+            const ScopedTarget scalarOnly(kScalarTarget);
+            walkColumns({whole.data(), static_cast<std::ptrdiff_t>(4 * columns), 0, 40}, made.walk);
+            std::vector<Target> targets = supportedTargets();
+            targets.push_back(kScalarTarget);
+            for (const Target target : targets) {
+                const ScopedTarget only(target);
+                std::vector<std::uint8_t> turned(160 * columns);
+                walkColumns({turned.data(), static_cast<std::ptrdiff_t>(4 * columns), 0, 40},
+                            ringWalk);
+                ASSERT_EQ(turned, whole) << targetName(target) << ' ' << columns << ' ' << first;
+            }
+        }
 }
 
 TEST(TurnKernels, ABandAloneHasTheRowsOfTheWhole) {
@@ -221,7 +307,9 @@ TEST(TurnKernels, ARowIsMixedFadedOrClearAsItsColumnSays) {
                           2.0F * kLerpUnit,
                           0,
                           {&begin, &fullBegin, &fullEnd, &end, &first, &last},
-                          nullptr};
+                          nullptr,
+                          Strip::Only,
+                          {}};
     std::vector<std::uint8_t> target(24, kSentinel);
     scalar::walkColumns({target.data(), 4, 0, 6}, walk);
     EXPECT_EQ(target, (std::vector<std::uint8_t>{0,   0,  0,  0,    // before its first row
