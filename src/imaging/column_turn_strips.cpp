@@ -22,7 +22,7 @@ constexpr std::size_t kStripWidth = 256;
 static_assert(kStripWidth >= 2 * kernels::kStripColumns, "halves are strips, too");
 
 /// Target rows that are walked together.
-constexpr int kWalkRows = 32;
+constexpr int kWalkRows = 64;
 
 int roundDown(int row, int unit) {
     return row / unit * unit;

@@ -144,7 +144,7 @@ const std::uint8_t* ImageRows::rowPiece(int i, int begin, int end) {
 
 /// A piece of a row is too short for the processor to find out by itself what comes next.
 void ImageRows::askForRowsAhead(int i, int begin, int end) const {
-    constexpr int kRowsAhead = 2;
+    constexpr int kRowsAhead = 3;
     constexpr std::ptrdiff_t kLineBytes = 64;
     if (i + kRowsAhead >= rows_->size()) return;
     const kernels::Taps& before = rows_->taps(i + kRowsAhead - 1);
