@@ -159,7 +159,11 @@ std::optional<CGImage> turnedCanvas(const CGImage& picture, CanvasRows& rows,
     auto block = PixelBuffer::zeroed(layout.width + kReadBeyond, 2 * turn->blockRows(0));
     auto room = roomFor(bitmap->width, bitmap->height, drawing);
     if (!block || !room) return std::nullopt;
-    if (drawing == Drawing::AtOnce && rows.drawsInPieces()) {
+    // A picture that leaves the caches before its reflection wants it is read once only by two
+    // passes over everything.
+    const bool staysInCaches =
+        !passesCaches(picture.bytesPerRow() * static_cast<std::size_t>(picture.height()));
+    if (drawing == Drawing::AtOnce && staysInCaches && rows.drawsInPieces()) {
         const auto passes = turn->roomToDraw(room->view());
         if (!passes) return std::nullopt;
         if (turn->strips() > 1) rows.expectPieces();
