@@ -99,8 +99,8 @@ class AnswerSource {
 Error answeredError(const AnswerRecord& record, ByteView message);
 
 /// The picture or the error that a whole answer holds. Damaged when it ends early, goes on after
-/// its end, breaks the order, or has a key of properties that no reader gives. Texts are as plainText
-/// makes them, at most 1024 bytes each. Throws std::bad_alloc.
+/// its end, breaks the order, or has a key of properties that no reader gives. Texts are as
+/// plainText makes them, at most 1024 bytes each. Throws std::bad_alloc.
 Result<DecodedImage> receiveAnswer(AnswerSource& source, const DecodeLimits& limits);
 
 }  // namespace skarnel::io
