@@ -205,6 +205,7 @@ int main(int argc, char** argv) {
     if (only.empty() || only == "burst") good = runBurst(bench, changes / 4) && good;
     application.controller().reset(nullptr);
     QApplication::processEvents();
-    if (only.empty() || only == "opened") good = runOpened(bench, application, photo, changes / 10) && good;
+    if (only.empty() || only == "opened")
+        good = runOpened(bench, application, photo, changes / 10) && good;
     return good ? 0 : 1;
 }

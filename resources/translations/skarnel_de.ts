@@ -158,6 +158,18 @@
         <source>Out of memory</source>
         <translation>Der Arbeitsspeicher reicht nicht aus</translation>
     </message>
+    <message>
+        <source>The page renderer ended</source>
+        <translation>Die Seitendarstellung wurde beendet</translation>
+    </message>
+    <message>
+        <source>The page renderer is not installed</source>
+        <translation>Die Seitendarstellung ist nicht installiert</translation>
+    </message>
+    <message>
+        <source>The page was not painted in time</source>
+        <translation>Die Seite wurde nicht rechtzeitig gezeichnet</translation>
+    </message>
 </context>
 <context>
     <name>ColorPanel</name>
@@ -284,6 +296,18 @@
     <message>
         <source>Copied as PNG</source>
         <translation>Als PNG kopiert</translation>
+    </message>
+    <message>
+        <source>The text cannot be made a picture: %1.</source>
+        <translation>Aus dem Text kann kein Bild werden: %1.</translation>
+    </message>
+    <message>
+        <source>The text cannot be made a picture.</source>
+        <translation>Aus dem Text kann kein Bild werden.</translation>
+    </message>
+    <message>
+        <source>Saving “%1” …</source>
+        <translation>„%1“ wird gespeichert …</translation>
     </message>
 </context>
 <context>

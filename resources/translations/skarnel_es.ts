@@ -158,6 +158,18 @@
         <source>Out of memory</source>
         <translation>No hay memoria suficiente</translation>
     </message>
+    <message>
+        <source>The page renderer ended</source>
+        <translation>El motor de páginas ha terminado</translation>
+    </message>
+    <message>
+        <source>The page renderer is not installed</source>
+        <translation>El motor de páginas no está instalado</translation>
+    </message>
+    <message>
+        <source>The page was not painted in time</source>
+        <translation>La página no se ha dibujado a tiempo</translation>
+    </message>
 </context>
 <context>
     <name>ColorPanel</name>
@@ -284,6 +296,18 @@
     <message>
         <source>Copied as PNG</source>
         <translation>Copiado como PNG</translation>
+    </message>
+    <message>
+        <source>The text cannot be made a picture: %1.</source>
+        <translation>No se puede hacer una imagen del texto: %1.</translation>
+    </message>
+    <message>
+        <source>The text cannot be made a picture.</source>
+        <translation>No se puede hacer una imagen del texto.</translation>
+    </message>
+    <message>
+        <source>Saving “%1” …</source>
+        <translation>Guardando «%1»…</translation>
     </message>
 </context>
 <context>

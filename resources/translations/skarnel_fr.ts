@@ -158,6 +158,18 @@
         <source>Out of memory</source>
         <translation>Mémoire insuffisante</translation>
     </message>
+    <message>
+        <source>The page renderer ended</source>
+        <translation>Le moteur de rendu des pages s’est arrêté</translation>
+    </message>
+    <message>
+        <source>The page renderer is not installed</source>
+        <translation>Le moteur de rendu des pages n’est pas installé</translation>
+    </message>
+    <message>
+        <source>The page was not painted in time</source>
+        <translation>La page n’a pas été dessinée à temps</translation>
+    </message>
 </context>
 <context>
     <name>ColorPanel</name>
@@ -284,6 +296,18 @@
     <message>
         <source>Copied as PNG</source>
         <translation>Copié en PNG</translation>
+    </message>
+    <message>
+        <source>The text cannot be made a picture: %1.</source>
+        <translation>Le texte ne peut pas devenir une image : %1.</translation>
+    </message>
+    <message>
+        <source>The text cannot be made a picture.</source>
+        <translation>Le texte ne peut pas devenir une image.</translation>
+    </message>
+    <message>
+        <source>Saving “%1” …</source>
+        <translation>Enregistrement de « %1 »…</translation>
     </message>
 </context>
 <context>

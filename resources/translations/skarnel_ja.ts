@@ -158,6 +158,18 @@
         <source>Out of memory</source>
         <translation>メモリーが足りません</translation>
     </message>
+    <message>
+        <source>The page renderer ended</source>
+        <translation>ページ描画プログラムが終了しました</translation>
+    </message>
+    <message>
+        <source>The page renderer is not installed</source>
+        <translation>ページ描画プログラムがインストールされていません</translation>
+    </message>
+    <message>
+        <source>The page was not painted in time</source>
+        <translation>ページが時間内に描画されませんでした</translation>
+    </message>
 </context>
 <context>
     <name>ColorPanel</name>
@@ -284,6 +296,18 @@
     <message>
         <source>Copied as PNG</source>
         <translation>PNG としてコピーしました</translation>
+    </message>
+    <message>
+        <source>The text cannot be made a picture: %1.</source>
+        <translation>テキストを画像にできません: %1。</translation>
+    </message>
+    <message>
+        <source>The text cannot be made a picture.</source>
+        <translation>テキストを画像にできません。</translation>
+    </message>
+    <message>
+        <source>Saving “%1” …</source>
+        <translation>「%1」を保存しています…</translation>
     </message>
 </context>
 <context>

@@ -158,6 +158,18 @@
         <source>Out of memory</source>
         <translation>内存不足</translation>
     </message>
+    <message>
+        <source>The page renderer ended</source>
+        <translation>页面渲染程序已结束</translation>
+    </message>
+    <message>
+        <source>The page renderer is not installed</source>
+        <translation>未安装页面渲染程序</translation>
+    </message>
+    <message>
+        <source>The page was not painted in time</source>
+        <translation>页面未能及时绘制</translation>
+    </message>
 </context>
 <context>
     <name>ColorPanel</name>
@@ -284,6 +296,18 @@
     <message>
         <source>Copied as PNG</source>
         <translation>已复制为 PNG</translation>
+    </message>
+    <message>
+        <source>The text cannot be made a picture: %1.</source>
+        <translation>无法将文本制成图片：%1。</translation>
+    </message>
+    <message>
+        <source>The text cannot be made a picture.</source>
+        <translation>无法将文本制成图片。</translation>
+    </message>
+    <message>
+        <source>Saving “%1” …</source>
+        <translation>正在保存“%1”…</translation>
     </message>
 </context>
 <context>

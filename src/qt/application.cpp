@@ -207,6 +207,8 @@ void Application::start(const QStringList& pictures) {
     openPictures(std::exchange(waiting_, {}));
     // Nothing on the screen waits for the desktop's answer.
     QTimer::singleShot(0, &motion_, [this] {
+        if (const auto folder = toolkit_.temporaryDirectory())
+            removeAbandonedFolders(*folder, kPastedPrefix);
         store_.removeLeftOvers();
         state_.removeLeftOvers();
         if (!qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))

@@ -4,10 +4,10 @@
 #include <QDeadlineTimer>
 #include <QObject>
 #include <QStringList>
-#include <QTemporaryDir>
 #include <QTimer>
 #include <array>
 #include <memory>
+#include <string_view>
 
 #include "app/image_operations.h"
 #include "app/stored_user_defaults.h"
@@ -20,11 +20,15 @@
 #include "qt/toolkit_controls.h"
 #include "qt/toolkit_views.h"
 #include "qt/window_state.h"
+#include "storage/private_folder.h"
 #include "storage/settings_store.h"
 
 namespace skarnel {
 
 class Companions;
+
+/// The folders of pasted pictures, in the toolkit's temporary directory, begin with it.
+inline constexpr std::string_view kPastedPrefix = "pasted-";
 
 /// Where the application keeps what outlives it, and the text system it stands on (borrowed).
 struct ApplicationParts {
@@ -128,7 +132,7 @@ class Application final : public QObject {
     QDeadlineTimer storeBy_;  // while the timer runs
     Motion motion_;
     bool awake_ = false;                     // the logo is installed: pictures may come
-    std::unique_ptr<QTemporaryDir> pasted_;  // holds the pasted picture while it is the source
+    std::unique_ptr<PrivateFolder> pasted_;  // holds the pasted picture while it is the source
     QStringList waiting_;                    // pictures of calls that came before
     Companions* companions_ = nullptr;       // last: it holds on to all the others; a child
 };

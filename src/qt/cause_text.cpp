@@ -38,6 +38,9 @@ constexpr const char* kCauses[] = {
     QT_TRANSLATE_NOOP("Cause", "The file is too large"),
     QT_TRANSLATE_NOOP(
         "Cause", "A page of %1 by %2 pixels is too large to capture; at most 16384 by 16384 are"),
+    QT_TRANSLATE_NOOP("Cause", "The page renderer ended"),
+    QT_TRANSLATE_NOOP("Cause", "The page renderer is not installed"),
+    QT_TRANSLATE_NOOP("Cause", "The page was not painted in time"),
     QT_TRANSLATE_NOOP("Cause", "Nothing more could be written"),
     QT_TRANSLATE_NOOP("Cause", "Out of memory"),
 };

@@ -23,6 +23,7 @@
 #include "qt/companions.h"
 #include "qt/file_names.h"
 #include "qt/icons.h"
+#include "qt/page_refusal.h"
 #include "qt/picture_painter.h"
 #include "qt/preset_strip.h"
 #include "qt/recipe_commands.h"
@@ -37,6 +38,7 @@
 namespace skarnel {
 namespace {
 
+constexpr double kSlowSavePixels = 4e6;     // from here on a save may take a second and more
 constexpr qint64 kRecognitionBytes = 4096;  // enough of a file to know its format
 
 QByteArray toQt(const Bytes& bytes) {
@@ -159,11 +161,10 @@ void Application::pastePicture() {
     const auto folder = toolkit_.temporaryDirectory();
     if (!bytes || !folder) return window_.tell(tr("There is no picture on the clipboard."));
     // A folder of its own lets the file have a name that suits the one proposed for saving.
-    auto own = std::make_unique<QTemporaryDir>(QString::fromStdString(*folder) +
-                                               QStringLiteral("/pasted-XXXXXX"));
+    auto own = std::make_unique<PrivateFolder>(*folder, kPastedPrefix);
     const std::string path =
-        own->filePath(tr("Pasted Picture") + QStringLiteral(".tiff")).toStdString();
-    if (!own->isValid() || !writeFileSafely(path, *bytes, Overwrite::Refuse))
+        own->path() + "/" + (tr("Pasted Picture") + QStringLiteral(".tiff")).toStdString();
+    if (own->path().empty() || !writeFileSafely(path, *bytes, Overwrite::Refuse))
         return window_.tell(tr("The picture cannot be pasted."));
     changingSource([&] { controller_.imagePathChanged(path); });
     pasted_ = std::move(own);
@@ -187,6 +188,15 @@ void Application::connectFile() {
     });
     connect(actions_.closeNoSave, &QAction::triggered, this,
             [this] { controller_.closeNoSave(nullptr); });
+    toolkit_.setSaveNotes({[this](const QString& path) {
+                               const std::optional<NSImage>& source = controller_.image;
+                               if (!source) return;
+                               const CGSize size = source->size();
+                               if (size.width * size.height < kSlowSavePixels) return;
+                               window_.tell(tr("Saving “%1” …").arg(QFileInfo(path).fileName()));
+                               window_.repaint();  // now, since nothing is handled until it is done
+                           },
+                           [this] { window_.endTelling(); }});
     toolkit_.setSaved([this](const std::string& path) {
         window_.announce(tr("Saved %1").arg(QFileInfo(QString::fromStdString(path)).fileName()));
     });
@@ -314,7 +324,16 @@ void Application::connectView() {
 void Application::connectText() {
     // The picture's file has a name that nobody chose.
     const auto imageText = [this] {
-        changingSource([this] { controller_.imageText(nullptr); }, tr("Text"));
+        const std::optional<NSImage> before = controller_.image;
+        const std::string logged = loggedWhile(
+            [this] { changingSource([this] { controller_.imageText(nullptr); }, tr("Text")); });
+        const std::optional<NSImage>& now = controller_.image;
+        if (now && (!before || !now->isSame(*before))) return;
+        // The command's own alert has said it already, or the program is ending.
+        if (QApplication::activeModalWidget() != nullptr || !window_.isVisible()) return;
+        const auto cause = whyNoPage(logged);
+        window_.tell(cause ? tr("The text cannot be made a picture: %1.").arg(causeText(*cause))
+                           : tr("The text cannot be made a picture."));
     };
     connect(actions_.imageText, &QAction::triggered, this, imageText);
     connect(&window_.textBar().imageButton(), &QPushButton::clicked, this, imageText);

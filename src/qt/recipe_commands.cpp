@@ -11,12 +11,12 @@
 #include <QUrl>
 #include <algorithm>
 #include <cerrno>
-#include <sstream>
 #include <system_error>
 
 #include "qt/application.h"
 #include "qt/cause_text.h"
 #include "qt/file_names.h"
+#include "qt/page_refusal.h"
 #include "qt/portal_file_dialog.h"
 #include "qt/settings_panel.h"
 #include "qt/styled_document.h"
@@ -25,7 +25,6 @@
 #include "qt/viewer.h"
 #include "recipe/recipe_file.h"
 #include "storage/safe_file.h"
-#include "util/log/system_log.h"
 
 namespace skarnel {
 namespace {
@@ -58,28 +57,6 @@ StyledText withPossibleSizes(StyledText text) {
         place += run.length;
     }
     return text;
-}
-
-/// What a command puts into the log, which gets it all the same.
-template <typename Command>
-std::string loggedWhile(Command command) {
-    std::string lines;
-    {
-        const ScopedLogCapture log;
-        command();
-        lines = log.text();
-    }
-    std::istringstream each(lines);
-    for (std::string line; std::getline(each, line);) systemLog(line);
-    return lines;
-}
-
-/// The line in which the page's renderer refuses a page for its size.
-std::optional<Error> pageTooLarge(const std::string& logged) {
-    std::istringstream each(logged);
-    for (std::string line; std::getline(each, line);)
-        if (line.starts_with("A page of ")) return Error{ErrorCode::TooLarge, line};
-    return std::nullopt;
 }
 
 /// Something of this window, such as the result that is being dragged out.
@@ -261,7 +238,7 @@ bool RecipeCommands::applyText(const StyledText& text, const QString& recipeName
     if (now && (!before || !now->isSame(*before))) return true;
     // The command's own alert has said it already.
     if (QApplication::activeModalWidget() != nullptr) return false;
-    const auto cause = pageTooLarge(logged);
+    const auto cause = whyNoPage(logged);
     application_.window().tell(
         cause ? tr("“%1”: %2.").arg(recipeName, causeText(*cause))
               : tr("The text of “%1” cannot be made a picture.").arg(recipeName));

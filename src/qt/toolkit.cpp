@@ -22,7 +22,7 @@ std::unique_ptr<NSOpenPanel> QtToolkit::openPanel() {
 }
 
 std::shared_ptr<NSSavePanel> QtToolkit::savePanel() {
-    return std::make_shared<QtSavePanel>(parts_.state, filePortal_);
+    return std::make_shared<QtSavePanel>(parts_.state, filePortal_, saveNotes_);
 }
 
 std::shared_ptr<IKSaveOptions> QtToolkit::saveOptions(const ImageProperties& imageProperties,

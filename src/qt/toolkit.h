@@ -47,6 +47,8 @@ class QtToolkit final : public Toolkit {
 
     /// Told the path of each file that a save has written.
     void setSaved(StandardImageFiles::Saved saved) { imageFiles_.setSaved(std::move(saved)); }
+    /// Told around each save of a result.
+    void setSaveNotes(SaveNotes notes) { saveNotes_ = std::move(notes); }
     /// Told of each result that has gone to the clipboard through the controller.
     void setCopied(std::function<void()> copied) { pasteboard_.setFilled(std::move(copied)); }
 
@@ -81,6 +83,7 @@ class QtToolkit final : public Toolkit {
   private:
     ToolkitParts parts_;
     FilePortal filePortal_;
+    SaveNotes saveNotes_;
     QPointer<QWidget> window_;
     QtNotificationCenter center_;
     QtRunLoop runLoop_;

@@ -126,9 +126,7 @@ void QtSavePanel::beginPortalSheet(const QString& file, NSWindow& modalForWindow
                      [self = shared_from_this(), sheet, didEnd, contextInfo](int result) {
                          self->filename_ = sheet->chosen().toStdString();
                          sheet->deleteLater();
-                         const bool saved = result == QDialog::Accepted;
-                         if (didEnd)
-                             didEnd(*self, saved ? NSOKButton : NSCancelButton, contextInfo);
+                         self->concluded(result == QDialog::Accepted, didEnd, contextInfo);
                      });
     sheet->open();
 }
@@ -164,9 +162,15 @@ void QtSavePanel::ended(SaveDialog& dialog, int result, const DidEnd& didEnd, vo
         filename_ = dialog.chosen().toStdString();
         state_.setSaveFolder(QFileInfo(dialog.chosen()).absolutePath());
     }
+    concluded(saved, didEnd, contextInfo);
+}
+
+void QtSavePanel::concluded(bool saved, const DidEnd& didEnd, void* contextInfo) {
     // The sheet is off the screen by now; a large picture takes seconds to write.
     const WaitCursor atWork;
+    if (saved && notes_.begins) notes_.begins(QString::fromStdString(filename_));
     if (didEnd) didEnd(*this, saved ? NSOKButton : NSCancelButton, contextInfo);
+    if (saved && notes_.ends) notes_.ends();
 }
 
 void QtSaveOptions::addSaveOptionsAccessoryViewToSavePanel(NSSavePanel& panel) {

@@ -59,11 +59,17 @@ class QtOpenPanel final : public NSOpenPanel {
 };
 
 /// A sheet: modal for its window alone. Asks before it overwrites.
+/// Told around the making and writing of a file, during which nothing is handled; may be empty.
+struct SaveNotes {
+    std::function<void(const QString& path)> begins;
+    std::function<void()> ends;
+};
+
 class QtSavePanel final : public NSSavePanel, public std::enable_shared_from_this<QtSavePanel> {
   public:
     /// With a bus the place is chosen in the desktop's own dialog, after the format.
-    explicit QtSavePanel(WindowState& state, FilePortal portal = {})
-        : state_(state), portal_(std::move(portal)) {}
+    explicit QtSavePanel(WindowState& state, FilePortal portal = {}, SaveNotes notes = {})
+        : state_(state), portal_(std::move(portal)), notes_(std::move(notes)) {}
 
     void setAccessoryView(SaveOptionsView* view) { accessory_ = view; }
     void beginSheet(const std::optional<std::string>& directory, std::string_view file,
@@ -75,9 +81,11 @@ class QtSavePanel final : public NSSavePanel, public std::enable_shared_from_thi
                           void* contextInfo);
     void follow(SaveDialog& dialog);
     void ended(SaveDialog& dialog, int result, const DidEnd& didEnd, void* contextInfo);
+    void concluded(bool saved, const DidEnd& didEnd, void* contextInfo);
 
     WindowState& state_;
     FilePortal portal_;
+    SaveNotes notes_;
     QPointer<QWidget> accessoryGuard_;
     SaveOptionsView* accessory_ = nullptr;
     std::string filename_;

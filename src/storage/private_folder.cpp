@@ -18,15 +18,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::string_view kPrefix = "skarnel-text-";
+constexpr std::string_view kTextPrefix = "skarnel-text-";
 constexpr std::string_view kRandom = "XXXXXX";  // what mkdtemp replaces by letters and digits
 constexpr int kMaxAttempts = 8;
 
-bool isFolderName(std::string_view name) {
-    if (name.size() != kPrefix.size() + kRandom.size() || !name.starts_with(kPrefix)) return false;
-    return std::all_of(name.begin() + kPrefix.size(), name.end(), [](char c) {
-        return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-    });
+bool isFolderName(std::string_view name, std::string_view prefix) {
+    if (name.size() != prefix.size() + kRandom.size() || !name.starts_with(prefix)) return false;
+    return std::all_of(
+        name.begin() + static_cast<std::ptrdiff_t>(prefix.size()), name.end(), [](char c) {
+            return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+        });
 }
 
 /// A descriptor that holds the lock of the folder, or -1: somebody else's, locked, or gone.
@@ -44,13 +45,16 @@ int lockedFolder(const std::string& path, FileSystem& fileSystem) {
     return -1;
 }
 
-void removeAbandoned(const fs::path& parent, FileSystem& fileSystem) {
+}  // namespace
+
+void removeAbandonedFolders(const std::string& parent, std::string_view prefix,
+                            FileSystem& fileSystem) {
     std::vector<std::string> names;
     if (fileSystem.list(parent.c_str(), names) < 0) return;
     for (const std::string& name : names) {
-        if (!isFolderName(name)) continue;
-        const fs::path path = parent / name;
-        const int folder = lockedFolder(path.string(), fileSystem);
+        if (!isFolderName(name, prefix)) continue;
+        const std::string path = (fs::path(parent) / name).string();
+        const int folder = lockedFolder(path, fileSystem);
         if (folder < 0) continue;
         std::error_code ignored;
         fs::remove_all(path, ignored);
@@ -58,14 +62,21 @@ void removeAbandoned(const fs::path& parent, FileSystem& fileSystem) {
     }
 }
 
-}  // namespace
-
 PrivateFolder::PrivateFolder(FileSystem& fileSystem) : fileSystem_(fileSystem) {
     std::error_code error;
     const fs::path parent = fs::temp_directory_path(error);
-    if (error) return;
-    removeAbandoned(parent, fileSystem_);
-    const std::string pattern = (parent / kPrefix).string().append(kRandom);
+    if (!error) make(parent.string(), kTextPrefix);
+}
+
+PrivateFolder::PrivateFolder(const std::string& parent, std::string_view prefix,
+                             FileSystem& fileSystem)
+    : fileSystem_(fileSystem) {
+    make(parent, prefix);
+}
+
+void PrivateFolder::make(const std::string& parent, std::string_view prefix) {
+    removeAbandonedFolders(parent, prefix, fileSystem_);
+    const std::string pattern = (fs::path(parent) / prefix).string().append(kRandom);
     // Another program may take a folder that is not locked yet for an abandoned one.
     for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
         std::string name = pattern;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "storage/file_system.h"
 
@@ -14,15 +15,25 @@ class PrivateFolder {
   public:
     /// Empty path when it cannot be made.
     explicit PrivateFolder(FileSystem& fileSystem = systemFileSystem());
+    /// The same in another directory, with a name that begins with `prefix`; folders of other
+    /// prefixes stay.
+    PrivateFolder(const std::string& parent, std::string_view prefix,
+                  FileSystem& fileSystem = systemFileSystem());
     ~PrivateFolder();
     PrivateFolder(const PrivateFolder&) = delete;
     PrivateFolder& operator=(const PrivateFolder&) = delete;
     const std::string& path() const { return path_; }
 
   private:
+    void make(const std::string& parent, std::string_view prefix);
+
     FileSystem& fileSystem_;
     std::string path_;
     int lock_ = -1;
 };
+
+/// Removes the folders of that prefix that killed programs left in the directory.
+void removeAbandonedFolders(const std::string& parent, std::string_view prefix,
+                            FileSystem& fileSystem = systemFileSystem());
 
 }  // namespace skarnel

@@ -29,10 +29,8 @@ class ApplicationTest : public ::testing::Test {
     void make() {
         app = std::make_unique<Application>(
             ApplicationParts{folder.filePath(QStringLiteral("settings.json")).toStdString(),
-                             folder.filePath(QStringLiteral("state/window.json")),
-                             textSystem,
-                             textFiles,
-                             makeWebView});
+                             folder.filePath(QStringLiteral("state/window.json")), textSystem,
+                             textFiles, makeWebView});
     }
 
     void start(const QStringList& pictures = {}) {

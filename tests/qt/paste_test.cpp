@@ -112,6 +112,17 @@ TEST_F(PasteTest, WhatIsNoPictureIsAnsweredAndLeavesNothing) {
     nothing(web);
 }
 
+TEST_F(PasteTest, AStartRemovesWhatAKilledProgramPasted) {
+    make();
+    const QString own = QString::fromStdString(*app->toolkit().temporaryDirectory());
+    ASSERT_TRUE(QDir(own).mkpath(QStringLiteral("pasted-Ab12Cd")));
+    QFile left(own + QStringLiteral("/pasted-Ab12Cd/Pasted Picture.tiff"));
+    ASSERT_TRUE(left.open(QIODevice::WriteOnly));
+    ASSERT_EQ(pastedFolders().size(), 1);
+    app->start({});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return pastedFolders().isEmpty(); }, kPatience));
+}
+
 TEST_F(PasteTest, ThePastedFileLastsAsLongAsItIsTheSource) {
     start();
     const auto png = [&](QColor color) {

@@ -20,6 +20,7 @@
 #include <functional>
 #include <random>
 
+#include "qt/page/renderers.h"
 #include "qt/window_state.h"
 
 namespace skarnel {
@@ -215,6 +216,30 @@ TEST_F(ProcessesTest, AKilledProgramLeavesWhatTheWindowRemembersWhole) {
     EXPECT_EQ(WindowState(statePath()).recentFiles().value(0), last);
     EXPECT_EQ(QFileInfo(statePath()).dir().entryList(QDir::Files | QDir::Hidden),
               (QStringList{QStringLiteral("window.json"), QStringLiteral("window.json.lock")}));
+}
+
+// Behind the window's walls, which only the real program raises.
+TEST_F(ProcessesTest, TextBecomesAPictureWhateverBecomesOfItsRendererWhichEndsWithTheWindow) {
+    QProcess& program = start();
+    awaitWindow(QStringLiteral("TavelinLogo"));
+    const auto pid = static_cast<int>(program.processId());
+    EXPECT_TRUE(test_page::ourPageProcesses(pid).empty()) << "nobody asked for a page yet";
+    QProcess& second = start({QStringLiteral(SKARNEL_TEXT_RECIPE)});
+    ASSERT_TRUE(wait([&] { return second.state() == QProcess::NotRunning; }));
+    const QString window = awaitWindow(QStringLiteral("Text"));
+    std::vector<int> renderers = test_page::ourPageProcesses(pid);
+    ASSERT_EQ(renderers.size(), 1U);
+    ASSERT_EQ(::kill(renderers.front(), SIGKILL), 0);
+    ASSERT_TRUE(wait([&] { return test_page::ourPageProcesses(pid).empty(); }));
+    EXPECT_EQ(program.state(), QProcess::Running);
+    press(window, QStringLiteral("ctrl+Return"));
+    ASSERT_TRUE(wait([&] { return !(renderers = test_page::ourRenderers(pid)).empty(); }));
+    const std::vector<int> pages = test_page::ourPageProcesses(pid);
+    ASSERT_EQ(::kill(pid, SIGKILL), 0);
+    for (const int process : pages)
+        EXPECT_TRUE(wait([&] { return !test_page::isProgram(process, "skarnel-page-renderer"); }));
+    for (const int process : renderers)
+        EXPECT_TRUE(wait([&] { return !test_page::isEngineProcess(process); }));
 }
 
 TEST_F(ProcessesTest, ClosingAPanelEndsNothingAndClosingTheMainWindowEndsWell) {

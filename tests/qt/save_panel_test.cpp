@@ -4,6 +4,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
+#include <QLabel>
 #include <QMessageBox>
 #include <QTimer>
 
@@ -81,6 +82,39 @@ TEST_F(SavePanelTest, QuotationMarksAreAPartOfTheName) {
     EXPECT_TRUE(sheet->isVisible());
     sheet->reject();
     EXPECT_EQ(bytesOf(saved() + QLatin1Char('/') + proposed), before);
+}
+
+/// Notes what a label says each time it is painted.
+class Painted final : public QObject {
+  public:
+    explicit Painted(QLabel& label) : label_(label) { label.installEventFilter(this); }
+    QStringList texts;
+
+  protected:
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::Paint) texts << label_.text();
+        return false;
+    }
+
+  private:
+    QLabel& label_;
+};
+
+TEST_F(SavePanelTest, ALargePictureSaysThatItIsBeingSavedAndASmallOneIsJustSaved) {
+    start();
+    for (const bool isLarge : {true, false}) {
+        ASSERT_TRUE(app->openPicture(
+            picture(QStringLiteral("p.png"), 2500, isLarge ? 1600 : 1599, Qt::red)));
+        ask();
+        Painted painted(*window().findChild<QLabel*>(QStringLiteral("toast")));
+        press();
+        EXPECT_EQ(savedFiles().size(), 1);
+        const QString note = QStringLiteral("Saving “p Reflection.tiff” …");
+        EXPECT_EQ(painted.texts.contains(note), isLarge);
+        EXPECT_FALSE(window().findChild<QLabel*>(QStringLiteral("toast"))->isVisible());
+        QDir(saved()).removeRecursively();
+        ASSERT_TRUE(QDir().mkpath(saved()));
+    }
 }
 
 TEST_F(SavePanelTest, ANameGetsTheFormatsExtensionUnlessItHasIt) {

@@ -75,6 +75,22 @@ TEST_F(PrivateFolderTest, LeavesTheLivingAndTheForeignAlone) {
     EXPECT_EQ(parent_.names().size(), 14U);
 }
 
+TEST_F(PrivateFolderTest, InAnotherDirectoryTakesAwayThoseOfItsOwnPrefixAlone) {
+    const test::TemporaryFolder parent;
+    for (const char* name : {"pasted-abcdef", "skarnel-text-abcdef", "pasted-more.txt"})
+        std::filesystem::create_directory(parent / name);
+    const PrivateFolder living(parent.path(), "pasted-");
+    EXPECT_TRUE(std::filesystem::path(living.path()).filename().string().starts_with("pasted-"));
+    EXPECT_EQ(std::filesystem::path(living.path()).parent_path(), parent.path());
+    EXPECT_FALSE(std::filesystem::exists(parent / "pasted-abcdef"));
+    std::filesystem::create_directory(parent / "pasted-ABC123");
+    removeAbandonedFolders(parent.path(), "pasted-");
+    EXPECT_FALSE(std::filesystem::exists(parent / "pasted-ABC123"));
+    EXPECT_TRUE(std::filesystem::exists(living.path()));
+    EXPECT_TRUE(std::filesystem::exists(parent / "skarnel-text-abcdef"));
+    EXPECT_TRUE(std::filesystem::exists(parent / "pasted-more.txt"));
+}
+
 TEST_F(PrivateFolderTest, WithoutATemporaryDirectoryThereIsNone) {
     ::setenv("TMPDIR", (parent_ / "missing").c_str(), 1);
     EXPECT_EQ(PrivateFolder().path(), "");

@@ -16,8 +16,8 @@ class PageView final : public WebView, private WebFrame {
   public:
     /// Takes a page on loan: `giveBack` receives it when the view goes.
     using GiveBack = std::function<void(std::unique_ptr<RemotePage>)>;
-    PageView(std::unique_ptr<RemotePage> page, GiveBack giveBack,
-             const PageModuleContext& context, const CGRect& frame);
+    PageView(std::unique_ptr<RemotePage> page, GiveBack giveBack, const PageModuleContext& context,
+             const CGRect& frame);
     ~PageView() override;
 
     void setFrameLoadDelegate(WebFrameLoadDelegate* delegate) override;

@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
@@ -96,6 +97,36 @@ TEST_F(WindowTest, TheTypedTextStandsInTheViewerAtActualSize) {
     EXPECT_TRUE(app->controller().saveFilename.ends_with(" Reflection"));
     // Nobody chose the name of the temporary file.
     EXPECT_EQ(app->window().windowTitle(), QStringLiteral("Text — Skarnel"));
+}
+
+TEST_F(WindowTest, ARendererThatCannotLiveIsToldAndCostsNothingElse) {
+    type(QStringLiteral("before"));
+    pressed();
+    const QImage before = viewer().shownImage();
+    type(QStringLiteral("Summer Sale"));
+    QTimer killer;
+    QObject::connect(&killer, &QTimer::timeout, [] {
+        for (const int process : test_page::ourPageProcesses()) ::kill(process, SIGKILL);
+    });
+    killer.start(1);
+    app->window().textBar().imageButton().click();
+    killer.stop();
+    const auto* toast = app->window().findChild<QLabel*>(QStringLiteral("toast"));
+    ASSERT_NE(toast, nullptr);
+    EXPECT_EQ(toast->text(),
+              QStringLiteral("The text cannot be made a picture: The page renderer ended."));
+    EXPECT_EQ(viewer().shownImage(), before);
+    EXPECT_EQ(editor().text().characters(), u"Summer Sale");
+    pressed();
+}
+
+TEST_F(WindowTest, ATextTooLargeForAPictureIsTold) {
+    editor().setText(StyledText(std::u16string(1000, u'W')));
+    app->window().textBar().imageButton().click();
+    const auto* toast = app->window().findChild<QLabel*>(QStringLiteral("toast"));
+    ASSERT_NE(toast, nullptr);
+    EXPECT_TRUE(toast->text().contains(QStringLiteral("is too large to capture")))
+        << toast->text().toStdString();
 }
 
 // With the renderer stopped the wait would never end by itself.
