@@ -51,12 +51,12 @@ HWY_INLINE V32 LerpPixels(V32 first, V32 second, V32 weight, V32 evenBytes) {
 }
 
 /// The vector, but nothing that the compiler knows: a constant would be made anew wherever it is
-/// used.
+/// used. An emulated vector is an array, which has no register.
 template <class V>
 HWY_INLINE V Kept(V vector) {
 #if HWY_TARGET == HWY_AVX3
     asm("" : "+v"(vector.raw));
-#elif HWY_ARCH_X86
+#elif HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128
     asm("" : "+x"(vector.raw));
 #endif
     return vector;
