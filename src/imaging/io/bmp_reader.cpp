@@ -283,12 +283,12 @@ class RunLengthReader {
         }
     }
 
+    /// In a row of the picture: a code that leads out of it is the last.
     void put(std::uint8_t index) {
-        if (column_ < view_.width && row_ < view_.height) {
-            const int y = header_.topDown ? row_ : view_.height - 1 - row_;
-            putColor(view_.row(y) + std::ptrdiff_t{4} * column_, palette_[index]);
-        }
-        if (column_ < view_.width) ++column_;
+        if (column_ == view_.width) return;
+        const int y = header_.topDown ? row_ : view_.height - 1 - row_;
+        putColor(view_.row(y) + std::ptrdiff_t{4} * column_, palette_[index]);
+        ++column_;
     }
 
     ByteReader in_;

@@ -33,6 +33,17 @@ SKARNEL_LIBRARY(zlibLibrary, SKARNEL_ZLIB, SKARNEL_ZLIB_SONAME)
 SKARNEL_LIBRARY(gifLibrary, SKARNEL_GIF, SKARNEL_GIF_SONAME)
 #endif
 
+#ifdef SKARNEL_HAVE_JXL
+const char* jpegXLSoname() {
+    return SKARNEL_JXL_SONAME;
+}
+#endif
+#ifdef SKARNEL_HAVE_HEIF
+const char* heifSoname() {
+    return SKARNEL_HEIF_SONAME;
+}
+#endif
+
 LateLibraries& webpLibrary() {
     static LateLibraries late(
         {SKARNEL_WEBP_SONAME, SKARNEL_WEBPDEMUX_SONAME, SKARNEL_WEBPMUX_SONAME},

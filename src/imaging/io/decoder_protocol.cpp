@@ -67,9 +67,8 @@ std::optional<PropertyValue> takeValue(ByteReader& in) {
     }
 }
 
-const Error& damagedAnswer() {
-    static const Error error{ErrorCode::Damaged, "The decoder's answer is damaged"};
-    return error;
+Error damagedAnswer() {
+    return {ErrorCode::Damaged, "The decoder's answer is damaged"};
 }
 
 }  // namespace
@@ -95,7 +94,6 @@ Result<PackedProperties> unpackProperties(ByteView bytes) {
         if (!value || in.failed()) return damagedAnswer();
         packed.properties.insert_or_assign(std::move(key), *std::move(value));
     }
-    if (in.failed()) return damagedAnswer();
     return packed;
 }
 

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "imaging/io/exif_library.h"
 
@@ -32,22 +33,21 @@ DataHandle load(ByteView block) {
 }
 
 std::optional<double> numberOf(const ExifEntry& entry, ExifByteOrder order) {
-    if (entry.components != 1 || entry.data == nullptr) return std::nullopt;
+    // The bytes are there where the size says so.
+    if (entry.components != 1 || entry.size < exif_format_get_size(entry.format)) {
+        return std::nullopt;
+    }
     switch (entry.format) {
         case EXIF_FORMAT_SHORT:
-            return entry.size >= 2 ? std::optional<double>(exif_get_short(entry.data, order))
-                                   : std::nullopt;
+            return exif_get_short(entry.data, order);
         case EXIF_FORMAT_LONG:
-            return entry.size >= 4 ? std::optional<double>(exif_get_long(entry.data, order))
-                                   : std::nullopt;
+            return exif_get_long(entry.data, order);
         case EXIF_FORMAT_RATIONAL: {
-            if (entry.size < 8) return std::nullopt;
             const ExifRational value = exif_get_rational(entry.data, order);
             if (value.denominator == 0) return std::nullopt;
             return static_cast<double>(value.numerator) / value.denominator;
         }
         case EXIF_FORMAT_SRATIONAL: {
-            if (entry.size < 8) return std::nullopt;
             const ExifSRational value = exif_get_srational(entry.data, order);
             if (value.denominator == 0) return std::nullopt;
             return static_cast<double>(value.numerator) / value.denominator;
@@ -75,7 +75,7 @@ void collectEntry(ExifEntry* entry, void* context) {
     if (name == nullptr || entry->tag == EXIF_TAG_MAKER_NOTE) return;
     const std::string key = std::string(to.group) + "." + name;
     if (const auto number = numberOf(*entry, to.order)) {
-        if (*number == std::floor(*number) && std::abs(*number) < 1e15) {
+        if (*number == std::floor(*number)) {  // of 32 bits at most
             to.properties->insert_or_assign(key, static_cast<std::int64_t>(*number));
         } else {
             to.properties->insert_or_assign(key, *number);
@@ -106,17 +106,12 @@ ExifFacts readExif(ByteView block, ImageProperties& properties) {
     ExifFacts facts;
     const DataHandle data = load(block);
     if (!data || data->ifd[EXIF_IFD_0]->count + data->ifd[EXIF_IFD_EXIF]->count == 0) return facts;
-    const auto before = properties.find(kPropertyTiffCompression);
-    const auto compression =
-        before == properties.end() ? nullptr : std::make_unique<PropertyValue>(before->second);
-    collect(*data, properties);
-    properties.insert_or_assign(std::string(kPropertyExifBlock), Bytes(block.begin(), block.end()));
+    ImageProperties found;
+    collect(*data, found);
     // Compression here tells of the thumbnail or the raw data, not of how a file would be written.
-    if (compression == nullptr) {
-        properties.erase(std::string(kPropertyTiffCompression));
-    } else {
-        properties.insert_or_assign(std::string(kPropertyTiffCompression), *compression);
-    }
+    found.erase(std::string(kPropertyTiffCompression));
+    found.insert_or_assign(std::string(kPropertyExifBlock), Bytes(block.begin(), block.end()));
+    for (auto& [key, value] : found) properties.insert_or_assign(key, std::move(value));
 
     const double orientation = numberOf(*data, EXIF_IFD_0, EXIF_TAG_ORIENTATION).value_or(1);
     if (orientation >= 1 && orientation <= 8) facts.orientation = static_cast<int>(orientation);

@@ -116,6 +116,7 @@ std::uint32_t offsetIn(const ExifField& field) {
 
 ExifDirectory readDirectory(Block& block, std::uint32_t offset, bool (*isWanted)(std::uint16_t)) {
     ExifDirectory directory;
+    if (offset == 0) return directory;  // the block's own head stands there
     ByteReader in(block.bytes, block.order);
     in.seek(offset);
     const unsigned count = std::min<unsigned>(in.u16(), kMaxEntries);

@@ -55,7 +55,7 @@ Palette makePalette(const GifFileType& gif, int transparent) {
         const GifColorType& color = colors->Colors[i];
         palette[static_cast<std::size_t>(i)] = {color.Red, color.Green, color.Blue, 255};
     }
-    if (transparent >= 0 && transparent < 256) palette[static_cast<std::size_t>(transparent)] = {};
+    if (transparent >= 0) palette[static_cast<std::size_t>(transparent)] = {};
     return palette;
 }
 
@@ -93,7 +93,7 @@ Result<SourcePicture> readGif(ByteView bytes, const DecodeLimits& limits) {
     int transparent = -1;
     if (!gif || !findFirstFrame(gif.get(), transparent)) return damaged;
     const GifImageDesc& frame = gif->Image;
-    if (frame.Width < 1 || frame.Height < 1 || frame.Left < 0 || frame.Top < 0) return damaged;
+    if (frame.Width < 1 || frame.Height < 1) return damaged;
     // A frame that reaches beyond its canvas enlarges it, as all viewers have it.
     const std::int64_t width =
         std::max<std::int64_t>(gif->SWidth, std::int64_t{frame.Left} + frame.Width);

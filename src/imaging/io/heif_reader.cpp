@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "imaging/io/color_profile.h"
 #include "imaging/io/exif.h"
@@ -49,7 +50,7 @@ struct Api {
 
 std::optional<Api> loadApi() {
     Api api{};
-    CodecLibrary library(SKARNEL_HEIF_SONAME);
+    CodecLibrary library(heifSoname());
     library.bind(api.newContext, "heif_context_alloc");
     library.bind(api.freeContext, "heif_context_free");
     library.bind(api.setThreads, "heif_context_set_max_decoding_threads");
@@ -199,8 +200,8 @@ bool loadHeif() {
 
 Result<SourcePicture> readHeif(ByteView bytes, const DecodeLimits& limits) {
     if (!loadHeif()) {
-        return {ErrorCode::Unsupported,
-                "The library for HEIF and AVIF (" SKARNEL_HEIF_SONAME ") is not installed"};
+        return {ErrorCode::Unsupported, std::string("The library for HEIF and AVIF (") +
+                                            heifSoname() + ") is not installed"};
     }
     const Owned<heif_context> context(api()->newContext());
     if (!context) return {ErrorCode::OutOfMemory, "Not enough memory for the decoder"};

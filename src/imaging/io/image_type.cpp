@@ -118,7 +118,7 @@ const ImageType* imageTypeOfContent(ByteView bytes) {
 
 std::optional<std::string> preferredExtensionOfType(std::string_view identifier) {
     const ImageType* type = imageTypeWithIdentifier(identifier);
-    if (type == nullptr || type->preferredExtension.empty()) return std::nullopt;
+    if (type == nullptr) return std::nullopt;
     return std::string(type->preferredExtension);
 }
 

@@ -31,19 +31,19 @@ OPJ_SIZE_T readMemory(void* target, OPJ_SIZE_T count, void* handle) {
 
 OPJ_OFF_T skipMemory(OPJ_OFF_T count, void* handle) {
     auto& file = *static_cast<MemoryFile*>(handle);
-    if (count < 0) return -1;
     const auto left = static_cast<OPJ_OFF_T>(file.bytes.size() - file.at);
-    const OPJ_OFF_T part = std::min(count, left);
+    const OPJ_OFF_T part = std::clamp<OPJ_OFF_T>(count, 0, left);
     file.at += static_cast<std::size_t>(part);
-    // Short of what was asked: the end has been reached.
-    return part == 0 && count > 0 ? -1 : part;
+    // The library asks for a byte at least, so none means that the end has been reached.
+    return part == 0 ? -1 : part;
 }
 
 OPJ_BOOL seekMemory(OPJ_OFF_T position, void* handle) {
     auto& file = *static_cast<MemoryFile*>(handle);
-    if (position < 0 || static_cast<std::uint64_t>(position) > file.bytes.size()) return OPJ_FALSE;
-    file.at = static_cast<std::size_t>(position);
-    return OPJ_TRUE;
+    // A negative place is one beyond any end.
+    const auto wanted = static_cast<std::size_t>(position);
+    file.at = std::min(wanted, file.bytes.size());
+    return static_cast<OPJ_BOOL>(file.at == wanted);
 }
 
 JpStream openMemory(MemoryFile& file) {
@@ -62,13 +62,14 @@ bool isCodeStream(ByteView bytes) {
 }
 
 std::optional<Error> checkComponents(const opj_image_t& image) {
-    if (image.numcomps < 1 || image.numcomps > kMaxComponents) {
+    if (image.numcomps - 1 >= kMaxComponents) {  // none at all is very many, too
         return Error{ErrorCode::Unsupported, "A JPEG 2000 picture of this many components"};
     }
     for (OPJ_UINT32 i = 0; i < image.numcomps; ++i) {
         const opj_image_comp_t& component = image.comps[i];
-        if (component.prec < 1 || component.prec > 31 || component.dx < 1 || component.dy < 1 ||
-            component.w < 1 || component.h < 1) {
+        const OPJ_UINT32 least =
+            std::min({component.prec, component.dx, component.dy, component.w, component.h});
+        if (least == 0 || component.prec > 31) {
             return Error{ErrorCode::Damaged, "A component of the JPEG 2000 picture is impossible"};
         }
     }
@@ -197,11 +198,11 @@ Result<JpImage> decode(ByteView bytes, const DecodeLimits& limits) {
     opj_dparameters_t parameters;
     opj_set_default_decoder_parameters(&parameters);
     opj_image_t* raw = nullptr;
-    const bool headerRead = opj_setup_decoder(codec.get(), &parameters) != OPJ_FALSE &&
-                            opj_decoder_set_strict_mode(codec.get(), OPJ_TRUE) != OPJ_FALSE &&
-                            opj_read_header(stream.get(), codec.get(), &raw) != OPJ_FALSE;
+    OPJ_BOOL headerRead = opj_setup_decoder(codec.get(), &parameters);
+    headerRead &= opj_decoder_set_strict_mode(codec.get(), OPJ_TRUE);
+    headerRead &= opj_read_header(stream.get(), codec.get(), &raw);
     JpImage image(raw);
-    if (!headerRead || !image) return messages.error();
+    if (headerRead == OPJ_FALSE) return messages.error();
     const std::int64_t width = std::int64_t{image->x1} - image->x0;
     const std::int64_t height = std::int64_t{image->y1} - image->y0;
     if (auto error = checkPictureSize(width, height, limits, kMaxPixels)) return *error;
@@ -238,10 +239,9 @@ Result<SourcePicture> readJpeg2000(ByteView bytes, const DecodeLimits& limits) {
     picture.alpha = roles.alpha ? (decoded.comps[*roles.alpha].alpha == 2 ? Alpha::Premultiplied
                                                                           : Alpha::Straight)
                                 : Alpha::Opaque;
-    if (decoded.icc_profile_buf != nullptr && decoded.icc_profile_len > 0) {
-        picture.profile.assign(decoded.icc_profile_buf,
-                               decoded.icc_profile_buf + decoded.icc_profile_len);
-    }
+    // Empty without one.
+    picture.profile.assign(decoded.icc_profile_buf,
+                           decoded.icc_profile_buf + decoded.icc_profile_len);
     if (const auto resolution = jp2Resolution(bytes)) {
         setResolution(picture.properties, resolution->horizontal, resolution->vertical);
     }

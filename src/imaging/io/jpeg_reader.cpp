@@ -90,12 +90,10 @@ class JpegDecoder {
             return FALSE;
         };
         source_.skip_input_data = [](j_decompress_ptr info, long count) {
-            if (count <= 0) return;
-            if (static_cast<std::size_t>(count) > info->src->bytes_in_buffer) {
-                ERREXIT(info, JERR_INPUT_EOF);
-            }
-            info->src->next_input_byte += count;
-            info->src->bytes_in_buffer -= static_cast<std::size_t>(count);
+            const auto bytesToSkip = static_cast<std::size_t>(std::max(count, 0L));
+            if (bytesToSkip > info->src->bytes_in_buffer) ERREXIT(info, JERR_INPUT_EOF);
+            info->src->next_input_byte += bytesToSkip;
+            info->src->bytes_in_buffer -= bytesToSkip;
         };
         progress_.progress_monitor = [](j_common_ptr info) {
             if (reinterpret_cast<j_decompress_ptr>(info)->input_scan_number > kMaxScans) {

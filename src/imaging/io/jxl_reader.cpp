@@ -6,6 +6,7 @@
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "imaging/io/exif.h"
 #include "imaging/io/late_codec.h"
@@ -42,7 +43,7 @@ struct Api {
 
 std::optional<Api> loadApi() {
     Api api{};
-    CodecLibrary library(SKARNEL_JXL_SONAME);
+    CodecLibrary library(jpegXLSoname());
     library.bind(api.create, "JxlDecoderCreate");
     library.bind(api.destroy, "JxlDecoderDestroy");
     library.bind(api.subscribe, "JxlDecoderSubscribeEvents");
@@ -181,18 +182,13 @@ class Decoding {
     std::optional<Error> giveOutput() {
         if (!picture_) return damaged();
         const MutablePixelView view = picture_->pixels.view();
+        // A picture's own rows follow one another without padding, which is what the library makes.
         const std::size_t size =
             static_cast<std::size_t>(view.strideBytes) * static_cast<std::size_t>(view.height);
         std::size_t wanted = 0;
-        JxlPixelFormat format = kRgba8;
-        // Rows of the picture may be padded; the library takes the padding as an alignment.
-        const std::size_t rowBytes = std::size_t{4} * static_cast<std::size_t>(view.width);
-        format.align = static_cast<std::size_t>(view.strideBytes) == rowBytes
-                           ? 0
-                           : static_cast<std::size_t>(view.strideBytes);
-        if (api()->outputSize(decoder_.get(), &format, &wanted) != JXL_DEC_SUCCESS ||
+        if (api()->outputSize(decoder_.get(), &kRgba8, &wanted) != JXL_DEC_SUCCESS ||
             wanted > size ||
-            api()->setOutput(decoder_.get(), &format, view.bytes, size) != JXL_DEC_SUCCESS) {
+            api()->setOutput(decoder_.get(), &kRgba8, view.bytes, size) != JXL_DEC_SUCCESS) {
             return damaged();
         }
         return std::nullopt;
@@ -257,7 +253,7 @@ bool loadJpegXL() {
 Result<SourcePicture> readJpegXL(ByteView bytes, const DecodeLimits& limits) {
     if (!loadJpegXL()) {
         return {ErrorCode::Unsupported,
-                "The library for JPEG XL (" SKARNEL_JXL_SONAME ") is not installed"};
+                std::string("The library for JPEG XL (") + jpegXLSoname() + ") is not installed"};
     }
     return Decoding(limits).run(bytes);
 }

@@ -31,6 +31,10 @@ void prepareToEncode(std::string_view type);
 bool loadJpegXL();
 bool loadHeif();
 
+/// The names of the libraries that may be missing.
+const char* jpegXLSoname();
+const char* heifSoname();
+
 /// A shared library by its soname; its functions are bound one by one.
 class CodecLibrary {
   public:

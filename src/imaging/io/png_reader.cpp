@@ -195,6 +195,13 @@ Result<SourcePicture> readAtOnce(PngRows& rows, int width, int height) {
     return picture;
 }
 
+/// Takes the rows along unless they are read here.
+Result<SourcePicture> beginPicture(std::unique_ptr<PngRows>& rows, const ChunkOrder& order,
+                                   int width, int height) {
+    if (!readsRowByRow(rows->decoder(), order)) return readAtOnce(*rows, width, height);
+    return SourcePicture(width, height, std::move(rows));
+}
+
 }  // namespace
 
 Result<SourcePicture> readPng(ByteView bytes, const DecodeLimits& limits) {
@@ -211,12 +218,8 @@ Result<SourcePicture> readPng(ByteView bytes, const DecodeLimits& limits) {
     const bool hasAlpha = (colorType & PNG_COLOR_MASK_ALPHA) != 0 ||
                           png_get_valid(decoder.png(), decoder.info(), PNG_INFO_tRNS) != 0;
     if (auto error = checkPictureSize(width, height, limits)) return *error;
-    const auto w = static_cast<int>(width);
-    const auto h = static_cast<int>(height);
     if (!decoder.beginRows()) return rows->error();
-    Result<SourcePicture> picture = readsRowByRow(decoder, order)
-                                        ? SourcePicture(w, h, std::move(rows))
-                                        : readAtOnce(*rows, w, h);
+    auto picture = beginPicture(rows, order, static_cast<int>(width), static_cast<int>(height));
     if (!picture) return picture;
 
     const bool gray = (colorType & PNG_COLOR_MASK_COLOR) == 0;

@@ -38,13 +38,13 @@ Result<FileDescriptor> openPicture(const std::string& path) {
     return file;
 }
 
-Result<Bytes> readAll(int descriptor) {
+Result<Bytes> readAll(int descriptor, std::size_t maxBytes) {
     // By seeking, not by asking for the file's status: the decoder's cell allows no such call.
     const off_t here = ::lseek(descriptor, 0, SEEK_CUR);
     const off_t end = here < 0 ? -1 : ::lseek(descriptor, 0, SEEK_END);
     std::size_t expected = std::size_t{1} << 20U;
     if (end >= here && here >= 0 && ::lseek(descriptor, here, SEEK_SET) == here) {
-        if (static_cast<std::uint64_t>(end - here) > kMaxFileBytes) return tooLarge();
+        if (static_cast<std::uint64_t>(end - here) > maxBytes) return tooLarge();
         // One more, so that the end is seen without growing.
         expected = static_cast<std::size_t>(end - here) + 1;
     }
@@ -52,7 +52,7 @@ Result<Bytes> readAll(int descriptor) {
     std::size_t size = 0;
     for (;;) {
         if (size == bytes.size()) {
-            if (size >= kMaxFileBytes) return tooLarge();
+            if (size >= maxBytes) return tooLarge();
             if (size == kStartBytes && imageTypeOfContent(bytes) == nullptr) {
                 return {ErrorCode::UnknownFormat, "Not a picture of a known format"};
             }

@@ -1,6 +1,7 @@
 // Opening and reading a picture's file.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <utility>
 
@@ -37,7 +38,7 @@ class FileDescriptor {
 Result<FileDescriptor> openPicture(const std::string& path);
 
 /// Everything from the descriptor's position to its end; UnknownFormat, and no more is read, when
-/// the first bytes are of no picture.
-Result<Bytes> readAll(int descriptor);
+/// the first bytes are of no picture. TooLarge for more than `maxBytes`.
+Result<Bytes> readAll(int descriptor, std::size_t maxBytes = kMaxFileBytes);
 
 }  // namespace skarnel::io

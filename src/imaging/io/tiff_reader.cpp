@@ -1,6 +1,7 @@
 // TIFF: strips and tiles, interleaved and separate planes read directly; the rarer colour models
 // through the library's own conversion.
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <vector>
@@ -25,19 +26,19 @@ struct MemoryFile {
 
 tmsize_t readMemory(thandle_t handle, void* target, tmsize_t count) {
     auto& file = *static_cast<MemoryFile*>(handle);
-    if (file.at >= file.bytes.size() || count <= 0) return 0;
-    const auto left = static_cast<tmsize_t>(file.bytes.size() - file.at);
-    const tmsize_t part = std::min(count, left);
-    std::memcpy(target, file.bytes.data() + file.at, static_cast<std::size_t>(part));
-    file.at += static_cast<toff_t>(part);
-    return part;
+    const ByteView left = file.bytes.subspan(std::min<std::size_t>(file.at, file.bytes.size()));
+    const auto wanted = static_cast<std::size_t>(std::max<tmsize_t>(count, 0));
+    const ByteView part = left.first(std::min(wanted, left.size()));
+    std::copy(part.begin(), part.end(), static_cast<std::uint8_t*>(target));
+    file.at += part.size();
+    return static_cast<tmsize_t>(part.size());
 }
 
 toff_t seekMemory(thandle_t handle, toff_t offset, int whence) {
     auto& file = *static_cast<MemoryFile*>(handle);
-    if (whence == SEEK_CUR) offset += file.at;
-    if (whence == SEEK_END) offset += file.bytes.size();
-    return file.at = offset;
+    static_assert(SEEK_SET == 0 && SEEK_CUR == 1 && SEEK_END == 2);
+    const std::array<toff_t, 3> origins = {0, file.at, file.bytes.size()};
+    return file.at = origins[static_cast<std::size_t>(whence)] + offset;
 }
 
 int mapMemory(thandle_t handle, void** base, toff_t* size) {
@@ -84,7 +85,7 @@ Alpha alphaOf(TIFF* tiff, const Layout& layout) {
     std::uint16_t count = 0;
     const std::uint16_t* kinds = nullptr;
     TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds);
-    if (count == 0 || kinds == nullptr || layout.samples <= layout.colors()) return Alpha::Opaque;
+    if (count == 0 || layout.samples <= layout.colors()) return Alpha::Opaque;
     if (kinds[0] == EXTRASAMPLE_ASSOCALPHA) return Alpha::Premultiplied;
     return kinds[0] == EXTRASAMPLE_UNASSALPHA ? Alpha::Straight : Alpha::Opaque;
 }
@@ -121,7 +122,7 @@ bool isReadDirectly(TIFF* tiff, const Layout& layout) {
         case PHOTOMETRIC_RGB:
             return true;
         case PHOTOMETRIC_PALETTE:
-            return layout.bits <= 8 && whole;
+            return layout.bits <= 8;  // no float is that short
         case PHOTOMETRIC_SEPARATED: {
             std::uint16_t inks = INKSET_CMYK;
             TIFFGetFieldDefaulted(tiff, TIFFTAG_INKSET, &inks);
@@ -214,17 +215,16 @@ class DirectReader {
 
     bool readStrips() {
         const tmsize_t rowBytes = TIFFScanlineSize(tiff_);
-        const tmsize_t stripBytes = TIFFStripSize(tiff_);
-        if (rowBytes <= 0 || stripBytes <= 0 || !holds(rowBytes, layout_.width)) return false;
-        if (stripBytes > kMaxStripBytes) return readScanlines(rowBytes);
+        if (!holds(rowBytes, layout_.width)) return false;
         std::uint32_t rowsPerStrip = layout_.height;
         TIFFGetFieldDefaulted(tiff_, TIFFTAG_ROWSPERSTRIP, &rowsPerStrip);
         rowsPerStrip = std::clamp<std::uint32_t>(rowsPerStrip, 1, layout_.height);
+        const tmsize_t stripBytes = rowBytes * static_cast<tmsize_t>(rowsPerStrip);
+        if (stripBytes > kMaxStripBytes) return readScanlines(rowBytes);
         block_.resize(static_cast<std::size_t>(stripBytes));
         for (std::uint32_t y = 0; y < layout_.height; y += rowsPerStrip) {
             const std::uint32_t rows = std::min(rowsPerStrip, layout_.height - y);
             const tmsize_t wanted = rowBytes * static_cast<tmsize_t>(rows);
-            if (wanted > stripBytes) return false;
             const std::uint32_t strip = TIFFComputeStrip(tiff_, y, plane_);
             if (TIFFReadEncodedStrip(tiff_, strip, block_.data(), wanted) != wanted) return false;
             for (std::uint32_t i = 0; i < rows; ++i) {
@@ -249,14 +249,13 @@ class DirectReader {
         std::uint32_t tileHeight = 0;
         TIFFGetField(tiff_, TIFFTAG_TILEWIDTH, &tileWidth);
         TIFFGetField(tiff_, TIFFTAG_TILELENGTH, &tileHeight);
-        const tmsize_t tileBytes = TIFFTileSize(tiff_);
+        // The library opens no file whose tiles have no size; with one each they only fail to read.
+        tileWidth = std::max(tileWidth, 1U);
+        tileHeight = std::max(tileHeight, 1U);
         const tmsize_t rowBytes = TIFFTileRowSize(tiff_);
-        if (tileWidth == 0 || tileHeight == 0 || tileBytes <= 0 || tileBytes > kMaxTileBytes ||
-            !holds(rowBytes, tileWidth) ||
-            rowBytes > tileBytes / static_cast<tmsize_t>(tileHeight)) {
-            return false;
-        }
-        block_.resize(static_cast<std::size_t>(tileBytes));
+        if (rowBytes > kMaxTileBytes / static_cast<tmsize_t>(tileHeight)) return false;
+        if (!holds(rowBytes, tileWidth)) return false;
+        block_.resize(static_cast<std::size_t>(rowBytes) * tileHeight);
         for (std::uint64_t y = 0; y < layout_.height; y += tileHeight) {
             for (std::uint64_t x = 0; x < layout_.width; x += tileWidth) {
                 if (!readTile(static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y),
@@ -281,11 +280,11 @@ class DirectReader {
         return true;
     }
 
-    /// The sizes that the library computes must cover every sample that is taken.
+    /// The size that the library computes must cover every sample that is taken.
     bool holds(tmsize_t rowBytes, std::uint32_t pixels) const {
         const std::uint64_t samples = separate() ? 1 : layout_.samples;
         const std::uint64_t bits = std::uint64_t{pixels} * samples * layout_.bits;
-        return static_cast<std::uint64_t>(rowBytes) >= (bits + 7) / 8;
+        return rowBytes >= static_cast<tmsize_t>((bits + 7) / 8);
     }
 
     void spread(const std::uint8_t* row, std::uint32_t y, std::uint32_t x, std::uint32_t count) {
@@ -326,18 +325,18 @@ class DirectReader {
     std::vector<std::uint8_t> block_;
 };
 
-/// Old files hold 8-bit palettes in the 16-bit entries.
+/// Black without a palette. Old files hold 8-bit palettes in the 16-bit entries.
 std::vector<std::uint8_t> readPalette(TIFF* tiff, const Layout& layout) {
     std::uint16_t* channels[3] = {};
     const std::size_t count = std::size_t{1} << layout.bits;
+    std::vector<std::uint8_t> palette(count * 3);
     if (TIFFGetField(tiff, TIFFTAG_COLORMAP, &channels[0], &channels[1], &channels[2]) == 0) {
-        return {};
+        return palette;
     }
     bool wide = false;
     for (const auto* channel : channels) {
         wide = wide || std::any_of(channel, channel + count, [](auto v) { return v > 255; });
     }
-    std::vector<std::uint8_t> palette(count * 3);
     for (std::size_t i = 0; i < count * 3; ++i) {
         const unsigned value = channels[i % 3][i / 3];
         palette[i] = static_cast<std::uint8_t>(wide ? (value * 255 + 32767) / 65535 : value);
@@ -346,12 +345,11 @@ std::vector<std::uint8_t> readPalette(TIFF* tiff, const Layout& layout) {
 }
 
 /// Completes what the samples left open: grey three times, palette colours, full alpha.
-bool completePixels(TIFF* tiff, const Layout& layout, SourcePicture& picture) {
-    if (layout.photometric == PHOTOMETRIC_SEPARATED) return true;
+void completePixels(TIFF* tiff, const Layout& layout, SourcePicture& picture) {
+    if (layout.photometric == PHOTOMETRIC_SEPARATED) return;
     const bool paletted = layout.photometric == PHOTOMETRIC_PALETTE;
     std::vector<std::uint8_t> palette;
     if (paletted) palette = readPalette(tiff, layout);
-    if (paletted && palette.empty()) return false;
     const std::uint8_t flip = layout.photometric == PHOTOMETRIC_MINISWHITE ? 255 : 0;
     const MutablePixelView view = picture.pixels.view();
     for (int y = 0; y < view.height; ++y) {
@@ -365,7 +363,6 @@ bool completePixels(TIFF* tiff, const Layout& layout, SourcePicture& picture) {
             if (!layout.hasAlpha()) pixel[3] = 255;
         }
     }
-    return true;
 }
 
 bool readThroughLibrary(TIFF* tiff, SourcePicture& picture) {
@@ -391,8 +388,7 @@ bool readThroughLibrary(TIFF* tiff, SourcePicture& picture) {
 }
 
 void describe(TIFF* tiff, ByteView bytes, const Layout& layout, SourcePicture& picture) {
-    picture.orientation =
-        layout.orientation >= 1 && layout.orientation <= 8 ? layout.orientation : 1;
+    picture.orientation = layout.orientation;  // 1 to 8: the library takes others for 1
     std::uint32_t profileBytes = 0;
     const void* profile = nullptr;
     if (TIFFGetField(tiff, TIFFTAG_ICCPROFILE, &profileBytes, &profile) != 0) {
@@ -403,8 +399,9 @@ void describe(TIFF* tiff, ByteView bytes, const Layout& layout, SourcePicture& p
     float y = 0;
     std::uint16_t unit = RESUNIT_INCH;
     TIFFGetFieldDefaulted(tiff, TIFFTAG_RESOLUTIONUNIT, &unit);
-    if (unit != RESUNIT_NONE && TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &x) != 0 &&
-        TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &y) != 0) {
+    if (unit != RESUNIT_NONE) {
+        TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &x);
+        TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &y);
         const double perInch = unit == RESUNIT_CENTIMETER ? 2.54 : 1;
         setResolution(picture.properties, double{x} * perInch, double{y} * perInch);
     }
@@ -443,7 +440,7 @@ Result<SourcePicture> readTiff(ByteView bytes, const DecodeLimits& limits) {
             picture.samples = Samples::Gray;
         }
         if (!DirectReader(tiff.get(), layout, picture).run()) return damaged();
-        if (!completePixels(tiff.get(), layout, picture)) return damaged();
+        completePixels(tiff.get(), layout, picture);
     } else if (!readThroughLibrary(tiff.get(), picture)) {
         return damaged();
     }

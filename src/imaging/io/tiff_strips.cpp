@@ -120,8 +120,10 @@ bool codeStrips(PixelView pixels, int rowsPerStrip, StripCode code, std::optiona
                 const StripSink& sink) {
     const Differences differences(pixels, rowsPerStrip);
     if (code == StripCode::Lzw) return codeWithLzw(differences, sink);
-    if (!level && runsAreEnough(sampleOf(differences))) return codeWithRuns(differences, sink);
-    return codeWithSearch(differences, level.value_or(kFastestLevel), sink);
+    if (level) return codeWithSearch(differences, *level, sink);
+    const Bytes sample = sampleOf(differences);
+    if (runsAreEnough(sample)) return codeWithRuns(differences, sink);
+    return codeWithSearch(differences, kFastestLevel, sink);
 }
 
 }  // namespace skarnel::io

@@ -32,8 +32,7 @@ Result<UprightPicture> UprightPicture::make(SourcePicture picture, std::string_v
     auto conversion = ColorConversion::prepare(picture);
     if (!conversion) return conversion.error();
     UprightPicture upright(std::move(picture), *std::move(conversion), type);
-    const bool turned = upright.source_.orientation >= 2 && upright.source_.orientation <= 8;
-    if (turned || !upright.source_.rows) {
+    if (upright.source_.orientation != 1 || !upright.source_.rows) {
         if (auto decoded = upright.decodeWhole(); !decoded) return decoded.error();
     }
     return upright;
@@ -49,21 +48,12 @@ UprightPicture::UprightPicture(SourcePicture picture, ColorConversion conversion
 
 void UprightPicture::settleRows(MutablePixelView rows) const {
     conversion_.apply(rows, nextRow_);
+    const Alpha alpha = conversion_.alphaAfterwards();
     const auto count = static_cast<std::size_t>(rows.width);
     for (int y = 0; y < rows.height; ++y) {
-        switch (conversion_.alphaAfterwards()) {
-            case Alpha::Opaque:
-                break;
-            case Alpha::Straight:
-                premultiplyRow(rows.row(y), count);
-                break;
-            case Alpha::OverWhite:
-                removeWhiteRow(rows.row(y), count);
-                break;
-            case Alpha::Premultiplied:
-                clearTransparentRow(rows.row(y), count);
-                break;
-        }
+        if (alpha == Alpha::Straight) premultiplyRow(rows.row(y), count);
+        if (alpha == Alpha::OverWhite) removeWhiteRow(rows.row(y), count);
+        if (alpha == Alpha::Premultiplied) clearTransparentRow(rows.row(y), count);
     }
 }
 

@@ -1,4 +1,5 @@
 // WebP through libwebp: the first frame, lossy or lossless.
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -34,10 +35,10 @@ ByteView findChunk(const WebPDemuxer* demuxer, const char* fourcc) {
 bool decodeFrame(const WebPIterator& frame, MutablePixelView canvas) {
     const std::int64_t right = std::int64_t{frame.x_offset} + frame.width;
     const std::int64_t bottom = std::int64_t{frame.y_offset} + frame.height;
-    if (frame.x_offset < 0 || frame.y_offset < 0 || frame.width < 1 || frame.height < 1 ||
-        right > canvas.width || bottom > canvas.height) {
-        return false;
-    }
+    const bool isInside =
+        std::min<std::int64_t>({frame.x_offset, frame.y_offset, frame.width - 1, frame.height - 1,
+                                canvas.width - right, canvas.height - bottom}) >= 0;
+    if (!isInside) return false;
     std::uint8_t* first = canvas.row(frame.y_offset) + std::ptrdiff_t{4} * frame.x_offset;
     const std::size_t size =
         static_cast<std::size_t>(canvas.strideBytes) * static_cast<std::size_t>(frame.height) -
@@ -50,10 +51,11 @@ bool decodeFrame(const WebPIterator& frame, MutablePixelView canvas) {
 /// the header's word is a hint that decoding does not follow.
 bool mayHideAlpha(const WebPIterator& frame) {
     constexpr int kLossless = 2;
-    WebPBitstreamFeatures features;
-    return WebPGetFeaturesInternal(frame.fragment.bytes, frame.fragment.size, &features,
-                                   WEBP_DECODER_ABI_VERSION) == VP8_STATUS_OK &&
-           features.format == kLossless;
+    WebPBitstreamFeatures features{};
+    // Of pixels that have been decoded; a failure would leave the format undefined.
+    (void)WebPGetFeaturesInternal(frame.fragment.bytes, frame.fragment.size, &features,
+                                  WEBP_DECODER_ABI_VERSION);
+    return features.format == kLossless;
 }
 
 }  // namespace
@@ -64,9 +66,9 @@ Result<SourcePicture> readWebP(ByteView bytes, const DecodeLimits& limits) {
     const WebPData data{bytes.data(), bytes.size()};
     const Demuxer demuxer(WebPDemuxInternal(&data, 0, nullptr, WEBP_DEMUX_ABI_VERSION));
     FrameIterator frame;
-    if (!demuxer || WebPDemuxGetFrame(demuxer.get(), 1, &frame) == 0 || frame.complete == 0) {
-        return damaged;
-    }
+    // Without a demuxer there is no frame either.
+    (void)WebPDemuxGetFrame(demuxer.get(), 1, &frame);
+    if (frame.complete == 0) return damaged;
     const auto width = WebPDemuxGetI(demuxer.get(), WEBP_FF_CANVAS_WIDTH);
     const auto height = WebPDemuxGetI(demuxer.get(), WEBP_FF_CANVAS_HEIGHT);
     auto pixels = allocatePicture(width, height, limits);

@@ -8,6 +8,7 @@
 #include "imaging/io/file_builders.h"
 #include "imaging/io/pictures.h"
 #include "imaging/io/vp8l_writer.h"
+#include "imaging/pixel_memory.h"
 #include "memory/refuse_each.h"
 
 namespace skarnel {
@@ -39,6 +40,7 @@ class Allocation : public ::testing::TestWithParam<Refusal> {
   protected:
     void SetUp() override {
         if (!canRefuseMemory()) GTEST_SKIP() << "a sanitizer has a malloc of its own";
+        setIdlePixelMemoryLimit(0);  // what was given back earlier would do without a request
     }
 };
 
@@ -71,6 +73,8 @@ TEST_P(Allocation, ThatFailsInAWriterGivesACleanError) {
         if (!type.canWrite) continue;
         for (const auto& [row, properties] : writerRows()) {
             if (crashesByItself(type.identifier) && std::string_view(row) != "camera") continue;
+            // Without a helper program these would end this one.
+            if (crashesByItself(type.identifier) && !decoderWalls().front().stands) continue;
             SCOPED_TRACE(row);
             const Bytes expected = *encodeImage(image, type.identifier, properties);
             const auto write = [&] {

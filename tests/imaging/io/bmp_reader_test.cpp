@@ -167,5 +167,38 @@ TEST(BmpReader, RefusesImpossibleHeaders) {
     }
 }
 
+TEST(BmpReader, APaletteThatTheFileCutsOffIsBlackFromThereOn) {
+    // The place of the pixels is not stated, so that the palette may be of any length; the last
+    // colour lacks a byte.
+    BmpBuilder bmp = paletted(8, 2, 1, {1, 0});
+    bmp.palette.clear();
+    Bytes file = bmp.build();
+    std::fill_n(file.begin() + 10, 4, std::uint8_t{0});
+    // Colour 0 is the pixels themselves and what follows them: blue 1, green 0, red 9.
+    file.insert(file.end(), {9, 0, 5});
+    const auto picture = decodeImage(file);
+    ASSERT_TRUE(picture) << picture.error().message;
+    EXPECT_EQ(pixelsOf(picture->image), (std::vector<Rgba>{kBlack, {9, 0, 1, 255}}));
+}
+
+TEST(BmpReader, HeadersOfOs2MayEndAfterAnyField) {
+    for (const std::uint32_t size : {16U, 20U, 24U, 32U, 36U, 64U}) {
+        ByteSink out(false);
+        out.text("BM").u32(0).u32(0).u32(14 + size);
+        out.u32(size).u32(1).u32(1).u16(1).u16(24).zeros(size - 16);
+        out.raw({1, 2, 3, 0});
+        const auto picture = decodeImage(out.bytes);
+        ASSERT_TRUE(picture) << size;
+        EXPECT_EQ(pixelsOf(picture->image), (std::vector<Rgba>{{3, 2, 1, 255}})) << size;
+    }
+    // Compression 3 is a code of its own there.
+    ByteSink out(false);
+    out.text("BM").u32(0).u32(0).u32(14 + 64);
+    out.u32(64).u32(1).u32(1).u16(1).u16(1).u32(3).zeros(44).raw({0x80, 0, 0, 0});
+    const auto picture = decodeImage(out.bytes);
+    ASSERT_FALSE(picture);
+    EXPECT_EQ(picture.error().code, ErrorCode::Unsupported);
+}
+
 }  // namespace
 }  // namespace skarnel

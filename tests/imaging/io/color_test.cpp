@@ -3,6 +3,7 @@
 #include <lcms2.h>
 
 #include "imaging/io/file_builders.h"
+#include "imaging/io/jp2_files.h"
 #include "imaging/io/pictures.h"
 
 namespace skarnel {
@@ -167,6 +168,24 @@ TEST(Color, MoreInkIsNeverLighter) {
             ASSERT_LE(now, before + 0.8) << ink << " " << v;
         }
     }
+}
+
+TEST(Color, AProfileInAPngCounts) {
+    const Bytes packed = zlibBytes(rgbProfile(1.0));
+    const Bytes chunk = ByteSink(true).text("linear").u8(0).u8(0).raw(packed).bytes;
+    const auto decoded = decodeImage(buildPng(1, 1, 8, 2, {128, 128, 128}, {{"iCCP", chunk}}));
+    ASSERT_TRUE(decoded) << decoded.error().message;
+    expectNear(pixelAt(decoded->image, 0, 0), {188, 188, 188, 255}, 1);
+}
+
+TEST(Color, AProfileInAJpeg2000Counts) {
+    const Bytes profile = rgbProfile(1.0);
+    const Bytes box = jp2Box("colr", ByteSink(true).u8(2).u8(0).u8(0).raw(profile).bytes);
+    const JpComponent half{{128}};
+    const Bytes file = jp2FileOf(1, 1, 3, 0, codeStreamOf(1, 1, {half, half, half}), {box});
+    const auto decoded = decodeImage(file);
+    ASSERT_TRUE(decoded) << decoded.error().message;
+    expectNear(pixelAt(decoded->image, 0, 0), {188, 188, 188, 255}, 1);
 }
 
 }  // namespace

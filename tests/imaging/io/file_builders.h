@@ -235,6 +235,27 @@ inline Bytes buildPng(std::uint32_t width, std::uint32_t height, int depth, int 
     return out.bytes;
 }
 
+/// A grey PNG whose rows, each behind its filter, are in the order of the seven passes.
+inline Bytes interlacedPng(std::uint32_t width, std::uint32_t height, const Bytes& filtered) {
+    Bytes file = buildPng(width, height, 8, 0, {});
+    constexpr std::size_t kHeader = 16;  // the data of IHDR, behind the signature, length and type
+    constexpr std::size_t kHeaderBytes = 13;
+    file[kHeader + kHeaderBytes - 1] = 1;
+    file.resize(kHeader + kHeaderBytes);
+    const auto chunkCheck = [](const std::uint8_t* from, std::size_t size) {
+        return crc32(0, from, static_cast<uInt>(size));
+    };
+    ByteSink rest(true);
+    rest.u32(chunkCheck(file.data() + kHeader - 4, kHeaderBytes + 4));
+    const Bytes packed = zlibBytes(filtered);
+    const Bytes data = ByteSink(true).text("IDAT").raw(packed).bytes;
+    rest.u32(packed.size()).raw(data).u32(chunkCheck(data.data(), data.size()));
+    const Bytes end = ByteSink(true).text("IEND").bytes;
+    rest.u32(0).raw(end).u32(chunkCheck(end.data(), end.size()));
+    file.insert(file.end(), rest.bytes.begin(), rest.bytes.end());
+    return file;
+}
+
 /// A BMP with a header of 40 bytes (or the 12 of old) and what follows it.
 struct BmpBuilder {
     std::uint32_t headerBytes = 40;

@@ -199,5 +199,47 @@ TEST(PsdReader, RunsThatLeaveTheirRowAreDamage) {
     EXPECT_EQ(pixelAt(picture->image, 1, 0), (Rgba{9, 9, 9, 255}));
 }
 
+TEST(PsdReader, DuotonesAreTheirGreyPicture) {
+    PsdBuilder psd;
+    psd.mode = 8;
+    psd.palette = Bytes(20, 1);  // the inks
+    psd.rows = {{77}};
+    EXPECT_EQ(decoded(psd), (std::vector<Rgba>{{77, 77, 77, 255}}));
+    EXPECT_EQ(textProperty(decodeImage(psd.build())->properties, kPropertyColorModel), "Gray");
+}
+
+Bytes resource(unsigned id, const std::string& name, const Bytes& data) {
+    ByteSink out(true);
+    out.text("8BIM").u16(id).u8(name.size()).text(name).zeros(name.size() % 2 == 0 ? 1 : 0);
+    return out.u32(data.size()).raw(data).zeros(data.size() % 2).bytes;
+}
+
+TEST(PsdReader, TheCamerasFactsAreAmongItsResourcesAndWhatIsUnknownIsPassedOver) {
+    // One entry: the maker.
+    const Bytes block = ByteSink(true)
+                            .text("MM")
+                            .u16(42)
+                            .u32(8)
+                            .u16(1)
+                            .u16(0x010F)
+                            .u16(2)
+                            .u32(4)
+                            .text("Cam")
+                            .u8(0)
+                            .u32(0)
+                            .bytes;
+    ByteSink all(true);
+    all.raw(resource(1061, "of an odd length", {1, 2, 3}));
+    all.raw(resource(1039, "odd", Bytes(7, 'p')));  // no profile
+    all.raw(resource(1058, "", block)).text("8BIX").zeros(20);
+    PsdBuilder psd;
+    psd.rows = {{1}, {2}, {3}};
+    psd.resources = all.bytes;
+    const auto picture = decodeImage(psd.build());
+    ASSERT_TRUE(picture) << picture.error().message;
+    EXPECT_EQ(textProperty(picture->properties, "{TIFF}.Make"), "Cam");
+    EXPECT_EQ(pixelsOf(picture->image), (std::vector<Rgba>{{1, 2, 3, 255}}));
+}
+
 }  // namespace
 }  // namespace skarnel

@@ -164,6 +164,9 @@ TEST(DecoderAnswer, AReasonIsShortAndFitForATerminal) {
               "?31m")
         << "a control of two bytes";
     EXPECT_EQ(passedOn("\xFF\xC3"), "??") << "no UTF-8";
+    EXPECT_EQ(passedOn("\xC2\xA0"), "\xC2\xA0") << "a space of two bytes";
+    EXPECT_EQ(passedOn("\x80z\xC1z\xF5z"), "?z?z?z") << "no first bytes";
+    EXPECT_EQ(passedOn("\xE2\x82z\xF0z"), "??z?z") << "cut off by others";
     EXPECT_EQ(passedOn(std::string(1 << 20, 'a')), std::string(300, 'a'));
     std::string tooLong(299, 'a');
     const std::string whole = tooLong;
@@ -251,6 +254,15 @@ TEST(DecoderAnswer, DamageNeverDoesHarm) {
             EXPECT_EQ(received->image.width() * received->image.height(), 6);
         }
     }
+}
+
+TEST(AnswerOrder, TakesNothingAfterTheEnd) {
+    AnswerOrder order({1000});
+    EXPECT_TRUE(order.take({RecordKind::Failed, 3, 0}));
+    EXPECT_TRUE(order.hasEnded());
+    const auto again = order.take({RecordKind::Failed, 3, 0});
+    ASSERT_FALSE(again);
+    EXPECT_EQ(again.error().code, ErrorCode::Damaged);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// PNG and GIF varieties that our own writer does not make.
+// PNG varieties that our own writer does not make.
 #include <gtest/gtest.h>
 
 #include "imaging/io/file_builders.h"
@@ -101,28 +101,20 @@ TEST(PngReader, DamageIsRefused) {
     EXPECT_FALSE(decodeImage(buildPng(4, 4, 8, 0, Bytes(12, 9)))) << "a row too few";
 }
 
-TEST(GifReader, ReadsTheFirstFrameWithItsTransparentColour) {
-    Bytes palette(768, 0);
-    palette[3] = 100;
-    palette[4] = 50;
-    palette[5] = 20;
-    Bytes indices(30 * 10, 0);
-    indices[0] = 1;
-    indices[299] = 1;
-    const auto opaque = decoded(buildGif(30, 10, palette, indices));
-    ASSERT_EQ(opaque.size(), 300U);
-    EXPECT_EQ(opaque[0], (Rgba{100, 50, 20, 255}));
-    EXPECT_EQ(opaque[1], (Rgba{0, 0, 0, 255}));
-    EXPECT_EQ(opaque[299], (Rgba{100, 50, 20, 255}));
-    const auto clear = decoded(buildGif(30, 10, palette, indices, 1));
-    EXPECT_EQ(clear[0], (Rgba{0, 0, 0, 0}));
-    EXPECT_EQ(clear[1], (Rgba{0, 0, 0, 255}));
-}
-
-TEST(GifReader, CutFilesAreRefused) {
-    const Bytes file = buildGif(30, 10, Bytes(768, 7), Bytes(300, 5));
-    EXPECT_TRUE(decodeImage(file));
-    EXPECT_FALSE(decodeImage(ByteView(file).first(file.size() - 60)));
+// Of 2 x 2 pixels the passes are the first pixel, the second of the first row, the second row; each
+// row begins with its filter, 0.
+TEST(PngReader, InterlacedRowsAreHadAllAtOnceAndMustBeWhole) {
+    const auto grey = [](std::uint8_t v) { return Rgba{v, v, v, 255}; };
+    EXPECT_EQ(decoded(interlacedPng(2, 2, {0, 1, 0, 2, 0, 3, 4})),
+              (std::vector<Rgba>{grey(1), grey(2), grey(3), grey(4)}));
+    EXPECT_FALSE(decodeImage(interlacedPng(2, 2, {0, 1, 0, 2})));
+    Bytes cutBehindThePixels = interlacedPng(2, 2, {0, 1, 0, 2, 0, 3, 4});
+    // A chunk before the end that has to be known, and is not.
+    const Bytes data = ByteSink(true).text("NONE").bytes;
+    const Bytes chunk =
+        ByteSink(true).u32(0).raw(data).u32(crc32(0, data.data(), data.size())).bytes;
+    cutBehindThePixels.insert(cutBehindThePixels.end() - 12, chunk.begin(), chunk.end());
+    EXPECT_FALSE(decodeImage(cutBehindThePixels));
 }
 
 }  // namespace
