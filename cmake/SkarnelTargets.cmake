@@ -35,9 +35,34 @@ function(skarnel_test_headers name)
     skarnel_test_options(${name})
 endfunction()
 
-# Tests are compiled with less optimization than what they test: they run once.
+# skarnel_window_test_headers(NAME)
+# The same for the programs in tests/qt: half of their time goes into the toolkit's headers. The
+# toolkit asks for code that can be moved and names the folder of the tests, so these have a header
+# of their own.
+function(skarnel_window_test_headers name)
+    if(NOT TARGET skarnel_window_test_headers)
+        find_package(GTest REQUIRED)
+        add_executable(skarnel_window_test_headers "${PROJECT_SOURCE_DIR}/tests/common_headers.cpp")
+        target_link_libraries(skarnel_window_test_headers PRIVATE
+            Qt6::Network Qt6::Test Qt6::Widgets GTest::gmock GTest::gtest)
+        target_precompile_headers(skarnel_window_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>
+            <QAction> <QApplication> <QComboBox> <QDir> <QLabel> <QLineEdit> <QMenu> <QMimeData> <QTest>
+            <QTimer> <QUrl> <filesystem> <fstream> <functional> <optional> <string> <vector>)
+        skarnel_test_options(skarnel_window_test_headers)
+    endif()
+    target_precompile_headers(${name} REUSE_FROM skarnel_window_test_headers)
+    # What these headers declare depends on which of the toolkit's libraries are linked.
+    target_link_libraries(${name} PRIVATE Qt6::Network Qt6::Test Qt6::Widgets)
+    skarnel_test_options(${name})
+endfunction()
+
+# Tests are compiled with less optimization than what they test, since they run once, and look for
+# wrong addresses only: what else a sanitizer finds is wanted of the code under test.
 function(skarnel_test_options name)
     target_compile_options(${name} PRIVATE -fpch-preprocess $<$<CONFIG:Release>:-O1>)
+    if(SKARNEL_SANITIZE MATCHES "undefined")
+        target_compile_options(${name} PRIVATE -fno-sanitize=undefined)
+    endif()
 endfunction()
 
 # skarnel_test(NAME SOURCES ... DEPS ... [WHOLE] [OWN_HEADERS] [LABELS ...] [ENVIRONMENT ...]
