@@ -170,6 +170,10 @@
         <source>The page was not painted in time</source>
         <translation>Die Seite wurde nicht rechtzeitig gezeichnet</translation>
     </message>
+    <message>
+        <source>The recipe is too large for a JPEG file, which has room for 65,504 bytes</source>
+        <translation>Das Rezept ist zu groß für eine JPEG-Datei, die Platz für 65.504 Byte hat</translation>
+    </message>
 </context>
 <context>
     <name>ColorPanel</name>
@@ -846,6 +850,10 @@
     <message>
         <source>&amp;Take Settings From…</source>
         <translation>Einstellungen &amp;übernehmen aus…</translation>
+    </message>
+    <message>
+        <source>“%1” was saved without its settings: %2.</source>
+        <translation>„%1“ wurde ohne die Einstellungen gesichert: %2.</translation>
     </message>
 </context>
 <context>

@@ -170,6 +170,10 @@
         <source>The page was not painted in time</source>
         <translation>La página no se ha dibujado a tiempo</translation>
     </message>
+    <message>
+        <source>The recipe is too large for a JPEG file, which has room for 65,504 bytes</source>
+        <translation>La receta es demasiado grande para un archivo JPEG, que tiene sitio para 65 504 bytes</translation>
+    </message>
 </context>
 <context>
     <name>ColorPanel</name>
@@ -846,6 +850,10 @@
     <message>
         <source>&amp;Take Settings From…</source>
         <translation>&amp;Tomar ajustes de…</translation>
+    </message>
+    <message>
+        <source>“%1” was saved without its settings: %2.</source>
+        <translation>«%1» se ha guardado sin los ajustes: %2.</translation>
     </message>
 </context>
 <context>

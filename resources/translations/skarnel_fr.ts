@@ -170,6 +170,10 @@
         <source>The page was not painted in time</source>
         <translation>La page n’a pas été dessinée à temps</translation>
     </message>
+    <message>
+        <source>The recipe is too large for a JPEG file, which has room for 65,504 bytes</source>
+        <translation>La recette est trop grande pour un fichier JPEG, qui a de la place pour 65 504 octets</translation>
+    </message>
 </context>
 <context>
     <name>ColorPanel</name>
@@ -846,6 +850,10 @@
     <message>
         <source>&amp;Take Settings From…</source>
         <translation>Re&amp;prendre les réglages de…</translation>
+    </message>
+    <message>
+        <source>“%1” was saved without its settings: %2.</source>
+        <translation>« %1 » a été enregistré sans les réglages : %2.</translation>
     </message>
 </context>
 <context>

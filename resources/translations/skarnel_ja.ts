@@ -170,6 +170,10 @@
         <source>The page was not painted in time</source>
         <translation>ページが時間内に描画されませんでした</translation>
     </message>
+    <message>
+        <source>The recipe is too large for a JPEG file, which has room for 65,504 bytes</source>
+        <translation>レシピが JPEG ファイルに入る 65,504 バイトを超えています</translation>
+    </message>
 </context>
 <context>
     <name>ColorPanel</name>
@@ -846,6 +850,10 @@
     <message>
         <source>&amp;Take Settings From…</source>
         <translation>設定を読み込む(&amp;T)…</translation>
+    </message>
+    <message>
+        <source>“%1” was saved without its settings: %2.</source>
+        <translation>「%1」は設定なしで保存されました: %2。</translation>
     </message>
 </context>
 <context>

@@ -170,6 +170,10 @@
         <source>The page was not painted in time</source>
         <translation>页面未能及时绘制</translation>
     </message>
+    <message>
+        <source>The recipe is too large for a JPEG file, which has room for 65,504 bytes</source>
+        <translation>配方太大，JPEG 文件最多只能容纳 65,504 字节</translation>
+    </message>
 </context>
 <context>
     <name>ColorPanel</name>
@@ -846,6 +850,10 @@
     <message>
         <source>&amp;Take Settings From…</source>
         <translation>从文件获取设置(&amp;T)…</translation>
+    </message>
+    <message>
+        <source>“%1” was saved without its settings: %2.</source>
+        <translation>“%1”已保存，但不含设置：%2。</translation>
     </message>
 </context>
 <context>

@@ -49,18 +49,30 @@ class EncodingDestination : public CGImageDestination {
     bool finalize() final {
         if (!image_) return false;
         Result<Bytes> encoded = encodeImage(*image_, type_, properties_);
+        std::optional<Error> leftOut;
         const auto recipe = properties_.find(kPropertyRecipe);
         if (encoded && recipe != properties_.end()) {
-            encoded = embedRecipe(*encoded, std::get<std::string>(recipe->second));
+            Result<Bytes> carrier = embedRecipe(*encoded, std::get<std::string>(recipe->second));
+            // The picture is worth more than its recipe.
+            if (carrier)
+                encoded = std::move(carrier);
+            else
+                leftOut = carrier.error();
         }
         const Result<void> stored =
             encoded ? store(*std::move(encoded)) : Result<void>(encoded.error());
         if (!stored) systemLog("Couldn't write " + place() + ": " + stored.error().message);
+        if (stored && leftOut) {
+            systemLog("Wrote " + place() + " without its recipe: " + leftOut->message);
+            recipeLeftOut(*leftOut);
+        }
         return stored.hasValue();
     }
 
   private:
     virtual Result<void> store(Bytes encoded) = 0;
+    /// The picture has been stored without the recipe that it was to carry.
+    virtual void recipeLeftOut(const Error& /*cause*/) {}
     /// What the log calls the destination.
     virtual std::string place() const = 0;
 
@@ -74,12 +86,14 @@ enum class Lasting { Saved, Temporary };
 class FileDestination final : public EncodingDestination {
   public:
     FileDestination(std::string_view path, std::string_view type, Lasting lasting,
-                    FileSystem& fileSystem, StandardImageFiles::Saved saved)
+                    FileSystem& fileSystem, StandardImageFiles::Saved saved,
+                    StandardImageFiles::RecipeLeftOut leftOut)
         : EncodingDestination(type),
           path_(path),
           lasting_(lasting),
           fileSystem_(fileSystem),
-          saved_(std::move(saved)) {}
+          saved_(std::move(saved)),
+          leftOut_(std::move(leftOut)) {}
 
   private:
     Result<void> store(Bytes encoded) override {
@@ -88,12 +102,16 @@ class FileDestination final : public EncodingDestination {
         if (written && saved_) saved_(path_);
         return written;
     }
+    void recipeLeftOut(const Error& cause) override {
+        if (leftOut_) leftOut_(path_, cause);
+    }
     std::string place() const override { return path_; }
 
     std::string path_;
     Lasting lasting_;
     FileSystem& fileSystem_;
     StandardImageFiles::Saved saved_;
+    StandardImageFiles::RecipeLeftOut leftOut_;
 };
 
 class DataDestination final : public EncodingDestination {
@@ -126,7 +144,7 @@ std::unique_ptr<CGImageDestination> StandardImageFiles::imageDestinationCreateWi
         !privateFolder_.empty() && withoutFinalSeparators(folderOfPath(std::string(path))) ==
                                        withoutFinalSeparators(privateFolder_);
     return std::make_unique<FileDestination>(
-        path, type, isPrivate ? Lasting::Temporary : Lasting::Saved, fileSystem_, saved_);
+        path, type, isPrivate ? Lasting::Temporary : Lasting::Saved, fileSystem_, saved_, leftOut_);
 }
 
 std::shared_ptr<Bytes> StandardImageFiles::dataCreateMutable() {

@@ -7,11 +7,12 @@
 
 #include "platform/image_files.h"
 #include "storage/file_system.h"
+#include "util/log/result.h"
 
 namespace skarnel {
 
 /// Files are encoded in memory first and then written whole, so that a failure of either leaves an
-/// old file as it was. Its cause goes to the system log.
+/// old file as it was. Its cause goes to the system log. A recipe that finds no room is left out.
 class StandardImageFiles final : public ImageFiles {
   public:
     /// Borrows the file system.
@@ -26,6 +27,10 @@ class StandardImageFiles final : public ImageFiles {
     using Saved = std::function<void(const std::string& path)>;
     void setSaved(Saved saved) { saved_ = std::move(saved); }
 
+    /// Told of each file that has been written without the recipe that it was to carry, and why.
+    using RecipeLeftOut = std::function<void(const std::string& path, const Error& cause)>;
+    void setRecipeLeftOut(RecipeLeftOut leftOut) { leftOut_ = std::move(leftOut); }
+
     std::unique_ptr<CGImageSource> imageSourceCreateWithData(const TIFFData& data) override;
     std::unique_ptr<CGImageDestination> imageDestinationCreateWithURL(
         std::string_view path, std::string_view type) override;
@@ -38,6 +43,7 @@ class StandardImageFiles final : public ImageFiles {
     FileSystem& fileSystem_;
     std::string privateFolder_;
     Saved saved_;
+    RecipeLeftOut leftOut_;
 };
 
 }  // namespace skarnel

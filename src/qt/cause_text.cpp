@@ -30,6 +30,8 @@ constexpr const char* kCauses[] = {
     QT_TRANSLATE_NOOP("Cause", "The text cannot be kept in a recipe"),
     QT_TRANSLATE_NOOP("Cause", "The recipe's text is damaged: %1"),
     QT_TRANSLATE_NOOP("Cause", "The recipe's text is damaged"),
+    QT_TRANSLATE_NOOP("Cause",
+                      "The recipe is too large for a JPEG file, which has room for 65,504 bytes"),
     QT_TRANSLATE_NOOP("Cause", "The picture's structure cannot be followed"),
     QT_TRANSLATE_NOOP("Cause", "The file already exists"),
     QT_TRANSLATE_NOOP("Cause", "The folder does not exist"),

@@ -77,6 +77,18 @@ RecipeCommands::RecipeCommands(Application& application)
             &RecipeCommands::noticeTextPicture);
     connect(&application_.window().textBar().imageButton(), &QPushButton::clicked, this,
             &RecipeCommands::noticeTextPicture);
+    tellLeftOut();
+}
+
+void RecipeCommands::tellLeftOut() {
+    application_.toolkit().setRecipeLeftOut([this](const std::string& path, const Error& cause) {
+        const QString message =
+            tr("“%1” was saved without its settings: %2.")
+                .arg(QFileInfo(QString::fromStdString(path)).fileName(), causeText(cause));
+        // After the save, whose end takes its own note away.
+        QMetaObject::invokeMethod(
+            this, [this, message] { application_.window().tell(message); }, Qt::QueuedConnection);
+    });
 }
 
 void RecipeCommands::makeActions() {
@@ -215,15 +227,26 @@ bool RecipeCommands::takeFrom(const QString& path) {
 void RecipeCommands::applySettings(const Recipe& recipe, const QString& undoName) {
     const TextColor& to = recipe.background;
     const QColor color(to.red, to.green, to.blue, to.alpha);
-    if (color != application_.window().viewer().background()) {
-        // The way of a colour that the user picks, for the viewer whatever has the focus.
-        QtColorPanel& panel = application_.toolkit().colorPanel();
-        application_.resultWindow().setStandIn(&application_.imageView());
-        panel.showColor(application_.window().viewer().background());
-        panel.pick(color);
-        application_.resultWindow().setStandIn(nullptr);
-    }
-    application_.model().changeAll(undoName, {recipe.settings, recipe.applyBackgroundColor});
+    const QColor colorBefore = application_.window().viewer().background();
+    SettingsModel& model = application_.model();
+    const SettingsState state{recipe.settings, recipe.applyBackgroundColor};
+    if (color == colorBefore) return model.changeAll(undoName, state);
+    const SettingsState before = readSettings(application_.defaults());
+    const auto show = [this](const QColor& background, const SettingsState& settings) {
+        setBackground(background);
+        application_.model().write(settings);
+    };
+    model.recordAction(
+        undoName, [=] { show(colorBefore, before); }, [=] { show(color, state); });
+}
+
+void RecipeCommands::setBackground(const QColor& color) {
+    // The way of a colour that the user picks, for the viewer whatever has the focus.
+    QtColorPanel& panel = application_.toolkit().colorPanel();
+    application_.resultWindow().setStandIn(&application_.imageView());
+    panel.showColor(application_.window().viewer().background());
+    panel.pick(color);
+    application_.resultWindow().setStandIn(nullptr);
 }
 
 bool RecipeCommands::applyText(const StyledText& text, const QString& recipeName) {

@@ -52,6 +52,8 @@ class RecipeCommands final : public QObject {
     void noticeTextPicture();
     std::optional<Recipe> read(const QString& path);
     void applySettings(const Recipe& recipe, const QString& undoName);
+    void setBackground(const QColor& color);
+    void tellLeftOut();
     /// Whether the text has become the picture; what prevented it is told.
     bool applyText(const StyledText& text, const QString& recipeName);
     QString chosenFile(const QString& title, const QString& filter);

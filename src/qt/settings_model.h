@@ -38,6 +38,9 @@ class SettingsModel final : public QObject {
     void changeNumber(const QString& name, std::string_view key, float value);
     void changeAll(const QString& name, const SettingsState& values);
 
+    /// Writes all without an entry of undo, for the functions of `recordAction`.
+    void write(const SettingsState& values);
+
     /// Runs `change`, which writes the settings by itself (reset does), as one entry of undo.
     void recordChange(const QString& name, const std::function<void()>& change);
 
@@ -61,7 +64,6 @@ class SettingsModel final : public QObject {
     void historyChanged();
 
   private:
-    void write(const SettingsState& values);
     void askForAction();
 
     NSUserDefaults& defaults_;

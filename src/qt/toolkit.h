@@ -47,6 +47,10 @@ class QtToolkit final : public Toolkit {
 
     /// Told the path of each file that a save has written.
     void setSaved(StandardImageFiles::Saved saved) { imageFiles_.setSaved(std::move(saved)); }
+    /// Told of each save that had no room for the recipe.
+    void setRecipeLeftOut(StandardImageFiles::RecipeLeftOut leftOut) {
+        imageFiles_.setRecipeLeftOut(std::move(leftOut));
+    }
     /// Told around each save of a result.
     void setSaveNotes(SaveNotes notes) { saveNotes_ = std::move(notes); }
     /// Told of each result that has gone to the clipboard through the controller.

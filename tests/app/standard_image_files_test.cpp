@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include "controller_fixture.h"
+#include "recipe/recipe_file.h"
 #include "storage/fake_file_systems.h"
 #include "util/log/system_log.h"
 
@@ -75,6 +76,31 @@ TEST_F(StandardImageFilesTest, DataAndFileHoldTheSameBytes) {
     toFile->addImage(testPicture(9, 9), lzw);
     EXPECT_TRUE(toFile->finalize());
     EXPECT_EQ(test::fileText(folder / "x.tif"), std::string(data->begin(), data->end()));
+}
+
+// A JPEG has room for 65,504 bytes of it.
+TEST_F(StandardImageFilesTest, ARecipeTooLargeForAJpegIsLeftOutOfItAndTheReasonTold) {
+    std::string told;
+    files.setRecipeLeftOut(
+        [&](const std::string& path, const Error& cause) { told += path + ": " + cause.message; });
+    const std::string cause =
+        "The recipe is too large for a JPEG file, which has room for 65,504 bytes";
+    const auto write = [&](const std::string& name, std::size_t recipeSize) {
+        const auto writer = files.imageDestinationCreateWithURL(folder / name, kUTTypeJPEG);
+        ImageProperties properties;
+        if (recipeSize > 0) properties[std::string(kPropertyRecipe)] = std::string(recipeSize, ' ');
+        writer->addImage(testPicture(9, 9), properties);
+        EXPECT_TRUE(writer->finalize());
+        return test::fileText(folder / name);
+    };
+    const ScopedLogCapture captured;
+    const std::string plain = write("plain.jpeg", 0);
+    EXPECT_GT(write("small.jpeg", 60'000).size(), plain.size() + 60'000);
+    EXPECT_EQ(told + captured.text(), "");
+    EXPECT_EQ(write("large.jpeg", 70'000), plain);
+    EXPECT_EQ(told, (folder / "large.jpeg") + ": " + cause);
+    EXPECT_EQ(captured.text(),
+              "Wrote " + (folder / "large.jpeg") + " without its recipe: " + cause + "\n");
 }
 
 TEST_F(StandardImageFilesTest, AFullDiskKeepsTheOldFileWholeAndLogsTheCause) {

@@ -1,7 +1,9 @@
 // Recipes in the real window: saved, opened, dropped, and carried by pictures.
 #include <QCheckBox>
 #include <QDropEvent>
+#include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QUrl>
@@ -84,6 +86,16 @@ TEST_F(RecipesTest, AnOpenedRecipeSetsEverythingAsOneEntryOfUndo) {
     settle();
     EXPECT_EQ(settings(), builtInPresets()[0].settings);
     EXPECT_FALSE(app->model().applyBackground());
+    EXPECT_EQ(viewer().background(), QColor(Qt::black));
+    EXPECT_EQ(panel().colorText().text(), QStringLiteral("#000000"));
+    EXPECT_FALSE(app->model().history().canUndo());
+    app->model().redo();
+    settle();
+    EXPECT_EQ(settings(), someRecipe().settings);
+    EXPECT_TRUE(app->model().applyBackground());
+    EXPECT_EQ(viewer().background(), QColor(0x20, 0x40, 0x60));
+    EXPECT_EQ(panel().colorText().text(), QStringLiteral("#204060"));
+    EXPECT_FALSE(app->model().history().canRedo());
 }
 
 TEST_F(RecipesTest, TheBackgroundGoesToTheViewerThoughTheTextHasTheFocus) {
@@ -178,6 +190,31 @@ TEST_F(RecipesTest, ASavedFileCarriesTheRecipeWhereItIsAskedFor) {
     const auto recipe = readRecipeFile(path);
     ASSERT_TRUE(recipe) << recipe.error().message;
     EXPECT_EQ(recipe->settings[5], 77);
+}
+
+TEST_F(RecipesTest, ARecipeTooLargeForAJpegIsLeftOutOfItWhichIsTold) {
+    start();
+    app->toolkit().setRecipeText([] { return std::string(70'000, ' '); });
+    app->state().setSaveFolder(folder.path());
+    app->actions().save->trigger();
+    settle();
+    auto* sheet = window().findChild<QFileDialog*>(QStringLiteral("savePanel"));
+    ASSERT_NE(sheet, nullptr);
+    auto* options = sheet->findChild<SaveOptionsView*>(QStringLiteral("saveOptions"));
+    options->setType(kUTTypeJPEG);
+    options->findChild<QCheckBox*>(QStringLiteral("keepRecipe"))->click();
+    auto* name = sheet->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    name->setText(QStringLiteral("large.jpeg"));
+    QTest::keyClick(name, Qt::Key_Return);
+    settle();
+    const std::string path = folder.filePath(QStringLiteral("large.jpeg")).toStdString();
+    EXPECT_TRUE(decodeImageFile(path));
+    EXPECT_FALSE(readRecipeFile(path));
+    const auto* toast = window().findChild<QLabel*>(QStringLiteral("toast"));
+    EXPECT_TRUE(toast->isVisible());
+    EXPECT_EQ(toast->text().toStdString(),
+              "“large.jpeg” was saved without its settings: The recipe is too large for a JPEG "
+              "file, which has room for 65,504 bytes.");
 }
 
 TEST_F(RecipesTest, StyledTextSurvivesInsideEveryFormatThatCarriesARecipe) {
