@@ -79,7 +79,7 @@ PresetStrip::PresetStrip(SettingsModel& model, UserPresets& user, Source source,
     connect(list_, &QWidget::customContextMenuRequested, this, &PresetStrip::showMenu);
     connect(add_, &QToolButton::clicked, this, &PresetStrip::saveCurrent);
     connect(list_->itemDelegate(), &QAbstractItemDelegate::closeEditor, this,
-            [this] { unnamed_.clear(); });
+            [this] { unnamed_.reset(); });
     connect(&user_, &UserPresets::changed, this, &PresetStrip::fill);
     connect(&model_, &SettingsModel::historyChanged, this, &PresetStrip::markCurrent);
     connect(&model_, &SettingsModel::refreshed, this, &PresetStrip::markCurrent);
@@ -184,17 +184,26 @@ void PresetStrip::renamed(QListWidgetItem& item) {
     const qsizetype index = item.data(kIndexRole).toLongLong();
     const QString old = user_.all().at(index).name;
     if (item.text() == old) return;
+    if (unnamed_ && *unnamed_ != old) unnamed_.reset();
     // The list is filled anew by the change, so the item must not be used afterwards; and the
     // view is still closing the editor of this very item.
     QMetaObject::invokeMethod(
         this,
-        [this, index, name = item.text(), isNew = old == unnamed_] {
-            if (!isNew)
+        [this, index, name = item.text(), saved = unnamed_] {
+            if (saved)
+                nameSaved(*saved, name);
+            else
                 rename(index, name);
-            else if (!user_.rename(index, name))
-                fill();
         },
         Qt::QueuedConnection);
+}
+
+/// The first name belongs to the entry of undo that saving made.
+void PresetStrip::nameSaved(QString& called, const QString& name) {
+    unnamed_.reset();
+    const qsizetype index = user_.placeOf(called);
+    if (!user_.rename(index, name)) return fill();
+    called = user_.all().value(index).name;
 }
 
 void PresetStrip::rename(qsizetype index, const QString& name) {
@@ -233,13 +242,22 @@ void PresetStrip::finishTyping() {
 }
 
 void PresetStrip::saveCurrent() {
-    const qsizetype index = user_.add({}, currentSettings());
-    QListWidgetItem* item =
-        list_->item(static_cast<int>(builtInPresets().size()) + static_cast<int>(index));
+    const auto kept = std::make_shared<std::optional<RemovedPreset>>();
+    const auto called = std::make_shared<QString>();
+    model_.recordAction(
+        tr("Save as Look"), [=, this] { *kept = user_.remove(user_.placeOf(*called)); },
+        [=, this, now = currentSettings()] {
+            if (*kept)
+                *called = user_.restore(**kept);
+            else if (called->isEmpty())
+                *called = user_.all().value(user_.add({}, now)).name;
+        });
+    const auto index = static_cast<int>(user_.placeOf(*called));
+    QListWidgetItem* item = list_->item(static_cast<int>(builtInPresets().size()) + index);
     list_->setCurrentItem(item);
     list_->scrollToItem(item);
     list_->setFocus();
-    unnamed_ = item->text();
+    unnamed_ = called;
     list_->editItem(item);
 }
 

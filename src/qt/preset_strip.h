@@ -7,6 +7,7 @@
 #include <QTimer>
 #include <QWidget>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -60,6 +61,7 @@ class PresetStrip final : public QWidget {
     SettingNumbers currentSettings() const;
     void apply(QListWidgetItem& item);
     void renamed(QListWidgetItem& item);
+    void nameSaved(QString& called, const QString& name);
     void rename(qsizetype index, const QString& name);
     void removeItem(QListWidgetItem& item);
     void showMenu(QPoint place);
@@ -77,7 +79,8 @@ class PresetStrip final : public QWidget {
     std::optional<CGImage> small_;
     std::vector<QListWidgetItem*> waiting_;  // the next one is the last
     QColor ground_ = Qt::black;
-    QString unnamed_;  // the look that was just saved, while its name is being typed
+    /// The name of the look that was just saved, while it is being typed: undo needs it.
+    std::shared_ptr<QString> unnamed_;
     bool filling_ = false;
 };
 

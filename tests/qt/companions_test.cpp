@@ -18,6 +18,7 @@
 #include "companions_fixture.h"
 #include "qt/preset_strip.h"
 #include "qt/result_drag.h"
+#include "qt/user_presets.h"
 
 namespace skarnel {
 namespace {
@@ -161,8 +162,8 @@ TEST_F(CompanionsTest, ARestoredLookGivesWayToOneThatHasItsNameByNow) {
     QListWidget& list = strip().list();
     list.setCurrentRow(12);
     QTest::keyClick(&list, Qt::Key_Delete);
-    strip().saveCurrent();
-    strip().finishTyping();
+    UserPresets otherWindow(app->state());
+    otherWindow.add({}, {});
     app->model().undo();
     ASSERT_EQ(list.count(), 14);
     EXPECT_EQ(list.item(12)->text(), QStringLiteral("My Look 2"));
@@ -172,7 +173,7 @@ TEST_F(CompanionsTest, ARestoredLookGivesWayToOneThatHasItsNameByNow) {
     EXPECT_EQ(list.item(12)->text(), QStringLiteral("My Look"));
 }
 
-TEST_F(CompanionsTest, ARenamingIsUndoneButNotTheFirstName) {
+TEST_F(CompanionsTest, SavingALookIsUndoneWithItsFirstNameAndRenamingByItself) {
     start();
     QApplication::setActiveWindow(&window());
     app->companions().showPresetsAction().setChecked(false);
@@ -185,7 +186,13 @@ TEST_F(CompanionsTest, ARenamingIsUndoneButNotTheFirstName) {
     strip().finishTyping();
     QListWidget& list = strip().list();
     ASSERT_EQ(list.item(12)->text(), QStringLiteral("Fog"));
+    EXPECT_EQ(app->model().history().undoLabel(), "Save as Look");
+    app->actions().undo->trigger();
+    EXPECT_EQ(list.count(), 12);
     EXPECT_FALSE(app->model().history().canUndo());
+    app->actions().redo->trigger();
+    ASSERT_EQ(list.count(), 13);
+    EXPECT_EQ(list.item(12)->text(), QStringLiteral("Fog"));
     list.item(12)->setText(QStringLiteral("Mist"));
     settle();
     EXPECT_EQ(app->model().history().undoLabel(), "Rename “Fog”");
@@ -193,6 +200,9 @@ TEST_F(CompanionsTest, ARenamingIsUndoneButNotTheFirstName) {
     EXPECT_EQ(list.item(12)->text(), QStringLiteral("Fog"));
     app->model().redo();
     EXPECT_EQ(list.item(12)->text(), QStringLiteral("Mist"));
+    app->model().undo();
+    app->model().undo();
+    EXPECT_EQ(list.count(), 12);
 }
 
 TEST_F(CompanionsTest, TheMarkedLooksPictureKeepsItsColours) {
