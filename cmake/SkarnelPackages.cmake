@@ -22,7 +22,8 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 
 set(CPACK_DEBIAN_WINDOW_PACKAGE_NAME skarnel)
 set(CPACK_DEBIAN_WINDOW_PACKAGE_SECTION graphics)
-set(CPACK_DEBIAN_WINDOW_PACKAGE_DEPENDS "skarnel-cli (= ${PROJECT_VERSION}-1)")
+# The help and the guide are opened by xdg-open.
+set(CPACK_DEBIAN_WINDOW_PACKAGE_DEPENDS "skarnel-cli (= ${PROJECT_VERSION}-1), xdg-utils")
 set(CPACK_DEBIAN_WINDOW_PACKAGE_RECOMMENDS "fonts-liberation, qt6-translations-l10n, qt6-wayland")
 set(CPACK_COMPONENT_WINDOW_DESCRIPTION
 "turn a picture or styled text into its reflection

@@ -242,6 +242,10 @@
         <translation>Hier kann nur eine Bilddatei von diesem Computer abgelegt werden.</translation>
     </message>
     <message>
+        <source>The page cannot be opened: %1</source>
+        <translation>Die Seite kann nicht geöffnet werden: %1</translation>
+    </message>
+    <message>
         <source>“%1” cannot be read: %2.</source>
         <translation>„%1“ kann nicht gelesen werden: %2.</translation>
     </message>

@@ -242,6 +242,10 @@
         <translation>Aquí solo se puede soltar un archivo de imagen de este equipo.</translation>
     </message>
     <message>
+        <source>The page cannot be opened: %1</source>
+        <translation>No se puede abrir la página: %1</translation>
+    </message>
+    <message>
         <source>“%1” cannot be read: %2.</source>
         <translation>No se puede leer «%1»: %2.</translation>
     </message>

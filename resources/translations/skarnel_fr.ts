@@ -242,6 +242,10 @@
         <translation>Seul un fichier image de cet ordinateur peut être déposé ici.</translation>
     </message>
     <message>
+        <source>The page cannot be opened: %1</source>
+        <translation>La page ne peut pas être ouverte : %1</translation>
+    </message>
+    <message>
         <source>“%1” cannot be read: %2.</source>
         <translation>« %1 » ne peut pas être lu : %2.</translation>
     </message>

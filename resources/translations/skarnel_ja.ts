@@ -242,6 +242,10 @@
         <translation>ここにドロップできるのは、このコンピューターの画像ファイルだけです。</translation>
     </message>
     <message>
+        <source>The page cannot be opened: %1</source>
+        <translation>ページを開けません: %1</translation>
+    </message>
+    <message>
         <source>“%1” cannot be read: %2.</source>
         <translation>「%1」を読み込めません: %2。</translation>
     </message>

@@ -242,6 +242,10 @@
         <translation>此处只能放入本机的图片文件。</translation>
     </message>
     <message>
+        <source>The page cannot be opened: %1</source>
+        <translation>无法打开页面：%1</translation>
+    </message>
+    <message>
         <source>“%1” cannot be read: %2.</source>
         <translation>无法读取“%1”：%2。</translation>
     </message>

@@ -251,4 +251,9 @@ void Application::persistWithoutWindow() {
     state_.save();
 }
 
+void Application::tellRefusedPage(const QUrl& page) {
+    window_.tell(tr("The page cannot be opened: %1")
+                     .arg(page.isLocalFile() ? page.toLocalFile() : page.toString()));
+}
+
 }  // namespace skarnel

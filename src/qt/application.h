@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QStringList>
 #include <QTimer>
+#include <QUrl>
 #include <array>
 #include <memory>
 #include <string_view>
@@ -56,6 +57,8 @@ class Application final : public QObject {
     /// Opens the first and puts the others into Open Recent; while a sheet is up, all of them.
     /// What comes before the start has installed its first picture waits for that.
     void openPictures(const QStringList& paths);
+    /// Tells the user where the page is that nothing on this computer opens.
+    void tellRefusedPage(const QUrl& page);
 
     /// Brings the window to the front, also after it was hidden.
     void raise();

@@ -176,6 +176,8 @@ int main(int argc, char** argv) {
 
     skarnel::ProgramParts program;
     skarnel::Application application(program.parts());
+    QObject::connect(&walls, &skarnel::ProcessWalls::pageRefused, &application,
+                     &skarnel::Application::tellRefusedPage);
     QObject::connect(&instance, &skarnel::SingleInstance::called, &application,
                      [&application](const QStringList& called) {
                          application.raise();

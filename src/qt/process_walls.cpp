@@ -79,7 +79,9 @@ void ProcessWalls::routePages() {
 }
 
 void ProcessWalls::openPage(const QUrl& page) {
-    if (!opener_->open(encoded(page))) systemLog("The page cannot be opened: " + encoded(page));
+    if (opener_->open(encoded(page))) return;
+    systemLog("The page cannot be opened: " + encoded(page));
+    emit pageRefused(page);
 }
 
 }  // namespace skarnel

@@ -24,6 +24,10 @@ class ProcessWalls final : public QObject {
     /// application object.
     void routePages();
 
+  signals:
+    /// The page was asked for and nothing opens it; the log says so already.
+    void pageRefused(const QUrl& page);
+
   private slots:
     void openPage(const QUrl& page);
 

@@ -1,11 +1,15 @@
 // The user's guide against the window: the names and the keys that it gives are there.
 #include <QAbstractButton>
 #include <QAction>
+#include <QDesktopServices>
 #include <QDirIterator>
+#include <QLabel>
 #include <QRegularExpression>
 #include <QSet>
+#include <QTextBrowser>
 
 #include "application_fixture.h"
+#include "qt/companions.h"
 #include "qt/main_actions.h"
 
 namespace skarnel {
@@ -61,6 +65,24 @@ TEST_F(GuideTest, EveryCommandsKeyIsInItsTable) {
         ++met;
     }
     EXPECT_GE(met, 20);
+}
+
+TEST_F(GuideTest, ItIsOpenedFromTheMenuAndARefusalSaysWhereItIs) {
+    start();
+    QAction& action = app->companions().guideAction();
+    ASSERT_TRUE(action.isEnabled());
+    QTextBrowser browser;  // in place of the desktop's
+    QDesktopServices::setUrlHandler(QStringLiteral("file"), &browser, "setSource");
+    action.trigger();
+    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+    const QString page = browser.source().toLocalFile();
+    EXPECT_TRUE(page.endsWith(QStringLiteral("/help/index.html")));
+    EXPECT_TRUE(QFileInfo(page).isFile());
+
+    auto* toast = window().findChild<QLabel*>(QStringLiteral("toast"));
+    ASSERT_NE(toast, nullptr);
+    app->tellRefusedPage(browser.source());
+    EXPECT_EQ(toast->text(), QStringLiteral("The page cannot be opened: ") + page);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <QDesktopServices>
+#include <QSignalSpy>
 #include <QTest>
 #include <QThread>
 #include <cerrno>
@@ -28,20 +29,26 @@ namespace {
 namespace fs = std::filesystem;
 
 fs::path folder;
+ProcessWalls* walls = nullptr;
 
 /// The desktop's opener, found in PATH: notes what it is given.
 void installOpener() {
     char pattern[] = "/tmp/skarnel-window-walls-XXXXXX";
     folder = ::mkdtemp(pattern);
     std::ofstream(folder / "xdg-open") << "#!/bin/sh\nprintf '%s' \"$1\" >" << folder / "new"
-                                       << " && mv " << folder / "new"
+                                       << " && /bin/mv " << folder / "new"
                                        << " " << folder / "note"
                                        << "\n";
     ::chmod((folder / "xdg-open").c_str(), 0755);
     // The page renderer's program may lie anywhere.
     fs::copy_file("/usr/bin/true", folder / "renderer");
     ::setenv("QTWEBENGINEPROCESS_PATH", (folder / "renderer").c_str(), 1);
-    ::setenv("PATH", (folder.string() + ":/usr/bin:/bin").c_str(), 1);
+    ::setenv("PATH", folder.c_str(), 1);
+}
+
+std::string noted() {
+    std::ifstream note(folder / "note");
+    return {std::istreambuf_iterator<char>(note), {}};
 }
 
 int errorOfStarting(const char* program) {
@@ -72,9 +79,7 @@ TEST(ProcessWalls, TheWindowStartsNothingButItsHelpersAndItsPagesStillOpen) {
     const QUrl page(QStringLiteral("https://" SKARNEL_HELP_HOST "/products/skarnel/"));
     EXPECT_TRUE(QDesktopServices::openUrl(page));
     EXPECT_TRUE(QTest::qWaitFor([] { return fs::exists(folder / "note"); }, 30'000));
-    std::ifstream note(folder / "note");
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(note), {}),
-              "https://" SKARNEL_HELP_HOST "/products/skarnel/");
+    EXPECT_EQ(noted(), "https://" SKARNEL_HELP_HOST "/products/skarnel/");
 
     SingleInstance instance;
     const auto door = QString::fromStdString(folder / "door");
@@ -90,6 +95,20 @@ TEST(ProcessWalls, TheWindowStartsNothingButItsHelpersAndItsPagesStillOpen) {
     QDesktopServices::openUrl(QUrl(QStringLiteral("https://elsewhere.example/")));
     QTest::qWait(100);
     EXPECT_FALSE(fs::exists(folder / "note"));
+
+    // The guide as Help > User's Guide asks for it.
+    const auto guide = findResource("help/index.html");
+    ASSERT_TRUE(guide);
+    const QUrl help = QUrl::fromLocalFile(QString::fromStdString(*guide));
+    QDesktopServices::openUrl(help);
+    ASSERT_TRUE(QTest::qWaitFor([] { return fs::exists(folder / "note"); }, 30'000));
+    EXPECT_EQ(noted(), help.toEncoded().toStdString());
+
+    fs::remove(folder / "xdg-open");
+    QSignalSpy refused(walls, &ProcessWalls::pageRefused);
+    QDesktopServices::openUrl(help);
+    ASSERT_EQ(refused.count(), 1);
+    EXPECT_EQ(refused[0][0].toUrl(), help);
 }
 
 }  // namespace
@@ -100,9 +119,10 @@ int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
     if (skarnel::landlockVersion() == 0) return 77;
     skarnel::installOpener();
-    skarnel::ProcessWalls walls;  // before the toolkit starts threads, as the program does it
+    skarnel::ProcessWalls raised;  // before the toolkit starts threads, as the program does it
     QApplication toolkit(argc, argv);
-    walls.routePages();
+    raised.routePages();
+    skarnel::walls = &raised;
     const int code = RUN_ALL_TESTS();
     std::filesystem::remove_all(skarnel::folder);
     return code;

@@ -20,8 +20,9 @@ class PageOpener {
     PageOpener(const PageOpener&) = delete;
     PageOpener& operator=(const PageOpener&) = delete;
 
-    /// Asks for the page and returns at once; false for an address that it was not made with, and
-    /// when the child cannot be reached.
+    /// Asks for the page and returns when the opener has started; does not wait for what it does,
+    /// nor more than two seconds. False for an address that it was not made with, when there is no
+    /// such opener, and when the child cannot be reached.
     bool open(std::string_view page);
 
   private:

@@ -56,6 +56,28 @@ TEST_F(PageOpenerTest, NothingElseIsOpenedAndNothingUnasked) {
     EXPECT_FALSE(fs::exists(note_));
 }
 
+TEST_F(PageOpenerTest, SaysThatThereIsNoOpener) {
+    EXPECT_EQ(testing::exitStatusOfChild([&] {
+                  ::setenv("PATH", (folder_ / "empty").c_str(), 1);
+                  PageOpener opener({"https://skarnel.example/"});
+                  for (int i = 0; i < 3; ++i)
+                      if (opener.open("https://skarnel.example/")) return 1;
+                  return 0;
+              }),
+              0);
+}
+
+TEST_F(PageOpenerTest, FindsTheDesktopsOpenerInThePath) {
+    fs::rename(opener_, folder_ / "xdg-open");
+    EXPECT_EQ(testing::exitStatusOfChild([&] {
+                  ::setenv("PATH", (folder_.string() + ":/usr/bin:/bin").c_str(), 1);
+                  PageOpener opener({"file:///usr/share/skarnel/help/index.html"});
+                  return opener.open("file:///usr/share/skarnel/help/index.html") ? 0 : 1;
+              }),
+              0);
+    EXPECT_EQ(notedAddress(), "file:///usr/share/skarnel/help/index.html");
+}
+
 TEST_F(PageOpenerTest, StillOpensOnceTheWallsAreRaised) {
     if (landlockVersion() == 0) GTEST_SKIP() << "this kernel has no Landlock";
     EXPECT_EQ(testing::exitStatusOfChild([&] {
