@@ -9,10 +9,10 @@ function(skarnel_install_programs component folder)
     endforeach()
 endfunction()
 
-# Installs a folder that the build fills below share/skarnel, if there is one.
+# Installs a folder that the build fills below share/skarnel. Installing fails where it is missing.
 function(skarnel_install_built_folder component name)
     install(DIRECTORY "${CMAKE_BINARY_DIR}/share/skarnel/${name}"
-            DESTINATION "${CMAKE_INSTALL_DATADIR}/skarnel" COMPONENT ${component} OPTIONAL)
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/skarnel" COMPONENT ${component})
 endfunction()
 
 # Fills in the version, packs the page reproducibly and installs it.
