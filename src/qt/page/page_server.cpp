@@ -12,6 +12,17 @@ namespace {
     ::_exit(0);
 }
 
+constexpr unsigned kLoadSeconds = 30;
+
+// A sign of life in a load. By the system's alarm, since the event loop may be what stands.
+void goOn() {
+    ::alarm(kLoadSeconds);
+}
+
+void arrived() {
+    ::alarm(0);
+}
+
 QString shortened(const QString& text) {
     return text.left(kLongestPageText);
 }
@@ -23,15 +34,20 @@ PageServer::PageServer(QWebEngineProfile& profile)
       engine_(profile, [this](std::string_view line) { say(line); }) {
     connect(&ear_, &QSocketNotifier::activated, this, &PageServer::hear);
     connect(&engine_, &PageEngine::requested, this, [this](const QUrl& url, bool allowed) {
+        if (isLoading_) goOn();
         send(pageMessage(PageMessageKind::Requested, shortened(url.toString(QUrl::FullyEncoded)),
                          allowed));
     });
-    connect(&engine_, &PageEngine::started, this,
-            [this] { send(pageMessage(PageMessageKind::Started)); });
+    connect(&engine_, &PageEngine::started, this, [this] {
+        goOn();
+        send(pageMessage(PageMessageKind::Started));
+    });
     connect(&engine_, &PageEngine::titleReceived, this, [this](const QString& title) {
         send(pageMessage(PageMessageKind::TitleReceived, shortened(title)));
     });
     connect(&engine_, &PageEngine::finished, this, [this](bool ok) {
+        isLoading_ = false;
+        arrived();
         send(pageMessage(PageMessageKind::Finished, ok, engine_.documentSize()));
     });
     connect(&engine_, &PageEngine::died, this, [] { leave(); });
@@ -48,6 +64,8 @@ void PageServer::take(const PageMessage& message) {
     QString address;
     QSize size;
     if (message.kind == PageMessageKind::Load && readValues(message, address, size)) {
+        isLoading_ = true;
+        goOn();
         engine_.load(QUrl::fromEncoded(address.toUtf8(), QUrl::StrictMode), size);
     } else if (message.kind == PageMessageKind::Capture && readValues(message, size)) {
         answerWith(engine_.capture(size));

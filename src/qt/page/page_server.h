@@ -14,7 +14,9 @@ namespace skarnel {
 class PageServer final : public QObject {
     Q_OBJECT
   public:
-    /// `profile` is borrowed. The process ends with the line, and with the engine's renderer.
+    /// `profile` is borrowed. The process ends with the line, with the engine's renderer, and when
+    /// nothing at all happens in a load for half a minute: an engine that found no memory for one
+    /// of its processes can wait for it for ever.
     explicit PageServer(QWebEngineProfile& profile);
 
   private:
@@ -26,6 +28,7 @@ class PageServer final : public QObject {
 
     QSocketNotifier ear_;
     PageEngine engine_;
+    bool isLoading_ = false;
 };
 
 }  // namespace skarnel
