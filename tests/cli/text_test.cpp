@@ -104,9 +104,8 @@ TEST_F(TextCommand, ARendererWithoutMemoryEndsWithACause) {
         EXPECT_EQ(finished.exitCode, 1) << gigabytes;
         // An engine that finds no memory for a thread can stand still, and be given up after its
         // minute; its own words are what is read then.
-        EXPECT_THAT(finished.err,
-                    AnyOf(HasSubstr("skarnel-render: Text: The page renderer ended"),
-                          HasSubstr("pthread_create")))
+        EXPECT_THAT(finished.err, AnyOf(HasSubstr("skarnel-render: Text: The page renderer ended"),
+                                        HasSubstr("pthread_create")))
             << gigabytes;
         EXPECT_FALSE(std::filesystem::exists(out_));
     }
