@@ -162,6 +162,7 @@ void Viewer::discardEdits() {
     cancelDrag();
     const ViewerSheet before = sheet_;
     endText(false);
+    tool_->leave(sheet_);
     sheet_.discardEdits();
     changed(before);
 }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 #include "qt/picture_painter.h"
 #include "qt/tool_keys.h"
@@ -105,31 +106,30 @@ class CropTool final : public SelectTool {
   public:
     void press(ViewerSheet& sheet, ToolPoint point) override {
         leave(sheet);
-        kept_ = sheet.selection;
+        sheet.setAside = sheet.selection;
         SelectTool::press(sheet, point);
         dragging_ = true;
     }
     void release(ViewerSheet& sheet, ToolPoint /*point*/) override {
         dragging_ = false;
-        const std::optional<CGRect> crop = sheet.selection;
-        sheet.selection.reset();
+        const CGRect crop = sheet.selection.value_or(CGRect{});
         // A stray click of a few pixels is no crop.
-        if (crop && std::min(crop->width, crop->height) * sheet.view.factor() >= 4)
-            sheet.view.setPart(*crop);
+        const bool stray = std::min(crop.width, crop.height) * sheet.view.factor() < 4;
+        stray ? cancel(sheet) : apply(sheet);
     }
     void cancel(ViewerSheet& sheet) override {
         dragging_ = false;
         framing_ = false;
-        sheet.selection = kept_;
+        sheet.selection = std::exchange(sheet.setAside, std::nullopt);
     }
     void leave(ViewerSheet& sheet) override {
         if (framing_) cancel(sheet);
     }
     bool key(ViewerSheet& sheet, int key, Qt::KeyboardModifiers modifiers) override {
         framing_ = framing_ && sheet.selection;  // which another command may have taken away
-        if (isEnterKey(key)) return framing_ ? apply(sheet) : frame(sheet);
-        if (framing_ && key == Qt::Key_Escape) {
-            cancel(sheet);
+        if (isEnterKey(key) && !framing_) return frame(sheet);
+        if (framing_ && (isEnterKey(key) || key == Qt::Key_Escape)) {
+            key == Qt::Key_Escape ? cancel(sheet) : apply(sheet);
             return true;
         }
         if (framing_) return reshapeSelection(sheet, key, modifiers);
@@ -151,18 +151,16 @@ class CropTool final : public SelectTool {
   private:
     bool frame(ViewerSheet& sheet) {
         if (sheet.view.isEmpty()) return false;
-        kept_ = sheet.selection;
+        sheet.setAside = sheet.selection;
         sheet.selection = middleOfSight(sheet.view, kFrameShare);
         framing_ = true;
         return true;
     }
-    bool apply(ViewerSheet& sheet) {
+    void apply(ViewerSheet& sheet) {
         sheet.view.setPart(*sheet.selection);
-        sheet.selection.reset();
-        framing_ = false;
-        return true;
+        sheet.setAside.reset();
+        cancel(sheet);
     }
-    std::optional<CGRect> kept_;  // what was selected before
     bool dragging_ = false;
     bool framing_ = false;  // a frame that a key began stands
 };
@@ -319,26 +317,26 @@ class AnnotateTool final : public ViewerTool {
 void ViewerSheet::setImageSize(CGSize size) {
     const CGSize before = view.imageSize();
     if (before == size) return;
-    if (before.width > 0 && before.height > 0 && size.width > 0 && size.height > 0) {
-        const double x = size.width / before.width;
-        const double y = size.height / before.height;
-        const bool whole = isWhole(view);
-        const CGRect part = view.part();
-        for (Annotation& annotation : annotations) annotation = scaledAnnotation(annotation, x, y);
-        view.setImageSize(size);
-        if (!whole) view.setPart(scaledRect(part, x, y));
-        if (selection) {
-            const CGRect scaled = scaledRect(*selection, x, y);
-            selection = pixelsBetween({scaled.minX(), scaled.minY()},
-                                      {scaled.maxX(), scaled.maxY()}, view.part());
-        }
-        return;
-    }
+    const bool carries = before.width > 0 && before.height > 0 && size.width > 0 && size.height > 0;
+    const bool whole = isWhole(view);
+    const CGRect part = view.part();
     view.setImageSize(size);
+    if (!carries) return;
+    const double x = size.width / before.width;
+    const double y = size.height / before.height;
+    for (Annotation& annotation : annotations) annotation = scaledAnnotation(annotation, x, y);
+    if (!whole) view.setPart(scaledRect(part, x, y));
+    for (std::optional<CGRect>* selected : {&selection, &setAside}) {
+        if (!*selected) continue;
+        const CGRect scaled = scaledRect(**selected, x, y);
+        *selected = pixelsBetween({scaled.minX(), scaled.minY()}, {scaled.maxX(), scaled.maxY()},
+                                  view.part());
+    }
 }
 
 void ViewerSheet::discardEdits() {
     selection.reset();
+    setAside.reset();
     annotations.clear();
     view.setPart({});
     view.setRotation(0);

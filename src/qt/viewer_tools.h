@@ -22,6 +22,7 @@ namespace skarnel {
 struct ViewerSheet {
     ViewTransform view;
     std::optional<CGRect> selection;  // whole image pixels, inside the shown part
+    std::optional<CGRect> setAside;  // what was selected before a frame for cropping took its place
     std::vector<Annotation> annotations;
     AnnotationShape nextShape = AnnotationShape::Ellipse;
     QColor nextColor{0xFF, 0x3B, 0x30};
@@ -53,7 +54,7 @@ class ViewerTool {
     virtual void release(ViewerSheet& /*sheet*/, ToolPoint /*point*/) {}
     virtual void cancel(ViewerSheet& /*sheet*/) {}
 
-    /// Another tool is chosen: what keys have begun is given up.
+    /// Another tool is chosen, or all edits are discarded: what keys have begun is given up.
     virtual void leave(ViewerSheet& /*sheet*/) {}
 
     /// True when the key meant something to the tool.

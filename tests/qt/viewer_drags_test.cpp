@@ -158,6 +158,44 @@ TEST_F(ViewerDragsTest, ADoubleClickZoomsWithEveryToolButTheOneThatMarks) {
     }
 }
 
+/// A marquee of 30 x 15 pixels from (40, 50) on, and over it a crop frame that a key began.
+void selectAndFrame(Viewer& viewer) {
+    viewer.setToolMode(IKToolModeSelect);
+    QTest::mousePress(&viewer, Qt::LeftButton, {}, {30, 100});
+    QMouseEvent drag(QEvent::MouseMove, QPointF(90, 130), viewer.mapToGlobal(QPointF(90, 130)),
+                     Qt::NoButton, Qt::LeftButton, {});
+    QApplication::sendEvent(&viewer, &drag);
+    QTest::mouseRelease(&viewer, Qt::LeftButton, {}, {90, 130});
+    ASSERT_EQ(viewer.sheet().selection, (CGRect{40, 50, 30, 15}));
+    viewer.setToolMode(IKToolModeCrop);
+    QTest::keyClick(&viewer, Qt::Key_Return);
+    ASSERT_NE(viewer.sheet().selection, (CGRect{40, 50, 30, 15}));
+}
+
+TEST_F(ViewerDragsTest, AFrameDoesNotOutliveItsPicture) {
+    selectAndFrame(viewer);
+    viewer.discardEdits();
+    EXPECT_FALSE(viewer.sheet().hasEdits());
+    viewer.setImage(black(20, 10));
+    viewer.setToolMode(IKToolModeSelect);
+    EXPECT_EQ(viewer.sheet().selection, std::nullopt);
+
+    viewer.setImage(black(200, 100));
+    selectAndFrame(viewer);
+    viewer.discardEdits();
+    viewer.selectAll();
+    // The marquee is no frame that Return would apply and Escape give up.
+    QTest::keyClick(&viewer, Qt::Key_Escape);
+    EXPECT_EQ(viewer.sheet().selection, (CGRect{0, 0, 200, 100}));
+}
+
+TEST_F(ViewerDragsTest, WhatAFrameHasSetAsideFollowsThePicturesSize) {
+    selectAndFrame(viewer);
+    viewer.setImage(black(100, 200));  // half as wide, twice as high
+    QTest::keyClick(&viewer, Qt::Key_Escape);
+    EXPECT_EQ(viewer.sheet().selection, (CGRect{20, 100, 15, 30}));
+}
+
 TEST_F(ViewerDragsTest, EscapeDropsATextAndReturnKeepsIt) {
     AnnotationLine& line = type(QStringLiteral("abc"));
     QTest::keyClick(&line, Qt::Key_Escape);

@@ -109,6 +109,21 @@ TEST(CropTool, AStrayClickIsNoCrop) {
     EXPECT_EQ(on.view.part(), (CGRect{0, 0, 200, 100}));
 }
 
+TEST(CropTool, AStrayClickLeavesTheSelectionAsItWas) {
+    ViewerSheet on = sheet();
+    on.selection = CGRect{1, 2, 3, 4};
+    const auto tool = ViewerTool::create(IKToolModeCrop);
+    for (const ToolPoint end : {at(112, 160), at(110, 120)}) {
+        const ViewerSheet before = on;
+        dragTool(*tool, on, at(110, 120), end);
+        EXPECT_TRUE(on == before);
+    }
+    dragTool(*tool, on, at(110, 120), at(160, 140));
+    EXPECT_EQ(on.selection, std::nullopt);
+    EXPECT_FALSE(tool->key(on, Qt::Key_Right, {}));
+    EXPECT_EQ(on.setAside, std::nullopt);
+}
+
 TEST(RotateTool, TurnsByTheAngleDraggedAboutTheCentreAndSnaps) {
     ViewerSheet on = sheet();  // the centre is (200, 150)
     const auto tool = ViewerTool::create(IKToolModeRotate);
