@@ -840,6 +840,10 @@
         <translation>Rezept</translation>
     </message>
     <message>
+        <source>The settings stay as they are while a panel is open.</source>
+        <translation>Die Einstellungen bleiben, wie sie sind, solange ein Dialog offen ist.</translation>
+    </message>
+    <message>
         <source>Taken Settings</source>
         <translation>Übernommene Einstellungen</translation>
     </message>

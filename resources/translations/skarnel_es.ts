@@ -840,6 +840,10 @@
         <translation>Receta</translation>
     </message>
     <message>
+        <source>The settings stay as they are while a panel is open.</source>
+        <translation>Los ajustes no cambian mientras haya un diálogo abierto.</translation>
+    </message>
+    <message>
         <source>Taken Settings</source>
         <translation>Ajustes tomados</translation>
     </message>

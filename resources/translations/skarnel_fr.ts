@@ -840,6 +840,10 @@
         <translation>Recette</translation>
     </message>
     <message>
+        <source>The settings stay as they are while a panel is open.</source>
+        <translation>Les réglages restent inchangés tant qu’un dialogue est ouvert.</translation>
+    </message>
+    <message>
         <source>Taken Settings</source>
         <translation>Réglages repris</translation>
     </message>

@@ -840,6 +840,10 @@
         <translation>レシピ</translation>
     </message>
     <message>
+        <source>The settings stay as they are while a panel is open.</source>
+        <translation>ダイアログが開いている間、設定は変更されません。</translation>
+    </message>
+    <message>
         <source>Taken Settings</source>
         <translation>設定の読み込み</translation>
     </message>

@@ -840,6 +840,10 @@
         <translation>配方</translation>
     </message>
     <message>
+        <source>The settings stay as they are while a panel is open.</source>
+        <translation>对话框打开时，设置保持不变。</translation>
+    </message>
+    <message>
         <source>Taken Settings</source>
         <translation>获取的设置</translation>
     </message>

@@ -47,6 +47,12 @@ QString droppedFile(const QMimeData& data) {
     return urls.size() == 1 ? pathOfAddress(urls.front()) : QString();
 }
 
+Result<Recipe> recipeOf(const QString& path) {
+    const auto bytes = bytesOfPath(path);
+    if (!bytes) return {ErrorCode::CannotRead, std::generic_category().message(EILSEQ)};
+    return readRecipeFile(*bytes);
+}
+
 /// The text with its sizes brought into the range that the command line takes.
 StyledText withPossibleSizes(StyledText text) {
     std::size_t place = 0;
@@ -200,14 +206,26 @@ bool RecipeCommands::saveTo(const QString& path, Overwrite overwrite) {
 }
 
 std::optional<Recipe> RecipeCommands::read(const QString& path) {
-    const auto bytes = bytesOfPath(path);
-    Result<Recipe> recipe =
-        bytes ? readRecipeFile(*bytes)
-              : Result<Recipe>(ErrorCode::CannotRead, std::generic_category().message(EILSEQ));
+    Result<Recipe> recipe = recipeOf(path);
     if (recipe) return *std::move(recipe);
-    application_.window().tell(
-        tr("“%1”: %2.").arg(QFileInfo(path).fileName(), causeText(recipe.error())));
+    tellUnread(path, recipe.error());
     return std::nullopt;
+}
+
+void RecipeCommands::tellUnread(const QString& path, const Error& cause) {
+    application_.window().tell(tr("“%1”: %2.").arg(QFileInfo(path).fileName(), causeText(cause)));
+}
+
+void RecipeCommands::takeDropped(const QString& path) {
+    const Result<Recipe> recipe = recipeOf(path);
+    const bool carriesNone = !recipe && recipe.error().code == ErrorCode::NotFound;
+    if (carriesNone && !isRecipeName(path)) return application_.openPictures({path});
+    if (!recipe) return tellUnread(path, recipe.error());
+    // The file that a save panel is about gets the settings as they stand under it.
+    if (QApplication::activeModalWidget() != nullptr)
+        application_.window().tell(tr("The settings stay as they are while a panel is open."));
+    else
+        applySettings(*recipe, tr("Taken Settings"));
 }
 
 bool RecipeCommands::openFrom(const QString& path) {
@@ -282,7 +300,7 @@ bool RecipeCommands::eventFilter(QObject*, QEvent* event) {
     if (path.isEmpty()) return false;
     drop->setDropAction(Qt::CopyAction);
     drop->accept();
-    takeFrom(path);
+    takeDropped(path);
     return true;
 }
 

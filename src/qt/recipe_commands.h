@@ -51,6 +51,9 @@ class RecipeCommands final : public QObject {
     void makeActions();
     void noticeTextPicture();
     std::optional<Recipe> read(const QString& path);
+    void tellUnread(const QString& path, const Error& cause);
+    /// On the panel: settings, or a plain picture, which is opened as anywhere else.
+    void takeDropped(const QString& path);
     void applySettings(const Recipe& recipe, const QString& undoName);
     void setBackground(const QColor& color);
     void tellLeftOut();

@@ -162,6 +162,48 @@ TEST_F(RecipesTest, APictureThatCarriesOneIsAPictureOnTheViewerAndSettingsOnTheP
     EXPECT_EQ(app->controller().image->size(), (CGSize{20, 20}));
 }
 
+TEST_F(RecipesTest, APlainPictureOnThePanelIsOpenedAndAnythingElseIsAnswered) {
+    start();
+    const auto* toast = window().findChild<QLabel*>(QStringLiteral("toast"));
+    const QString plain = picture(QStringLiteral("Plain.png"), 30, 20, Qt::green);
+    ASSERT_TRUE(dropOn(*panel().viewport(), plain));
+    EXPECT_EQ(app->controller().saveFilename, "Plain Reflection");
+    EXPECT_EQ(app->state().recentFiles(), QStringList{plain});
+    EXPECT_FALSE(toast->isVisible());
+    ASSERT_TRUE(dropOn(*panel().viewport(), folder.path()));
+    EXPECT_TRUE(toast->isVisible());
+    EXPECT_TRUE(toast->text().endsWith(QStringLiteral(": It is a folder.")))
+        << toast->text().toStdString();
+    EXPECT_EQ(app->controller().saveFilename, "Plain Reflection");
+    EXPECT_EQ(settings(), builtInPresets()[0].settings);
+}
+
+TEST_F(RecipesTest, UnderASheetADropOnThePanelChangesNothingAndSaysSo) {
+    start();
+    const auto* toast = window().findChild<QLabel*>(QStringLiteral("toast"));
+    const QString plain = picture(QStringLiteral("Plain.png"), 30, 20, Qt::green);
+    app->actions().save->trigger();
+    settle();
+    auto* sheet = window().findChild<QFileDialog*>(QStringLiteral("savePanel"));
+    ASSERT_NE(sheet, nullptr);
+    for (const QString& each : {recipeFile(someRecipe()), carrier(someRecipe())}) {
+        window().endTelling();
+        ASSERT_TRUE(dropOn(*panel().viewport(), each));
+        EXPECT_TRUE(toast->isVisible());
+    }
+    ASSERT_TRUE(dropOn(*panel().viewport(), plain));
+    EXPECT_EQ(app->controller().saveFilename, "TavelinLogo");
+    EXPECT_EQ(app->state().recentFiles(), QStringList{plain});
+    EXPECT_EQ(settings(), builtInPresets()[0].settings);
+    EXPECT_FALSE(app->model().applyBackground());
+    EXPECT_EQ(viewer().background(), QColor(Qt::black));
+    EXPECT_FALSE(app->model().history().canUndo());
+    sheet->reject();
+    settle();
+    ASSERT_TRUE(dropOn(*panel().viewport(), recipeFile(someRecipe())));
+    EXPECT_EQ(settings(), someRecipe().settings);
+}
+
 TEST_F(RecipesTest, TheSaveOptionsOfferTheRecipeAndDoNotChooseIt) {
     SaveOptionsView view({}, std::string(kUTTypePNG));
     EXPECT_EQ(view.findChild<QCheckBox*>(QStringLiteral("keepRecipe")), nullptr);
