@@ -1073,12 +1073,24 @@
         <translation>Schriftgröße</translation>
     </message>
     <message>
+        <source>Bo&amp;ld</source>
+        <translation>F&amp;ett</translation>
+    </message>
+    <message>
         <source>Bold</source>
         <translation>Fett</translation>
     </message>
     <message>
+        <source>I&amp;talic</source>
+        <translation>&amp;Kursiv</translation>
+    </message>
+    <message>
         <source>Italic</source>
         <translation>Kursiv</translation>
+    </message>
+    <message>
+        <source>&amp;Underline</source>
+        <translation>Unterst&amp;richen</translation>
     </message>
     <message>
         <source>Underline</source>
@@ -1089,12 +1101,24 @@
         <translation>Textfarbe</translation>
     </message>
     <message>
+        <source>Align L&amp;eft</source>
+        <translation>&amp;Linksbündig</translation>
+    </message>
+    <message>
         <source>Align left</source>
         <translation>Linksbündig</translation>
     </message>
     <message>
+        <source>Ce&amp;ntre</source>
+        <translation>&amp;Zentriert</translation>
+    </message>
+    <message>
         <source>Centre</source>
         <translation>Zentriert</translation>
+    </message>
+    <message>
+        <source>Align &amp;Right</source>
+        <translation>Recht&amp;sbündig</translation>
     </message>
     <message>
         <source>Align right</source>

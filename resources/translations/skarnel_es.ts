@@ -1073,12 +1073,24 @@
         <translation>Tamaño del texto</translation>
     </message>
     <message>
+        <source>Bo&amp;ld</source>
+        <translation>&amp;Negrita</translation>
+    </message>
+    <message>
         <source>Bold</source>
         <translation>Negrita</translation>
     </message>
     <message>
+        <source>I&amp;talic</source>
+        <translation>&amp;Cursiva</translation>
+    </message>
+    <message>
         <source>Italic</source>
         <translation>Cursiva</translation>
+    </message>
+    <message>
+        <source>&amp;Underline</source>
+        <translation>&amp;Subrayado</translation>
     </message>
     <message>
         <source>Underline</source>
@@ -1089,12 +1101,24 @@
         <translation>Color del texto</translation>
     </message>
     <message>
+        <source>Align L&amp;eft</source>
+        <translation>Alinear a la i&amp;zquierda</translation>
+    </message>
+    <message>
         <source>Align left</source>
         <translation>Alinear a la izquierda</translation>
     </message>
     <message>
+        <source>Ce&amp;ntre</source>
+        <translation>C&amp;entrar</translation>
+    </message>
+    <message>
         <source>Centre</source>
         <translation>Centrar</translation>
+    </message>
+    <message>
+        <source>Align &amp;Right</source>
+        <translation>Alinear a la &amp;derecha</translation>
     </message>
     <message>
         <source>Align right</source>

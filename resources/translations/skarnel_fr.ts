@@ -1073,12 +1073,24 @@
         <translation>Taille du texte</translation>
     </message>
     <message>
+        <source>Bo&amp;ld</source>
+        <translation>&amp;Gras</translation>
+    </message>
+    <message>
         <source>Bold</source>
         <translation>Gras</translation>
     </message>
     <message>
+        <source>I&amp;talic</source>
+        <translation>I&amp;talique</translation>
+    </message>
+    <message>
         <source>Italic</source>
         <translation>Italique</translation>
+    </message>
+    <message>
+        <source>&amp;Underline</source>
+        <translation>&amp;Souligné</translation>
     </message>
     <message>
         <source>Underline</source>
@@ -1089,12 +1101,24 @@
         <translation>Couleur du texte</translation>
     </message>
     <message>
+        <source>Align L&amp;eft</source>
+        <translation>Aligner à gauc&amp;he</translation>
+    </message>
+    <message>
         <source>Align left</source>
         <translation>Aligner à gauche</translation>
     </message>
     <message>
+        <source>Ce&amp;ntre</source>
+        <translation>C&amp;entrer</translation>
+    </message>
+    <message>
         <source>Centre</source>
         <translation>Centrer</translation>
+    </message>
+    <message>
+        <source>Align &amp;Right</source>
+        <translation>Aligner à &amp;droite</translation>
     </message>
     <message>
         <source>Align right</source>

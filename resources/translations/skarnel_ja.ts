@@ -1073,12 +1073,24 @@
         <translation>文字サイズ</translation>
     </message>
     <message>
+        <source>Bo&amp;ld</source>
+        <translation>太字(&amp;L)</translation>
+    </message>
+    <message>
         <source>Bold</source>
         <translation>太字</translation>
     </message>
     <message>
+        <source>I&amp;talic</source>
+        <translation>斜体(&amp;T)</translation>
+    </message>
+    <message>
         <source>Italic</source>
         <translation>斜体</translation>
+    </message>
+    <message>
+        <source>&amp;Underline</source>
+        <translation>下線(&amp;U)</translation>
     </message>
     <message>
         <source>Underline</source>
@@ -1089,12 +1101,24 @@
         <translation>テキストの色</translation>
     </message>
     <message>
+        <source>Align L&amp;eft</source>
+        <translation>左揃え(&amp;E)</translation>
+    </message>
+    <message>
         <source>Align left</source>
         <translation>左揃え</translation>
     </message>
     <message>
+        <source>Ce&amp;ntre</source>
+        <translation>中央揃え(&amp;N)</translation>
+    </message>
+    <message>
         <source>Centre</source>
         <translation>中央揃え</translation>
+    </message>
+    <message>
+        <source>Align &amp;Right</source>
+        <translation>右揃え(&amp;R)</translation>
     </message>
     <message>
         <source>Align right</source>

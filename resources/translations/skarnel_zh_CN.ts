@@ -1073,12 +1073,24 @@
         <translation>字号</translation>
     </message>
     <message>
+        <source>Bo&amp;ld</source>
+        <translation>粗体(&amp;L)</translation>
+    </message>
+    <message>
         <source>Bold</source>
         <translation>粗体</translation>
     </message>
     <message>
+        <source>I&amp;talic</source>
+        <translation>斜体(&amp;T)</translation>
+    </message>
+    <message>
         <source>Italic</source>
         <translation>斜体</translation>
+    </message>
+    <message>
+        <source>&amp;Underline</source>
+        <translation>下划线(&amp;U)</translation>
     </message>
     <message>
         <source>Underline</source>
@@ -1089,12 +1101,24 @@
         <translation>文字颜色</translation>
     </message>
     <message>
+        <source>Align L&amp;eft</source>
+        <translation>左对齐(&amp;E)</translation>
+    </message>
+    <message>
         <source>Align left</source>
         <translation>左对齐</translation>
     </message>
     <message>
+        <source>Ce&amp;ntre</source>
+        <translation>居中(&amp;N)</translation>
+    </message>
+    <message>
         <source>Centre</source>
         <translation>居中</translation>
+    </message>
+    <message>
+        <source>Align &amp;Right</source>
+        <translation>右对齐(&amp;R)</translation>
     </message>
     <message>
         <source>Align right</source>

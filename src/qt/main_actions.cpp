@@ -13,6 +13,7 @@
 #include "qt/icons.h"
 #include "qt/main_window.h"
 #include "qt/settings_model.h"
+#include "qt/text_bar.h"
 
 namespace skarnel {
 namespace {
@@ -195,6 +196,10 @@ void MainActions::fillMenus() {
 
     QMenu* text = bar->addMenu(tr("Te&xt"));
     text->addAction(imageText);
+    text->addSeparator();
+    for (QAction* style : window_.textBar().styleActions()) text->addAction(style);
+    text->addSeparator();
+    for (QAction* alignment : window_.textBar().alignmentActions()) text->addAction(alignment);
     text->addSeparator();
     text->addActions({textColor, backgroundColor});
 

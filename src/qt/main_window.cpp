@@ -77,6 +77,8 @@ QWidget* MainWindow::textArea() {
     column->setSpacing(0);
     textBar_ = new TextBar(*textEditor_);
     column->addWidget(textBar_);
+    // In the text and in its bar, wherever there the focus is.
+    for (QAction* style : textBar_->styleActions()) area->addAction(style);
     column->addWidget(textEditor_, 1);
     area->setMinimumHeight(110);
     return area;

@@ -1,6 +1,7 @@
 #include "qt/text_bar.h"
 
-#include <QButtonGroup>
+#include <QAction>
+#include <QActionGroup>
 #include <QComboBox>
 #include <QFontComboBox>
 #include <QHBoxLayout>
@@ -85,42 +86,64 @@ void TextBar::applySize(const QString& text) {
     editor_.mergeStyle(sizeFormat(static_cast<double>(*size)));
 }
 
-QToolButton* TextBar::toggle(const QString& icon, const QString& name, const QKeySequence& key) {
+QToolButton* TextBar::buttonOf(const QIcon& icon, const QString& name) {
     auto* button = new QToolButton;
     button->setAutoRaise(true);
-    button->setCheckable(true);
-    button->setIcon(themedIcon(icon));
+    button->setIcon(icon);
     button->setIconSize({18, 18});
     button->setFocusPolicy(Qt::TabFocus);
     button->setAccessibleName(name);
-    button->setToolTip(key.isEmpty() ? name
-                                     : QStringLiteral("%1 (%2)").arg(
-                                           name, key.toString(QKeySequence::NativeText)));
+    button->setToolTip(name);
     return button;
 }
 
+QAction* TextBar::toggle(const QString& icon, const QString& text, const QString& name,
+                         const QKeySequence& key) {
+    auto* action = new QAction(themedIcon(icon), text, this);
+    action->setCheckable(true);
+    action->setIconVisibleInMenu(false);
+    action->setToolTip(name);
+    if (!key.isEmpty()) {
+        action->setShortcut(key);
+        // Elsewhere the key would change a text that nobody looks at.
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        action->setToolTip(
+            QStringLiteral("%1 (%2)").arg(name, key.toString(QKeySequence::NativeText)));
+    }
+    return action;
+}
+
 void TextBar::addStyle(QHBoxLayout& row) {
-    bold_ = toggle("bold", tr("Bold"), QKeySequence::Bold);
-    italic_ = toggle("italic", tr("Italic"), QKeySequence::Italic);
-    underline_ = toggle("underline", tr("Underline"), QKeySequence::Underline);
-    auto* color = toggle("text-color", tr("Text colour"), {});
-    color->setCheckable(false);
-    for (QToolButton* button : {bold_, italic_, underline_, color}) row.addWidget(button);
-    connect(bold_, &QToolButton::clicked, this, [this](bool on) {
-        QTextCharFormat format;
-        format.setFontWeight(on ? QFont::Bold : QFont::Normal);
-        editor_.mergeStyle(format);
-    });
-    connect(italic_, &QToolButton::clicked, this, [this](bool on) {
-        QTextCharFormat format;
-        format.setFontItalic(on);
-        editor_.mergeStyle(format);
-    });
-    connect(underline_, &QToolButton::clicked, this, [this](bool on) {
-        QTextCharFormat format;
-        format.setFontUnderline(on);
-        editor_.mergeStyle(format);
-    });
+    const struct {
+        const char* icon;
+        QString text;
+        QString name;
+        QKeySequence::StandardKey key;
+        void (*set)(QTextCharFormat& format, bool on);
+    } styles[] = {
+        {"bold", tr("Bo&ld"), tr("Bold"), QKeySequence::Bold,
+         [](QTextCharFormat& format, bool on) {
+             format.setFontWeight(on ? QFont::Bold : QFont::Normal);
+         }},
+        {"italic", tr("I&talic"), tr("Italic"), QKeySequence::Italic,
+         [](QTextCharFormat& format, bool on) { format.setFontItalic(on); }},
+        {"underline", tr("&Underline"), tr("Underline"), QKeySequence::Underline,
+         [](QTextCharFormat& format, bool on) { format.setFontUnderline(on); }},
+    };
+    for (std::size_t i = 0; i < styles_.size(); ++i) {
+        const auto& style = styles[i];
+        styles_[i] = toggle(QString::fromLatin1(style.icon), style.text, style.name, style.key);
+        QToolButton* button = buttonOf({}, style.name);
+        button->setDefaultAction(styles_[i]);
+        row.addWidget(button);
+        connect(styles_[i], &QAction::triggered, this, [this, set = style.set](bool on) {
+            QTextCharFormat format;
+            set(format, on);
+            editor_.mergeStyle(format);
+        });
+    }
+    QToolButton* color = buttonOf(themedIcon("text-color"), tr("Text colour"));
+    row.addWidget(color);
     connect(color, &QToolButton::clicked, this, [this] {
         // The colour panel colours the text that has the focus.
         editor_.setFocus();
@@ -129,14 +152,22 @@ void TextBar::addStyle(QHBoxLayout& row) {
 }
 
 void TextBar::addAlignment(QHBoxLayout& row) {
-    const QString names[] = {tr("Align left"), tr("Centre"), tr("Align right")};
-    const char* icons[] = {"align-left", "align-center", "align-right"};
-    auto* group = new QButtonGroup(this);
-    for (int i = 0; i < 3; ++i) {
-        alignments_[i] = toggle(QString::fromLatin1(icons[i]), names[i], {});
-        group->addButton(alignments_[i]);
-        row.addWidget(alignments_[i]);
-        connect(alignments_[i], &QToolButton::clicked, this,
+    const struct {
+        const char* icon;
+        QString text;
+        QString name;
+    } alignments[] = {{"align-left", tr("Align L&eft"), tr("Align left")},
+                      {"align-center", tr("Ce&ntre"), tr("Centre")},
+                      {"align-right", tr("Align &Right"), tr("Align right")}};
+    auto* group = new QActionGroup(this);
+    for (std::size_t i = 0; i < alignments_.size(); ++i) {
+        const auto& each = alignments[i];
+        alignments_[i] = toggle(QString::fromLatin1(each.icon), each.text, each.name, {});
+        group->addAction(alignments_[i]);
+        QToolButton* button = buttonOf({}, each.name);
+        button->setDefaultAction(alignments_[i]);
+        row.addWidget(button);
+        connect(alignments_[i], &QAction::triggered, this,
                 [this, i] { editor_.alignParagraphs(kAlignments[i] | Qt::AlignAbsolute); });
     }
 }
@@ -148,11 +179,12 @@ void TextBar::showStyle() {
     family_->setEditText(QString::fromStdString(style.family));
     if (!size_->lineEdit()->hasFocus() || !size_->lineEdit()->isModified())
         size_->setEditText(QString::number(style.size));
-    bold_->setChecked(style.weight >= kTextWeightBold);
-    italic_->setChecked(style.slant != TextSlant::Upright);
-    underline_->setChecked(style.underline == TextUnderline::Single);
+    styles_[0]->setChecked(style.weight >= kTextWeightBold);
+    styles_[1]->setChecked(style.slant != TextSlant::Upright);
+    styles_[2]->setChecked(style.underline == TextUnderline::Single);
     const Qt::Alignment now = editor_.alignment() & Qt::AlignHorizontal_Mask & ~Qt::AlignAbsolute;
-    for (int i = 0; i < 3; ++i) alignments_[i]->setChecked(now == kAlignments[i]);
+    for (std::size_t i = 0; i < alignments_.size(); ++i)
+        alignments_[i]->setChecked(now == kAlignments[i]);
 }
 
 }  // namespace skarnel

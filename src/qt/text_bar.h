@@ -2,12 +2,15 @@
 #pragma once
 
 #include <QWidget>
+#include <array>
 
+class QAction;
 class QComboBox;
 class QFontComboBox;
 class QHBoxLayout;
-class QToolButton;
+class QKeySequence;
 class QPushButton;
+class QToolButton;
 
 namespace skarnel {
 
@@ -20,12 +23,20 @@ class TextBar final : public QWidget {
 
     QPushButton& imageButton() const { return *image_; }
 
+    /// Bold, italic, underline; checkable, for a menu. Their keys are heard where the action is
+    /// also given to a widget that holds the focus.
+    const std::array<QAction*, 3>& styleActions() const { return styles_; }
+    /// Left, centre, right; one of them is checked.
+    const std::array<QAction*, 3>& alignmentActions() const { return alignments_; }
+
   signals:
     /// The colour of the text is to be chosen.
     void colorAsked();
 
   private:
-    QToolButton* toggle(const QString& icon, const QString& name, const QKeySequence& key);
+    QAction* toggle(const QString& icon, const QString& text, const QString& name,
+                    const QKeySequence& key);
+    QToolButton* buttonOf(const QIcon& icon, const QString& name);
     void addFont(QHBoxLayout& row);
     void addStyle(QHBoxLayout& row);
     void addAlignment(QHBoxLayout& row);
@@ -35,10 +46,8 @@ class TextBar final : public QWidget {
     TextEditor& editor_;
     QFontComboBox* family_ = nullptr;
     QComboBox* size_ = nullptr;
-    QToolButton* bold_ = nullptr;
-    QToolButton* italic_ = nullptr;
-    QToolButton* underline_ = nullptr;
-    QToolButton* alignments_[3] = {};
+    std::array<QAction*, 3> styles_{};
+    std::array<QAction*, 3> alignments_{};
     QPushButton* image_ = nullptr;
 };
 

@@ -4,6 +4,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QRegularExpression>
 #include <QSet>
 #include <QTextEdit>
 #include <QToolBar>
@@ -12,6 +13,7 @@
 #include "qt/color_well.h"
 #include "qt/focus_ring.h"
 #include "qt/main_actions.h"
+#include "qt/text_bar.h"
 
 namespace skarnel {
 namespace {
@@ -77,6 +79,62 @@ TEST_F(KeyboardTest, EveryCommandIsInAMenu) {
         });
         EXPECT_TRUE(met) << text;
     }
+}
+
+/// What a tool tip gives as a key: in brackets behind the name.
+QString keyInTip(const QString& tip) {
+    static const QRegularExpression key(
+        QStringLiteral("\\((((Ctrl|Shift|Alt|Meta)\\+)+.|F\\d+|[^()]*\\+[A-Za-z]+)\\)$"));
+    return key.match(tip).captured(1);
+}
+
+TEST_F(KeyboardTest, EveryKeyThatAToolTipNamesIsThatOfACommand) {
+    EXPECT_EQ(keyInTip(QStringLiteral("Zoom out (Ctrl+-)")), QStringLiteral("Ctrl+-"));
+    EXPECT_EQ(keyInTip(QStringLiteral("Full screen (F11)")), QStringLiteral("F11"));
+    EXPECT_EQ(keyInTip(QStringLiteral("Image (Ctrl+Return)")), QStringLiteral("Ctrl+Return"));
+    EXPECT_EQ(keyInTip(QStringLiteral("Width (0 to 100)")), QString());
+    start();
+    QSet<QString> keys;
+    for (const auto* action : window().findChildren<QAction*>())
+        for (const QKeySequence& key : action->shortcuts())
+            keys << key.toString(QKeySequence::NativeText);
+    QSet<QString> named;
+    for (const auto* widget : window().findChildren<QWidget*>())
+        named << keyInTip(widget->toolTip());
+    for (const auto* action : window().findChildren<QAction*>())
+        named << keyInTip(action->toolTip());
+    named.remove({});
+    for (const QString& each : named) EXPECT_TRUE(keys.contains(each)) << each.toStdString();
+    EXPECT_TRUE(named.contains(QStringLiteral("Ctrl+O")));
+    EXPECT_TRUE(named.contains(QStringLiteral("Ctrl+B")));
+}
+
+TEST_F(KeyboardTest, TheUsualKeysStyleTheTextThatHasTheFocusAndNoOther) {
+    start();
+    TextEditor& editor = window().textEditor();
+    QApplication::setActiveWindow(&window());
+    const auto style = [&] { return editor.text().styleAt(0); };
+    editor.selectAll();
+    const TextStyle plain = style();
+    ASSERT_LT(plain.weight, kTextWeightBold);
+    viewer().setFocus();
+    for (const Qt::Key key : {Qt::Key_B, Qt::Key_I, Qt::Key_U})
+        QTest::keyClick(&viewer(), key, Qt::ControlModifier);
+    EXPECT_EQ(style(), plain);
+
+    editor.setFocus();
+    editor.selectAll();
+    QTest::keyClick(&editor, Qt::Key_B, Qt::ControlModifier);
+    EXPECT_GE(style().weight, kTextWeightBold);
+    QTest::keyClick(&editor, Qt::Key_I, Qt::ControlModifier);
+    EXPECT_NE(style().slant, TextSlant::Upright);
+    QTest::keyClick(&editor, Qt::Key_U, Qt::ControlModifier);
+    EXPECT_EQ(style().underline, TextUnderline::Single);
+    for (const QAction* each : window().textBar().styleActions()) EXPECT_TRUE(each->isChecked());
+    for (const Qt::Key key : {Qt::Key_B, Qt::Key_I, Qt::Key_U})
+        QTest::keyClick(&editor, key, Qt::ControlModifier);
+    EXPECT_EQ(style(), plain);
+    EXPECT_EQ(editor.text().length(), editor.toPlainText().size());
 }
 
 TEST_F(KeyboardTest, WhatKeysDoOnThePictureIsTold) {

@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <QAction>
 #include <QComboBox>
 #include <QFontComboBox>
 #include <QLineEdit>
 #include <QTest>
+#include <QToolButton>
 
 #include "qt/styled_document.h"
 #include "qt/text_editor.h"
@@ -60,6 +62,52 @@ TEST_F(TextBarTest, ASizeThatIsNoneGoesBack) {
         typeSize(text);
         EXPECT_EQ(size(), 48) << text;
         EXPECT_EQ(sizes().currentText(), QStringLiteral("48")) << text;
+    }
+}
+
+/// The button that stands for the action.
+QToolButton* buttonOf(const TextBar& bar, const QAction* action) {
+    for (auto* button : bar.findChildren<QToolButton*>())
+        if (button->defaultAction() == action) return button;
+    return nullptr;
+}
+
+TEST_F(TextBarTest, AStyleIsTheSameFromItsButtonAndFromItsCommand) {
+    const auto has = [&](std::size_t style) {
+        const TextStyle now = editor.text().styleAt(0);
+        return std::array{now.weight >= kTextWeightBold, now.slant != TextSlant::Upright,
+                          now.underline == TextUnderline::Single}[style];
+    };
+    for (std::size_t i = 0; i < bar.styleActions().size(); ++i) {
+        SCOPED_TRACE(i);
+        QAction* action = bar.styleActions()[i];
+        QToolButton* button = buttonOf(bar, action);
+        ASSERT_NE(button, nullptr);
+        EXPECT_FALSE(button->accessibleName().isEmpty());
+        EXPECT_FALSE(has(i));
+        action->trigger();
+        EXPECT_TRUE(has(i));
+        EXPECT_TRUE(button->isChecked());
+        button->click();
+        EXPECT_FALSE(has(i));
+        EXPECT_FALSE(action->isChecked());
+    }
+}
+
+TEST_F(TextBarTest, OneAlignmentIsCheckedAndIsThatOfTheParagraph) {
+    const auto checked = [&] {
+        std::vector<bool> each;
+        for (const QAction* action : bar.alignmentActions()) each.push_back(action->isChecked());
+        return each;
+    };
+    const TextAlignment alignments[] = {TextAlignment::Left, TextAlignment::Center,
+                                        TextAlignment::Right};
+    for (const std::size_t i : {2U, 1U, 0U}) {
+        bar.alignmentActions()[i]->trigger();
+        EXPECT_EQ(editor.text().alignments().at(0), alignments[i]);
+        EXPECT_EQ(checked(), (std::vector<bool>{i == 0, i == 1, i == 2}));
+        buttonOf(bar, bar.alignmentActions()[i])->click();
+        EXPECT_EQ(checked(), (std::vector<bool>{i == 0, i == 1, i == 2}));
     }
 }
 
