@@ -13,7 +13,7 @@
 #include <QWebEngineView>
 #include <algorithm>
 
-#include "qt/page/paint_patience.h"
+#include "qt/page/page_patience.h"
 
 namespace skarnel {
 namespace {
@@ -160,11 +160,17 @@ void PageEngine::showSentinel(const QColor& color) {
 bool PageEngine::drawUntilSentinel(QImage& image, const QColor& sentinel, int limitMilliseconds) {
     QElapsedTimer clock;
     clock.start();
+    QElapsedTimer sign;
+    sign.start();
     for (int tries = 1; clock.elapsed() <= limitMilliseconds; ++tries) {
         // A page that began to load only now has lost its sentinel.
         if (tries % kTriesASentinel == 0) showSentinel(sentinel);
         view_->render(&image, QPoint(), QRegion(), QWidget::DrawChildren);
         if (hasColor(image, sentinel, image.height())) return true;
+        if (sign.hasExpired(kSignMilliseconds)) {
+            emit drawing();
+            sign.start();
+        }
         QEventLoop round;
         QTimer::singleShot(kRedrawMilliseconds, &round, &QEventLoop::quit);
         round.exec();

@@ -59,6 +59,8 @@ class PageEngine final : public QObject {
     /// Once for each load, also when it failed. The document's size has been measured where there
     /// is a document.
     void finished(bool ok);
+    /// Now and then while a capture waits for the page's final state.
+    void drawing();
     /// The process that draws is gone, and this engine is of no more use.
     void died();
 

@@ -29,6 +29,7 @@ enum class PageMessageKind : std::uint32_t {
     Started,        // nothing
     TitleReceived,  // QString
     Finished,       // bool whether it went well, QSizeF of the document
+    Drawing,        // nothing; now and then while a capture takes long
     Picture,        // QSize, with a descriptor of the rows; a null size without one is no picture
     Said,           // QByteArray for the log
 };

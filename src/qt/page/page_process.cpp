@@ -26,7 +26,7 @@ Error cannotStart(int error) {
 
 /// The error's number, or 0. A group of its own ends as one, and the terminal's keys, which are our
 /// own to handle, do not reach it.
-int spawn(const std::string& program, int itsEnd, pid_t& process) {
+int spawn(const std::string& program, RendererPatience patience, int itsEnd, pid_t& process) {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     for (const int standard : {STDIN_FILENO, STDOUT_FILENO})
@@ -37,7 +37,9 @@ int spawn(const std::string& program, int itsEnd, pid_t& process) {
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
     posix_spawnattr_setpgroup(&attributes, 0);
     std::string name = program;
-    std::array<char*, 2> arguments = {name.data(), nullptr};
+    std::string start = std::to_string(patience.start);
+    std::string load = std::to_string(patience.load);
+    std::array<char*, 4> arguments = {name.data(), start.data(), load.data(), nullptr};
     const int error =
         posix_spawn(&process, program.c_str(), &actions, &attributes, arguments.data(), environ);
     posix_spawnattr_destroy(&attributes);
@@ -47,7 +49,8 @@ int spawn(const std::string& program, int itsEnd, pid_t& process) {
 
 }  // namespace
 
-Result<std::unique_ptr<PageProcess>> PageProcess::start(const std::string& program) {
+Result<std::unique_ptr<PageProcess>> PageProcess::start(const std::string& program,
+                                                        RendererPatience patience) {
     std::array<int, 2> ends{};
     if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0)
         return cannotStart(errno);
@@ -55,7 +58,7 @@ Result<std::unique_ptr<PageProcess>> PageProcess::start(const std::string& progr
     int error = errno;
     pid_t process = -1;
     if (itsEnd >= 0) {
-        error = spawn(program, itsEnd, process);
+        error = spawn(program, patience, itsEnd, process);
         ::close(itsEnd);
     }
     ::close(ends[1]);

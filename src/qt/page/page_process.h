@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "qt/page/page_patience.h"
 #include "util/log/result.h"
 
 namespace skarnel {
@@ -13,7 +14,8 @@ namespace skarnel {
 class PageProcess {
   public:
     /// Starts the program with one end of a line and our error output, and nothing else.
-    static Result<std::unique_ptr<PageProcess>> start(const std::string& program);
+    static Result<std::unique_ptr<PageProcess>> start(const std::string& program,
+                                                      RendererPatience patience = {});
     /// Ends the process and those that it started, and waits for it.
     ~PageProcess();
     PageProcess(const PageProcess&) = delete;

@@ -10,10 +10,15 @@
 #include <QApplication>
 #include <QLoggingCategory>
 #include <QWebEngineProfile>
+#include <charconv>
 #include <cstdio>
+#include <cstring>
+#include <optional>
 
 #include "qt/page/page_messages.h"
+#include "qt/page/page_patience.h"
 #include "qt/page/page_server.h"
+#include "qt/page/renderer_alarm.h"
 #include "qt/page/renderer_environment.h"
 #include "qt/page/text_layout.h"
 
@@ -30,6 +35,21 @@ bool hasLine() {
     socklen_t size = sizeof kind;
     return ::getsockopt(skarnel::kPageLineDescriptor, SOL_SOCKET, SO_TYPE, &kind, &size) == 0 &&
            kind == SOCK_SEQPACKET;
+}
+
+bool readMilliseconds(const char* text, int& number) {
+    const char* end = text + std::strlen(text);
+    const auto [stop, error] = std::from_chars(text, end, number);
+    return error == std::errc() && stop == end && number > 0;
+}
+
+/// The two arguments, which the starter gives.
+std::optional<skarnel::RendererPatience> patienceOf(int argc, char** argv) {
+    skarnel::RendererPatience patience;
+    if (argc != 3 || !readMilliseconds(argv[1], patience.start) ||
+        !readMilliseconds(argv[2], patience.load))
+        return std::nullopt;
+    return patience;
 }
 
 void say(std::string_view line) {
@@ -55,18 +75,19 @@ void bindToItsStarter() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (!hasLine()) {
+    const auto patience = patienceOf(argc, argv);
+    if (!patience || !hasLine()) {
         std::fputs("skarnel-page-renderer: it is started by Skarnel\n", stderr);
         return 2;
     }
     bindToItsStarter();
-    // An engine without memory may stand in its own start; that of a sound one takes a second.
-    constexpr unsigned kStartSeconds = 60;
-    ::alarm(kStartSeconds);
+    skarnel::endUnlessCalledWithin(patience->start);
     qInstallMessageHandler(onlyErrors);
     skarnel::prepareRenderer(say);
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
-    QApplication application(argc, argv);
+    int nameOnly = 1;
+    argv[nameOnly] = nullptr;
+    QApplication application(nameOnly, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     skarnel::useLiberationFonts();
     // Off the record and without a cache: nothing of a page outlives it.
@@ -74,7 +95,7 @@ int main(int argc, char** argv) {
     profile.setHttpCacheType(QWebEngineProfile::NoCache);
     profile.setPersistentCookiesPolicy(QWebEngineProfile::NoPersistentCookies);
     profile.setSpellCheckEnabled(false);
-    const skarnel::PageServer server(profile);
-    ::alarm(0);
+    const skarnel::PageServer server(profile, patience->load);
+    skarnel::endUnlessCalledWithin(0);
     return QApplication::exec();
 }

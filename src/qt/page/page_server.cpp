@@ -4,6 +4,8 @@
 
 #include <QUrl>
 
+#include "qt/page/renderer_alarm.h"
+
 namespace skarnel {
 namespace {
 
@@ -12,25 +14,15 @@ namespace {
     ::_exit(0);
 }
 
-constexpr unsigned kLoadSeconds = 30;
-
-// A sign of life in a load. By the system's alarm, since the event loop may be what stands.
-void goOn() {
-    ::alarm(kLoadSeconds);
-}
-
-void arrived() {
-    ::alarm(0);
-}
-
 QString shortened(const QString& text) {
     return text.left(kLongestPageText);
 }
 
 }  // namespace
 
-PageServer::PageServer(QWebEngineProfile& profile)
-    : ear_(kPageLineDescriptor, QSocketNotifier::Read),
+PageServer::PageServer(QWebEngineProfile& profile, int loadPatience)
+    : loadPatience_(loadPatience),
+      ear_(kPageLineDescriptor, QSocketNotifier::Read),
       engine_(profile, [this](std::string_view line) { say(line); }) {
     connect(&ear_, &QSocketNotifier::activated, this, &PageServer::hear);
     connect(&engine_, &PageEngine::requested, this, [this](const QUrl& url, bool allowed) {
@@ -47,10 +39,17 @@ PageServer::PageServer(QWebEngineProfile& profile)
     });
     connect(&engine_, &PageEngine::finished, this, [this](bool ok) {
         isLoading_ = false;
-        arrived();
+        endUnlessCalledWithin(0);
         send(pageMessage(PageMessageKind::Finished, ok, engine_.documentSize()));
     });
+    connect(&engine_, &PageEngine::drawing, this,
+            [this] { send(pageMessage(PageMessageKind::Drawing)); });
     connect(&engine_, &PageEngine::died, this, [] { leave(); });
+}
+
+// A sign of life in a load.
+void PageServer::goOn() const {
+    endUnlessCalledWithin(loadPatience_);
 }
 
 void PageServer::hear() {

@@ -15,9 +15,8 @@ class PageServer final : public QObject {
     Q_OBJECT
   public:
     /// `profile` is borrowed. The process ends with the line, with the engine's renderer, and when
-    /// nothing at all happens in a load for half a minute: an engine that found no memory for one
-    /// of its processes can wait for it for ever.
-    explicit PageServer(QWebEngineProfile& profile);
+    /// nothing at all happens in a load for that many milliseconds.
+    PageServer(QWebEngineProfile& profile, int loadPatience);
 
   private:
     void hear();
@@ -25,7 +24,9 @@ class PageServer final : public QObject {
     void say(std::string_view line);
     void send(const PageMessage& message);
     void answerWith(const QImage& picture);
+    void goOn() const;
 
+    int loadPatience_;  // milliseconds
     QSocketNotifier ear_;
     PageEngine engine_;
     bool isLoading_ = false;

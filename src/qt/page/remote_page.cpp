@@ -9,13 +9,15 @@
 #include <utility>
 
 #include "qt/page/page_messages.h"
-#include "qt/page/paint_patience.h"
+#include "qt/page/page_patience.h"
 
 namespace skarnel {
 
 RemotePage::RemotePage(std::string program, Log log)
     : program_(std::move(program)), log_(std::move(log)) {
     QCoreApplication::instance()->installEventFilter(this);
+    silence_.setSingleShot(true);
+    connect(&silence_, &QTimer::timeout, this, &RemotePage::ended);
     start();
 }
 
@@ -35,6 +37,7 @@ void RemotePage::stop() {
         ear_.release()->deleteLater();  // it may be the one that called
     }
     process_.reset();
+    silence_.stop();
 }
 
 void RemotePage::load(const QString& address, QSize size) {
@@ -93,9 +96,12 @@ bool RemotePage::take(PageMessage& message) {
             if (isLoading_)
                 finish(flag);
             else if (wanted_)
-                send(pageMessage(PageMessageKind::Capture, *wanted_));
+                askForPicture();
             return true;
         }
+        case PageMessageKind::Drawing:
+            if (silence_.isActive()) silence_.start();
+            return true;
         case PageMessageKind::Picture:
             return takePicture(message);
         case PageMessageKind::Said:
@@ -115,6 +121,7 @@ bool RemotePage::takePicture(PageMessage& message) {
         picture_ = imageOfSharedRows(std::exchange(message.descriptor, -1), size);
     }
     wanted_.reset();
+    silence_.stop();
     emit answered();
     return true;
 }
@@ -151,15 +158,22 @@ bool RemotePage::eventFilter(QObject* watched, QEvent* event) {
     return QObject::eventFilter(watched, event);
 }
 
+void RemotePage::askForPicture() {
+    send(pageMessage(PageMessageKind::Capture, *wanted_));
+    silence_.start(silencePatience(*wanted_));
+}
+
 QImage RemotePage::capture(QSize size) {
     if (isQuitting_ || wanted_) return {};
-    // One that is started again is told when it has loaded.
-    if (process_ != nullptr)
-        send(pageMessage(PageMessageKind::Capture, size));
-    else if (!startAgain())
-        return {};
     picture_ = {};
     wanted_ = size;
+    // One that is started again is asked when it has loaded.
+    if (process_ != nullptr) {
+        askForPicture();
+    } else if (!startAgain()) {
+        wanted_.reset();
+        return {};
+    }
     QEventLoop wait;
     connect(this, &RemotePage::answered, &wait, &QEventLoop::quit);
     QTimer::singleShot(paintPatience(size) + kAnswerMilliseconds, &wait, &QEventLoop::quit);

@@ -8,6 +8,7 @@
 #include <QSizeF>
 #include <QSocketNotifier>
 #include <QString>
+#include <QTimer>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -37,8 +38,8 @@ class RemotePage final : public QObject {
     QSizeF documentSize() const { return documentSize_; }
 
     /// What the page shows in a view of that size, or a null image when it did not show its final
-    /// state in a bounded time, its renderer ended again, or the program is quitting. Lets no user
-    /// input in while it waits.
+    /// state in a bounded time, its renderer ended again, or the program is quitting. A renderer
+    /// that says nothing for some seconds is ended. Lets no user input in while it waits.
     QImage capture(QSize size);
 
     /// Whether another page can be loaded as into a new renderer.
@@ -65,6 +66,7 @@ class RemotePage final : public QObject {
     void send(const PageMessage& message);
     void ended();
     bool startAgain();
+    void askForPicture();
     void stop();
     void finish(bool ok);
 
@@ -76,6 +78,7 @@ class RemotePage final : public QObject {
     QSize viewSize_;
     QSizeF documentSize_;
     std::optional<QSize> wanted_;  // of a capture that waits for its answer
+    QTimer silence_;               // runs while the renderer draws
     QImage picture_;
     bool isLoading_ = false;
     bool hasRetried_ = false;

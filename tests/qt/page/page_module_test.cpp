@@ -245,6 +245,39 @@ TEST_P(Deaths, ThatAreNoneButAStopLetTheWaitGoOn) {
     EXPECT_EQ(page.outcome, PaintOutcome::Painted);
 }
 
+/// Stops what was loaded and is about to be drawn.
+class Stops : public Deaths {
+  protected:
+    std::unique_ptr<WebView> loadedAndStopped(Victim victim) {
+        warmUp();
+        std::unique_ptr<WebView> view = loadedView(
+            put("<!DOCTYPE html><body style='margin:0;width:300px;height:80px;background:#345'>"),
+            {100, 9});
+        log().clear();
+        EXPECT_GT(signalAll(victim, SIGSTOP), 0);
+        return view;
+    }
+    static constexpr std::array<int, 3> kGround{0x33, 0x44, 0x55};
+};
+
+TEST_F(Stops, OfThePageProcessInACaptureAreMadeGoodOnce) {
+    const std::unique_ptr<WebView> view = loadedAndStopped(Victim::PageProcess);
+    const Capture page = captured(*view);
+    EXPECT_EQ(page.outcome, PaintOutcome::Painted);
+    EXPECT_EQ(page.color(0, 0), kGround);
+    EXPECT_NE(log().find("in the middle of a page; it is started again"), std::string::npos);
+}
+
+TEST_F(Stops, OfWhatDrawsAreWaitedForWhileThePageProcessLives) {
+    const std::unique_ptr<WebView> view = loadedAndStopped(Victim::Renderer);
+    // A second longer than a renderer may be silent.
+    QTimer::singleShot(5'000, [] { signalAll(Victim::Renderer, SIGCONT); });
+    const Capture page = captured(*view);
+    EXPECT_EQ(page.outcome, PaintOutcome::Painted);
+    EXPECT_EQ(page.color(0, 0), kGround);
+    EXPECT_EQ(log(), "");
+}
+
 std::string nameOf(const ::testing::TestParamInfo<Victim>& death) {
     switch (death.param) {
         case Victim::Renderer:
