@@ -82,7 +82,7 @@ class Process {
         return true;
     }
 
-    /// Waits for the end.
+    /// Waits for the end. A program that says nothing and goes on for minutes is killed.
     Finished finish() {
         if (in_ >= 0) ::close(in_);
         in_ = -1;
@@ -97,11 +97,22 @@ class Process {
     }
 
   private:
+    // Milliseconds; a page renderer bears with itself for one minute, and with its second start for
+    // another.
+    static constexpr int kLongestSilence = 180'000;
+
     bool readSome() {
         std::array<pollfd, 2> waiting = {pollfd{streams_[0], POLLIN, 0},
                                          pollfd{streams_[1], POLLIN, 0}};
         if (streams_[0] < 0 && streams_[1] < 0) return false;
-        if (::poll(waiting.data(), waiting.size(), 120'000) <= 0) return false;
+        const int ready = ::poll(waiting.data(), waiting.size(), kLongestSilence);
+        if (ready < 0 && errno == EINTR) return true;
+        if (ready <= 0) {
+            // Not left to itself: what it says later would be lost, and the test's blame with it.
+            ::kill(child_, SIGKILL);
+            finished_.err += "(the test has waited long enough)";
+            return false;
+        }
         for (std::size_t i = 0; i < 2; ++i) {
             if (waiting[i].revents == 0) continue;
             std::array<char, 65536> buffer;
