@@ -19,9 +19,11 @@ float numberOf(const ParsedSettings& parsed, const std::string& key) {
 }
 
 TEST(SettingsJson, IsSortedAndShortAndEndsWithALineEnd) {
-    const SettingValues values = {{"offset", 0.1F}, {"alpha", 200.0F}, {"flag", true}};
+    const SettingValues values = {
+        {"offset", 0.1F}, {"alpha", 200.0F}, {"off", false}, {"on", true}};
     EXPECT_EQ(serializeSettings(values),
-              "{\n    \"alpha\": 200.0,\n    \"flag\": true,\n    \"offset\": 0.1\n}\n");
+              "{\n    \"alpha\": 200.0,\n    \"off\": false,\n    \"offset\": 0.1,\n"
+              "    \"on\": true\n}\n");
 }
 
 TEST(SettingsJson, ReadsBackEveryKindOfFloatBitForBit) {

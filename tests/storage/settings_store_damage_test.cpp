@@ -100,6 +100,19 @@ TEST_F(DamagedSettings, AFolderInItsPlaceMovesAside) {
     EXPECT_EQ(SettingsStore(path_).floatForKey("alpha"), 1.0F);
 }
 
+TEST_F(DamagedSettings, ASecondFolderInItsPlaceMovesBesideTheFirst) {
+    for (const char* text : {"first", "second"}) {
+        std::filesystem::remove(path_);
+        std::filesystem::create_directory(path_);
+        putFile(path_ + "/inside", text);
+        SettingsStore store(path_);
+        store.setFloat("alpha", 1);
+        ASSERT_TRUE(store.synchronize());
+    }
+    EXPECT_EQ(fileText(path_ + ".damaged/inside"), "first");
+    EXPECT_EQ(fileText(path_ + ".damaged-2/inside"), "second");
+}
+
 TEST_F(DamagedSettings, ALinkIsWrittenThrough) {
     putFile(folder_ / "real.json", R"({"a": 1})");
     std::filesystem::create_symlink("real.json", path_);
@@ -191,6 +204,20 @@ TEST_F(DamagedSettings, AThousandCopiesAreEnoughAndKeepNobodyFromSaving) {
     EXPECT_EQ(fileText(path_ + ".damaged-1000"), "broken");
     EXPECT_EQ(fileText(path_ + ".damaged-999"), "");
     EXPECT_EQ(SettingsStore(path_).floatForKey("a"), 1.0F);
+}
+
+TEST_F(DamagedSettings, AFileWhoseLastCopyCannotGiveWayIsNotReplaced) {
+    putFile(path_, "broken");
+    putFile(path_ + ".damaged", "");
+    for (int i = 2; i <= 1000; ++i) putFile(path_ + ".damaged-" + std::to_string(i), "");
+    test::RefusingFileSystem fixedNames({{"rename", EACCES}});
+    SettingsStore store(path_, fixedNames);
+    store.setFloat("a", 1);
+    const Result<void> refused = store.synchronize();
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().message, "Permission denied");
+    EXPECT_EQ(fixedNames.count("rename"), 1) << "the new file was not even tried";
+    EXPECT_EQ(fileText(path_), "broken");
 }
 
 TEST_F(DamagedSettings, WritesThatFailMakeNoMoreThanOneCopy) {
