@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "imaging/io/decoder_protocol.h"
+#include "imaging/io/encoder_protocol.h"
 #include "imaging/io/file_builders.h"
 #include "imaging/io/pictures.h"
 
@@ -156,6 +157,46 @@ void saveAnswers() {
     save("decoder_protocol", "error", error);
 }
 
+void saveEncodeAnswers() {
+    Bytes file;
+    append(file, io::RecordKind::Encoded, 5, 0, {'f', 'i', 'l', 'e', 's'});
+    save("encode_answer", "file", file);
+    Bytes error;
+    append(error, io::RecordKind::Failed, 4, 6, {'w', 'i', 'd', 'e'});
+    save("encode_answer", "error", error);
+    Bytes huge;
+    append(huge, io::RecordKind::Encoded, 5, 1, {'f', 'i', 'l', 'e', 's'});
+    save("encode_answer", "huge", huge);
+}
+
+void saveEncodeRequest(const std::string& name, std::string_view type, const CGImage& image,
+                       const ImageProperties& properties) {
+    const PixelView view = image.pixels();
+    const Bytes packed = io::packProperties(type, properties);
+    const io::EncodeRequest request{view.width, view.height, view.samplesPerPixel, 0,
+                                    packed.size()};
+    const auto* raw = reinterpret_cast<const std::uint8_t*>(&request);
+    Bytes bytes(raw, raw + sizeof request);
+    bytes.insert(bytes.end(), packed.begin(), packed.end());
+    for (int y = 0; y < view.height; ++y) {
+        bytes.insert(bytes.end(), view.row(y),
+                     view.row(y) + std::ptrdiff_t{view.samplesPerPixel} * view.width);
+    }
+    save("encode_request", name, bytes);
+}
+
+void saveEncodeRequests() {
+    const ImageProperties lossy = with(kPropertyLossyQuality, 0.5);
+    for (const auto& [name, type] : {std::pair("webp", kUTTypeWebP), {"jp2", kUTTypeJPEG2000}}) {
+        saveEncodeRequest(name, type, randomValidPicture(9, 7, 3), {});
+        saveEncodeRequest(std::string(name) + "-lossy", type, randomValidPicture(5, 11, 3), lossy);
+        // Wider than one tile.
+        saveEncodeRequest(std::string(name) + "-wide", type, randomValidPicture(1030, 1, 3), {});
+    }
+    saveEncodeRequest("exif", kUTTypeWebP, randomValidPicture(3, 3, 3),
+                      with(kPropertyExifBlock, exifBlock()));
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -175,5 +216,7 @@ int main(int count, char** arguments) {
     save("gif", "opaque", buildGif(2, 2, Bytes(768, 9), Bytes(4, 3)));
     save("exif", "block", exifBlock());
     saveAnswers();
+    saveEncodeAnswers();
+    saveEncodeRequests();
     return 0;
 }

@@ -8,7 +8,6 @@
 
 #include <array>
 #include <cerrno>
-#include <optional>
 
 #include "imaging/io/decoder_protocol.h"
 #include "imaging/io/encoder_protocol.h"
@@ -74,33 +73,6 @@ std::size_t readUpTo(int pipe, void* target, std::size_t size, std::chrono::mill
     return done;
 }
 
-struct Answer {
-    AnswerRecord record;
-    Bytes bytes;
-};
-
-/// None when the answer ends early, goes on, or announces more than `mostBytes`.
-std::optional<Answer> readAnswer(int pipe, std::uint64_t mostBytes,
-                                 std::chrono::milliseconds patience) {
-    Answer answer{};
-    constexpr std::size_t kHead = sizeof answer.record;
-    if (readUpTo(pipe, &answer.record, kHead, patience) != kHead) return std::nullopt;
-    std::uint64_t size = answer.record.first;
-    if (answer.record.kind == RecordKind::Encoded) {
-        size |= std::uint64_t{answer.record.second} << 32U;
-    } else if (answer.record.kind != RecordKind::Failed) {
-        return std::nullopt;
-    }
-    if (size > mostBytes) return std::nullopt;
-    answer.bytes.resize(size);
-    std::uint8_t more = 0;
-    if (readUpTo(pipe, answer.bytes.data(), size, patience) != size ||
-        readUpTo(pipe, &more, 1, patience) != 0) {
-        return std::nullopt;
-    }
-    return answer;
-}
-
 /// No encoder makes a picture of noise much larger than its samples; what the properties say comes
 /// on top.
 std::uint64_t mostBytesFor(const CGImage& image, const ImageProperties& properties) {
@@ -113,6 +85,27 @@ std::uint64_t mostBytesFor(const CGImage& image, const ImageProperties& properti
 }
 
 }  // namespace
+
+std::optional<Result<Bytes>> readEncoded(int pipe, std::uint64_t mostBytes,
+                                         std::chrono::milliseconds patience) {
+    AnswerRecord record{};
+    if (readUpTo(pipe, &record, sizeof record, patience) != sizeof record) return std::nullopt;
+    std::uint64_t size = record.first;
+    if (record.kind == RecordKind::Encoded) {
+        size |= std::uint64_t{record.second} << 32U;
+    } else if (record.kind != RecordKind::Failed) {
+        return std::nullopt;
+    }
+    if (size > mostBytes) return std::nullopt;
+    Bytes bytes(size);
+    std::uint8_t more = 0;
+    if (readUpTo(pipe, bytes.data(), size, patience) != size ||
+        readUpTo(pipe, &more, 1, patience) != 0) {
+        return std::nullopt;
+    }
+    if (record.kind == RecordKind::Failed) return answeredError(record, bytes);
+    return bytes;
+}
 
 Result<Bytes> encodeBehindWall(const std::string& program, const CGImage& image,
                                std::string_view type, const ImageProperties& properties,
@@ -141,16 +134,14 @@ Result<Bytes> encodeBehindWall(const std::string& program, const CGImage& image,
     // One that reads no further may have answered why.
     (void)sendPicture(request.number(), image, type, properties);
     request = FileDescriptor();
-    auto received = readAnswer(answer.number(), mostBytesFor(image, properties), patience);
+    auto received = readEncoded(answer.number(), mostBytesFor(image, properties), patience);
     if (!received) return died();
     const int status = helper->statusAtEnd();
     if (status == kNoWallsStatus) {
         return {ErrorCode::Failed, "The walls around the encoder cannot be raised"};
     }
     if (status != 0) return died();
-    if (received->record.kind == RecordKind::Failed)
-        return answeredError(received->record, received->bytes);
-    return std::move(received->bytes);
+    return std::move(*received);
 }
 
 }  // namespace skarnel::io

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,5 +18,11 @@ namespace skarnel::io {
 Result<Bytes> encodeBehindWall(const std::string& program, const CGImage& image,
                                std::string_view type, const ImageProperties& properties,
                                std::chrono::seconds patience = std::chrono::minutes(30));
+
+/// The file or the error that the helper's answer holds; none when it ends early, goes on, or
+/// announces more than `mostBytes`. `patience` bounds each wait for the next bytes of the pipe.
+/// Throws std::bad_alloc.
+std::optional<Result<Bytes>> readEncoded(int pipe, std::uint64_t mostBytes,
+                                         std::chrono::milliseconds patience);
 
 }  // namespace skarnel::io
