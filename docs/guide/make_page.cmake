@@ -1,11 +1,54 @@
-# Turns the guide's page SOURCE (Markdown) into OUT (HTML) with CMARK and the
-# frame in FRAME. Links between pages follow the change of the names' ends.
+# Turns the guide's page SOURCE (Markdown, in LANGUAGE) into OUT (HTML) with CMARK and the frame in
+# FRAME. Links between pages follow the change of the names' ends.
+include("${CMAKE_CURRENT_LIST_DIR}/languages.cmake")
+
 execute_process(COMMAND "${CMARK}" -e table --unsafe "${SOURCE}"
                 OUTPUT_VARIABLE BODY RESULT_VARIABLE result)
 if(result)
     message(FATAL_ERROR "${CMARK} failed on ${SOURCE}: ${result}")
 endif()
-string(REGEX REPLACE "href=\"([a-z]+)\\.md\"" "href=\"\\1.html\"" BODY "${BODY}")
+string(REGEX REPLACE "href=\"([a-z]+)\\.md([#\"])" "href=\"\\1.html\\2" BODY "${BODY}")
+# The values below a row of pictures.
+string(REGEX REPLACE "<p><em>([^<]*)</em></p>" "<p class=\"values\">\\1</p>" BODY "${BODY}")
 string(REGEX MATCH "<h1>([^<]*)</h1>" heading "${BODY}")
 set(TITLE "${CMAKE_MATCH_1}")
+
+# Headings can be led to by their own words: small letters, a hyphen for each space.
+string(REGEX MATCHALL "<h[23]>[^<;]*</h" headings "${BODY}")
+foreach(each IN LISTS headings)
+    string(REGEX REPLACE "^<h[23]>(.*)</h$" "\\1" anchor "${each}")
+    string(TOLOWER "${anchor}" anchor)
+    string(REGEX REPLACE "[.,:?!()']" "" anchor "${anchor}")
+    string(REPLACE " " "-" anchor "${anchor}")
+    string(REGEX REPLACE "^<(h[23])>" "<\\1 id=\"${anchor}\">" replacement "${each}")
+    string(REPLACE "${each}" "${replacement}" BODY "${BODY}")
+endforeach()
+
+# The bar: the pages of this language, and this page in the others.
+skarnel_guide_folder(folder ${LANGUAGE})
+set(ROOT "")
+if(folder)
+    set(ROOT "../")
+endif()
+get_filename_component(page "${SOURCE}" NAME_WE)
+set(PAGES "")
+foreach(each name IN ZIP_LISTS SKARNEL_GUIDE_PAGES bar_${LANGUAGE})
+    set(current "")
+    if(each STREQUAL page)
+        set(current " aria-current=\"page\"")
+    endif()
+    string(APPEND PAGES "<a href=\"${each}.html\"${current}>${name}</a> ")
+endforeach()
+set(OTHERS "")
+foreach(each IN LISTS SKARNEL_GUIDE_LANGUAGES)
+    string(REPLACE "_" "-" tag "${each}")
+    if(each STREQUAL LANGUAGE)
+        set(TAG "${tag}")
+        string(APPEND OTHERS "<span aria-current=\"true\">${name_${each}}</span> ")
+        continue()
+    endif()
+    skarnel_guide_folder(other ${each})
+    string(APPEND OTHERS "<a href=\"${ROOT}${other}${page}.html\" lang=\"${tag}\" hreflang=\"${tag}\">${name_${each}}</a> ")
+endforeach()
+set(LANGUAGES_LABEL "${languages_${LANGUAGE}}")
 configure_file("${FRAME}" "${OUT}" @ONLY)

@@ -338,7 +338,7 @@
     </message>
     <message>
         <source>Open the guide that came with the program</source>
-        <translation>Das mitgelieferte Handbuch öffnen (englisch)</translation>
+        <translation>Das mitgelieferte Handbuch öffnen</translation>
     </message>
     <message>
         <source>The result cannot be dragged: %1.</source>

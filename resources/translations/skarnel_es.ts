@@ -338,7 +338,7 @@
     </message>
     <message>
         <source>Open the guide that came with the program</source>
-        <translation>Abrir la guía incluida con el programa (en inglés)</translation>
+        <translation>Abrir la guía incluida con el programa</translation>
     </message>
     <message>
         <source>The result cannot be dragged: %1.</source>

@@ -338,7 +338,7 @@
     </message>
     <message>
         <source>Open the guide that came with the program</source>
-        <translation>Ouvrir le guide fourni avec le programme (en anglais)</translation>
+        <translation>Ouvrir le guide fourni avec le programme</translation>
     </message>
     <message>
         <source>The result cannot be dragged: %1.</source>

@@ -338,7 +338,7 @@
     </message>
     <message>
         <source>Open the guide that came with the program</source>
-        <translation>付属のガイド (英語) を開きます</translation>
+        <translation>付属のガイドを開きます</translation>
     </message>
     <message>
         <source>The result cannot be dragged: %1.</source>
@@ -350,7 +350,7 @@
     </message>
     <message>
         <source>Space, held</source>
-        <translation>Space(押している間)</translation>
+        <translation>Space (押している間)</translation>
     </message>
     <message>
         <source>Show the picture without its reflection</source>

@@ -338,7 +338,7 @@
     </message>
     <message>
         <source>Open the guide that came with the program</source>
-        <translation>打开随程序附带的指南（英文）</translation>
+        <translation>打开随程序附带的指南</translation>
     </message>
     <message>
         <source>The result cannot be dragged: %1.</source>

@@ -35,7 +35,8 @@ constexpr int kExposePatience = 300;  // milliseconds that start-up waits for th
 }  // namespace
 
 Application::Application(const ApplicationParts& parts)
-    : state_(parts.statePath),
+    : catalogue_(parts.catalogue),
+      state_(parts.statePath),
       store_(parts.settingsPath),
       defaults_(store_),
       toolkit_({defaults_, state_, parts.attributedText, parts.textFiles, parts.makeWebView}),

@@ -38,6 +38,7 @@ struct ApplicationParts {
     AttributedTextServices& attributedText;
     TextFiles& textFiles;
     std::function<std::unique_ptr<WebView>(const CGRect&, NSNotificationCenter&)> makeWebView;
+    QString catalogue = {};  ///< of the language that the texts are in; empty for English
 };
 
 class Application final : public QObject {
@@ -84,6 +85,8 @@ class Application final : public QObject {
     WindowState& state() { return state_; }
     const Motion& motion() const { return motion_; }
     Companions& companions() { return *companions_; }
+    /// Of the window's language; empty for English.
+    const QString& catalogue() const { return catalogue_; }
 
   private:
     // application.cpp: the outlets and the window's own events
@@ -112,6 +115,7 @@ class Application final : public QObject {
     void changingSource(Command command, const QString& title = {});
     void sourceChanged(const QString& title = {});
 
+    QString catalogue_;
     WindowState state_;
     SettingsStore store_;
     StoredUserDefaults defaults_;

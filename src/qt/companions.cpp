@@ -6,7 +6,6 @@
 #include <QMenu>
 #include <QTimer>
 #include <QToolBar>
-#include <QUrl>
 #include <algorithm>
 #include <cmath>
 
@@ -15,13 +14,13 @@
 #include "qt/cause_text.h"
 #include "qt/compare_overlay.h"
 #include "qt/drag_folder.h"
+#include "qt/guide_pages.h"
 #include "qt/preset_strip.h"
 #include "qt/preview_memory.h"
 #include "qt/recipe_commands.h"
 #include "qt/result_drag.h"
 #include "qt/viewer.h"
 #include "storage/safe_file.h"
-#include "util/resources/resource_path.h"
 
 namespace skarnel {
 namespace {
@@ -120,11 +119,9 @@ void Companions::addCompare() {
 void Companions::addGuide() {
     guide_ = new QAction(tr("User's &Guide"), &application_.window());
     guide_->setToolTip(tr("Open the guide that came with the program"));
-    const auto page = findResource("help/index.html");
+    const auto page = guidePage(application_.catalogue());
     guide_->setEnabled(page.has_value());
-    connect(guide_, &QAction::triggered, this, [page] {
-        QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(*page)));
-    });
+    connect(guide_, &QAction::triggered, this, [page] { QDesktopServices::openUrl(*page); });
     if (QMenu* help = menuOf(*application_.actions().about)) {
         help->insertAction(application_.actions().about, guide_);
     }

@@ -161,7 +161,8 @@ int main(int argc, char** argv) {
     QApplication::setQuitOnLastWindowClosed(false);
 
     // Before the first widget, which reads its texts when it is made.
-    const skarnel::Language language(skarnel::catalogueFor(QLocale::system().uiLanguages()));
+    const QString catalogue = skarnel::catalogueFor(QLocale::system().uiLanguages());
+    const skarnel::Language language(catalogue);
 
     const QStringList arguments = QApplication::arguments();
     if (const QString* option = unknownOption(arguments)) {
@@ -175,7 +176,7 @@ int main(int argc, char** argv) {
         return kAllWell;
 
     skarnel::ProgramParts program;
-    skarnel::Application application(program.parts());
+    skarnel::Application application(program.parts(language.isSpoken() ? catalogue : QString()));
     QObject::connect(&walls, &skarnel::ProcessWalls::pageRefused, &application,
                      &skarnel::Application::tellRefusedPage);
     QObject::connect(&instance, &skarnel::SingleInstance::called, &application,

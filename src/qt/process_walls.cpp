@@ -9,8 +9,8 @@
 
 #include "imaging/io/decoder_wall.h"
 #include "platform/page_module.h"
+#include "qt/guide_pages.h"
 #include "util/log/system_log.h"
-#include "util/resources/resource_path.h"
 #include "util/walls/helper_program.h"
 #include "util/walls/page_opener.h"
 #include "util/walls/window_walls.h"
@@ -29,9 +29,7 @@ std::string encoded(const QUrl& url) {
 std::vector<std::string> knownPages() {
     std::vector<std::string> pages{
         encoded(QUrl(QStringLiteral("https://" SKARNEL_HELP_HOST "/products/skarnel/")))};
-    if (const auto guide = findResource("help/index.html")) {
-        pages.push_back(encoded(QUrl::fromLocalFile(QString::fromStdString(*guide))));
-    }
+    for (const QUrl& page : guidePages()) pages.push_back(encoded(page));
     return pages;
 }
 

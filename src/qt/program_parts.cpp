@@ -30,12 +30,16 @@ struct ProgramParts::Impl {
 ProgramParts::ProgramParts() : impl_(std::make_unique<Impl>()) {}
 ProgramParts::~ProgramParts() = default;
 
-ApplicationParts ProgramParts::parts() {
+ApplicationParts ProgramParts::parts(const QString& catalogue) {
     useLiberationFonts();
-    return {SettingsStore::defaultPath(), WindowState::defaultPath(), impl_->textSystem,
-            impl_->textFiles, [this](const CGRect& frame, NSNotificationCenter& center) {
+    return {SettingsStore::defaultPath(),
+            WindowState::defaultPath(),
+            impl_->textSystem,
+            impl_->textFiles,
+            [this](const CGRect& frame, NSNotificationCenter& center) {
                 return impl_->webView(frame, center);
-            }};
+            },
+            catalogue};
 }
 
 }  // namespace skarnel

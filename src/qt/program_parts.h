@@ -14,8 +14,9 @@ class ProgramParts {
     ProgramParts();
     ~ProgramParts();
 
-    /// The user's own files and the installed modules.
-    ApplicationParts parts();
+    /// The user's own files and the installed modules, in the language of a catalogue; empty for
+    /// English.
+    ApplicationParts parts(const QString& catalogue);
 
   private:
     struct Impl;

@@ -30,7 +30,7 @@ class ApplicationTest : public ::testing::Test {
         app = std::make_unique<Application>(
             ApplicationParts{folder.filePath(QStringLiteral("settings.json")).toStdString(),
                              folder.filePath(QStringLiteral("state/window.json")), textSystem,
-                             textFiles, makeWebView});
+                             textFiles, makeWebView, guideCatalogue});
     }
 
     void start(const QStringList& pictures = {}) {
@@ -69,6 +69,8 @@ class ApplicationTest : public ::testing::Test {
     StandardTextFiles textFiles;
     /// Set before the application is made, where text is to become a picture; else none does.
     decltype(ApplicationParts::makeWebView) makeWebView;
+    /// Set before the application is made, where the guide is to open in another language.
+    QString guideCatalogue;
     std::unique_ptr<Application> app;
 };
 

@@ -7,9 +7,13 @@
 #include <QRegularExpression>
 #include <QSet>
 #include <QTextBrowser>
+#include <algorithm>
+#include <vector>
 
 #include "application_fixture.h"
 #include "qt/companions.h"
+#include "qt/guide_pages.h"
+#include "qt/languages.h"
 #include "qt/main_actions.h"
 
 namespace skarnel {
@@ -83,6 +87,38 @@ TEST_F(GuideTest, ItIsOpenedFromTheMenuAndARefusalSaysWhereItIs) {
     ASSERT_NE(toast, nullptr);
     app->tellRefusedPage(browser.source());
     EXPECT_EQ(toast->text(), QStringLiteral("The page cannot be opened: ") + page);
+}
+
+TEST_F(GuideTest, ItIsOpenedInTheWindowsLanguage) {
+    QTextBrowser browser;
+    QDesktopServices::setUrlHandler(QStringLiteral("file"), &browser, "setSource");
+    for (const char* language : {"de", "zh_CN"}) {
+        app.reset();
+        guideCatalogue = QLatin1String(language);
+        start();
+        app->companions().guideAction().trigger();
+        EXPECT_TRUE(browser.source().path().endsWith(
+            QStringLiteral("/help/%1/index.html").arg(guideCatalogue)))
+            << browser.source().path().toStdString();
+    }
+    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+}
+
+TEST(GuidePages, EveryLanguageOfTheWindowHasItsOwn) {
+    std::vector<QUrl> pages{guidePage({}).value_or(QUrl())};
+    for (const char* catalogue : kCatalogues) {
+        const auto page = guidePage(QLatin1String(catalogue));
+        ASSERT_TRUE(page) << catalogue;
+        EXPECT_TRUE(QFileInfo(page->toLocalFile()).isFile()) << catalogue;
+        EXPECT_EQ(std::count(pages.begin(), pages.end(), *page), 0) << catalogue;
+        pages.push_back(*page);
+    }
+    EXPECT_EQ(guidePages(), pages);
+}
+
+TEST(GuidePages, ALanguageWithoutOneGetsTheEnglish) {
+    ASSERT_TRUE(guidePage({}));
+    EXPECT_EQ(guidePage(QStringLiteral("tlh")), guidePage({}));
 }
 
 }  // namespace

@@ -14,9 +14,12 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <vector>
 
 #include "imaging/io/image_io.h"
 #include "platform/page_module.h"
+#include "qt/guide_pages.h"
+#include "qt/languages.h"
 #include "qt/single_instance.h"
 #include "qt/test_environment.h"
 #include "util/resources/resource_path.h"
@@ -96,14 +99,17 @@ TEST(ProcessWalls, TheWindowStartsNothingButItsHelpersAndItsPagesStillOpen) {
     QTest::qWait(100);
     EXPECT_FALSE(fs::exists(folder / "note"));
 
-    // The guide as Help > User's Guide asks for it.
-    const auto guide = findResource("help/index.html");
-    ASSERT_TRUE(guide);
-    const QUrl help = QUrl::fromLocalFile(QString::fromStdString(*guide));
-    QDesktopServices::openUrl(help);
-    ASSERT_TRUE(QTest::qWaitFor([] { return fs::exists(folder / "note"); }, 30'000));
-    EXPECT_EQ(noted(), help.toEncoded().toStdString());
+    // The guide as Help > User's Guide asks for it, in any language.
+    const std::vector<QUrl> guides = guidePages();
+    ASSERT_EQ(guides.size(), kCatalogues.size() + 1);
+    for (const QUrl& guide : guides) {
+        fs::remove(folder / "note");
+        QDesktopServices::openUrl(guide);
+        ASSERT_TRUE(QTest::qWaitFor([] { return fs::exists(folder / "note"); }, 30'000));
+        EXPECT_EQ(noted(), guide.toEncoded().toStdString());
+    }
 
+    const QUrl help = guides.front();
     fs::remove(folder / "xdg-open");
     QSignalSpy refused(walls, &ProcessWalls::pageRefused);
     QDesktopServices::openUrl(help);
