@@ -112,7 +112,7 @@
     </message>
     <message>
         <source>The text cannot be kept in a recipe</source>
-        <translation>Der Text kann nicht in einem Rezept aufbewahrt werden</translation>
+        <translation>Der Text kann nicht in einem Rezept gespeichert werden</translation>
     </message>
     <message>
         <source>The recipe&apos;s text is damaged: %1</source>
@@ -124,7 +124,7 @@
     </message>
     <message>
         <source>The picture&apos;s structure cannot be followed</source>
-        <translation>Dem Aufbau des Bildes kann nicht gefolgt werden</translation>
+        <translation>Der Aufbau des Bildes ist nicht lesbar</translation>
     </message>
     <message>
         <source>The file already exists</source>
@@ -766,7 +766,7 @@
     </message>
     <message>
         <source>Return uses a look; F2 renames and Delete removes one of your own</source>
-        <translation>Eingabetaste verwendet einen Stil; F2 benennt einen eigenen um, Entf löscht ihn</translation>
+        <translation>Eingabe verwendet einen Stil; F2 benennt einen eigenen um, Entf entfernt ihn</translation>
     </message>
     <message>
         <source>&amp;Save Settings as Look</source>
@@ -861,7 +861,7 @@
     </message>
     <message>
         <source>“%1” was saved without its settings: %2.</source>
-        <translation>„%1“ wurde ohne die Einstellungen gesichert: %2.</translation>
+        <translation>„%1“ wurde ohne die Einstellungen gespeichert: %2.</translation>
     </message>
 </context>
 <context>
@@ -880,7 +880,7 @@
     </message>
     <message>
         <source>&amp;Keep the settings inside the file</source>
-        <translation>Einstellungen in der Datei auf&amp;bewahren</translation>
+        <translation>Einstellungen in der Datei &amp;mitspeichern</translation>
     </message>
     <message>
         <source>“Take Settings From” finds them there; for a picture of text they hold the text</source>

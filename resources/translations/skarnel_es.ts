@@ -9,15 +9,15 @@
     </message>
     <message>
         <source>cropped to %1 by %2 at %3, %4</source>
-        <translation>recortado a %1 por %2 en %3, %4</translation>
+        <translation>recortada a %1 por %2 en %3, %4</translation>
     </message>
     <message>
         <source>turned by %1°</source>
-        <translation>girado %1°</translation>
+        <translation>girada %1°</translation>
     </message>
     <message>
         <source>selected %1 by %2 at %3, %4</source>
-        <translation>seleccionado: %1 por %2 en %3, %4</translation>
+        <translation>selección: %1 por %2 en %3, %4</translation>
     </message>
     <message>
         <source>marks: %1, the last from %2, %3 to %4, %5</source>
@@ -124,7 +124,7 @@
     </message>
     <message>
         <source>The picture&apos;s structure cannot be followed</source>
-        <translation>No se puede seguir la estructura de la imagen</translation>
+        <translation>No se puede leer la estructura de la imagen</translation>
     </message>
     <message>
         <source>The file already exists</source>
@@ -160,7 +160,7 @@
     </message>
     <message>
         <source>The page renderer ended</source>
-        <translation>El motor de páginas ha terminado</translation>
+        <translation>El motor de páginas se ha cerrado</translation>
     </message>
     <message>
         <source>The page renderer is not installed</source>
@@ -172,7 +172,7 @@
     </message>
     <message>
         <source>The recipe is too large for a JPEG file, which has room for 65,504 bytes</source>
-        <translation>La receta es demasiado grande para un archivo JPEG, que tiene sitio para 65 504 bytes</translation>
+        <translation>La receta es demasiado grande para un archivo JPEG, que tiene sitio para 65 504 bytes</translation>
     </message>
 </context>
 <context>
@@ -766,7 +766,7 @@
     </message>
     <message>
         <source>Return uses a look; F2 renames and Delete removes one of your own</source>
-        <translation>Intro aplica un estilo; F2 cambia el nombre de uno propio y Supr lo elimina</translation>
+        <translation>Intro aplica un estilo; F2 cambia el nombre de uno propio y Supr lo quita</translation>
     </message>
     <message>
         <source>&amp;Save Settings as Look</source>

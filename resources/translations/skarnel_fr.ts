@@ -9,7 +9,7 @@
     </message>
     <message>
         <source>cropped to %1 by %2 at %3, %4</source>
-        <translation>rognée à %1 sur %2 en %3, %4</translation>
+        <translation>recadrée à %1 sur %2 en %3, %4</translation>
     </message>
     <message>
         <source>turned by %1°</source>
@@ -17,27 +17,27 @@
     </message>
     <message>
         <source>selected %1 by %2 at %3, %4</source>
-        <translation>sélection : %1 sur %2 en %3, %4</translation>
+        <translation>sélection : %1 sur %2 en %3, %4</translation>
     </message>
     <message>
         <source>marks: %1, the last from %2, %3 to %4, %5</source>
-        <translation>annotations : %1, la dernière de %2, %3 à %4, %5</translation>
+        <translation>annotations : %1, la dernière de %2, %3 à %4, %5</translation>
     </message>
     <message>
         <source>Return begins a selection; arrow keys move it, with Shift they change its size, with Ctrl they go further; Escape takes it away</source>
-        <translation>Entrée commence une sélection ; les flèches la déplacent, avec Maj elles changent sa taille, avec Ctrl elles vont plus loin ; Échap la retire</translation>
+        <translation>Entrée commence une sélection ; les flèches la déplacent, avec Maj elles changent sa taille, avec Ctrl elles vont plus loin ; Échap la retire</translation>
     </message>
     <message>
         <source>Return begins a frame; arrow keys move it, with Shift they change its size, with Ctrl they go further; Return crops, Escape gives up</source>
-        <translation>Entrée commence un cadre ; les flèches le déplacent, avec Maj elles changent sa taille, avec Ctrl elles vont plus loin ; Entrée rogne, Échap abandonne</translation>
+        <translation>Entrée commence un cadre ; les flèches le déplacent, avec Maj elles changent sa taille, avec Ctrl elles vont plus loin ; Entrée recadre, Échap abandonne</translation>
     </message>
     <message>
         <source>Left and right arrow keys turn the picture, with Shift in steps; Escape turns it back</source>
-        <translation>Les flèches gauche et droite tournent l’image, avec Maj par paliers ; Échap annule la rotation</translation>
+        <translation>Les flèches gauche et droite tournent l’image, avec Maj par paliers ; Échap annule la rotation</translation>
     </message>
     <message>
         <source>Return puts a mark in the middle; arrow keys move it, with Shift they change its size, with Ctrl they go further; Return keeps it, Escape takes it away</source>
-        <translation>Entrée place une annotation au centre ; les flèches la déplacent, avec Maj elles changent sa taille, avec Ctrl elles vont plus loin ; Entrée la garde, Échap la retire</translation>
+        <translation>Entrée place une annotation au centre ; les flèches la déplacent, avec Maj elles changent sa taille, avec Ctrl elles vont plus loin ; Entrée la garde, Échap la retire</translation>
     </message>
     <message>
         <source>%1, opacity %2 %</source>
@@ -124,7 +124,7 @@
     </message>
     <message>
         <source>The picture&apos;s structure cannot be followed</source>
-        <translation>La structure de l’image ne peut pas être suivie</translation>
+        <translation>La structure de l’image est illisible</translation>
     </message>
     <message>
         <source>The file already exists</source>
@@ -148,7 +148,7 @@
     </message>
     <message>
         <source>A page of %1 by %2 pixels is too large to capture; at most 16384 by 16384 are</source>
-        <translation>Une page de %1 sur %2 pixels est trop grande ; elle peut avoir 16384 sur 16384 au plus</translation>
+        <translation>Une page de %1 sur %2 pixels est trop grande ; elle peut avoir 16384 sur 16384 au plus</translation>
     </message>
     <message>
         <source>Nothing more could be written</source>
@@ -172,7 +172,7 @@
     </message>
     <message>
         <source>The recipe is too large for a JPEG file, which has room for 65,504 bytes</source>
-        <translation>La recette est trop grande pour un fichier JPEG, qui a de la place pour 65 504 octets</translation>
+        <translation>La recette est trop grande pour un fichier JPEG, qui a de la place pour 65 504 octets</translation>
     </message>
 </context>
 <context>
@@ -243,19 +243,19 @@
     </message>
     <message>
         <source>The page cannot be opened: %1</source>
-        <translation>La page ne peut pas être ouverte : %1</translation>
+        <translation>Impossible d’ouvrir la page : %1</translation>
     </message>
     <message>
         <source>“%1” cannot be read: %2.</source>
-        <translation>« %1 » ne peut pas être lu : %2.</translation>
+        <translation>Impossible de lire « %1 » : %2.</translation>
     </message>
     <message>
         <source>“%1” is no picture that can be opened.</source>
-        <translation>« %1 » n’est pas une image qui peut être ouverte.</translation>
+        <translation>« %1 » n’est pas une image que Skarnel peut ouvrir.</translation>
     </message>
     <message>
         <source>“%1” is damaged and cannot be opened.</source>
-        <translation>« %1 » est endommagé et ne peut pas être ouvert.</translation>
+        <translation>« %1 » est endommagé, impossible de l’ouvrir.</translation>
     </message>
     <message>
         <source>The picture waits under Open Recent.</source>
@@ -271,7 +271,7 @@
     </message>
     <message>
         <source>The picture cannot be pasted.</source>
-        <translation>L’image ne peut pas être collée.</translation>
+        <translation>Impossible de coller l’image.</translation>
     </message>
     <message>
         <source>&amp;Clear Menu</source>
@@ -342,7 +342,7 @@
     </message>
     <message>
         <source>The result cannot be dragged: %1.</source>
-        <translation>Impossible de faire glisser le résultat : %1.</translation>
+        <translation>Impossible de faire glisser le résultat : %1.</translation>
     </message>
     <message>
         <source>Pictu&amp;re Alone</source>
@@ -354,7 +354,7 @@
     </message>
     <message>
         <source>Show the picture without its reflection</source>
-        <translation>Montrer l’image sans son reflet</translation>
+        <translation>Afficher l’image sans son reflet</translation>
     </message>
     <message>
         <source>Save Loo&amp;k…</source>
@@ -825,7 +825,7 @@
     </message>
     <message>
         <source>The recipe cannot be saved: %1.</source>
-        <translation>La recette ne peut pas être enregistrée : %1.</translation>
+        <translation>Impossible d’enregistrer la recette : %1.</translation>
     </message>
     <message>
         <source>“%1”: %2.</source>
@@ -861,7 +861,7 @@
     </message>
     <message>
         <source>“%1” was saved without its settings: %2.</source>
-        <translation>« %1 » a été enregistré sans les réglages : %2.</translation>
+        <translation>« %1 » a été enregistré sans les réglages : %2.</translation>
     </message>
 </context>
 <context>

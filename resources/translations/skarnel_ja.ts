@@ -766,7 +766,7 @@
     </message>
     <message>
         <source>Return uses a look; F2 renames and Delete removes one of your own</source>
-        <translation>Return キーでスタイルを使います。自分のスタイルは F2 で名前を変更、Delete で削除します</translation>
+        <translation>Enter でスタイルを使います。自分のスタイルは F2 で名前を変更、Delete で削除します</translation>
     </message>
     <message>
         <source>&amp;Save Settings as Look</source>
@@ -991,7 +991,7 @@
     </message>
     <message>
         <source>Turn of the whole picture in perspective: level at 0, 50 and 100, strongest at 25 and 75</source>
-        <translation>全体の遠近回転。0、50、100 で水平、25 と 75 で最大になります</translation>
+        <translation>全体の遠近回転。0、50、100 で正面を向き、25 と 75 で最大になります</translation>
     </message>
     <message>
         <source>&amp;Reset</source>

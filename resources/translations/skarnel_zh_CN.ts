@@ -307,11 +307,11 @@
     </message>
     <message>
         <source>The text cannot be made a picture: %1.</source>
-        <translation>无法将文本制成图片：%1。</translation>
+        <translation>无法将文字转为图片：%1。</translation>
     </message>
     <message>
         <source>The text cannot be made a picture.</source>
-        <translation>无法将文本制成图片。</translation>
+        <translation>无法将文字转为图片。</translation>
     </message>
     <message>
         <source>Saving “%1” …</source>
@@ -718,7 +718,7 @@
     </message>
     <message>
         <source>Tall Mirror</source>
-        <translation>高镜</translation>
+        <translation>落地镜</translation>
     </message>
     <message>
         <source>Still Water</source>
@@ -833,7 +833,7 @@
     </message>
     <message>
         <source>The text of “%1” cannot be made a picture.</source>
-        <translation>“%1”中的文字无法转换为图片。</translation>
+        <translation>“%1”中的文字无法转为图片。</translation>
     </message>
     <message>
         <source>Recipe</source>
@@ -991,7 +991,7 @@
     </message>
     <message>
         <source>Turn of the whole picture in perspective: level at 0, 50 and 100, strongest at 25 and 75</source>
-        <translation>整体的透视转动：0、50 和 100 时为平，25 和 75 时最强</translation>
+        <translation>整体的透视转动：0、50 和 100 时为正面，25 和 75 时最大</translation>
     </message>
     <message>
         <source>&amp;Reset</source>
