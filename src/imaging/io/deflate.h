@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "imaging/io/block_deflate.h"
 #include "imaging/io/image_io.h"
 
 struct libdeflate_compressor;
@@ -14,10 +15,20 @@ namespace skarnel::io {
 inline constexpr int kFastestLevel = 1;
 inline constexpr int kSmallestLevel = 12;
 
-/// Whether codes and runs alone (RunDeflater) make of these bytes at most a fifth more than a
-/// search for repeats does. Costs about 6 ns a byte, so a sample of a large picture should do.
-/// False for bytes too few to gain anything. Throws std::bad_alloc.
-bool runsAreEnough(ByteView sample);
+/// How to compress without a level, from the fastest to the one that finds most.
+enum class DeflateWay { Runs, Repeats, Search };
+
+/// The fastest way that suits these bytes: RunDeflater where it makes at most a fifth more of them
+/// than a search for repeats at every byte does, RepeatDeflater where it makes at most a tenth
+/// more, otherwise that search. Costs about 8 ns a byte, so a sample of a large picture should do.
+/// Always the search for bytes too few to gain anything. `pixelBytes` is 3 or 4. Throws
+/// std::bad_alloc.
+DeflateWay fastestWay(ByteView sample, std::size_t pixelBytes);
+
+/// For Runs or Repeats, with its stream at the end of `out`, which must outlive it. Throws
+/// std::bad_alloc.
+std::unique_ptr<BlockDeflater> makeBlockDeflater(DeflateWay way, Bytes& out,
+                                                 std::size_t pixelBytes);
 
 struct FreeCompressor {
     void operator()(libdeflate_compressor* compressor) const;

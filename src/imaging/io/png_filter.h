@@ -20,6 +20,8 @@ class PngRows {
     PngRows(const CGImage& image, bool opaque, PngFilters filters);
 
     int count() const { return view_.height; }
+    /// 3 or 4.
+    std::size_t pixelBytes() const { return pixelBytes_; }
     /// Bytes of a filtered row: the filter's number and the samples.
     std::size_t lineBytes() const { return rowBytes_ + 1; }
 

@@ -14,7 +14,6 @@
 #include "imaging/io/exif_block.h"
 #include "imaging/io/pixel_rows.h"
 #include "imaging/io/png_filter.h"
-#include "imaging/io/run_deflate.h"
 #include "imaging/io/writers.h"
 #include "imaging/pixel_memory.h"
 
@@ -108,27 +107,27 @@ class DataChunk {
 };
 
 /// Filters and compresses a few rows at a time, which stay in the cache meanwhile.
-void appendDataWithRuns(PngRows& rows, Bytes& out) {
+void appendDataInBlocks(PngRows& rows, DeflateWay way, Bytes& out) {
     constexpr std::size_t kRowsBytes = std::size_t{256} << 10;
     constexpr std::size_t kChunkBytes = std::size_t{1} << 20;
     const std::size_t lines = std::max<std::size_t>(1, kRowsBytes / rows.lineBytes());
     Bytes filtered(lines * rows.lineBytes());
     DataChunk chunk(out);
-    RunDeflater deflater(out);
+    const auto deflater = makeBlockDeflater(way, out, rows.pixelBytes());
     std::size_t filled = 0;
     for (int y = 0; y < rows.count(); ++y) {
         rows.filter(y, filtered.data() + filled);
         filled += rows.lineBytes();
         if (filled < filtered.size()) continue;
-        deflater.add(ByteView(filtered).first(filled));
+        deflater->add(ByteView(filtered).first(filled));
         filled = 0;
         if (chunk.size() >= kChunkBytes) {
             chunk.end();
             chunk = DataChunk(out);
         }
     }
-    deflater.add(ByteView(filtered).first(filled));
-    deflater.finish();
+    deflater->add(ByteView(filtered).first(filled));
+    deflater->finish();
     chunk.end();
 }
 
@@ -165,14 +164,15 @@ bool appendData(const CGImage& image, bool opaque, std::optional<double> wantedL
                  : level < kFirstWithPaeth ? PngFilters::SubOrUp
                                            : PngFilters::SubUpOrPaeth);
     constexpr std::size_t kLongestLine = std::size_t{64} << 20;  // its chunk stays below 2^31 bytes
-    if (wantedLevel || rows.lineBytes() > kLongestLine || !runsAreEnough(sampleOfRows(rows))) {
-        return appendDataWithSearch(rows, level, out);
-    }
+    const DeflateWay way = wantedLevel || rows.lineBytes() > kLongestLine
+                               ? DeflateWay::Search
+                               : fastestWay(sampleOfRows(rows), rows.pixelBytes());
+    if (way == DeflateWay::Search) return appendDataWithSearch(rows, level, out);
     // Room for what does not compress; untouched pages of it cost nothing.
     const std::size_t size = rows.lineBytes() * static_cast<std::size_t>(rows.count());
     out.reserve(out.size() + size + size / 8 + 4096);
     preferHugePages(out.data(), out.capacity());
-    appendDataWithRuns(rows, out);
+    appendDataInBlocks(rows, way, out);
     return true;
 }
 

@@ -8,7 +8,6 @@
 
 #include "imaging/io/deflate.h"
 #include "imaging/io/lzw_encoder.h"
-#include "imaging/io/run_deflate.h"
 
 namespace skarnel::io {
 namespace {
@@ -21,6 +20,8 @@ class Differences {
           rowsPerStrip_(rowsPerStrip),
           rowBytes_(static_cast<std::size_t>(pixels.width) *
                     static_cast<std::size_t>(pixels.samplesPerPixel)) {}
+
+    std::size_t pixelBytes() const { return static_cast<std::size_t>(pixels_.samplesPerPixel); }
 
     std::uint32_t strips() const {
         return static_cast<std::uint32_t>((std::int64_t{pixels_.height} + rowsPerStrip_ - 1) /
@@ -70,15 +71,15 @@ bool codeWithLzw(const Differences& differences, const StripSink& sink) {
     return sink(number, codes[0]);
 }
 
-bool codeWithRuns(const Differences& differences, const StripSink& sink) {
+bool codeInBlocks(const Differences& differences, DeflateWay way, const StripSink& sink) {
     Bytes strip;
     Bytes codes;
     for (std::uint32_t number = 0; number < differences.strips(); ++number) {
         differences.strip(number, strip);
         codes.clear();
-        RunDeflater deflater(codes);
-        deflater.add(strip);
-        deflater.finish();
+        const auto deflater = makeBlockDeflater(way, codes, differences.pixelBytes());
+        deflater->add(strip);
+        deflater->finish();
         if (!sink(number, codes)) return false;
     }
     return true;
@@ -121,9 +122,9 @@ bool codeStrips(PixelView pixels, int rowsPerStrip, StripCode code, std::optiona
     const Differences differences(pixels, rowsPerStrip);
     if (code == StripCode::Lzw) return codeWithLzw(differences, sink);
     if (level) return codeWithSearch(differences, *level, sink);
-    const Bytes sample = sampleOf(differences);
-    if (runsAreEnough(sample)) return codeWithRuns(differences, sink);
-    return codeWithSearch(differences, kFastestLevel, sink);
+    const DeflateWay way = fastestWay(sampleOf(differences), differences.pixelBytes());
+    if (way == DeflateWay::Search) return codeWithSearch(differences, kFastestLevel, sink);
+    return codeInBlocks(differences, way, sink);
 }
 
 }  // namespace skarnel::io

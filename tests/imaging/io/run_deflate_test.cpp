@@ -1,44 +1,18 @@
 #include "imaging/io/run_deflate.h"
 
-#include <gtest/gtest.h>
-#include <zlib.h>
-
-#include <random>
-
-#include "imaging/io/deflate.h"
+#include "imaging/io/deflate_streams.h"
 
 namespace skarnel::io {
 namespace {
 
+using testing::deflatedBy;
+using testing::inflated;
+using testing::noise;
+
 constexpr std::size_t kBlock = std::size_t{128} << 10;
 
 Bytes deflated(const Bytes& bytes, std::size_t piece) {
-    Bytes out = {1, 2, 3};  // what is there stays
-    RunDeflater deflater(out);
-    for (std::size_t at = 0; at < bytes.size(); at += piece) {
-        deflater.add(ByteView(bytes).subspan(at, std::min(piece, bytes.size() - at)));
-    }
-    deflater.finish();
-    EXPECT_EQ(Bytes(out.begin(), out.begin() + 3), (Bytes{1, 2, 3}));
-    return Bytes(out.begin() + 3, out.end());
-}
-
-/// What the reference decoder makes of a whole stream, its check included; empty on any error.
-Bytes inflated(const Bytes& stream, std::size_t size) {
-    Bytes out(size + 1);
-    uLongf got = out.size();
-    uLong used = stream.size();
-    if (uncompress2(out.data(), &got, stream.data(), &used) != Z_OK) return {};
-    EXPECT_EQ(used, stream.size());
-    out.resize(got);
-    return out;
-}
-
-Bytes noise(std::size_t size, unsigned values, unsigned seed) {
-    std::mt19937 random(seed);
-    Bytes bytes(size);
-    for (auto& byte : bytes) byte = static_cast<std::uint8_t>(random() % values);
-    return bytes;
+    return deflatedBy([](Bytes& out) { return RunDeflater(out); }, bytes, piece);
 }
 
 TEST(RunDeflater, ComesBackAtEverySizeAroundABlock) {
@@ -112,21 +86,6 @@ TEST(RunDeflater, WhatASampleOfTheBytesDoesNotShowComesBackToo) {
 TEST(RunDeflater, OneByteRepeatedTakesNextToNothing) {
     // 508 runs a block, each of two bits, behind the header.
     EXPECT_LE(deflated(Bytes(8 * kBlock, 0), kBlock).size(), 8U * (160 + 508 / 4 + 16));
-}
-
-TEST(RunsAreEnough, NotForFewBytes) {
-    EXPECT_FALSE(runsAreEnough(noise(100'000, 16, 3)));
-}
-
-TEST(RunsAreEnough, ForNoiseWithoutRepeats) {
-    EXPECT_TRUE(runsAreEnough(noise(400'000, 16, 3)));
-}
-
-TEST(RunsAreEnough, NotForWhatRepeatsItself) {
-    const Bytes pattern = noise(1000, 200, 4);
-    Bytes bytes;
-    while (bytes.size() < 400'000) bytes.insert(bytes.end(), pattern.begin(), pattern.end());
-    EXPECT_FALSE(runsAreEnough(bytes));
 }
 
 }  // namespace
