@@ -17,7 +17,7 @@ Toast::Toast(QWidget* host) : QLabel(host) {
     setAlignment(Qt::AlignCenter);
     setContentsMargins(kMargin, 8, kMargin, 8);
     QPalette light = palette();
-    light.setColor(QPalette::WindowText, Qt::white);
+    light.setColor(QPalette::WindowText, kTextColor);
     setPalette(light);
     hide();
     hideTimer_.setSingleShot(true);
@@ -54,7 +54,7 @@ void Toast::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(32, 32, 32, 225));
+    painter.setBrush(kGround);
     painter.drawRoundedRect(rect(), 8, 8);
     painter.end();
     QLabel::paintEvent(event);

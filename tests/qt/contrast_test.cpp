@@ -4,10 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QImage>
 #include <QPalette>
 
 #include "qt/appearance.h"
 #include "qt/text_editor.h"
+#include "qt/toast.h"
 
 namespace skarnel {
 namespace {
@@ -116,8 +118,27 @@ TEST(TextEditorGround, TypedTextIsReadOnAnyBackground) {
 }
 
 TEST(Toast, IsReadOverAnyPicture) {
-    // White on a dark, nearly opaque ground; worst over white.
-    EXPECT_GE(contrast(Qt::white, blended(QColor(32, 32, 32, 225), Qt::white)), kTextContrast);
+    for (int grey = 0; grey < 256; ++grey) {
+        const QColor ground = blended(Toast::kGround, QColor(grey, grey, grey));
+        EXPECT_GE(contrast(Toast::kTextColor, ground), kTextContrast) << grey;
+    }
+}
+
+TEST(Toast, IsPaintedInItsOwnColours) {
+    QWidget host;
+    host.resize(400, 200);
+    Toast toast(&host);
+    toast.tell(QStringLiteral("Saved"));
+    QImage painted(toast.size(), QImage::Format_RGB32);
+    painted.fill(Qt::white);
+    toast.render(&painted, {}, {}, QWidget::DrawChildren);
+    // Between its edge, which is round, and its text.
+    const QColor ground = painted.pixelColor(painted.width() / 2, 3);
+    const QColor expected = blended(Toast::kGround, Qt::white);
+    EXPECT_NEAR(ground.red(), expected.red(), 1);
+    EXPECT_NEAR(ground.green(), expected.green(), 1);
+    EXPECT_NEAR(ground.blue(), expected.blue(), 1);
+    EXPECT_EQ(toast.palette().color(toast.foregroundRole()), QColor(Toast::kTextColor));
 }
 
 }  // namespace
