@@ -8,6 +8,7 @@
 #include <QUrl>
 
 #include "qt/viewer.h"
+#include "qt/wait_cursor.h"
 
 namespace skarnel {
 namespace {
@@ -59,7 +60,10 @@ bool ResultDrag::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void ResultDrag::drag() {
-    const QString path = makeFile_();
+    const QString path = [this] {
+        const WaitCursor atWork;
+        return makeFile_();
+    }();
     // The viewer saw the press and will not see the release, which belongs to the drag.
     QMouseEvent release(QEvent::MouseButtonRelease, start_, viewer_.mapToGlobal(start_),
                         Qt::LeftButton, Qt::NoButton, Qt::NoModifier);

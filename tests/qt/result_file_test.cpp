@@ -4,10 +4,12 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QLabel>
+#include <QMouseEvent>
 
 #include "application_fixture.h"
 #include "qt/companions.h"
 #include "qt/drag_folder.h"
+#include "qt/result_drag.h"
 
 namespace skarnel {
 namespace {
@@ -45,6 +47,26 @@ TEST_F(ResultFileTest, ALaterDragLeavesTheFileOfAnEarlierOneAlone) {
     struct stat status {};
     ASSERT_EQ(::stat(QFileInfo(first).path().toUtf8().constData(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0700U);
+}
+
+TEST_F(ResultFileTest, ThePointerSaysThatTheFileIsBeingMade) {
+    std::optional<Qt::CursorShape> shape;
+    // Sees the drag before the window's own one, which was there first.
+    new ResultDrag(viewer(), [&] {
+        if (const QCursor* cursor = QGuiApplication::overrideCursor()) shape = cursor->shape();
+        return QString();
+    });
+    ASSERT_TRUE(app->openPicture(picture(QStringLiteral("Red.png"), 60, 40, Qt::red)));
+    settle();
+    const QPoint from = viewer().rect().center();
+    const QPoint to = from + QPoint(QApplication::startDragDistance(), 0);
+    QTest::mousePress(&viewer(), Qt::LeftButton, {}, from);
+    QMouseEvent move(QEvent::MouseMove, to, viewer().mapToGlobal(to), Qt::NoButton, Qt::LeftButton,
+                     Qt::NoModifier);
+    QApplication::sendEvent(&viewer(), &move);
+    QTest::mouseRelease(&viewer(), Qt::LeftButton, {}, to);
+    EXPECT_EQ(shape, Qt::WaitCursor);
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
 }
 
 TEST_F(ResultFileTest, KeepsTheSourcesResolution) {
