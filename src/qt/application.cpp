@@ -217,6 +217,14 @@ void Application::start(const QStringList& pictures) {
     });
 }
 
+void Application::showSource(const NSImage& picture, const std::string& saveName,
+                             const QString& title) {
+    controller_.image = picture;
+    controller_.saveFilename = saveName;
+    controller_.loadImage();
+    sourceChanged(title);
+}
+
 void Application::raise() {
     if (window_.isMinimized())
         window_.showNormal();

@@ -58,6 +58,9 @@ class Application final : public QObject {
     /// Opens the first and puts the others into Open Recent; while a sheet is up, all of them.
     /// What comes before the start has installed its first picture waits for that.
     void openPictures(const QStringList& paths);
+    /// Makes a picture that was shown before the source picture again, as the start does with the
+    /// first one.
+    void showSource(const NSImage& picture, const std::string& saveName, const QString& title);
     /// Tells the user where the page is that nothing on this computer opens.
     void tellRefusedPage(const QUrl& page);
 

@@ -65,6 +65,15 @@ StyledText withPossibleSizes(StyledText text) {
     return text;
 }
 
+QColor colorOf(const Recipe& recipe) {
+    const TextColor& color = recipe.background;
+    return {color.red, color.green, color.blue, color.alpha};
+}
+
+SettingsState stateOf(const Recipe& recipe) {
+    return {recipe.settings, recipe.applyBackgroundColor};
+}
+
 /// Something of this window, such as the result that is being dragged out.
 bool isOwn(const QDropEvent& event) {
     return event.source() != nullptr;
@@ -225,37 +234,73 @@ void RecipeCommands::takeDropped(const QString& path) {
     if (QApplication::activeModalWidget() != nullptr)
         application_.window().tell(tr("The settings stay as they are while a panel is open."));
     else
-        applySettings(*recipe, tr("Taken Settings"));
+        takeSettings(*recipe, tr("Taken Settings"));
 }
 
 bool RecipeCommands::openFrom(const QString& path) {
     const std::optional<Recipe> recipe = read(path);
     if (!recipe) return false;
-    applySettings(*recipe, tr("Recipe"));
-    return !recipe->text || applyText(*recipe->text, QFileInfo(path).fileName());
+    if (!recipe->text) {
+        takeSettings(*recipe, tr("Recipe"));
+        return true;
+    }
+    application_.model().endGesture();
+    const Shown before = shown();
+    showSettings(colorOf(*recipe), stateOf(*recipe));
+    const bool pictured = applyText(*recipe->text, QFileInfo(path).fileName());
+    const Shown after = shown();
+    application_.model().recordDone(
+        tr("Recipe"), [=, this] { showAgain(before, after); },
+        [=, this] { showAgain(after, before); });
+    return pictured;
 }
 
 bool RecipeCommands::takeFrom(const QString& path) {
     const std::optional<Recipe> recipe = read(path);
     if (!recipe) return false;
-    applySettings(*recipe, tr("Taken Settings"));
+    takeSettings(*recipe, tr("Taken Settings"));
     return true;
 }
 
-void RecipeCommands::applySettings(const Recipe& recipe, const QString& undoName) {
-    const TextColor& to = recipe.background;
-    const QColor color(to.red, to.green, to.blue, to.alpha);
+void RecipeCommands::takeSettings(const Recipe& recipe, const QString& undoName) {
+    const QColor color = colorOf(recipe);
     const QColor colorBefore = application_.window().viewer().background();
     SettingsModel& model = application_.model();
-    const SettingsState state{recipe.settings, recipe.applyBackgroundColor};
+    const SettingsState state = stateOf(recipe);
     if (color == colorBefore) return model.changeAll(undoName, state);
     const SettingsState before = readSettings(application_.defaults());
-    const auto show = [this](const QColor& background, const SettingsState& settings) {
-        setBackground(background);
-        application_.model().write(settings);
-    };
     model.recordAction(
-        undoName, [=] { show(colorBefore, before); }, [=] { show(color, state); });
+        undoName, [=, this] { showSettings(colorBefore, before); },
+        [=, this] { showSettings(color, state); });
+}
+
+void RecipeCommands::showSettings(const QColor& background, const SettingsState& settings) {
+    setBackground(background);
+    application_.model().write(settings);
+}
+
+RecipeCommands::Shown RecipeCommands::shown() const {
+    const Viewer& viewer = application_.window().viewer();
+    const VanteraDesktopController& controller = application_.controller();
+    return {viewer.background(),
+            readSettings(application_.defaults()),
+            application_.window().textEditor().text(),
+            controller.image,
+            controller.saveFilename,
+            viewer.pictureName(),
+            textPicture_,
+            imagedText_};
+}
+
+void RecipeCommands::showAgain(const Shown& to, const Shown& from) {
+    showSettings(to.background, to.settings);
+    if (application_.window().textEditor().text() == from.text) showText(to.text);
+    const std::optional<NSImage>& now = application_.controller().image;
+    if (!now || !from.picture || !to.picture || !now->isSame(*from.picture)) return;
+    if (to.picture->isSame(*now)) return;
+    textPicture_ = to.textPicture;
+    imagedText_ = to.imagedText;
+    application_.showSource(*to.picture, to.saveName, to.title);
 }
 
 void RecipeCommands::setBackground(const QColor& color) {
@@ -267,12 +312,16 @@ void RecipeCommands::setBackground(const QColor& color) {
     application_.resultWindow().setStandIn(nullptr);
 }
 
-bool RecipeCommands::applyText(const StyledText& text, const QString& recipeName) {
+void RecipeCommands::showText(const StyledText& text) {
     TextEditor& editor = application_.window().textEditor();
     // As an edit by the user: a placeholder gives way, and its timer with it.
     application_.controller().textViewShouldChangeTextInRanges(
         application_.textView(), {{0, editor.text().length()}}, {text.characters()});
-    editor.setText(withPossibleSizes(text));
+    editor.setText(text);
+}
+
+bool RecipeCommands::applyText(const StyledText& text, const QString& recipeName) {
+    showText(withPossibleSizes(text));
     const std::optional<NSImage> before = application_.controller().image;
     const std::string logged = loggedWhile([this] { application_.actions().imageText->trigger(); });
     const std::optional<NSImage>& now = application_.controller().image;

@@ -1,11 +1,13 @@
 // The commands for recipes: save one, open one, take the settings out of one.
 #pragma once
 
+#include <QColor>
 #include <QObject>
 #include <QString>
 #include <optional>
 #include <string>
 
+#include "app/settings_undo.h"
 #include "imaging/nsimage/nsimage.h"
 #include "recipe/recipe.h"
 #include "storage/safe_file.h"
@@ -54,7 +56,24 @@ class RecipeCommands final : public QObject {
     void tellUnread(const QString& path, const Error& cause);
     /// On the panel: settings, or a plain picture, which is opened as anywhere else.
     void takeDropped(const QString& path);
-    void applySettings(const Recipe& recipe, const QString& undoName);
+    /// What a recipe changes, as it is shown at one time.
+    struct Shown {
+        QColor background;
+        SettingsState settings;
+        StyledText text;
+        std::optional<NSImage> picture;
+        std::string saveName;
+        QString title;
+        std::optional<NSImage> textPicture;
+        std::optional<StyledText> imagedText;
+    };
+    Shown shown() const;
+    /// Shows the settings of `to`; its text and picture where those of `from` are still there,
+    /// since what was typed or opened later is no part of the recipe.
+    void showAgain(const Shown& to, const Shown& from);
+    void showSettings(const QColor& background, const SettingsState& settings);
+    void showText(const StyledText& text);
+    void takeSettings(const Recipe& recipe, const QString& undoName);
     void setBackground(const QColor& color);
     void tellLeftOut();
     /// Whether the text has become the picture; what prevented it is told.

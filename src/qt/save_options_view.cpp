@@ -14,6 +14,7 @@
 #include <QVBoxLayout>
 #include <cmath>
 
+#include "qt/cause_text.h"
 #include "recipe/recipe_file.h"
 
 namespace skarnel {
@@ -99,11 +100,18 @@ void SaveOptionsView::offerRecipe(const std::string& text) {
     recipe_ = text;
     keepRecipe_ = new QCheckBox(tr("&Keep the settings inside the file"));
     keepRecipe_->setObjectName(QStringLiteral("keepRecipe"));
-    keepRecipe_->setToolTip(
-        tr("“Take Settings From” finds them there; for a picture of text they hold the text"));
     column_->addWidget(keepRecipe_);
     connect(keepRecipe_, &QCheckBox::toggled, this, &SaveOptionsView::changed);
     showPage();
+}
+
+void SaveOptionsView::showWhetherRecipeFits() {
+    const Result<void> room = roomForRecipe(type(), recipe_);
+    keepRecipe_->setEnabled(room.hasValue());
+    const bool tooLarge = !room && canCarryRecipe(type());
+    keepRecipe_->setToolTip(tooLarge ? causeText(room.error())
+                                     : tr("“Take Settings From” finds them there; for a picture of "
+                                          "text they hold the text"));
 }
 
 QString SaveOptionsView::resolutionText() const {
@@ -174,7 +182,7 @@ QWidget* SaveOptionsView::qualityPage() {
 
 void SaveOptionsView::showPage() {
     const std::string chosen = type();
-    if (keepRecipe_ != nullptr) keepRecipe_->setEnabled(canCarryRecipe(chosen));
+    if (keepRecipe_ != nullptr) showWhetherRecipeFits();
     pages_->setCurrentIndex(chosen == kUTTypeTIFF  ? kTiffPage
                             : chosen == kUTTypePNG ? kPngPage
                             : hasQuality(chosen)   ? kQualityPage
@@ -198,7 +206,7 @@ ImageProperties SaveOptionsView::properties() const {
             std::int64_t{tiffCompression_->currentData().toInt()};
     if (chosen == kUTTypePNG)
         result[std::string(kPropertyCompressionLevel)] = std::int64_t{pngLevel_->value()};
-    if (keepRecipe_ != nullptr && keepRecipe_->isChecked() && canCarryRecipe(chosen))
+    if (keepRecipe_ != nullptr && keepRecipe_->isChecked() && roomForRecipe(chosen, recipe_))
         result[std::string(kPropertyRecipe)] = recipe_;
     if (hasQuality(chosen)) result[std::string(kPropertyLossyQuality)] = quality_->value() / 100.0;
     return result;

@@ -24,8 +24,9 @@ class SaveOptionsView final : public QWidget {
     SaveOptionsView(const ImageProperties& properties, const std::string& type,
                     QWidget* parent = nullptr);
 
-    /// Offers to keep this recipe inside the file, for the formats that can carry one. Not chosen
-    /// at first: it may hold what the user typed.
+    /// Offers to keep this recipe inside the file, for the formats that can carry one and have room
+    /// for it; where they have not, a tool tip says so. Not chosen at first: it may hold what the
+    /// user typed.
     void offerRecipe(const std::string& text);
 
     std::string type() const;
@@ -53,6 +54,7 @@ class SaveOptionsView final : public QWidget {
     QWidget* pngPage();
     QWidget* plainPage();
     void showPage();
+    void showWhetherRecipeFits();
     QString resolutionText() const;
 
     ImageProperties initial_;

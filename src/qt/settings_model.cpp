@@ -59,6 +59,11 @@ void SettingsModel::recordAction(const QString& name, const std::function<void()
                                  const std::function<void()>& forth) {
     endGesture();
     forth();
+    recordDone(name, back, forth);
+}
+
+void SettingsModel::recordDone(const QString& name, const std::function<void()>& back,
+                               const std::function<void()>& forth) {
     undo_.recordAction(name.toStdString(), back, forth);
     emit historyChanged();
 }

@@ -48,6 +48,10 @@ class SettingsModel final : public QObject {
     void recordAction(const QString& name, const std::function<void()>& back,
                       const std::function<void()>& forth);
 
+    /// The same for a change that has been made since `endGesture`.
+    void recordDone(const QString& name, const std::function<void()>& back,
+                    const std::function<void()>& forth);
+
     void undo();
     void redo();
     const SettingsUndo& history() const { return undo_; }

@@ -62,6 +62,12 @@ std::string unescaped(std::string_view text) {
     return out;
 }
 
+std::string packetOf(std::string_view recipeText) {
+    std::string packet(kPacketStart);
+    packet.append(kOpen).append(escaped(recipeText)).append(kClose).append(kPacketEnd);
+    return packet;
+}
+
 ByteView bytesOf(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
@@ -126,10 +132,16 @@ bool canCarryRecipe(std::string_view typeIdentifier) {
            typeIdentifier == kUTTypeJPEG;
 }
 
+Result<void> roomForRecipe(std::string_view typeIdentifier, std::string_view recipeText) try {
+    if (!canCarryRecipe(typeIdentifier))
+        return {ErrorCode::Unsupported, "Only TIFF, PNG and JPEG files can carry a recipe"};
+    return typeIdentifier == kUTTypeJPEG ? roomInJpeg(packetOf(recipeText).size()) : Result<void>();
+} catch (const std::bad_alloc&) {
+    return noMemory();
+}
+
 Result<Bytes> embedRecipe(ByteView picture, std::string_view recipeText) try {
-    std::string packet(kPacketStart);
-    packet.append(kOpen).append(escaped(recipeText)).append(kClose).append(kPacketEnd);
-    return withXmpPacket(picture, packet);
+    return withXmpPacket(picture, packetOf(recipeText));
 } catch (const std::bad_alloc&) {
     return noMemory();
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "imaging/io/image_io.h"
 #include "recipe/recipe.h"
@@ -15,6 +16,10 @@ inline constexpr std::string_view kPropertyRecipe = "{Skarnel}.Recipe";
 
 /// Whether a type of file can carry a recipe: TIFF, PNG and JPEG.
 bool canCarryRecipe(std::string_view typeIdentifier);
+
+/// Whether a file of that type has room for the recipe's text, as `embedRecipe` finds once there is
+/// a file; the reason where it has not.
+Result<void> roomForRecipe(std::string_view typeIdentifier, std::string_view recipeText);
 
 /// The encoded picture with the recipe's text in its XMP packet. Fails as `withXmpPacket` does.
 Result<Bytes> embedRecipe(ByteView picture, std::string_view recipeText);

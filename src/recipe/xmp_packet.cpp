@@ -133,10 +133,7 @@ std::optional<std::string> packetOfJpeg(ByteView file) {
 }
 
 Result<Bytes> jpegWithPacket(ByteView file, std::string_view packet) {
-    if (packet.size() > kJpegLargest) {
-        return {ErrorCode::TooLarge,
-                "The recipe is too large for a JPEG file, which has room for 65,504 bytes"};
-    }
+    if (const auto room = roomInJpeg(packet.size()); !room) return room.error();
     const Numbers numbers(file, false);
     std::uint64_t at = 2;  // behind the start, and behind APP0, which has to be the first
     if (const auto first = segmentAt(numbers, at); first && first->code == 0xFFE0) at = first->end;
@@ -257,6 +254,12 @@ std::optional<std::string> xmpPacketOf(ByteView file) {
     if (text.starts_with("\xFF\xD8"sv)) return packetOfJpeg(file);
     if (const auto form = tiffFormOf(file)) return packetOfTiff(file, *form);
     return std::nullopt;
+}
+
+Result<void> roomInJpeg(std::size_t packetBytes) {
+    if (packetBytes <= kJpegLargest) return {};
+    return {ErrorCode::TooLarge,
+            "The recipe is too large for a JPEG file, which has room for 65,504 bytes"};
 }
 
 Result<Bytes> withXmpPacket(ByteView file, std::string_view packet) {

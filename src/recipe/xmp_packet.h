@@ -5,6 +5,7 @@
 // "http://ns.adobe.com/xap/1.0/" and a zero byte.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,9 +19,13 @@ namespace skarnel {
 /// file. The bytes are hostile; a damaged file has no packet.
 std::optional<std::string> xmpPacketOf(ByteView file);
 
+/// Whether a JPEG has room for a packet of so many bytes, at most 65,504: one segment. TooLarge
+/// where it has not.
+Result<void> roomInJpeg(std::size_t packetBytes);
+
 /// The same file with the packet and the same picture. The file is one that this program has
-/// encoded, so it has no packet yet. Unsupported for other formats, TooLarge for a packet above
-/// 65,504 bytes in a JPEG (one segment), Damaged where the file's structure cannot be followed.
+/// encoded, so it has no packet yet. Unsupported for other formats, TooLarge as
+/// `roomInJpeg` for a JPEG, Damaged where the file's structure cannot be followed.
 Result<Bytes> withXmpPacket(ByteView file, std::string_view packet);
 
 }  // namespace skarnel

@@ -1,15 +1,11 @@
-// Recipes in the real window: saved, opened, dropped, and carried by pictures.
-#include <QCheckBox>
+// Recipes in the real window: saved, opened, dropped, taken back.
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QLabel>
-#include <QLineEdit>
 #include <QMimeData>
-#include <QSignalSpy>
 #include <QUrl>
 
 #include "companions_fixture.h"
-#include "qt/save_options_view.h"
 #include "recipe/recipe_file.h"
 #include "util/log/system_log.h"
 
@@ -96,6 +92,43 @@ TEST_F(RecipesTest, AnOpenedRecipeSetsEverythingAsOneEntryOfUndo) {
     EXPECT_EQ(viewer().background(), QColor(0x20, 0x40, 0x60));
     EXPECT_EQ(panel().colorText().text(), QStringLiteral("#204060"));
     EXPECT_FALSE(app->model().history().canRedo());
+}
+
+TEST_F(RecipesTest, UndoGivesTheTextBackWithTheSettingsAsOneEntry) {
+    start();
+    ScopedLogCapture log;  // without a page renderer the text becomes no picture
+    window().textEditor().setText(StyledText(u"mine"));
+    Recipe recipe = someRecipe();
+    recipe.text = StyledText(u"theirs");
+    recipes().openFrom(recipeFile(recipe));
+    settle();
+    EXPECT_EQ(window().textEditor().text().characters(), u"theirs");
+    EXPECT_EQ(settings(), someRecipe().settings);
+    app->model().undo();
+    settle();
+    EXPECT_EQ(window().textEditor().text(), StyledText(u"mine"));
+    EXPECT_EQ(settings(), builtInPresets()[0].settings);
+    EXPECT_EQ(viewer().background(), QColor(Qt::black));
+    EXPECT_FALSE(app->model().history().canUndo());
+    app->model().redo();
+    settle();
+    EXPECT_EQ(window().textEditor().text().characters(), u"theirs");
+    EXPECT_EQ(settings(), someRecipe().settings);
+    EXPECT_EQ(viewer().background(), QColor(0x20, 0x40, 0x60));
+}
+
+TEST_F(RecipesTest, UndoLeavesATextThatWasTypedSince) {
+    start();
+    ScopedLogCapture log;
+    window().textEditor().setText(StyledText(u"mine"));
+    Recipe recipe = someRecipe();
+    recipe.text = StyledText(u"theirs");
+    recipes().openFrom(recipeFile(recipe));
+    window().textEditor().setText(StyledText(u"typed since"));
+    app->model().undo();
+    settle();
+    EXPECT_EQ(window().textEditor().text().characters(), u"typed since");
+    EXPECT_EQ(settings(), builtInPresets()[0].settings);
 }
 
 TEST_F(RecipesTest, TheBackgroundGoesToTheViewerThoughTheTextHasTheFocus) {
@@ -204,97 +237,22 @@ TEST_F(RecipesTest, UnderASheetADropOnThePanelChangesNothingAndSaysSo) {
     EXPECT_EQ(settings(), someRecipe().settings);
 }
 
-TEST_F(RecipesTest, TheSaveOptionsOfferTheRecipeAndDoNotChooseIt) {
-    SaveOptionsView view({}, std::string(kUTTypePNG));
-    EXPECT_EQ(view.findChild<QCheckBox*>(QStringLiteral("keepRecipe")), nullptr);
-    view.offerRecipe("{}");
-    auto* keep = view.findChild<QCheckBox*>(QStringLiteral("keepRecipe"));
-    ASSERT_NE(keep, nullptr);
-    EXPECT_FALSE(keep->isChecked());
-    EXPECT_FALSE(view.properties().contains(kPropertyRecipe));
-    QSignalSpy changes(&view, &SaveOptionsView::changed);
-    keep->click();
-    EXPECT_EQ(changes.size(), 1);
-    EXPECT_EQ(std::get<std::string>(view.properties().at(std::string(kPropertyRecipe))), "{}");
-    view.setType(kUTTypeBMP);
-    EXPECT_FALSE(keep->isEnabled());
-    EXPECT_FALSE(view.properties().contains(kPropertyRecipe));
-}
-
-TEST_F(RecipesTest, ASavedFileCarriesTheRecipeWhereItIsAskedFor) {
+TEST_F(RecipesTest, ARecipeFileOnTheViewerIsOpenedAsFromTheFileManager) {
     start();
-    app->model().editNumber("alpha", 77);
-    const std::string path = folder.filePath(QStringLiteral("out.tiff")).toStdString();
-    auto destination = app->toolkit().imageFiles().imageDestinationCreateWithURL(path, kUTTypeTIFF);
-    const auto image = ImageOperations().getCGImageRef(*app->controller().image);
-    destination->addImage(*image, {{std::string(kPropertyRecipe), recipes().currentText()}});
-    ASSERT_TRUE(destination->finalize());
-    const auto recipe = readRecipeFile(path);
-    ASSERT_TRUE(recipe) << recipe.error().message;
-    EXPECT_EQ(recipe->settings[5], 77);
-}
-
-TEST_F(RecipesTest, ARecipeTooLargeForAJpegIsLeftOutOfItWhichIsTold) {
-    start();
-    app->toolkit().setRecipeText([] { return std::string(70'000, ' '); });
-    app->state().setSaveFolder(folder.path());
-    app->actions().save->trigger();
-    settle();
-    auto* sheet = window().findChild<QFileDialog*>(QStringLiteral("savePanel"));
-    ASSERT_NE(sheet, nullptr);
-    auto* options = sheet->findChild<SaveOptionsView*>(QStringLiteral("saveOptions"));
-    options->setType(kUTTypeJPEG);
-    options->findChild<QCheckBox*>(QStringLiteral("keepRecipe"))->click();
-    auto* name = sheet->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
-    name->setText(QStringLiteral("large.jpeg"));
-    QTest::keyClick(name, Qt::Key_Return);
-    settle();
-    const std::string path = folder.filePath(QStringLiteral("large.jpeg")).toStdString();
-    EXPECT_TRUE(decodeImageFile(path));
-    EXPECT_FALSE(readRecipeFile(path));
-    const auto* toast = window().findChild<QLabel*>(QStringLiteral("toast"));
-    EXPECT_TRUE(toast->isVisible());
-    EXPECT_EQ(toast->text().toStdString(),
-              "“large.jpeg” was saved without its settings: The recipe is too large for a JPEG "
-              "file, which has room for 65,504 bytes.");
-}
-
-TEST_F(RecipesTest, StyledTextSurvivesInsideEveryFormatThatCarriesARecipe) {
-    start();
+    ScopedLogCapture log;
     Recipe recipe = someRecipe();
-    StyledText text;
-    TextStyle large;
-    large.family = "Helvetica";
-    large.size = 36;
-    large.weight = kTextWeightBold;
-    large.color = {0xC0, 0x20, 0x10, 0xFF};
-    text.append(u"Größe 日本\n", large);
-    TextStyle small;
-    small.slant = TextSlant::Italic;
-    small.underline = TextUnderline::Single;
-    text.append(u"second", small);
-    text.setAlignment(0, TextAlignment::Left);
-    text.setAlignment(1, TextAlignment::Center);
-    recipe.text = text;
-    const std::string embedded = *serializeRecipe(recipe);
-    const auto image = ImageOperations().getCGImageRef(*app->controller().image);
-    for (const std::string_view type : {kUTTypePNG, kUTTypeTIFF, kUTTypeJPEG}) {
-        const std::string path = folder.filePath(QStringLiteral("carrier")).toStdString() + "." +
-                                 std::string(*preferredExtensionOfType(type));
-        const auto write = [&](const ImageProperties& properties) {
-            auto destination =
-                app->toolkit().imageFiles().imageDestinationCreateWithURL(path, type);
-            destination->addImage(*image, properties);
-            return destination->finalize();
-        };
-        ASSERT_TRUE(write({}));
-        EXPECT_FALSE(readRecipeFile(path)) << path << " carries one unasked";
-        ASSERT_TRUE(write({{std::string(kPropertyRecipe), embedded}}));
-        const auto read = readRecipeFile(path);
-        ASSERT_TRUE(read) << path << ": " << read.error().message;
-        EXPECT_EQ(read->settings, recipe.settings) << path;
-        EXPECT_EQ(read->text, recipe.text) << path;
-    }
+    recipe.text = StyledText(u"theirs");
+    ASSERT_TRUE(dropOn(viewer(), recipeFile(recipe)));
+    EXPECT_EQ(settings(), someRecipe().settings);
+    EXPECT_EQ(window().textEditor().text().characters(), u"theirs");
+    EXPECT_EQ(app->actions().undo->text(), QStringLiteral("&Undo Recipe"));
+    app->model().undo();
+    settle();
+    // On the panel it gives its settings alone.
+    ASSERT_TRUE(dropOn(*panel().viewport(), recipeFile(recipe)));
+    EXPECT_EQ(settings(), someRecipe().settings);
+    EXPECT_NE(window().textEditor().text().characters(), u"theirs");
+    EXPECT_EQ(app->actions().undo->text(), QStringLiteral("&Undo Taken Settings"));
 }
 
 TEST_F(RecipesTest, AnOpenedRecipesTextKeepsItsStylesAndAlignments) {

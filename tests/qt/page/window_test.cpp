@@ -12,11 +12,14 @@
 #include <QTimer>
 #include <algorithm>
 #include <cstdio>
+#include <fstream>
 #include <vector>
 
 #include "qt/application.h"
+#include "qt/companions.h"
 #include "qt/page/text_layout.h"
 #include "qt/program_parts.h"
+#include "qt/recipe_commands.h"
 #include "qt/test_environment.h"
 #include "qt/text_bar.h"
 #include "qt/text_editor.h"
@@ -97,6 +100,47 @@ TEST_F(WindowTest, TheTypedTextStandsInTheViewerAtActualSize) {
     EXPECT_TRUE(app->controller().saveFilename.ends_with(" Reflection"));
     // Nobody chose the name of the temporary file.
     EXPECT_EQ(app->window().windowTitle(), QStringLiteral("Text — Skarnel"));
+}
+
+TEST_F(WindowTest, UndoOfARecipeGivesTheFormerPictureAndItsTextBack) {
+    type(QStringLiteral("mine"));
+    pressed();
+    const NSImage mine = *app->controller().image;
+    const std::string name = app->controller().saveFilename;
+    const QImage shown = viewer().shownImage();
+    Recipe recipe = Recipe::defaults();
+    recipe.settings[0] = 30;
+    recipe.text = StyledText(u"theirs");
+    const QString path = folder.filePath(QStringLiteral("a.skarnel"));
+    std::ofstream(path.toStdString()) << *serializeRecipe(recipe);
+    ASSERT_TRUE(app->openPicture(path));
+    const NSImage theirs = *app->controller().image;
+    ASSERT_FALSE(theirs.isSame(mine));
+    const auto takenText = [&] { return app->companions().recipes().current().text->characters(); };
+    EXPECT_EQ(takenText(), u"theirs");
+
+    app->actions().undo->trigger();
+    app->model().flush();
+    EXPECT_TRUE(app->controller().image->isSame(mine));
+    EXPECT_EQ(app->controller().saveFilename, name);
+    EXPECT_EQ(editor().text().characters(), u"mine");
+    EXPECT_EQ(takenText(), u"mine");
+    EXPECT_EQ(viewer().shownImage(), shown);
+    EXPECT_EQ(app->window().windowTitle(), QStringLiteral("Text — Skarnel"));
+
+    app->actions().redo->trigger();
+    app->model().flush();
+    EXPECT_TRUE(app->controller().image->isSame(theirs));
+    EXPECT_EQ(takenText(), u"theirs");
+
+    // A picture that was made since is no part of the recipe, and stays.
+    type(QStringLiteral("newer"));
+    pressed();
+    const NSImage newer = *app->controller().image;
+    app->actions().undo->trigger();
+    app->model().flush();
+    EXPECT_TRUE(app->controller().image->isSame(newer));
+    EXPECT_EQ(editor().text().characters(), u"newer");
 }
 
 TEST_F(WindowTest, ARendererThatCannotLiveIsToldAndCostsNothingElse) {
