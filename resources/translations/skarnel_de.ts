@@ -147,6 +147,26 @@
         <translation>Die Datei ist zu groß</translation>
     </message>
     <message>
+        <source>The file is larger than 8 GB</source>
+        <translation>Die Datei ist größer als 8 GB</translation>
+    </message>
+    <message>
+        <source>The picture says it has %1 x %2 pixels, above the limit of %3</source>
+        <translation>Das Bild hat nach eigener Angabe %1 x %2 Bildpunkte, mehr als die erlaubten %3</translation>
+    </message>
+    <message>
+        <source>The picture says it has %1 x %2 pixels, too many for a file of %3 bytes (skarnel-render --max-pixels allows them)</source>
+        <translation>Das Bild hat nach eigener Angabe %1 x %2 Bildpunkte, zu viele für eine Datei von %3 Byte (skarnel-render --max-pixels erlaubt sie)</translation>
+    </message>
+    <message>
+        <source>The JPEG has more than 100 scans</source>
+        <translation>Die JPEG-Datei hat mehr als 100 Durchgänge</translation>
+    </message>
+    <message>
+        <source>Not enough memory for the picture</source>
+        <translation>Der Speicher reicht für das Bild nicht aus</translation>
+    </message>
+    <message>
         <source>A page of %1 by %2 pixels is too large to capture; at most 16384 by 16384 are</source>
         <translation>Eine Seite von %1 mal %2 Pixel ist zu groß zum Abbilden; höchstens 16384 mal 16384 gehen</translation>
     </message>
@@ -256,6 +276,10 @@
     <message>
         <source>“%1” is damaged and cannot be opened.</source>
         <translation>„%1“ ist beschädigt und kann nicht geöffnet werden.</translation>
+    </message>
+    <message>
+        <source>“%1” cannot be opened: %2.</source>
+        <translation>„%1“ kann nicht geöffnet werden: %2.</translation>
     </message>
     <message>
         <source>The picture waits under Open Recent.</source>

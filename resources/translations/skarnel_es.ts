@@ -147,6 +147,26 @@
         <translation>El archivo es demasiado grande</translation>
     </message>
     <message>
+        <source>The file is larger than 8 GB</source>
+        <translation>El archivo ocupa más de 8 GB</translation>
+    </message>
+    <message>
+        <source>The picture says it has %1 x %2 pixels, above the limit of %3</source>
+        <translation>La imagen dice tener %1 x %2 píxeles, por encima del límite de %3</translation>
+    </message>
+    <message>
+        <source>The picture says it has %1 x %2 pixels, too many for a file of %3 bytes (skarnel-render --max-pixels allows them)</source>
+        <translation>La imagen dice tener %1 x %2 píxeles, demasiados para un archivo de %3 bytes (skarnel-render --max-pixels los permite)</translation>
+    </message>
+    <message>
+        <source>The JPEG has more than 100 scans</source>
+        <translation>El JPEG tiene más de 100 pasadas</translation>
+    </message>
+    <message>
+        <source>Not enough memory for the picture</source>
+        <translation>No hay memoria suficiente para la imagen</translation>
+    </message>
+    <message>
         <source>A page of %1 by %2 pixels is too large to capture; at most 16384 by 16384 are</source>
         <translation>Una página de %1 por %2 píxeles es demasiado grande; como máximo puede tener 16384 por 16384</translation>
     </message>
@@ -256,6 +276,10 @@
     <message>
         <source>“%1” is damaged and cannot be opened.</source>
         <translation>«%1» está dañado y no se puede abrir.</translation>
+    </message>
+    <message>
+        <source>“%1” cannot be opened: %2.</source>
+        <translation>No se puede abrir «%1»: %2.</translation>
     </message>
     <message>
         <source>The picture waits under Open Recent.</source>

@@ -147,6 +147,26 @@
         <translation>Le fichier est trop volumineux</translation>
     </message>
     <message>
+        <source>The file is larger than 8 GB</source>
+        <translation>Le fichier dépasse 8 Go</translation>
+    </message>
+    <message>
+        <source>The picture says it has %1 x %2 pixels, above the limit of %3</source>
+        <translation>L’image annonce %1 x %2 pixels, au-delà de la limite de %3</translation>
+    </message>
+    <message>
+        <source>The picture says it has %1 x %2 pixels, too many for a file of %3 bytes (skarnel-render --max-pixels allows them)</source>
+        <translation>L’image annonce %1 x %2 pixels, trop pour un fichier de %3 octets (skarnel-render --max-pixels les autorise)</translation>
+    </message>
+    <message>
+        <source>The JPEG has more than 100 scans</source>
+        <translation>Le JPEG compte plus de 100 passes</translation>
+    </message>
+    <message>
+        <source>Not enough memory for the picture</source>
+        <translation>Mémoire insuffisante pour l’image</translation>
+    </message>
+    <message>
         <source>A page of %1 by %2 pixels is too large to capture; at most 16384 by 16384 are</source>
         <translation>Une page de %1 sur %2 pixels est trop grande ; elle peut avoir 16384 sur 16384 au plus</translation>
     </message>
@@ -256,6 +276,10 @@
     <message>
         <source>“%1” is damaged and cannot be opened.</source>
         <translation>« %1 » est endommagé, impossible de l’ouvrir.</translation>
+    </message>
+    <message>
+        <source>“%1” cannot be opened: %2.</source>
+        <translation>« %1 » ne peut pas être ouvert : %2.</translation>
     </message>
     <message>
         <source>The picture waits under Open Recent.</source>

@@ -147,6 +147,26 @@
         <translation>ファイルが大きすぎます</translation>
     </message>
     <message>
+        <source>The file is larger than 8 GB</source>
+        <translation>ファイルが 8 GB を超えています</translation>
+    </message>
+    <message>
+        <source>The picture says it has %1 x %2 pixels, above the limit of %3</source>
+        <translation>画像のサイズは %1 x %2 ピクセルとされ、上限の %3 を超えています</translation>
+    </message>
+    <message>
+        <source>The picture says it has %1 x %2 pixels, too many for a file of %3 bytes (skarnel-render --max-pixels allows them)</source>
+        <translation>画像のサイズは %1 x %2 ピクセルとされ、%3 バイトのファイルには多すぎます（skarnel-render --max-pixels で許可できます）</translation>
+    </message>
+    <message>
+        <source>The JPEG has more than 100 scans</source>
+        <translation>JPEG のスキャンが 100 回を超えています</translation>
+    </message>
+    <message>
+        <source>Not enough memory for the picture</source>
+        <translation>画像のためのメモリが足りません</translation>
+    </message>
+    <message>
         <source>A page of %1 by %2 pixels is too large to capture; at most 16384 by 16384 are</source>
         <translation>%1 × %2 ピクセルのページは大きすぎます（最大 16384 × 16384）</translation>
     </message>
@@ -256,6 +276,10 @@
     <message>
         <source>“%1” is damaged and cannot be opened.</source>
         <translation>「%1」は破損しているため開けません。</translation>
+    </message>
+    <message>
+        <source>“%1” cannot be opened: %2.</source>
+        <translation>「%1」を開けません: %2。</translation>
     </message>
     <message>
         <source>The picture waits under Open Recent.</source>

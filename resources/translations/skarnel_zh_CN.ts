@@ -147,6 +147,26 @@
         <translation>文件太大</translation>
     </message>
     <message>
+        <source>The file is larger than 8 GB</source>
+        <translation>文件大于 8 GB</translation>
+    </message>
+    <message>
+        <source>The picture says it has %1 x %2 pixels, above the limit of %3</source>
+        <translation>图片声称有 %1 x %2 像素，超过上限 %3</translation>
+    </message>
+    <message>
+        <source>The picture says it has %1 x %2 pixels, too many for a file of %3 bytes (skarnel-render --max-pixels allows them)</source>
+        <translation>图片声称有 %1 x %2 像素，对 %3 字节的文件来说过多（可用 skarnel-render --max-pixels 放行）</translation>
+    </message>
+    <message>
+        <source>The JPEG has more than 100 scans</source>
+        <translation>JPEG 的扫描超过 100 次</translation>
+    </message>
+    <message>
+        <source>Not enough memory for the picture</source>
+        <translation>内存不足，无法打开图片</translation>
+    </message>
+    <message>
         <source>A page of %1 by %2 pixels is too large to capture; at most 16384 by 16384 are</source>
         <translation>%1 × %2 像素的页面过大，最大为 16384 × 16384</translation>
     </message>
@@ -256,6 +276,10 @@
     <message>
         <source>“%1” is damaged and cannot be opened.</source>
         <translation>“%1”已损坏，无法打开。</translation>
+    </message>
+    <message>
+        <source>“%1” cannot be opened: %2.</source>
+        <translation>无法打开“%1”：%2。</translation>
     </message>
     <message>
         <source>The picture waits under Open Recent.</source>

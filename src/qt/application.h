@@ -7,7 +7,9 @@
 #include <QTimer>
 #include <QUrl>
 #include <array>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "app/image_operations.h"
@@ -23,6 +25,7 @@
 #include "qt/window_state.h"
 #include "storage/private_folder.h"
 #include "storage/settings_store.h"
+#include "util/log/result.h"
 
 namespace skarnel {
 
@@ -108,15 +111,20 @@ class Application final : public QObject {
     void fillRecent();
     void copyAsPng();
     void copySelection();
-    void pastePicture();
     void commitColorText();
     void showTextColor();
     void showAbout();
-    /// Runs a command that may install another source picture, and shows when it has. The title is
-    /// the name proposed for saving unless another is given.
-    template <typename Command>
-    void changingSource(Command command, const QString& title = {});
+
+    // source_commands.cpp: where the picture comes from
+    void pastePicture();
+    /// Runs a command that may install another source picture; shows when it has, which is given
+    /// back. The title is the name proposed for saving unless another is given.
+    bool changingSource(const std::function<void()>& command, const QString& title = {});
     void sourceChanged(const QString& title = {});
+    /// After a file was to become the source: it is a recent file now, or the log has the cause why
+    /// there is no picture, which is given back.
+    std::optional<Error> noteOpened(const QString& path);
+    void tellRefusedPicture(const QString& name, const Error& cause);
 
     QString catalogue_;
     WindowState state_;

@@ -8,7 +8,7 @@ namespace {
 
 constexpr const char* kContext = "Cause";
 
-/// The causes that the window passes on, as the folders below word them; %1 and %2 stand for what
+/// The causes that the window passes on, as the folders below word them; %1 to %3 stand for what
 /// differs from case to case.
 constexpr const char* kCauses[] = {
     QT_TRANSLATE_NOOP("Cause", "The file carries no recipe"),
@@ -38,6 +38,13 @@ constexpr const char* kCauses[] = {
     QT_TRANSLATE_NOOP("Cause", "It is a folder"),
     QT_TRANSLATE_NOOP("Cause", "It is not an ordinary file"),
     QT_TRANSLATE_NOOP("Cause", "The file is too large"),
+    QT_TRANSLATE_NOOP("Cause", "The file is larger than 8 GB"),
+    QT_TRANSLATE_NOOP("Cause", "The picture says it has %1 x %2 pixels, above the limit of %3"),
+    QT_TRANSLATE_NOOP("Cause",
+                      "The picture says it has %1 x %2 pixels, too many for a file of %3 bytes "
+                      "(skarnel-render --max-pixels allows them)"),
+    QT_TRANSLATE_NOOP("Cause", "The JPEG has more than 100 scans"),
+    QT_TRANSLATE_NOOP("Cause", "Not enough memory for the picture"),
     QT_TRANSLATE_NOOP(
         "Cause", "A page of %1 by %2 pixels is too large to capture; at most 16384 by 16384 are"),
     QT_TRANSLATE_NOOP("Cause", "The page renderer ended"),
@@ -47,10 +54,10 @@ constexpr const char* kCauses[] = {
     QT_TRANSLATE_NOOP("Cause", "Out of memory"),
 };
 
-/// What stands in the places of %1 and %2, in their order; none when the cause is another one.
+/// What stands in the places of %1 to %3, in their order; none when the cause is another one.
 std::optional<QStringList> placesIn(const QString& message, const char* cause) {
     QString pattern = QRegularExpression::escape(QString::fromLatin1(cause));
-    pattern.replace(QRegularExpression(QStringLiteral("\\\\%[12]")), QStringLiteral("(.*)"));
+    pattern.replace(QRegularExpression(QStringLiteral("\\\\%[123]")), QStringLiteral("(.*)"));
     const QRegularExpressionMatch match =
         QRegularExpression(QRegularExpression::anchoredPattern(pattern),
                            QRegularExpression::DotMatchesEverythingOption)
@@ -67,9 +74,16 @@ QString causeText(const Error& error) {
         const auto places = placesIn(message, cause);
         if (!places) continue;
         QString text = QCoreApplication::translate(kContext, cause);
-        if (places->isEmpty()) return text;
-        return places->size() == 1 ? text.arg(places->at(0))
-                                   : text.arg(places->at(0), places->at(1));
+        switch (places->size()) {
+            case 0:
+                return text;
+            case 1:
+                return text.arg(places->at(0));
+            case 2:
+                return text.arg(places->at(0), places->at(1));
+            default:
+                return text.arg(places->at(0), places->at(1), places->at(2));
+        }
     }
     return message;
 }

@@ -12,16 +12,13 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QTextCursor>
-#include <QUrl>
 #include <algorithm>
-#include <cerrno>
 
 #include "qt/accessible_parts.h"
 #include "qt/appearance.h"
 #include "qt/application.h"
 #include "qt/cause_text.h"
 #include "qt/companions.h"
-#include "qt/file_names.h"
 #include "qt/icons.h"
 #include "qt/page_refusal.h"
 #include "qt/picture_painter.h"
@@ -38,22 +35,10 @@
 namespace skarnel {
 namespace {
 
-constexpr double kSlowSavePixels = 4e6;     // from here on a save may take a second and more
-constexpr qint64 kRecognitionBytes = 4096;  // enough of a file to know its format
+constexpr double kSlowSavePixels = 4e6;  // from here on a save may take a second and more
 
 QByteArray toQt(const Bytes& bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size())};
-}
-
-ByteView view(const QByteArray& bytes) {
-    return {reinterpret_cast<const std::uint8_t*>(bytes.constData()),
-            static_cast<std::size_t>(bytes.size())};
-}
-
-QString localPath(const QString& pathOrAddress) {
-    const QUrl url(pathOrAddress);
-    const QString path = url.isLocalFile() ? pathOfAddress(url) : pathOrAddress;
-    return QFileInfo(path).absoluteFilePath();
 }
 
 /// A recent file's name, with its folder's where another one is called the same.
@@ -66,117 +51,16 @@ QString recentName(const QString& path, const QStringList& all) {
     return QStringLiteral("%1 — %2").arg(file.fileName(), file.dir().dirName());
 }
 
-/// The clipboard's picture in one of the formats that are read here, the exact ones first.
-std::optional<DecodedImage> clipboardPicture(const QMimeData& data) {
-    for (const std::string_view type :
-         {kUTTypeTIFF, kUTTypePNG, kUTTypeWebP, kUTTypeBMP, kUTTypeJPEG}) {
-        const ImageType* known = imageTypeWithIdentifier(type);
-        if (known == nullptr || !known->canRead) continue;
-        const QString mime = QString::fromUtf8(known->mimeType.data(),
-                                               static_cast<qsizetype>(known->mimeType.size()));
-        const QByteArray bytes = data.data(mime);
-        if (bytes.isEmpty()) continue;
-        if (auto decoded = decodeForeignImage(view(bytes))) return *std::move(decoded);
-    }
-    return std::nullopt;
-}
-
 }  // namespace
-
-// The source picture -------------------------------------------------------------------------
-
-template <typename Command>
-void Application::changingSource(Command command, const QString& title) {
-    const std::optional<NSImage> before = controller_.image;
-    command();
-    const std::optional<NSImage>& now = controller_.image;
-    if (now && (!before || !now->isSame(*before))) sourceChanged(title);
-}
-
-void Application::sourceChanged(const QString& title) {
-    window_.viewer().discardEdits();
-    pasted_.reset();
-    window_.endTelling();
-    const QString name = title.isEmpty() ? QString::fromStdString(controller_.saveFilename) : title;
-    window_.setWindowTitle(QStringLiteral("%1 — Skarnel").arg(name));
-    window_.viewer().setPictureName(name);
-    announcePicture(window_.viewer());
-    window_.announce(pictureText(window_.viewer()));
-}
-
-bool Application::openPicture(const QString& pathOrAddress) {
-    const QString path = localPath(pathOrAddress);
-    if (RecipeCommands::isRecipeName(path)) return companions_->recipes().openFrom(path);
-    const QString name = QFileInfo(path).fileName();
-    const auto bytes = bytesOfPath(path);
-    const auto head = bytes ? headOfFile(*bytes, kRecognitionBytes)
-                            : Result<QByteArray>(ErrorCode::CannotRead, describeError(EILSEQ));
-    if (!head) {
-        window_.tell(tr("“%1” cannot be read: %2.").arg(name, causeText(head.error())));
-        return false;
-    }
-    const ImageType* type = imageTypeOfContent(view(*head));
-    if (type == nullptr || !type->canRead) {
-        window_.tell(tr("“%1” is no picture that can be opened.").arg(name));
-        return false;
-    }
-    {
-        const WaitCursor atWork;
-        changingSource([&] { controller_.imagePathChanged(*bytes); });
-    }
-    if (!controller_.image || !controller_.image->isValid()) {
-        window_.tell(tr("“%1” is damaged and cannot be opened.").arg(name));
-        return false;
-    }
-    state_.addRecentFile(path);
-    return true;
-}
-
-void Application::openPictures(const QStringList& paths) {
-    if (paths.isEmpty()) return;
-    if (!awake_) {
-        waiting_ += paths;
-        return;
-    }
-    // A picture installed under a sheet would be saved in place of the one the sheet is about.
-    const bool sheetIsUp = QApplication::activeModalWidget() != nullptr;
-    for (const QString& path : paths.mid(sheetIsUp ? 0 : 1)) state_.addRecentFile(path);
-    if (sheetIsUp)
-        window_.tell(tr("The picture waits under Open Recent."));
-    else
-        openPicture(paths.front());
-}
-
-void Application::pastePicture() {
-    const QMimeData* data = QApplication::clipboard()->mimeData();
-    if (data == nullptr) return;
-    for (const QUrl& url : data->urls()) {
-        if (!url.isLocalFile()) continue;
-        openPicture(pathOfAddress(url));
-        return;
-    }
-    const auto picture = clipboardPicture(*data);
-    const auto bytes = picture ? encodeImage(picture->image, kUTTypeTIFF, picture->properties)
-                               : Result<Bytes>(ErrorCode::UnknownFormat, "no picture");
-    const auto folder = toolkit_.temporaryDirectory();
-    if (!bytes || !folder) return window_.tell(tr("There is no picture on the clipboard."));
-    // A folder of its own lets the file have a name that suits the one proposed for saving.
-    auto own = std::make_unique<PrivateFolder>(*folder, kPastedPrefix);
-    const std::string path =
-        own->path() + "/" + (tr("Pasted Picture") + QStringLiteral(".tiff")).toStdString();
-    if (own->path().empty() || !writeFileSafely(path, *bytes, Overwrite::Refuse))
-        return window_.tell(tr("The picture cannot be pasted."));
-    changingSource([&] { controller_.imagePathChanged(path); });
-    pasted_ = std::move(own);
-}
 
 // File ---------------------------------------------------------------------------------------
 
 void Application::connectFile() {
     connect(actions_.open, &QAction::triggered, this, [this] {
-        changingSource([this] { controller_.browse(nullptr); });
+        const bool changed = changingSource([this] { controller_.browse(nullptr); });
         const QStringList chosen = state_.takeChosen();
-        for (const QString& path : chosen) state_.addRecentFile(path);
+        for (const QString& path : chosen)
+            if (changed) noteOpened(path);
     });
     connect(actions_.save, &QAction::triggered, this, [this] {
         takeTyped();

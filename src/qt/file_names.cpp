@@ -60,17 +60,21 @@ QString pathOfAddress(const QUrl& address) {
 }
 
 Result<QByteArray> headOfFile(const std::string& path, qint64 most) {
-    // A pipe without a writer would keep the opening waiting.
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    struct stat status {};
+    // Looked at before it is opened: a device might act.
+    if (::stat(path.c_str(), &status) != 0) return {ErrorCode::CannotRead, describeError(errno)};
+    if (S_ISDIR(status.st_mode)) return {ErrorCode::CannotRead, "It is a folder"};
+    const Error notOrdinary{ErrorCode::CannotRead, "It is not an ordinary file"};
+    if (!S_ISREG(status.st_mode)) return notOrdinary;
+    // Not blocking: it may have become a pipe without a writer by now.
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (descriptor < 0) return {ErrorCode::CannotRead, describeError(errno)};
     QFile file;
-    struct stat status {};
     const bool known = ::fstat(descriptor, &status) == 0;
     if (!known || !S_ISREG(status.st_mode) ||
         !file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
         ::close(descriptor);
-        return {ErrorCode::CannotRead,
-                known && S_ISDIR(status.st_mode) ? "It is a folder" : "It is not an ordinary file"};
+        return notOrdinary;
     }
     QByteArray head = file.read(most);
     // An empty file has a head, an empty one; a disk that fails has none.

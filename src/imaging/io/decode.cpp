@@ -28,10 +28,10 @@ std::optional<Error> checkPictureSize(std::int64_t width, std::int64_t height,
     }
     if (width * height > limits.maxUnprovenPixels &&
         static_cast<std::uint64_t>(width * height) / kMaxPixelsPerByte >= limits.fileBytes) {
-        char text[160];
+        char text[200];
         std::snprintf(text, sizeof text,
                       "The picture says it has %lld x %lld pixels, too many for a file of %llu "
-                      "bytes (--max-pixels allows them)",
+                      "bytes (skarnel-render --max-pixels allows them)",
                       static_cast<long long>(width), static_cast<long long>(height),
                       static_cast<unsigned long long>(limits.fileBytes));
         return Error{ErrorCode::TooLarge, text};

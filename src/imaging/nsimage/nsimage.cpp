@@ -56,6 +56,7 @@ struct NSImage::Object {
     std::vector<std::shared_ptr<NSImageRep>> representations;
     ImageProperties properties;
     std::string unreadFile;           // not empty until the file is needed
+    std::optional<Error> readError;   // of that file
     std::optional<CGImage> survivor;  // of a bitmap representation; known to survive TIFF
 
     void take(DecodedImage decoded) {
@@ -76,7 +77,11 @@ struct NSImage::Object {
     void readFile() {
         if (unreadFile.empty()) return;
         const std::string path = std::exchange(unreadFile, {});
-        if (auto decoded = decodeImageFile(path)) take(*std::move(decoded));
+        auto decoded = decodeImageFile(path);
+        if (decoded)
+            take(*std::move(decoded));
+        else
+            readError = decoded.error();
     }
 
     /// What stands for the image in pixels: the representation of exactly its size, otherwise the
@@ -135,6 +140,11 @@ NSImage NSImage::copy() const {
 bool NSImage::isValid() const {
     object_->readFile();
     return !object_->representations.empty();
+}
+
+std::optional<Error> NSImage::readError() const {
+    object_->readFile();
+    return object_->readError;
 }
 
 CGSize NSImage::size() const {

@@ -76,6 +76,9 @@ class NSImage {
 
     /// Whether it has something to draw: a representation, or a file that decodes.
     bool isValid() const;
+    /// Why the file that it refers to gave no picture; none where it did, or where there is no
+    /// file.
+    std::optional<Error> readError() const;
     CGSize size() const;
     void setSize(CGSize size);
 

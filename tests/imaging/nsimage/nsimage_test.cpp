@@ -43,6 +43,7 @@ TEST(NSImage, OfAFileHasOnePointAPixelWhateverItsResolution) {
                                                    {{std::string(kPropertyDpiWidth), 300.0}}));
     const auto image = NSImage::initByReferencingFile(file.path());
     ASSERT_TRUE(image);
+    EXPECT_FALSE(image->readError());
     EXPECT_TRUE(image->isValid());
     EXPECT_EQ(image->size(), (CGSize{6, 4}));
     EXPECT_NEAR(numberProperty(image->properties(), kPropertyDpiWidth), 300, 0.02);
@@ -64,6 +65,9 @@ TEST(NSImage, OfAFileThatCannotBeDecodedHasNoSize) {
     EXPECT_FALSE(image->bitmap());
     EXPECT_FALSE(image->TIFFRepresentation());
     EXPECT_FALSE(image->decodedTIFFRepresentation());
+    ASSERT_TRUE(image->readError());
+    EXPECT_EQ(image->readError()->code, ErrorCode::UnknownFormat);
+    EXPECT_EQ(image->copy().readError()->code, ErrorCode::UnknownFormat);
 }
 
 TEST(NSImage, ReadsItsFileAtFirstNeedAndOnlyThen) {
