@@ -20,12 +20,13 @@ std::size_t hashOf(std::uint64_t word) {
 /// How many bytes at `bytes` repeat those `distance` before them, where the first eight do; at most
 /// `left`.
 std::size_t repeatLength(const std::uint8_t* bytes, std::size_t distance, std::size_t left) {
+    const std::uint8_t* before = bytes - distance;
     std::size_t length = kWord;
     for (; length + kWord <= left; length += kWord) {
-        const std::uint64_t other = wordAt(bytes + length) ^ wordAt(bytes + length - distance);
+        const std::uint64_t other = wordAt(bytes + length) ^ wordAt(before + length);
         if (other != 0) return length + static_cast<std::size_t>(std::countr_zero(other)) / 8;
     }
-    while (length < left && bytes[length] == bytes[length - distance]) ++length;
+    while (length < left && bytes[length] == before[length]) ++length;
     return length;
 }
 
