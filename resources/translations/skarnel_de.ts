@@ -152,11 +152,11 @@
     </message>
     <message>
         <source>The picture says it has %1 x %2 pixels, above the limit of %3</source>
-        <translation>Das Bild hat nach eigener Angabe %1 x %2 Bildpunkte, mehr als die erlaubten %3</translation>
+        <translation>Das Bild hat nach eigener Angabe %1 × %2 Pixel, mehr als die erlaubten %3</translation>
     </message>
     <message>
         <source>The picture says it has %1 x %2 pixels, too many for a file of %3 bytes (skarnel-render --max-pixels allows them)</source>
-        <translation>Das Bild hat nach eigener Angabe %1 x %2 Bildpunkte, zu viele für eine Datei von %3 Byte (skarnel-render --max-pixels erlaubt sie)</translation>
+        <translation>Das Bild hat nach eigener Angabe %1 × %2 Pixel, zu viele für eine Datei von %3 Byte (skarnel-render --max-pixels erlaubt sie)</translation>
     </message>
     <message>
         <source>The JPEG has more than 100 scans</source>
@@ -164,7 +164,7 @@
     </message>
     <message>
         <source>Not enough memory for the picture</source>
-        <translation>Der Speicher reicht für das Bild nicht aus</translation>
+        <translation>Der Arbeitsspeicher reicht für das Bild nicht aus</translation>
     </message>
     <message>
         <source>A page of %1 by %2 pixels is too large to capture; at most 16384 by 16384 are</source>

@@ -152,11 +152,11 @@
     </message>
     <message>
         <source>The picture says it has %1 x %2 pixels, above the limit of %3</source>
-        <translation>La imagen dice tener %1 x %2 píxeles, por encima del límite de %3</translation>
+        <translation>La imagen dice tener %1 × %2 píxeles, por encima del límite de %3</translation>
     </message>
     <message>
         <source>The picture says it has %1 x %2 pixels, too many for a file of %3 bytes (skarnel-render --max-pixels allows them)</source>
-        <translation>La imagen dice tener %1 x %2 píxeles, demasiados para un archivo de %3 bytes (skarnel-render --max-pixels los permite)</translation>
+        <translation>La imagen dice tener %1 × %2 píxeles, demasiados para un archivo de %3 bytes (skarnel-render --max-pixels los permite)</translation>
     </message>
     <message>
         <source>The JPEG has more than 100 scans</source>

@@ -152,11 +152,11 @@
     </message>
     <message>
         <source>The picture says it has %1 x %2 pixels, above the limit of %3</source>
-        <translation>L’image annonce %1 x %2 pixels, au-delà de la limite de %3</translation>
+        <translation>L’image annonce %1 × %2 pixels, au-delà de la limite de %3</translation>
     </message>
     <message>
         <source>The picture says it has %1 x %2 pixels, too many for a file of %3 bytes (skarnel-render --max-pixels allows them)</source>
-        <translation>L’image annonce %1 x %2 pixels, trop pour un fichier de %3 octets (skarnel-render --max-pixels les autorise)</translation>
+        <translation>L’image annonce %1 × %2 pixels, trop pour un fichier de %3 octets (skarnel-render --max-pixels les autorise)</translation>
     </message>
     <message>
         <source>The JPEG has more than 100 scans</source>
@@ -279,7 +279,7 @@
     </message>
     <message>
         <source>“%1” cannot be opened: %2.</source>
-        <translation>« %1 » ne peut pas être ouvert : %2.</translation>
+        <translation>Impossible d’ouvrir « %1 » : %2.</translation>
     </message>
     <message>
         <source>The picture waits under Open Recent.</source>

@@ -152,11 +152,11 @@
     </message>
     <message>
         <source>The picture says it has %1 x %2 pixels, above the limit of %3</source>
-        <translation>画像のサイズは %1 x %2 ピクセルとされ、上限の %3 を超えています</translation>
+        <translation>画像のサイズは %1 × %2 ピクセルとされ、上限の %3 を超えています</translation>
     </message>
     <message>
         <source>The picture says it has %1 x %2 pixels, too many for a file of %3 bytes (skarnel-render --max-pixels allows them)</source>
-        <translation>画像のサイズは %1 x %2 ピクセルとされ、%3 バイトのファイルには多すぎます（skarnel-render --max-pixels で許可できます）</translation>
+        <translation>画像のサイズは %1 × %2 ピクセルとされ、%3 バイトのファイルには多すぎます (skarnel-render --max-pixels で許可できます)</translation>
     </message>
     <message>
         <source>The JPEG has more than 100 scans</source>
@@ -164,11 +164,11 @@
     </message>
     <message>
         <source>Not enough memory for the picture</source>
-        <translation>画像のためのメモリが足りません</translation>
+        <translation>画像のためのメモリーが足りません</translation>
     </message>
     <message>
         <source>A page of %1 by %2 pixels is too large to capture; at most 16384 by 16384 are</source>
-        <translation>%1 × %2 ピクセルのページは大きすぎます（最大 16384 × 16384）</translation>
+        <translation>%1 × %2 ピクセルのページは大きすぎます (最大 16384 × 16384)</translation>
     </message>
     <message>
         <source>Nothing more could be written</source>

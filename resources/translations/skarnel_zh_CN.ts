@@ -152,11 +152,11 @@
     </message>
     <message>
         <source>The picture says it has %1 x %2 pixels, above the limit of %3</source>
-        <translation>图片声称有 %1 x %2 像素，超过上限 %3</translation>
+        <translation>图片声称有 %1 × %2 像素，超过上限 %3</translation>
     </message>
     <message>
         <source>The picture says it has %1 x %2 pixels, too many for a file of %3 bytes (skarnel-render --max-pixels allows them)</source>
-        <translation>图片声称有 %1 x %2 像素，对 %3 字节的文件来说过多（可用 skarnel-render --max-pixels 放行）</translation>
+        <translation>图片声称有 %1 × %2 像素，对 %3 字节的文件来说过多（可用 skarnel-render --max-pixels 放行）</translation>
     </message>
     <message>
         <source>The JPEG has more than 100 scans</source>

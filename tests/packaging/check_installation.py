@@ -39,13 +39,16 @@ def list_complaints(component, files, patterns):
 
 def built_complaints(prefix, source):
     """Of what the patterns leave open: nothing that the sources have is missing."""
-    found = []
+    found, guide = [], source / "docs/guide"
     for kind, wanted in [("icons", [path.name for path in source.glob("resources/icons/*.svg")]),
                          ("translations", [path.stem + ".qm" for path in
                                            source.glob("resources/translations/*.ts")]),
                          ("help/pictures", [path.name for path in
-                                            source.glob("docs/guide/pictures/*.webp")])]:
-        there = {path.name for path in (prefix / "share/skarnel" / kind).iterdir()}
+                                            guide.glob("pictures/*.webp")]),
+                         ("help", [str(path.relative_to(guide).with_suffix(".html"))
+                                   for path in guide.rglob("*.md")])]:
+        folder = prefix / "share/skarnel" / kind
+        there = {str(path.relative_to(folder)) for path in folder.rglob("*")}
         found += [f"{kind} lacks {name}" for name in sorted(set(wanted) - there)]
         if not wanted:
             found.append(f"the sources have no {kind}")
@@ -55,7 +58,7 @@ def built_complaints(prefix, source):
 def help_complaints(folder):
     found = []
     for page in sorted(folder.rglob("*.html")):
-        for target in re.findall(r'(?:href|src)="([^"#?]+)', page.read_text()):
+        for target in re.findall(r'(?:href|src)="([^"#?]+)', page.read_text(encoding="utf-8")):
             if not re.match(r"\w+:", target) and not (page.parent / target).is_file():
                 found.append(f"{page.name} leads to {target}, which is not installed")
     return found
