@@ -106,7 +106,7 @@ void tryJob(const Job& job, const JobSettings& settings, JobReport& report) {
     const ImageProperties properties = outputProperties(source->properties, settings);
     source.reset();
     const Result<void> written =
-        encodeAndWrite(rendered->image, job, properties, settings.overwrite);
+        encodeAndWrite(rendered->image, job, properties, settings.overwrite, report);
     if (!written) {
         report.error = (job.output == kStandardStream ? "standard output" : job.output) + ": " +
                        written.error().message;
@@ -182,14 +182,15 @@ ImageProperties outputProperties(const ImageProperties& source, const JobSetting
 }
 
 Result<void> encodeAndWrite(const CGImage& image, const Job& job, const ImageProperties& properties,
-                            Overwrite overwrite) {
+                            Overwrite overwrite, JobReport& report) {
     const Result<Bytes> bytes = encodeWithRecipe(image, job.type, properties);
     if (!bytes) return bytes.error();
     const ImageType* type = imageTypeOfContent(*bytes);
     if (type == nullptr || type->identifier != job.type) {
         return {ErrorCode::Failed, "The encoded picture is not of its format"};
     }
-    const UninterruptedScope whole;  // a file or a stream that was begun is ended
+    // A file or a stream that was begun is ended, and told.
+    report.untilReported = std::make_shared<const UninterruptedScope>();
     if (job.output == kStandardStream) return writeDescriptor(STDOUT_FILENO, *bytes);
     return writeFileSafely(job.output, *bytes, overwrite);
 }

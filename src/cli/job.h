@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -12,6 +13,8 @@
 #include "storage/safe_file.h"
 
 namespace skarnel::cli {
+
+class UninterruptedScope;
 
 struct Job {
     std::string input;                         // a path, or "-"
@@ -39,6 +42,8 @@ struct JobReport {
     double milliseconds = 0;
     std::optional<std::string> error;  // a result may be written all the same (an unmade turn)
     Bytes made = {};                   // what is handed on instead of being written
+    /// From the writing of the file on: a signal waits, so that no file stands unreported.
+    std::shared_ptr<const UninterruptedScope> untilReported = {};
 };
 
 /// Whether something stands there that writing would replace: neither a device, a pipe nor a link.
@@ -57,9 +62,10 @@ Result<ReflectionResult> renderWithin(const CGImage& picture, const JobSettings&
 ImageProperties outputProperties(const ImageProperties& source, const JobSettings& settings);
 
 /// Encodes, puts the recipe in where the properties ask for it, checks that the bytes are of that
-/// format, and writes them safely; "-" is standard output.
+/// format, and writes them safely; "-" is standard output. From the writing on, signals wait for
+/// the end of `report`.
 Result<void> encodeAndWrite(const CGImage& image, const Job& job, const ImageProperties& properties,
-                            Overwrite overwrite);
+                            Overwrite overwrite, JobReport& report);
 
 /// Does the whole job. Never throws and never leaves half a file.
 JobReport runJob(const Job& job, const JobSettings& settings);

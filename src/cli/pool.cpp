@@ -160,6 +160,7 @@ class Pool {
         for (const Worker& worker : workers_) {
             if (worker.process > 0) ::kill(worker.process, SIGTERM);
         }
+        if (interruptingSignal() != 0) reportFinished();
     }
 
   private:
@@ -233,29 +234,54 @@ class Pool {
         return isAlone || memory <= left;
     }
 
-    void listen(Worker& worker) {
+    /// What a worker sends next, as read gives it; an interruption of the wait is tried again.
+    static ssize_t receive(Worker& worker) {
         char buffer[1 << 16];
-        const ssize_t got = ::read(worker.reports, buffer, sizeof buffer);
-        if (got < 0 && errno == EINTR) return;
-        if (got <= 0) {
-            replaceDead(worker);
-            return;
-        }
-        worker.received.append(buffer, static_cast<std::size_t>(got));
+        ssize_t got = 0;
+        do got = ::read(worker.reports, buffer, sizeof buffer);
+        while (got < 0 && errno == EINTR);
+        if (got > 0) worker.received.append(buffer, static_cast<std::size_t>(got));
+        return got;
+    }
+
+    /// The report of the worker's job once all of it is there; the worker has no job then.
+    std::optional<std::pair<std::size_t, JobReport>> takeReport(Worker& worker) const {
         ReportHead head;
         std::string_view received = worker.received;
-        if (received.size() < sizeof head) return;
+        if (!worker.job || received.size() < sizeof head) return std::nullopt;
         std::memcpy(&head, received.data(), sizeof head);
         received.remove_prefix(sizeof head);
-        if (received.size() < head.reportBytes + head.madeBytes) return;
+        if (received.size() < head.reportBytes + head.madeBytes) return std::nullopt;
         std::optional<JobReport> report = unpackReport(received.substr(0, head.reportBytes));
         received.remove_prefix(head.reportBytes);
         if (report) report->made.assign(received.begin(), received.end());
         const std::size_t job = *std::exchange(worker.job, std::nullopt);
         worker.received = {};
-        finish(job,
-               report ? *std::move(report) : lost_(job, "The report of its process was damaged"));
-        giveAll();
+        if (!report) report = lost_(job, "The report of its process was damaged");
+        return std::pair(job, *std::move(report));
+    }
+
+    void listen(Worker& worker) {
+        if (receive(worker) <= 0) {
+            replaceDead(worker);
+            return;
+        }
+        if (auto report = takeReport(worker)) {
+            finish(report->first, std::move(report->second));
+            giveAll();
+        }
+    }
+
+    /// After an interruption: all that the workers still send before they end, and what was done
+    /// before an earlier job was.
+    void reportFinished() {
+        for (Worker& worker : workers_) {
+            if (worker.process <= 0) continue;
+            while (receive(worker) > 0) {
+            }
+            if (auto report = takeReport(worker)) early_.insert(*std::move(report));
+        }
+        for (const auto& [job, report] : early_) callbacks_.report(report);
     }
 
     void replaceDead(Worker& worker) {

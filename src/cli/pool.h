@@ -41,7 +41,7 @@ struct PoolCallbacks {
 /// larger than all of it waits until it is alone. With one worker, or one job, all happens in this
 /// process. A worker that dies costs only the job that it had: `lost` makes its report, and another
 /// worker takes its place. An interruption ends the workers, each after the file that it is
-/// writing, and then the program.
+/// writing; what is finished by then is reported, in its order but with gaps, and the program ends.
 void runPool(std::size_t count, const PoolShare& share, const PoolCallbacks& callbacks,
              const std::function<JobReport(std::size_t job, const std::string& cause)>& lost);
 

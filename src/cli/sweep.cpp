@@ -273,7 +273,7 @@ void runSweep(const SweepRequest& request, const std::function<void(const JobRep
             }
             const Result<void> written = encodeAndWrite(
                 frame->image, job, outputProperties(prepared->picture.properties, request.settings),
-                request.settings.overwrite);
+                request.settings.overwrite, frameReport);
             if (!written) {
                 frameReport.error = job.output + ": " + written.error().message;
                 return;

@@ -1,7 +1,12 @@
 // Ctrl-C and its kin at random moments: exit code 130, whole files, nothing left over.
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <chrono>
+#include <nlohmann/json.hpp>
 #include <random>
+#include <set>
+#include <sstream>
 #include <thread>
 
 #include "cli/pictures.h"
@@ -62,6 +67,48 @@ TEST_F(Interrupt, EndsWith130AndLeavesOnlyWholeFiles) {
         expectWholePictures(results.path());
     }
     EXPECT_GT(interrupted, 0);
+}
+
+/// The files that the lines of --json name.
+std::set<std::string> reportedFiles(const std::string& lines) {
+    std::set<std::string> files;
+    std::istringstream stream(lines);
+    for (std::string line; std::getline(stream, line);) {
+        const auto report = nlohmann::json::parse(line);
+        if (!report["output"].is_null()) files.insert(report["output"].get<std::string>());
+    }
+    return files;
+}
+
+// The first picture is by far the largest, so that the others are finished before it.
+TEST_F(Interrupt, EveryFileThatStandsIsReported) {
+    test::putPicture(pictures_.front(), 2000, 1500);
+    for (const char* workers : {"1", "2", "3"}) {
+        SCOPED_TRACE(workers);
+        const TemporaryFolder results;
+        std::vector<std::string> all = arguments(results.path(), workers);
+        all.push_back("--json");
+        Process process(all, [] {
+            heedInterruptions();
+            ::setpgid(0, 0);
+        });
+        const auto standing = [&] {
+            const std::vector<std::string> names = results.names();
+            return std::count_if(names.begin(), names.end(),
+                                 [](const auto& name) { return !isTemporaryFileName(name); });
+        };
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (standing() < 3 && std::chrono::steady_clock::now() < end) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        ::kill(-process.id(), SIGINT);  // as a terminal does: the workers get it, too
+        const Finished finished = process.finish();
+        EXPECT_TRUE(finished.exitCode == 130 || finished.exitCode == 0) << finished.exitCode;
+        std::set<std::string> files;
+        for (const std::string& name : results.names()) files.insert(results / name);
+        EXPECT_GE(files.size(), 3U);
+        EXPECT_EQ(reportedFiles(finished.out), files);
+    }
 }
 
 TEST_F(Interrupt, ATerminationHasItsOwnCode) {
