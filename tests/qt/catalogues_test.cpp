@@ -5,6 +5,8 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
+#include <array>
+#include <cstddef>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -98,6 +100,54 @@ TEST(Catalogues, EveryTextIsTranslatedAndKeepsItsParts) {
                 << language << ": " << message.translation.toStdString();
         }
     }
+}
+
+/// A word of the window and what each language, in the order of kCatalogues, calls it.
+struct Term {
+    const char* word;
+    std::array<const char*, kCatalogues.size()> called;
+};
+
+constexpr Term kTerms[] = {
+    {"recipe", {"rezept", "receta", "recette", "レシピ", "配方"}},
+    {"look", {"stil", "estilo", "style", "スタイル", "样式"}},
+    {"setting", {"einstellung", "ajuste", "réglage", "設定", "设置"}},
+    {"reflection", {"spiegelbild", "reflejo", "reflet", "反射", "倒影"}},
+    {"background", {"hintergrund", "fondo", "arrière-plan", "背景", "背景"}},
+    {"fade", {"ausblend", "desvanec", "fondu", "フェード", "渐隐"}},
+    {"opacity", {"deckkraft", "opacidad", "opacité", "不透明", "不透明"}},
+    {"pixel", {"pixel", "píxel", "pixel", "ピクセル", "像素"}},
+    {"clipboard", {"zwischenablage", "portapapeles", "presse-papiers", "クリップボード", "剪贴板"}},
+    {"folder", {"ordner", "carpeta", "dossier", "フォルダー", "文件夹"}},
+    {"memory", {"speicher", "memoria", "mémoire", "メモリー", "内存"}},
+};
+
+TEST(Catalogues, CallOneThingByOneName) {
+    for (std::size_t i = 0; i < kCatalogues.size(); ++i) {
+        const auto messages =
+            messagesOf(catalogueFile(QStringLiteral(SKARNEL_CATALOGUE_SOURCES), kCatalogues[i]));
+        for (const Term& term : kTerms) {
+            const QRegularExpression word(
+                QStringLiteral("\\b%1s?\\b").arg(QLatin1String(term.word)),
+                QRegularExpression::CaseInsensitiveOption);
+            for (const Message& message : messages) {
+                if (!QString(message.source).remove(QLatin1Char('&')).contains(word)) continue;
+                EXPECT_TRUE(QString(message.translation)
+                                .remove(QLatin1Char('&'))
+                                .contains(QString::fromUtf8(term.called[i]), Qt::CaseInsensitive))
+                    << kCatalogues[i] << ": “" << message.translation.toStdString() << "” for “"
+                    << message.source.toStdString() << "” without " << term.called[i];
+            }
+        }
+    }
+}
+
+/// French sets a space before a double sign and inside quotation marks; a line never breaks there.
+TEST(Catalogues, FrenchSignsStayWithTheirWords) {
+    const QRegularExpression breakable(QStringLiteral(" [;:?!»]|« "));
+    const QString path = catalogueFile(QStringLiteral(SKARNEL_CATALOGUE_SOURCES), "fr");
+    for (const Message& message : messagesOf(path))
+        EXPECT_FALSE(message.translation.contains(breakable)) << message.translation.toStdString();
 }
 
 TEST(Catalogues, HaveEveryTextOfTheSourcesAndNoOther) {
