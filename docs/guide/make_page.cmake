@@ -8,8 +8,9 @@ if(result)
     message(FATAL_ERROR "${CMARK} failed on ${SOURCE}: ${result}")
 endif()
 string(REGEX REPLACE "href=\"([a-z]+)\\.md([#\"])" "href=\"\\1.html\\2" BODY "${BODY}")
-# The values below a row of pictures.
+# The values below a row of pictures, and a look with its name.
 string(REGEX REPLACE "<p><em>([^<]*)</em></p>" "<p class=\"values\">\\1</p>" BODY "${BODY}")
+string(REPLACE "<td><img " "<td class=\"look\"><img " BODY "${BODY}")
 string(REGEX MATCH "<h1>([^<]*)</h1>" heading "${BODY}")
 set(TITLE "${CMAKE_MATCH_1}")
 
