@@ -39,7 +39,7 @@ class WindowTest : public ::testing::Test {
             EXPECT_TRUE(QDir(folder.path()).mkpath(QString::fromLatin1(name)));
             qputenv(name, folder.filePath(QString::fromLatin1(name)).toLocal8Bit());
         }
-        app = std::make_unique<Application>(parts.parts());
+        app = std::make_unique<Application>(parts.parts({}));
         app->start({});
         QApplication::processEvents();
     }
