@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 #include <utility>
 
 #include "cli/options.h"
@@ -19,6 +20,10 @@ constexpr double kFull = 255.0;
 /// A component of a colour that came from bytes; nothing else can be in a recipe.
 std::uint8_t byteOf(double component) {
     return static_cast<std::uint8_t>(std::lround(std::clamp(component, 0.0, 1.0) * kFull));
+}
+
+Error noMemory() {
+    return {ErrorCode::OutOfMemory, "No memory left"};
 }
 
 bool isPipe(const std::string& path) {
@@ -39,7 +44,7 @@ Result<Recipe> recipeFrom(const std::string& path) {
 
 }  // namespace
 
-Result<RecipeSettings> settingsFromRecipe(const std::string& path) {
+Result<RecipeSettings> settingsFromRecipe(const std::string& path) try {
     Result<Recipe> recipe = recipeFrom(path);
     if (!recipe) {
         const std::string name = path == kStandardStream ? "standard input" : path;
@@ -52,10 +57,12 @@ Result<RecipeSettings> settingsFromRecipe(const std::string& path) {
     settings.backgroundColor = {color.red / kFull, color.green / kFull, color.blue / kFull,
                                 color.alpha / kFull};
     return RecipeSettings{settings, std::move(recipe->text)};
+} catch (const std::bad_alloc&) {
+    return noMemory();
 }
 
 Result<std::string> recipeOfSettings(const RenderSettings& settings,
-                                     const std::optional<StyledText>& text) {
+                                     const std::optional<StyledText>& text) try {
     Recipe recipe;
     recipe.settings = settings.numbers;
     recipe.applyBackgroundColor = settings.applyBackgroundColor;
@@ -64,6 +71,8 @@ Result<std::string> recipeOfSettings(const RenderSettings& settings,
                          byteOf(color.alpha)};
     recipe.text = text;
     return serializeRecipe(recipe);
+} catch (const std::bad_alloc&) {
+    return noMemory();
 }
 
 }  // namespace skarnel::cli

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <nlohmann/json.hpp>
 
 #include "cli/interrupt.h"
@@ -15,20 +16,36 @@
 namespace skarnel::cli {
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Json = nlohmann::json;
 
-Json sizeOrNull(const std::optional<PixelSize>& size) {
-    return size ? Json::array({size->width, size->height}) : Json(nullptr);
+/// One value that is no object: the library's own objects end the program where memory is short.
+std::string textOf(const Json& value) {
+    return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-template <typename Value>
-Json valueOrNull(const std::optional<Value>& value) {
-    return value ? Json(*value) : Json(nullptr);
+std::string sizeOrNull(const std::optional<PixelSize>& size) {
+    if (!size) return "null";
+    return "[" + std::to_string(size->width) + "," + std::to_string(size->height) + "]";
 }
 
-std::string dump(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+std::string textOrNull(const std::optional<std::string>& text) {
+    return text ? textOf(*text) : "null";
 }
+
+/// An object or a list, member by member.
+class JsonText {
+  public:
+    explicit JsonText(char open) : text_(1, open) {}
+    void add(const std::string& value) {
+        if (text_.size() > 1) text_ += ',';
+        text_ += value;
+    }
+    void add(std::string_view key, const std::string& value) { add(textOf(key) + ":" + value); }
+    std::string closedWith(char close) const { return text_ + close; }
+
+  private:
+    std::string text_;
+};
 
 /// By the very judgement by which bytes are replaced.
 bool isUtf8(const std::string& name) try {
@@ -39,9 +56,10 @@ bool isUtf8(const std::string& name) try {
 }
 
 /// Where JSON cannot say a name, its bytes in base64 under a key of their own.
-void addBytes(Json& json, const char* key, const std::string& name) {
+void addBytes(JsonText& json, const char* key, const std::string& name) {
     if (isUtf8(name)) return;
-    json[key] = encodeBase64({reinterpret_cast<const std::uint8_t*>(name.data()), name.size()});
+    const ByteView bytes{reinterpret_cast<const std::uint8_t*>(name.data()), name.size()};
+    json.add(key, textOf(encodeBase64(bytes)));
 }
 
 double rounded(double milliseconds) {
@@ -58,6 +76,15 @@ std::string detailsOf(const JobReport& report) {
     if (report.output) text += " -> " + *report.output;
     if (report.outputSize) text += " " + describe(*report.outputSize);
     return text + ", " + std::to_string(std::lround(report.milliseconds)) + " ms";
+}
+
+constexpr std::string_view kReportWithoutMemory =
+    R"({"input":null,"output":null,"inputSize":null,"outputSize":null,"milliseconds":0.0,)"
+    R"("error":"No memory left for a report"})"
+    "\n";
+
+int resultStream(const Console::Style& style) {
+    return style.pictureOnStandardOutput ? STDERR_FILENO : STDOUT_FILENO;
 }
 
 bool hasVariable(const char* name) {
@@ -95,16 +122,16 @@ std::string forStream(int stream, std::string_view text) {
 }  // namespace
 
 std::string jsonOfReport(const JobReport& report) {
-    Json json;
-    json["input"] = report.input;
-    json["output"] = valueOrNull(report.output);
-    json["inputSize"] = sizeOrNull(report.inputSize);
-    json["outputSize"] = sizeOrNull(report.outputSize);
-    json["milliseconds"] = rounded(report.milliseconds);
-    json["error"] = valueOrNull(report.error);
+    JsonText json('{');
+    json.add("input", textOf(report.input));
+    json.add("output", textOrNull(report.output));
+    json.add("inputSize", sizeOrNull(report.inputSize));
+    json.add("outputSize", sizeOrNull(report.outputSize));
+    json.add("milliseconds", textOf(rounded(report.milliseconds)));
+    json.add("error", textOrNull(report.error));
     addBytes(json, "inputBase64", report.input);
     if (report.output) addBytes(json, "outputBase64", *report.output);
-    return dump(json);
+    return json.closedWith('}');
 }
 
 std::string textOfVersion() {
@@ -112,19 +139,22 @@ std::string textOfVersion() {
 }
 
 std::string jsonOfVersion() {
-    Json json;
-    json["name"] = "skarnel-render";
-    json["version"] = SKARNEL_VERSION;
-    Json& reads = json["reads"] = Json::array();
-    Json& writes = json["writes"] = Json::array();
+    JsonText reads('[');
+    JsonText writes('[');
     for (const ImageType& type : imageTypes()) {
-        if (type.canRead) reads.push_back(type.name);
-        if (type.canWrite) writes.push_back(type.name);
+        if (type.canRead) reads.add(textOf(type.name));
+        if (type.canWrite) writes.add(textOf(type.name));
     }
     // What stands between a hostile picture and the system.
-    Json& walls = json["walls"] = Json::object();
-    for (const DecoderWall& wall : decoderWalls()) walls[wall.name] = wall.stands;
-    return dump(json);
+    JsonText walls('{');
+    for (const DecoderWall& wall : decoderWalls()) walls.add(wall.name, textOf(wall.stands));
+    JsonText json('{');
+    json.add("name", textOf("skarnel-render"));
+    json.add("version", textOf(SKARNEL_VERSION));
+    json.add("reads", reads.closedWith(']'));
+    json.add("writes", writes.closedWith(']'));
+    json.add("walls", walls.closedWith('}'));
+    return json.closedWith('}');
 }
 
 Console::Style Console::styleFor(const Options& options) {
@@ -142,7 +172,16 @@ Console::Style Console::styleFor(const Options& options) {
     return style;
 }
 
-void Console::report(const JobReport& report) {
+void Console::report(const JobReport& report) try {
+    tryReport(report);
+} catch (const std::bad_alloc&) {
+    // The pictures behind this one shall still be made.
+    outputFailed_ = true;
+    print(STDERR_FILENO, "skarnel-render: No memory left for a report\n");
+    if (style_.json) print(resultStream(style_), kReportWithoutMemory);
+}
+
+void Console::tryReport(const JobReport& report) {
     wipeProgress();
     if (report.error) {
         // With JSON the reason stands in the object; people see it on a terminal all the same.
@@ -151,8 +190,7 @@ void Console::report(const JobReport& report) {
     }
     if (style_.verbosity == Verbosity::Verbose) message(detailsOf(report));
     if (style_.json) {
-        print(style_.pictureOnStandardOutput ? STDERR_FILENO : STDOUT_FILENO,
-              jsonOfReport(report) + "\n");
+        print(resultStream(style_), jsonOfReport(report) + "\n");
     } else if (report.output && style_.verbosity != Verbosity::Quiet &&
                !style_.pictureOnStandardOutput) {
         print(STDOUT_FILENO, forStream(STDOUT_FILENO, *report.output) + "\n");

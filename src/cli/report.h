@@ -34,15 +34,18 @@ class Console {
     /// The style for these options on the present streams and environment (NO_COLOR, TERM).
     static Style styleFor(const Options& options);
 
+    /// Where there is no memory for the lines, shorter ones stand in their place: with JSON an
+    /// object without names.
     void report(const JobReport& report);
     void message(std::string_view text);  // on standard error, after the program's name
     void progress(std::size_t done, std::size_t total, std::string_view name);
     void wipeProgress();
 
-    /// True once standard output did not take a line; the cause was said on standard error.
+    /// True once standard output did not get a line; the cause was said on standard error.
     bool outputFailed() const { return outputFailed_; }
 
   private:
+    void tryReport(const JobReport& report);
     void print(int descriptor, std::string_view text);
     bool outputFailed_ = false;
     Style style_;
