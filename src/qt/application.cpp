@@ -226,6 +226,9 @@ void Application::showSource(const NSImage& picture, const std::string& saveName
 }
 
 void Application::raise() {
+    // A window manager would take a hidden window for a new one, and place it anew.
+    if (window_.isHidden() && window_.windowHandle() != nullptr)
+        window_.windowHandle()->setPosition(window_.windowHandle()->position());
     if (window_.isMinimized())
         window_.showNormal();
     else

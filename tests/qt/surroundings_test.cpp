@@ -132,6 +132,37 @@ class SurroundingsTest : public ::testing::Test {
     QString window;
 };
 
+TEST_F(SurroundingsTest, AHiddenWindowComesBackWhereAWindowManagerHadIt) {
+    if (QStandardPaths::findExecutable(QStringLiteral("openbox")).isEmpty())
+        GTEST_SKIP() << "needs a window manager, openbox";
+    Display display;
+    surroundings.insert(QStringLiteral("DISPLAY"), display.name());
+    QProcess manager;
+    manager.setProcessEnvironment(surroundings);
+    manager.start(QStringLiteral("openbox"), QStringList());
+    ASSERT_TRUE(wait([&] { return !xdotool({QStringLiteral("get_num_desktops")}).isEmpty(); }));
+    ASSERT_NO_FATAL_FAILURE(startOn(display));
+    const auto place = [&] {
+        return xdotool({QStringLiteral("getwindowgeometry"), window})
+            .section(QLatin1Char('\n'), 1, 1);
+    };
+    // Nowhere that the manager would choose by itself.
+    const QString before = place();
+    xdotool({QStringLiteral("windowmove"), window, QStringLiteral("31"), QStringLiteral("57")});
+    ASSERT_TRUE(wait([&] { return place() != before; }));
+    const QString moved = place();
+    press(QStringLiteral("ctrl+w"));
+    ASSERT_TRUE(wait([&] { return shownWindow().isEmpty(); }));
+    QProcess second;
+    second.setProcessEnvironment(surroundings);
+    second.start(QStringLiteral(SKARNEL_PROGRAM), QStringList());
+    ASSERT_TRUE(second.waitForFinished(kPatience));
+    ASSERT_TRUE(wait([&] { return shownWindow() == window; }));
+    EXPECT_TRUE(wait([&] { return place() == moved; })) << place().toStdString();
+    manager.kill();
+    manager.waitForFinished();
+}
+
 TEST_F(SurroundingsTest, ALostDisplayEndsTheProgramAndKeepsWhatWasJustSet) {
     Display display;
     ASSERT_NO_FATAL_FAILURE(startOn(display));
