@@ -28,7 +28,8 @@ struct RowSpans {
     int first;
     int end;
     std::size_t readablePixels;     // of the memory behind each row; at least end - first
-    std::ptrdiff_t aheadBytes = 0;  // from each row to what is wanted next; 0 where that is unknown
+    // From each row to what is wanted next.
+    std::ptrdiff_t aheadBytes = kernels::kAheadInRow;
 };
 
 /// Columns of a target: [begin, end).

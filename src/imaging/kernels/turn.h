@@ -26,6 +26,10 @@ inline constexpr std::size_t kLineBytes = 64;
 /// Pixels behind the last column that a walk may read; their content plays no part.
 inline constexpr int kReadBehindColumns = 32;
 
+/// How far ahead the pixels of one row are asked for. Sixteen rows at once are too many for the
+/// processor to find out by itself what comes next.
+inline constexpr std::ptrdiff_t kAheadInRow = 6 * static_cast<std::ptrdiff_t>(kLineBytes);
+
 /// Columns are walked in strips of at least this many, if there are as many.
 inline constexpr std::size_t kStripColumns = 128;
 
@@ -41,9 +45,9 @@ struct SqueezeMap {
     const std::uint32_t* weight;  // of the next one, twice, in the low and the high 16 bits
     std::size_t columns;
     std::int32_t firstPixel = 0;  // the number of the pixel that each source begins with
-    /// How far behind a source's pixels those lie that the next call will want; 0: nowhere. They
-    /// are only asked for, so that any distance does.
-    std::ptrdiff_t aheadBytes = 0;
+    /// How far behind a source's pixels those lie that will be wanted next. They are only asked
+    /// for, so that any distance does.
+    std::ptrdiff_t aheadBytes = kAheadInRow;
 };
 
 /// Where one block of squeezed rows goes: row r of column x is pixel x * columnStride + r.
