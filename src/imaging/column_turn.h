@@ -27,7 +27,7 @@ struct RowSpans {
     const std::uint8_t* const* rows;  // each from pixel `first` on
     int first;
     int end;
-    std::size_t readablePixels;     // of the memory behind each row; at least end - first
+    std::size_t readablePixels;  // of the memory behind each row; at least end - first
     // From each row to what is wanted next.
     std::ptrdiff_t aheadBytes = kernels::kAheadInRow;
 };
@@ -66,6 +66,13 @@ class PictureRows {
 struct TurnRoom {
     SqueezedPicture strip;
     std::shared_ptr<std::uint8_t> unfinishedLines;  // as kernels::ColumnWalk has them; may be null
+};
+
+/// A strip of the target's columns on its way through both passes.
+struct TurnStrip {
+    ColumnRange columns{0, 0};
+    SqueezedPicture squeezed;
+    int squeezedEnd = 0;  // the picture's rows before this one are squeezed, or no longer wanted
 };
 
 class ColumnTurn {
@@ -115,6 +122,20 @@ class ColumnTurn {
     /// How many strips of columns the target is drawn in.
     std::size_t strips() const;
 
+    /// The columns of strip 0 .. strips() - 1.
+    ColumnRange stripColumns(std::size_t strip) const;
+    /// Of the widest strip.
+    std::size_t stripWidth() const;
+
+    /// Target rows of a strip that are drawn together.
+    static constexpr int kStripRows = 64;
+
+    /// The strip's columns of the target's rows from firstRow on, a multiple of kStripRows, at most
+    /// kStripRows of them: `target` has no others. From one call to the next, firstRow grows; where
+    /// it does not, squeezedEnd is to be 0.
+    void drawStripRows(TurnStrip& strip, PictureRows& rows, int firstRow,
+                       MutablePixelView target) const;
+
   private:
     ColumnTurn() = default;
     enum class Edge { Left, Right };
@@ -122,7 +143,6 @@ class ColumnTurn {
                       SqueezedPicture& target) const;
     static std::shared_ptr<std::uint8_t> unfinishedLinesFor(const MutablePixelView& target);
     kernels::ColumnWalk walkOf(const SqueezedPicture& squeezed, ColumnRange columns) const;
-    ColumnRange stripColumns(std::size_t strip) const;
     struct Rows {
         int begin;
         int end;
@@ -130,9 +150,10 @@ class ColumnTurn {
     Rows neededRows(ColumnRange columns, int firstRow, int rows) const;
     void squeezeBlock(int row, PictureRows& rows, ColumnRange columns,
                       SqueezedPicture& target) const;
-    void drawStrip(PictureRows& rows, ColumnRange columns, SqueezedPicture& squeezed,
-                   kernels::Strip kind, std::uint8_t* unfinishedLines,
-                   MutablePixelView target) const;
+    kernels::ColumnWalk squeezedRows(TurnStrip& strip, PictureRows& rows, int firstRow,
+                                     int count) const;
+    void drawStrip(TurnStrip& strip, PictureRows& rows, kernels::Strip kind,
+                   std::uint8_t* unfinishedLines, MutablePixelView target) const;
     void squeezeColumns(int row, std::size_t begin, std::size_t end, const RowSpans& spans,
                         SqueezedPicture& target) const;
     void squeezeEdge(int row, std::size_t begin, std::size_t end, Edge edge, const RowSpans& spans,

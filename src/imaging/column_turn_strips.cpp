@@ -21,9 +21,6 @@ constexpr int kBlock = kernels::kBlockRows;
 constexpr std::size_t kStripWidth = 256;
 static_assert(kStripWidth >= 2 * kernels::kStripColumns, "halves are strips, too");
 
-/// Target rows that are walked together.
-constexpr int kWalkRows = 64;
-
 int roundDown(int row, int unit) {
     return row / unit * unit;
 }
@@ -46,6 +43,15 @@ ColumnRange ColumnTurn::stripColumns(std::size_t strip) const {
     return {start(strip), start(strip + 1)};
 }
 
+std::size_t ColumnTurn::stripWidth() const {
+    std::size_t widest = 0;
+    for (std::size_t strip = 0; strip < strips(); ++strip) {
+        const ColumnRange columns = stripColumns(strip);
+        widest = std::max(widest, columns.end - columns.begin);
+    }
+    return widest;
+}
+
 /// The picture's rows that the columns show in `rows` target rows from firstRow on, rounded up to
 /// whole bands. A row's position grows or falls from column to column, so that the outermost ones
 /// bound it, but for the rounding of single precision.
@@ -65,12 +71,10 @@ ColumnTurn::Rows ColumnTurn::neededRows(ColumnRange columns, int firstRow, int r
 
 std::optional<TurnRoom> ColumnTurn::roomToDraw(const MutablePixelView& target) const {
     int ringRows = 4 * kBlock;
-    std::size_t widest = 0;
     for (std::size_t strip = 0; strip < strips(); ++strip) {
         const ColumnRange columns = stripColumns(strip);
-        widest = std::max(widest, columns.end - columns.begin);
-        for (int row = 0; row < target.height; row += kWalkRows) {
-            const Rows needed = neededRows(columns, row, std::min(kWalkRows, target.height - row));
+        for (int row = 0; row < target.height; row += kStripRows) {
+            const Rows needed = neededRows(columns, row, std::min(kStripRows, target.height - row));
             ringRows = std::max(ringRows, roundUp(needed.end, kBlock) - needed.begin);
         }
     }
@@ -78,7 +82,7 @@ std::optional<TurnRoom> ColumnTurn::roomToDraw(const MutablePixelView& target) c
     // out of each other's places in a cache.
     ringRows = roundUp(ringRows, 2 * kBlock);
     const std::ptrdiff_t stride = std::ptrdiff_t{ringRows} + 3 * kBlock;
-    const std::size_t pixels = widest * static_cast<std::size_t>(stride);
+    const std::size_t pixels = stripWidth() * static_cast<std::size_t>(stride);
     auto bytes =
         allocatePixelMemory(4 * (pixels + kernels::kReadBehindColumns), PixelContents::Undefined);
     if (!bytes) return std::nullopt;
@@ -101,36 +105,48 @@ void ColumnTurn::squeezeBlock(int row, PictureRows& rows, ColumnRange columns,
         std::memcpy(column + std::ptrdiff_t{4} * target.ringRows, column, kernels::kLineBytes);
 }
 
-void ColumnTurn::drawStrip(PictureRows& rows, ColumnRange columns, SqueezedPicture& squeezed,
-                           kernels::Strip kind, std::uint8_t* unfinishedLines,
-                           MutablePixelView target) const {
-    squeezed.firstColumn = columns.begin;
-    kernels::ColumnWalk walk = walkOf(squeezed, columns);
-    walk.strip = kind;
-    int squeezedEnd = 0;
-    for (int row = 0; row < target.height; row += kWalkRows) {
-        const int count = std::min(kWalkRows, target.height - row);
-        const Rows needed = neededRows(columns, row, count);
-        squeezedEnd = std::max(squeezedEnd, roundDown(needed.begin, kBlock));
-        for (; squeezedEnd < needed.end; squeezedEnd += kBlock)
-            squeezeBlock(squeezedEnd, rows, columns, squeezed);
-        walk.ring.first = roundDown(needed.begin, squeezed.ringRows);
-        walk.ring.wrap = walk.ring.first + squeezed.ringRows;
+/// The walk through what `count` target rows need of the strip, which then is squeezed.
+kernels::ColumnWalk ColumnTurn::squeezedRows(TurnStrip& strip, PictureRows& rows, int firstRow,
+                                             int count) const {
+    SqueezedPicture& squeezed = strip.squeezed;
+    squeezed.firstColumn = strip.columns.begin;
+    const Rows needed = neededRows(strip.columns, firstRow, count);
+    strip.squeezedEnd = std::max(strip.squeezedEnd, roundDown(needed.begin, kBlock));
+    for (; strip.squeezedEnd < needed.end; strip.squeezedEnd += kBlock)
+        squeezeBlock(strip.squeezedEnd, rows, strip.columns, squeezed);
+    kernels::ColumnWalk walk = walkOf(squeezed, strip.columns);
+    walk.ring.first = roundDown(needed.begin, squeezed.ringRows);
+    walk.ring.wrap = walk.ring.first + squeezed.ringRows;
+    return walk;
+}
+
+void ColumnTurn::drawStripRows(TurnStrip& strip, PictureRows& rows, int firstRow,
+                               MutablePixelView target) const {
+    kernels::walkColumns({target.bytes, target.strideBytes, firstRow, target.height},
+                         squeezedRows(strip, rows, firstRow, target.height));
+}
+
+void ColumnTurn::drawStrip(TurnStrip& strip, PictureRows& rows, kernels::Strip kind,
+                           std::uint8_t* unfinishedLines, MutablePixelView target) const {
+    for (int row = 0; row < target.height; row += kStripRows) {
+        const int count = std::min(kStripRows, target.height - row);
+        kernels::ColumnWalk walk = squeezedRows(strip, rows, row, count);
+        walk.strip = kind;
         if (unfinishedLines != nullptr)
             walk.unfinishedLines =
                 unfinishedLines + kernels::kLineBytes * static_cast<std::size_t>(row);
-        kernels::walkColumns({target.row(row) + 4 * columns.begin, target.strideBytes, row, count},
-                             walk);
+        kernels::walkColumns(
+            {target.row(row) + 4 * strip.columns.begin, target.strideBytes, row, count}, walk);
     }
 }
 
 void ColumnTurn::draw(PictureRows& rows, const TurnRoom& room, MutablePixelView target) const {
-    SqueezedPicture squeezed = room.strip;
     const std::size_t last = strips() - 1;
-    for (std::size_t strip = 0; strip <= last; ++strip) {
-        kernels::Strip kind = strip == 0 ? kernels::Strip::First : kernels::Strip::Middle;
-        if (strip == last) kind = last == 0 ? kernels::Strip::Only : kernels::Strip::Last;
-        drawStrip(rows, stripColumns(strip), squeezed, kind, room.unfinishedLines.get(), target);
+    for (std::size_t number = 0; number <= last; ++number) {
+        kernels::Strip kind = number == 0 ? kernels::Strip::First : kernels::Strip::Middle;
+        if (number == last) kind = last == 0 ? kernels::Strip::Only : kernels::Strip::Last;
+        TurnStrip strip{stripColumns(number), room.strip};
+        drawStrip(strip, rows, kind, room.unfinishedLines.get(), target);
     }
 }
 

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <utility>
 
+#include "imaging/pixel_memory.h"
 #include "imaging/readable.h"
 
 namespace skarnel {
@@ -41,6 +43,11 @@ std::optional<ImageRows> ImageRows::create(PixelView view, RowSource* source,
             made.rowSource_ = source;
             made.held_.resize(most);
             made.heldMemory_.resize(most * rowBytes);
+            if (source->strips() > 1) {
+                made.combined_ = allocatePixelMemory(
+                    rowBytes * static_cast<std::size_t>(rows.size()), PixelContents::Undefined);
+                if (!made.combined_) return std::nullopt;
+            }
         }
         if (!columns.copyShift()) {
             made.wide_.resize(4 * (static_cast<std::size_t>(columns.size()) + kPadding));
@@ -112,7 +119,50 @@ const std::uint8_t* ImageRows::combinedMadeRow(const kernels::Taps& taps) {
     return tall_.data();
 }
 
-const std::uint8_t* ImageRows::combinedRow(const kernels::Taps& taps) {
+/// Row y of the strip that was begun; a target row asks for rising ones, the next may begin with
+/// some of the same.
+const SourceRow& ImageRows::stripRow(int y) {
+    constexpr std::size_t kKept = RowSource::kKeptRows;
+    if (held_.size() > kKept) return heldRow(y).row;
+    SourceRow& row = stripRows_[static_cast<std::size_t>(y) % kKept];
+    if (y >= stripEnd_) {
+        row = rowSource_->row(y, placeOf(y));
+        stripEnd_ = y + 1;
+    }
+    return row;
+}
+
+void ImageRows::combineStrips() {
+    const std::size_t rowBytes = heldMemory_.size() / held_.size();
+    for (int strip = 0; strip < rowSource_->strips(); ++strip) {
+        rowSource_->beginStrip(strip);
+        stripEnd_ = 0;
+        for (HeldRow& held : held_) held.y = -1;
+        std::uint8_t* target = combined_.get();
+        for (int i = 0; i < rows_->size(); ++i, target += rowBytes) {
+            const kernels::Taps& taps = rows_->taps(i);
+            for (int j = 0; j < taps.count; ++j)
+                tapRows_[static_cast<std::size_t>(j)] = stripRow(taps.first + j).bytes;
+            const SourceRow& row = stripRow(taps.first);
+            const std::size_t bytes = bytesOf(row.end - row.first);
+            if (taps.count == 1)
+                std::memcpy(target + bytesOf(row.first), row.bytes, bytes);
+            else
+                kernels::combineRows(target + bytesOf(row.first), tapRows_.data(), taps, bytes);
+        }
+    }
+}
+
+const std::uint8_t* ImageRows::combinedStripsRow(int i) {
+    if (!std::exchange(isCombined_, true)) combineStrips();
+    contentFirst_ = 0;
+    contentEnd_ = source_.width;
+    return combined_.get() + heldMemory_.size() / held_.size() * static_cast<std::size_t>(i);
+}
+
+const std::uint8_t* ImageRows::combinedRow(int i) {
+    const kernels::Taps& taps = rows_->taps(i);
+    if (combined_) return combinedStripsRow(i);
     if (rowSource_ != nullptr) return combinedMadeRow(taps);
     contentFirst_ = 0;
     contentEnd_ = source_.width;
@@ -165,14 +215,14 @@ void ImageRows::combineAcross(std::uint8_t* target, const std::uint8_t* tall) co
 }
 
 const std::uint8_t* ImageRows::row(int i) {
-    const std::uint8_t* tall = combinedRow(rows_->taps(i));
+    const std::uint8_t* tall = combinedRow(i);
     if (const auto shift = columns_->copyShift()) return tall + std::ptrdiff_t{4} * *shift;
     combineAcross(wide_.data(), tall);
     return wide_.data();
 }
 
 void ImageRows::drawRow(int i, std::uint8_t* target) {
-    const std::uint8_t* tall = combinedRow(rows_->taps(i));
+    const std::uint8_t* tall = combinedRow(i);
     if (const auto shift = columns_->copyShift())
         std::memcpy(target, tall + std::ptrdiff_t{4} * *shift,
                     std::size_t{4} * static_cast<std::size_t>(columns_->size()));

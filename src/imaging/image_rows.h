@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -22,7 +23,9 @@ class ImageRows {
                                            const AxisPlan& rows);
 
     /// From rows that are made when they are read, `width` pixels each. Rows asked for from top to
-    /// bottom are made once each, and only as many are held as one target row needs.
+    /// bottom are made once each, and only as many are held as one target row needs; a source of
+    /// several strips is read at the first of them, and its rows are held as they are after the
+    /// vertical step.
     static std::optional<ImageRows> create(RowSource& source, int width, const AxisPlan& columns,
                                            const AxisPlan& rows);
 
@@ -48,9 +51,12 @@ class ImageRows {
         : source_(source), columns_(&columns), rows_(&rows) {}
     static std::optional<ImageRows> create(PixelView view, RowSource* source,
                                            const AxisPlan& columns, const AxisPlan& rows);
-    const std::uint8_t* combinedRow(const kernels::Taps& taps);
+    const std::uint8_t* combinedRow(int i);
     const std::uint8_t* combinedPiece(const kernels::Taps& taps, int begin, int end);
     const std::uint8_t* combinedMadeRow(const kernels::Taps& taps);
+    const std::uint8_t* combinedStripsRow(int i);
+    void combineStrips();
+    const SourceRow& stripRow(int y);
     void askForRowsAhead(int i, int begin, int end) const;
     void combineAcross(std::uint8_t* target, const std::uint8_t* tall) const;
 
@@ -68,6 +74,11 @@ class ImageRows {
     RowSource* rowSource_ = nullptr;
     std::vector<HeldRow> held_;  // row y lies at y modulo the size
     std::vector<std::uint8_t> heldMemory_;
+    /// Of a source of several strips: all rows after the vertical step.
+    std::shared_ptr<std::uint8_t> combined_;
+    bool isCombined_ = false;
+    SourceRow stripRows_[RowSource::kKeptRows] = {};  // row y lies at y modulo the size
+    int stripEnd_ = 0;                                // of the rows that were made
     const AxisPlan* columns_;
     const AxisPlan* rows_;
     ColumnCombiner combiner_;  // where columns are resampled

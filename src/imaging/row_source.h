@@ -33,6 +33,12 @@ class RowSource {
     virtual SourceRow row(int y, std::uint8_t* scratch) = 0;
     static constexpr int kKeptRows = 16;
 
+    /// A source of several strips of columns gives the rows of the strip that was begun last, at
+    /// first strip 0, and of these nothing beside the strip. Readers begin each strip once, take
+    /// its rows from top to bottom, and go on with the next.
+    virtual int strips() const { return 1; }
+    virtual void beginStrip(int /*strip*/) {}
+
     /// All rows; `target` has the picture's size. Called once at most, as the last call.
     virtual void drawAll(MutablePixelView target) = 0;
 };

@@ -14,12 +14,12 @@
 #include "render/canvas.h"
 #include "render/reflection.h"
 #include "render/turn.h"
+#include "render/turned_strips.h"
 
 namespace skarnel {
 namespace {
 
-/// Pixels behind the rows that are squeezed, so that their last vectors need no special case.
-constexpr int kReadBeyond = 64;
+constexpr int kReadBeyond = CanvasPieces::kReadBeyond;
 
 /// The canvas as it is. Keeps the picture that the rows are drawn from.
 class PlainCanvas final : public RowSource {
@@ -108,33 +108,6 @@ class TurnedCanvas final : public RowSource {
     int walkedBands_[2] = {-1, -1};  // the bands of turned rows that the block holds
 };
 
-/// The canvas in pieces for a turn that is drawn at once.
-class CanvasPieces final : public PictureRows {
-  public:
-    /// `block` has room for kernels::kBlockRows rows of the canvas, and behind each for kReadBeyond
-    /// pixels.
-    CanvasPieces(CanvasRows& rows, MutablePixelView block) : rows_(rows), block_(block) {}
-
-    RowSpans piece(int row, int count, int first, int end) override {
-        if (const auto span = rows_.pictureAlone(row, count, sources_))
-            return {sources_, span->first, span->end, span->readablePixels,
-                    kernels::kBlockRows * span->strideBytes};
-        // Rows that lie close together, whatever room the block's have.
-        const std::ptrdiff_t stride = std::ptrdiff_t{4} * (end - first + kReadBeyond);
-        for (int i = 0; i < count; ++i) {
-            std::uint8_t* target = block_.bytes + i * stride;
-            rows_.draw(row + i, {first, end}, target);
-            sources_[i] = target;
-        }
-        return {sources_, first, end, static_cast<std::size_t>(end - first + kReadBeyond)};
-    }
-
-  private:
-    CanvasRows& rows_;
-    MutablePixelView block_;
-    const std::uint8_t* sources_[kernels::kBlockRows];
-};
-
 /// Memory for a result: of one that is read row by row it is likely never touched.
 std::optional<PixelBuffer> roomFor(int width, int height, Drawing drawing) {
     if (drawing == Drawing::AtOnce) return PixelBuffer::uninitialized(width, height);
@@ -163,13 +136,14 @@ std::optional<CGImage> turnedCanvas(const CGImage& picture, CanvasRows& rows,
     // passes over everything.
     const bool staysInCaches =
         !passesCaches(picture.bytesPerRow() * static_cast<std::size_t>(picture.height()));
-    if (drawing == Drawing::AtOnce && staysInCaches && rows.drawsInPieces()) {
-        const auto passes = turn->roomToDraw(room->view());
-        if (!passes) return std::nullopt;
-        if (turn->strips() > 1) rows.expectPieces();
-        CanvasPieces pieces(rows, block->view());
-        turn->draw(pieces, *passes, room->view());
-        return CGImage(*std::move(room));
+    if (staysInCaches && rows.drawsInPieces()) {
+        auto passes = turn->roomToDraw(room->view());
+        auto bands = TurnedStrips::bandsFor(*turn);
+        if (!passes || !bands) return std::nullopt;
+        TurnedStrips::Room strips{*std::move(block), *std::move(bands), *std::move(passes)};
+        return CGImage(*std::move(room),
+                       std::make_unique<TurnedStrips>(picture, std::move(rows), *std::move(turn),
+                                                      bitmap->height, std::move(strips)));
     }
     auto squeezed = turn->squeezedPicture();
     if (!squeezed) return std::nullopt;

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 #include "imaging/cgcontext.h"
@@ -182,6 +183,60 @@ TEST(Compositor, AnUndrawnResultIsScaledToTheBytesOfADrawnOne) {
                 << "height " << s.height << " into " << place.width << " x " << place.height;
         EXPECT_NE(undrawn.rowSource(), nullptr) << "scaling needs no bitmap of the whole size";
     }
+}
+
+// Turned results of more than 256 columns are made strip by strip. The last place wants more rows
+// for each of its own than a strip keeps.
+TEST(Compositor, AWideTurnIsScaledStripByStripToTheBytesOfADrawnOne) {
+    const CGImage picture = validNoise(700, 90, 8);
+    const auto drawnInto = [](const CGImage& image, CGRect place) {
+        const auto context = CGContext::create(300, 80);
+        context->drawImage(image, place);
+        return std::move(*context).takeImage();
+    };
+    const Settings cases[] = {{0, 100, 0, 0, 7, {200, {}, 20}},
+                              {40, 60, 5, 10, 7, {200, {}, 70}},
+                              {10, -60, 5, 10, 7, {200, kHalfClear, 80}}};
+    for (const Settings& s : cases) {
+        const CGImage whole = render(picture, s)->image;
+        const CGImage undrawn = renderWhenRead(picture, s)->image;
+        ASSERT_NE(undrawn.rowSource(), nullptr);
+        EXPECT_GT(undrawn.rowSource()->strips(), 1);
+        for (const CGRect& place :
+             {CGRect{0, 0, 280, 75}, CGRect{-300, -20, 900, 400},
+              CGRect{0.5, 1.5, 1.0 * whole.width(), 1.0 * whole.height()}, CGRect{3, 3, 250, 4.5}})
+            EXPECT_TRUE(samePixels(drawnInto(undrawn, place), drawnInto(whole, place)))
+                << "turn " << s.inputs.imagePerspective << " into " << place.width << " x "
+                << place.height;
+        EXPECT_NE(undrawn.rowSource(), nullptr) << "scaling needs no bitmap of the whole size";
+        EXPECT_TRUE(samePixels(undrawn, whole));
+    }
+}
+
+TEST(Compositor, EachStripGivesItsColumnsOfEveryRow) {
+    const CGImage picture = validNoise(700, 90, 9);
+    const Settings s{20, 70, 5, 10, 7, {200, {}, 30}};
+    const CGImage whole = render(picture, s)->image;
+    const CGImage undrawn = renderWhenRead(picture, s)->image;
+    RowSource* source = undrawn.rowSource();
+    ASSERT_NE(source, nullptr);
+    int next = 0;
+    for (int strip = 0; strip < source->strips(); ++strip) {
+        source->beginStrip(strip);
+        int end = next;
+        for (int y = 0; y < whole.height(); ++y) {
+            const SourceRow row = source->row(y, nullptr);
+            ASSERT_EQ(row.first, next);
+            ASSERT_GT(row.end, next);
+            end = row.end;
+            ASSERT_EQ(std::memcmp(row.bytes, whole.pixels().row(y) + std::ptrdiff_t{4} * next,
+                                  std::size_t{4} * static_cast<std::size_t>(end - next)),
+                      0)
+                << "strip " << strip << " row " << y;
+        }
+        next = end;
+    }
+    EXPECT_EQ(next, whole.width());
 }
 
 TEST(Compositor, AnUndrawnResultOutlivesThePictureAndIsDrawnOnceForAllCopies) {

@@ -54,6 +54,7 @@ std::vector<Look> looks() {
             {"turned over a ground", 20, 15, 30, 61, 12.5F, full},
             {"upright and narrowed", 20, 15, -20, -80, 3, full},
             {"drawn when read", 20, 15, 30, 61, 12.5F, full, Drawing::WhenRead},
+            {"strips when read", 620, 30, 10, 100, 0, full, Drawing::WhenRead},
             // More than a megabyte: blocks that come straight from the system.
             {"large", 620, 300, 10, 100, 0, full}};
 }

@@ -277,8 +277,9 @@ struct Look {
     bool background;
 };
 
-// What is drawn at once comes in strips, what is read row by row after two whole passes.
-TEST(Turn, RendersAtOnceAndRowByRowAreTheSame) {
+// The turn takes its canvas in pieces, a strip's columns at a time; the steps one by one turn the
+// whole canvas.
+TEST(Turn, RendersOfPiecesAreThoseOfAWholeCanvas) {
     const Look looks[] = {{"picture rows alone", 10, 60, 5, 30, false},
                           {"resampled rows", 7, 63.3F, 4.7F, 81, false},
                           {"over a background", 12, 80, 10, 20, true},
@@ -289,22 +290,28 @@ TEST(Turn, RendersAtOnceAndRowByRowAreTheSame) {
                           {"as tall as the picture", 30, 100, 0, 65, true}};
     for (const Look& look : looks)
         for (const int width : {40, 380, 900}) {
-            const CGImage picture = validNoise(width, 210, 4);
+            const CGImage picture = validNoise(width, 110, 4);
+            float turn = look.turn;
             const RenderInputReaders readers(
                 [] { return 200.0F; },
                 [&] {
                     return look.background ? std::optional(DeviceColor{0.2, 0.4, 0.9, 0.5})
                                            : std::nullopt;
                 },
-                [&] { return look.turn; });
+                [&] { return turn; });
             const auto render = [&](Drawing drawing) {
                 return addReflectionToCGImage(picture, look.width, look.height, look.offset, 10, 7,
                                               readers, drawing);
             };
             const auto atOnce = render(Drawing::AtOnce);
             const auto whenRead = render(Drawing::WhenRead);
-            ASSERT_TRUE(atOnce && whenRead) << look.name;
-            EXPECT_TRUE(samePixels(atOnce->image, whenRead->image)) << look.name << ' ' << width;
+            turn = 50;
+            const auto canvas = render(Drawing::AtOnce);
+            ASSERT_TRUE(atOnce && whenRead && canvas) << look.name;
+            const auto expected = perspectiveImage(canvas->image, look.turn);
+            ASSERT_TRUE(expected) << look.name;
+            EXPECT_TRUE(samePixels(atOnce->image, *expected)) << look.name << ' ' << width;
+            EXPECT_TRUE(samePixels(whenRead->image, *expected)) << look.name << ' ' << width;
         }
 }
 
