@@ -22,9 +22,10 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 
 set(CPACK_DEBIAN_WINDOW_PACKAGE_NAME skarnel)
 set(CPACK_DEBIAN_WINDOW_PACKAGE_SECTION graphics)
-# The help and the guide are opened by xdg-open.
+# The help and the guide are opened by xdg-open. Text is set in Liberation, and the window in DejaVu
+# where the desktop names no font: without it a bare system answers with a monospaced one.
 set(CPACK_DEBIAN_WINDOW_PACKAGE_DEPENDS "skarnel-cli (= ${PROJECT_VERSION}-1), xdg-utils")
-set(CPACK_DEBIAN_WINDOW_PACKAGE_RECOMMENDS "fonts-liberation, qt6-translations-l10n, qt6-wayland")
+set(CPACK_DEBIAN_WINDOW_PACKAGE_RECOMMENDS "fonts-dejavu-core, fonts-liberation, qt6-translations-l10n, qt6-wayland")
 set(CPACK_COMPONENT_WINDOW_DESCRIPTION
 "turn a picture or styled text into its reflection
 Skarnel stands a picture above its mirror image, which is squashed or
