@@ -77,7 +77,8 @@ TEST_F(PrivateFolderTest, LeavesTheLivingAndTheForeignAlone) {
 
 TEST_F(PrivateFolderTest, InAnotherDirectoryTakesAwayThoseOfItsOwnPrefixAlone) {
     const test::TemporaryFolder parent;
-    for (const char* name : {"pasted-abcdef", "skarnel-text-abcdef", "pasted-more.txt"})
+    for (const char* name :
+         {"pasted-abcdef", "cached-abcdef", "skarnel-text-abcdef", "pasted-more.txt"})
         std::filesystem::create_directory(parent / name);
     const PrivateFolder living(parent.path(), "pasted-");
     EXPECT_TRUE(std::filesystem::path(living.path()).filename().string().starts_with("pasted-"));
@@ -87,6 +88,7 @@ TEST_F(PrivateFolderTest, InAnotherDirectoryTakesAwayThoseOfItsOwnPrefixAlone) {
     removeAbandonedFolders(parent.path(), "pasted-");
     EXPECT_FALSE(std::filesystem::exists(parent / "pasted-ABC123"));
     EXPECT_TRUE(std::filesystem::exists(living.path()));
+    EXPECT_TRUE(std::filesystem::exists(parent / "cached-abcdef"));  // as long as one of ours
     EXPECT_TRUE(std::filesystem::exists(parent / "skarnel-text-abcdef"));
     EXPECT_TRUE(std::filesystem::exists(parent / "pasted-more.txt"));
 }
