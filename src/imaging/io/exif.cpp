@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -25,7 +26,7 @@ DataHandle load(ByteView block) {
     Bytes marked{'E', 'x', 'i', 'f', 0, 0};
     marked.insert(marked.end(), block.begin(), block.end());
     DataHandle data(exif_data_new());
-    if (!data) return nullptr;
+    if (!data) throw std::bad_alloc();
     // Entries are taken as they are: corrections would make up values that no camera wrote.
     exif_data_unset_option(data.get(), EXIF_DATA_OPTION_FOLLOW_SPECIFICATION);
     exif_data_load_data(data.get(), marked.data(), static_cast<unsigned>(marked.size()));

@@ -13,7 +13,7 @@ struct ExifFacts {
 
 /// Reads a block (without "Exif\0\0"), puts its entries into the dictionary as "{TIFF}.Make",
 /// "{Exif}.ExposureTime", "{GPS}.Latitude" and the block itself under kPropertyExifBlock. A block
-/// that cannot be read adds nothing.
+/// that cannot be read adds nothing. Throws std::bad_alloc.
 ExifFacts readExif(ByteView block, ImageProperties& properties);
 
 }  // namespace skarnel::io

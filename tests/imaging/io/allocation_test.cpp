@@ -5,8 +5,11 @@
 #include <algorithm>
 #include <new>
 
+#include "imaging/io/exif.h"
 #include "imaging/io/file_builders.h"
 #include "imaging/io/pictures.h"
+#include "imaging/io/readers.h"
+#include "imaging/io/upright_picture.h"
 #include "imaging/io/vp8l_writer.h"
 #include "imaging/pixel_memory.h"
 #include "memory/refuse_each.h"
@@ -123,6 +126,9 @@ std::vector<std::pair<std::string, Bytes>> filesReadHere() {
     psd.packing = 2;
     psd.rows.assign(3, Bytes{1, 2, 3});
     files.emplace_back("Photoshop", psd.build());
+    files.emplace_back("interlaced PNG", interlacedPng(1, 1, {0, 7}));
+    if (imageTypeWithIdentifier(kUTTypeGIF)->canRead)
+        files.emplace_back("GIF", buildGif(3, 2, Bytes(768, 9), Bytes(6, 3), 2));
     return files;
 }
 
@@ -139,6 +145,58 @@ TEST_P(Allocation, ThatFailsInAReaderGivesACleanError) {
             return is.width == was.width && is.height == was.height &&
                    std::equal(is.bytes, is.bytes + is.strideBytes * is.height, was.bytes);
         });
+    }
+}
+
+/// The library checks these requests, the first that it makes: for the stream and for the codec.
+TEST_P(Allocation, ThatFailsBeforeAJpeg2000IsLookedAtGivesACleanError) {
+    const Bytes file = *encodeImage(randomValidPicture(3, 2, 3), kUTTypeJPEG2000);
+    ASSERT_TRUE(io::readJpeg2000(file, {}));
+    for (long request = 0; request < 3; ++request) {
+        refuseMemory(request, GetParam());
+        auto code = ErrorCode::OutOfMemory;  // which nobody has the memory to say from then on
+        try {
+            const auto picture = io::readJpeg2000(file, {});
+            code = picture ? ErrorCode::Failed : picture.error().code;
+        } catch (const std::bad_alloc&) {
+        }
+        allowMemory();
+        EXPECT_EQ(code, ErrorCode::OutOfMemory) << request;
+    }
+}
+
+TEST_P(Allocation, ThatFailsWhileAPictureIsTurnedGivesACleanError) {
+    refuseEach("turn", GetParam(), [] {
+        try {
+            auto pixels = PixelBuffer::zeroed(3, 2);
+            if (!pixels) return true;
+            io::SourcePicture picture(*std::move(pixels));
+            picture.orientation = 6;
+            const auto upright = io::finishPicture(std::move(picture), kUTTypePNG);
+            return !upright || (upright->image.width() == 2 && upright->image.height() == 3);
+        } catch (const std::bad_alloc&) {
+            return true;
+        }
+    });
+}
+
+/// Without them the picture might not be turned, and nobody would know.
+TEST_P(Allocation, ThatFailsBeforeACamerasFactsAreReadIsNotTakenForNone) {
+    const Bytes block = cameraBlock();
+    ImageProperties properties;
+    io::readExif(block, properties);
+    ASSERT_FALSE(properties.empty());
+    // The bytes with their mark, then what the library sets up before it looks at them.
+    for (long request = 0; request < 4; ++request) {
+        refuseMemory(request, GetParam());
+        bool refused = false;
+        try {
+            io::readExif(block, properties);
+        } catch (const std::bad_alloc&) {
+            refused = true;
+        }
+        allowMemory();
+        EXPECT_TRUE(refused) << request;
     }
 }
 
