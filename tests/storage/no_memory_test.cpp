@@ -1,6 +1,8 @@
 // The k-th request for memory is refused, for every k, once and from then on: no crash, no
 // exception out of the store, and the file is the old one or the new one.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <new>
 #include <optional>
@@ -99,6 +101,25 @@ TEST(NoMemory, ReadingIsRefusedWithTheReason) {
         ASSERT_EQ(code, ErrorCode::OutOfMemory) << k;
         ASSERT_LT(k, 100);
     }
+}
+
+TEST(NoMemory, ReadingWhatIsOpenIsRefusedWithTheReason) {
+    const TemporaryFolder folder;
+    test::putFile(folder / "file", std::string(100'000, 'x'));
+    const int descriptor = ::open((folder / "file").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_GE(descriptor, 0);
+    for (long k = 0;; ++k) {
+        ASSERT_EQ(::lseek(descriptor, 0, SEEK_SET), 0);
+        std::optional<ErrorCode> code;
+        const bool done = runsWithoutRequest(k, true, [&] {
+            const auto bytes = readDescriptor(descriptor, 1'000'000);
+            if (!bytes) code = bytes.error().code;
+        });
+        if (done) break;
+        ASSERT_EQ(code, ErrorCode::OutOfMemory) << k;
+        ASSERT_LT(k, 100);
+    }
+    ::close(descriptor);
 }
 
 }  // namespace

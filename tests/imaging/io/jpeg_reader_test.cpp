@@ -145,23 +145,49 @@ TEST(JpegReader, TheJfifMarkerGivesTheResolutionPerInchOrPerCentimetre) {
     EXPECT_EQ(dpi(0), std::pair(-1.0, -1.0)) << "a ratio of sides only";
 }
 
+/// A progressive grey picture of one block, with tables of one code of one bit and scans that hold
+/// nothing but `between`.
+Bytes scansOf(int count, const Bytes& between) {
+    ByteSink out(true);
+    out.u16(0xFFD8).u16(0xFFDB).u16(67).u8(0).raw(Bytes(64, 1));
+    out.u16(0xFFC2).u16(11).u8(8).u16(8).u16(8).u8(1).u8(1).u8(0x11).u8(0);
+    for (unsigned table : {0x00U, 0x10U}) out.u16(0xFFC4).u16(20).u8(table).u8(1).zeros(15).u8(0);
+    for (int i = 0; i < count; ++i) {
+        const unsigned band = i == 0 ? 0 : 63;
+        out.u16(0xFFDA).u16(8).u8(1).u8(1).u8(0).u8(i == 0 ? 0 : 1).u8(band).u8(0).raw(between);
+    }
+    return out.bytes;
+}
+
+ErrorCode codeOf(const Bytes& file) {
+    const auto picture = decodeImage(file);
+    return picture ? ErrorCode::Failed : picture.error().code;
+}
+
 TEST(JpegReader, MoreThanAHundredScansAreRefusedBeforeAnythingIsRead) {
-    // A progressive grey picture of one block, with tables of one code of one bit and scans that
-    // hold nothing.
-    const auto scans = [](int count) {
-        ByteSink out(true);
-        out.u16(0xFFD8).u16(0xFFDB).u16(67).u8(0).raw(Bytes(64, 1));
-        out.u16(0xFFC2).u16(11).u8(8).u16(8).u16(8).u8(1).u8(1).u8(0x11).u8(0);
-        for (unsigned table : {0x00U, 0x10U})
-            out.u16(0xFFC4).u16(20).u8(table).u8(1).zeros(15).u8(0);
-        for (int i = 0; i < count; ++i) {
-            const unsigned band = i == 0 ? 0 : 63;
-            out.u16(0xFFDA).u16(8).u8(1).u8(1).u8(0).u8(i == 0 ? 0 : 1).u8(band).u8(0);
-        }
-        return decodeImage(out.u16(0xFFD9).bytes).error().code;
+    const auto code = [](int count) {
+        return codeOf(ByteSink(true).raw(scansOf(count, {})).u16(0xFFD9).bytes);
     };
-    EXPECT_EQ(scans(100), ErrorCode::Damaged) << "nothing in them";
-    EXPECT_EQ(scans(101), ErrorCode::TooLarge);
+    EXPECT_EQ(code(100), ErrorCode::Damaged) << "nothing in them";
+    EXPECT_EQ(code(101), ErrorCode::TooLarge);
+}
+
+TEST(JpegReader, ScansAreCountedBehindMarkersThatHaveNoLength) {
+    // Taken for a length, what follows these markers would lead past all later scans.
+    const Bytes restart = {0xFF, 0xD7, 0xFF, 0x00};
+    const Bytes fill = {0xFF, 0xFF, 0xFF, 0x00};
+    const Bytes stuffed = {0xFF, 0x00, 0xFF, 0x00};
+    for (const Bytes& between : {restart, fill, stuffed}) {
+        EXPECT_EQ(codeOf(scansOf(100, between)), ErrorCode::Damaged) << int{between[1]};
+        EXPECT_EQ(codeOf(scansOf(101, between)), ErrorCode::TooLarge) << int{between[1]};
+    }
+}
+
+TEST(JpegReader, AMarkerWhoseLengthIsCutOffEndsTheCount) {
+    const Bytes scans = ByteSink(true).raw(scansOf(2, {})).zeros(4).bytes;
+    for (const Bytes& end : {Bytes{0xFF, 0xE1, 0x00}, Bytes{0xFF, 0xE1}, Bytes{0xFF}}) {
+        EXPECT_EQ(codeOf(ByteSink(true).raw(scans).raw(end).bytes), ErrorCode::Damaged);
+    }
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "imaging/io/late_codec.h"
 #include "imaging/io/pictures.h"
 #include "imaging/io/readers.h"
+#include "imaging/io/upright_picture.h"
 
 namespace skarnel {
 namespace {
@@ -238,6 +239,15 @@ TEST_F(LateCodecFailures, AFormatWhoseLibraryIsMissingIsUnsupported) {
     EXPECT_TRUE(io::readPsd(psd.build(), {})) << "needs none";
     psd.packing = 2;
     EXPECT_FALSE(io::readPsd(psd.build(), {})) << "packed as ZIP";
+}
+
+TEST_F(LateCodecFailures, InksWithoutALibraryForColoursAreAnError) {
+    PsdBuilder inks;
+    inks.mode = 4;
+    inks.rows = {{1}, {2}, {3}, {4}};
+    const auto picture = io::openUpright(inks.build(), {});
+    ASSERT_FALSE(picture);
+    EXPECT_EQ(picture.error().code, ErrorCode::OutOfMemory);
 }
 
 }  // namespace

@@ -46,6 +46,15 @@ TEST(TiffVarieties, NumbersThatHaveNoMeaningAsColoursAreRefused) {
     }
 }
 
+TEST(TiffVarieties, MorePixelsThanAllowedAreRefused) {
+    TiffBuilder tiff(2, 1, kBlackIsZero, {8});
+    tiff.blocks = {{7, 200}};
+    EXPECT_TRUE(decodeImage(tiff.build(), {2}));
+    const auto picture = decodeImage(tiff.build(), {1});
+    ASSERT_FALSE(picture);
+    EXPECT_EQ(picture.error().code, ErrorCode::TooLarge);
+}
+
 TEST(TiffVarieties, FewerSamplesThanColoursAreRefused) {
     TiffBuilder tiff(1, 1, kRgb, {8, 8});
     tiff.blocks = {{1, 2}};

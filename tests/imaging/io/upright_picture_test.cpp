@@ -67,6 +67,21 @@ TEST(UprightPicture, ComesInPiecesFromTheTop) {
     EXPECT_EQ(error, "");
 }
 
+TEST(UprightPicture, ComesInTheRoomThatIsGivenWhereItIsEnough) {
+    auto upright = io::UprightPicture::make(source(), kUTTypePNG);
+    ASSERT_TRUE(upright);
+    Bytes room(std::size_t{4} * kWidth * 4);
+    const auto rows = upright->next(room);
+    ASSERT_TRUE(rows);
+    EXPECT_EQ(rows->bytes, room.data());
+    EXPECT_EQ(rows->height, 4);
+    EXPECT_EQ(room[std::size_t{4} * kWidth * 3], 3);
+    const auto elsewhere = upright->next(std::span(room).first(room.size() - 1));
+    ASSERT_TRUE(elsewhere);
+    EXPECT_NE(elsewhere->bytes, room.data());
+    EXPECT_EQ(elsewhere->row(0)[0], 4);
+}
+
 TEST(UprightPicture, ThatWasStoredUpsideDownComesTurned) {
     const auto [rows, error] = rowsOf(source(-1, true, 4));
     EXPECT_EQ(rows, (std::vector<int>{9, 8, 7, 6, 5, 4, 3, 2, 1, 0}));
