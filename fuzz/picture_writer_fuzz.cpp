@@ -9,6 +9,10 @@
 #ifdef FUZZ_WRITER
 #include "imaging/io/vp8l_writer.h"
 #endif
+#ifdef FUZZ_BANDS
+#include "imaging/io/webp_lossy_writer.h"
+#include "imaging/io/writers.h"
+#endif
 
 using namespace skarnel;
 
@@ -75,6 +79,9 @@ bool isLossless(const ImageProperties& properties) {
 #ifdef FUZZ_WRITER
     return true;
 #endif
+#ifdef FUZZ_BANDS
+    return false;
+#endif
     if (kType == kUTTypeJPEG) return false;
     if (kType != kUTTypeWebP && kType != kUTTypeJPEG2000) return true;
     const auto quality = properties.find(kPropertyLossyQuality);
@@ -84,6 +91,10 @@ bool isLossless(const ImageProperties& properties) {
 Result<Bytes> encode(const CGImage& image, const ImageProperties& properties) {
 #ifdef FUZZ_WRITER
     return io::FUZZ_WRITER(image, properties);
+#endif
+#ifdef FUZZ_BANDS
+    io::ImageRows rows(image);
+    return io::writeLossyWebPInBands(rows, std::min(io::qualityOf(properties, 0.8), 0.99), {});
 #endif
     if (!kAnimated) return encodeImage(image, kType, properties);
     const auto encoder =
@@ -95,6 +106,19 @@ Result<Bytes> encode(const CGImage& image, const ImageProperties& properties) {
     }
     return encoder->finish();
 }
+
+#ifdef FUZZ_BANDS
+bool haveSameAlpha(const CGImage& actual, const CGImage& expected) {
+    const PixelView a = actual.pixels();
+    const PixelView b = expected.pixels();
+    for (int y = 0; y < a.height; ++y) {
+        for (int i = 3; i < 4 * a.width; i += 4) {
+            if (a.row(y)[i] != b.row(y)[i]) return false;
+        }
+    }
+    return true;
+}
+#endif
 
 bool haveSamePixels(const CGImage& actual, const CGImage& expected) {
     const PixelView a = actual.pixels();
@@ -124,6 +148,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     fuzz::demand(file.hasValue());
     const auto back = decodeImage(*file);
     fuzz::demand(back && back->image.width() == width && back->image.height() == height);
+#ifdef FUZZ_BANDS
+    fuzz::demand(haveSameAlpha(back->image, *image.withAlpha()));
+#endif
     if (isLossless(properties)) fuzz::demand(haveSamePixels(back->image, *image.withAlpha()));
     return 0;
 }

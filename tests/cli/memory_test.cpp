@@ -117,7 +117,8 @@ INSTANTIATE_TEST_SUITE_P(
     Formats, Memory,
     testing::Values(Row{"Tiff", {"--format", "tiff"}}, Row{"Png", {"--format", "png"}},
                     Row{"Jpeg", {"--format", "jpeg"}}, Row{"Bmp", {"--format", "bmp"}},
-                    Row{"Jpeg2000", {"--format", "jp2"}}, Row{"WebP", {"--format", "webp"}}),
+                    Row{"Jpeg2000", {"--format", "jp2"}}, Row{"WebP", {"--format", "webp"}},
+                    Row{"LossyWebP", {"--format", "webp", "--quality", "80"}}),
     [](const auto& row) { return std::string(row.param.name); });
 
 }  // namespace

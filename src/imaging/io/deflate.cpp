@@ -36,7 +36,7 @@ DeflateWay fastestWay(ByteView sample, std::size_t pixelBytes) {
         return packed.size() <= most;
     };
     if (isAtMost(DeflateWay::Runs, searched + searched / 5)) return DeflateWay::Runs;
-    if (isAtMost(DeflateWay::Repeats, searched + searched / 10)) return DeflateWay::Repeats;
+    if (isAtMost(DeflateWay::Repeats, searched + searched / 8)) return DeflateWay::Repeats;
     return DeflateWay::Search;
 }
 

@@ -19,7 +19,7 @@ inline constexpr int kSmallestLevel = 12;
 enum class DeflateWay { Runs, Repeats, Search };
 
 /// The fastest way that suits these bytes: RunDeflater where it makes at most a fifth more of them
-/// than a search for repeats at every byte does, RepeatDeflater where it makes at most a tenth
+/// than a search for repeats at every byte does, RepeatDeflater where it makes at most an eighth
 /// more, otherwise that search. Costs about 8 ns a byte, so a sample of a large picture should do.
 /// Always the search for bytes too few to gain anything. `pixelBytes` is 3 or 4. Throws
 /// std::bad_alloc.

@@ -8,6 +8,7 @@
 
 #include "imaging/io/exif_block.h"
 #include "imaging/io/pixel_rows.h"
+#include "imaging/io/riff_chunks.h"
 #include "imaging/io/vp8l_codes.h"
 #include "imaging/io/vp8l_rows.h"
 #include "imaging/io/writers.h"
@@ -161,42 +162,6 @@ void appendStream(Bytes& out, const CGImage& image, bool opaque) {
     bits.finish();
 }
 
-void putNumber(std::uint8_t* out, std::size_t value, unsigned bytes) {
-    for (unsigned i = 0; i < bytes; ++i) out[i] = static_cast<std::uint8_t>(value >> 8 * i);
-}
-
-/// A chunk of RIFF that is filled in place: begun, filled by somebody else, ended.
-class Chunk {
-  public:
-    Chunk(Bytes& out, std::string_view name) : out_(out) {
-        out_.insert(out_.end(), name.begin(), name.end());
-        out_.resize(out_.size() + 4);
-        start_ = out_.size();
-    }
-    void end() {
-        const std::size_t size = out_.size() - start_;
-        putNumber(out_.data() + start_ - 4, size, 4);
-        if (size % 2 != 0) out_.push_back(0);
-    }
-
-  private:
-    Bytes& out_;
-    std::size_t start_;
-};
-
-/// What a file with more than a picture begins with.
-void appendExtendedHeader(Bytes& out, const CGImage& image, bool opaque) {
-    constexpr std::uint8_t kHasAlpha = 0x10;
-    constexpr std::uint8_t kHasExif = 0x08;
-    std::array<std::uint8_t, 10> header{};
-    header[0] = static_cast<std::uint8_t>(kHasExif | (opaque ? 0 : kHasAlpha));
-    putNumber(header.data() + 4, static_cast<std::size_t>(image.width() - 1), 3);
-    putNumber(header.data() + 7, static_cast<std::size_t>(image.height() - 1), 3);
-    Chunk chunk(out, "VP8X");
-    out.insert(out.end(), header.begin(), header.end());
-    chunk.end();
-}
-
 }  // namespace
 
 Result<Bytes> writeLosslessWebP(const CGImage& image, const ImageProperties& properties) {
@@ -206,18 +171,14 @@ Result<Bytes> writeLosslessWebP(const CGImage& image, const ImageProperties& pro
     const bool opaque = isOpaque(image.pixels());
     const Bytes exif = writeExifBlock(exifTreeOf(properties), resolutionOf(properties));
     Bytes out;
-    Chunk riff(out, "RIFF");
+    RiffChunk riff(out, "RIFF");
     constexpr std::string_view kForm = "WEBP";
     out.insert(out.end(), kForm.begin(), kForm.end());
-    if (!exif.empty()) appendExtendedHeader(out, image, opaque);
-    Chunk picture(out, "VP8L");
+    if (!exif.empty()) appendWebPFeatures(out, {image.width(), image.height(), !opaque, true});
+    RiffChunk picture(out, "VP8L");
     appendStream(out, image, opaque);
     picture.end();
-    if (!exif.empty()) {
-        Chunk chunk(out, "EXIF");
-        out.insert(out.end(), exif.begin(), exif.end());
-        chunk.end();
-    }
+    if (!exif.empty()) appendRiffChunk(out, "EXIF", exif);
     riff.end();
     return out;
 }

@@ -6,17 +6,12 @@
 #include "imaging/io/exif_block.h"
 #include "imaging/io/pixel_rows.h"
 #include "imaging/io/webp_library.h"
+#include "imaging/io/webp_lossy_writer.h"
+#include "imaging/io/webp_picture.h"
 #include "imaging/io/writers.h"
 
 namespace skarnel::io {
 namespace {
-
-struct PictureHolder : WebPPicture {
-    PictureHolder() : WebPPicture() {}
-    ~PictureHolder() { WebPPictureFree(this); }
-    PictureHolder(const PictureHolder&) = delete;
-    PictureHolder& operator=(const PictureHolder&) = delete;
-};
 
 struct WriterHolder : WebPMemoryWriter {
     WriterHolder() : WebPMemoryWriter() { WebPMemoryWriterInit(this); }
@@ -113,10 +108,15 @@ Result<Bytes> writeWebP(PictureRows& rows, const ImageProperties& properties) {
         return {ErrorCode::TooLarge, "WebP pictures have at most 16383 pixels a side"};
     }
     if (auto library = webpLibrary().need(); !library) return library.error();
+    const Bytes exif = writeExifBlock(exifTreeOf(properties), resolutionOf(properties));
+    const double quality = std::clamp(qualityOf(properties, 1.0), 0.0, 1.0);
+    if (quality < 1 && std::int64_t{shape.width} * shape.height >= kLossyInBandsPixels) {
+        return writeLossyWebPInBands(rows, quality, exif);
+    }
     WebPConfig config;
-    PictureHolder picture;
+    WebPPictureHolder picture;
     WriterHolder writer;
-    if (!configure(config, std::clamp(qualityOf(properties, 1.0), 0.0, 1.0)) ||
+    if (!configure(config, quality) ||
         WebPPictureInitInternal(&picture, WEBP_ENCODER_ABI_VERSION) == 0) {
         return {ErrorCode::Failed, "The WebP encoder cannot be used"};
     }
@@ -130,7 +130,6 @@ Result<Bytes> writeWebP(PictureRows& rows, const ImageProperties& properties) {
                 "The picture could not be encoded as WebP"};
     }
     if (config.lossless != 0 && !holdsPixels(writer, picture)) throw std::bad_alloc();
-    const Bytes exif = writeExifBlock(exifTreeOf(properties), resolutionOf(properties));
     if (!exif.empty()) return withExif(writer, exif);
     return Bytes(writer.mem, writer.mem + writer.size);
 }
