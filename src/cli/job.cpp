@@ -13,6 +13,7 @@
 #include "cli/preview.h"
 #include "recipe/recipe_file.h"
 #include "storage/whole_file.h"
+#include "util/log/message.h"
 
 namespace skarnel::cli {
 namespace {
@@ -33,7 +34,7 @@ PixelSize sizeOf(const CGImage& image) {
 }
 
 std::string megapixels(std::int64_t pixels) {
-    return std::to_string((pixels + 999'999) / 1'000'000) + " megapixels";
+    return std::to_string((pixels + 999'999) / 1'000'000);
 }
 
 std::uint64_t mostBytes(std::int64_t maxPixels) {
@@ -52,8 +53,9 @@ Result<void> checkSizes(const CGImage& picture, const JobSettings& settings) {
             : settings.limits.maxPixels * kResultFactor;
     for (const PixelSize size : {sizes->reflection, sizes->canvas, sizes->result}) {
         if (pixelsOf(size) > limit) {
-            return {ErrorCode::TooLarge, "The result would have " + megapixels(pixelsOf(size)) +
-                                             "; --max-pixels allows " + megapixels(limit)};
+            return {ErrorCode::TooLarge,
+                    filled("The result would have %1 megapixels; --max-pixels allows %2 megapixels",
+                           {megapixels(pixelsOf(size)), megapixels(limit)})};
         }
     }
     return {};
@@ -62,12 +64,12 @@ Result<void> checkSizes(const CGImage& picture, const JobSettings& settings) {
 /// Why a render yields nothing, for the user.
 std::string causeOfNoResult(const CGImage& picture, const JobSettings& settings) {
     if (settings.render.number("perspectiveHeight") == 0) {
-        return "A reflection without height gives no result";
+        return marked("A reflection without height gives no result");
     }
     if (!renderSizes(sizeOf(picture), settings.render)) {
-        return "These settings leave no picture of a possible size";
+        return marked("These settings leave no picture of a possible size");
     }
-    return "There is not enough memory for the result, or it is too large";
+    return marked("There is not enough memory for the result, or it is too large");
 }
 
 Result<Bytes> encodeWithRecipe(const CGImage& image, const std::string& type,
@@ -87,7 +89,7 @@ void tryJob(const Job& job, const JobSettings& settings, JobReport& report) {
     // Looking first saves the work; the writing itself looks again, in one step with the naming.
     if (settings.overwrite == Overwrite::Refuse && job.output != kStandardStream &&
         isThere(job.output)) {
-        report.error = job.output + ": The file already exists (--force replaces it)";
+        report.error = alreadyThere(job.output);
         return;
     }
     Result<DecodedImage> picture = loadPicture(job, settings.limits);
@@ -108,14 +110,15 @@ void tryJob(const Job& job, const JobSettings& settings, JobReport& report) {
     const Result<void> written =
         encodeAndWrite(rendered->image, job, properties, settings.overwrite, report);
     if (!written) {
-        report.error = (job.output == kStandardStream ? "standard output" : job.output) + ": " +
-                       written.error().message;
+        report.error = job.output == kStandardStream
+                           ? filled("standard output: %1", {written.error().message})
+                           : job.output + ": " + written.error().message;
         return;
     }
     report.output = job.output;
     report.outputSize = sizeOf(rendered->image);
     if (rendered->turn == TurnOutcome::Unturned) {
-        report.error = "The turn could not be made; the result was written without it";
+        report.error = marked("The turn could not be made; the result was written without it");
     }
 }
 
@@ -125,6 +128,10 @@ bool isThere(const std::string& path) {
     struct stat status = {};
     return ::lstat(path.c_str(), &status) == 0 && !S_ISCHR(status.st_mode) &&
            !S_ISFIFO(status.st_mode) && !S_ISLNK(status.st_mode);
+}
+
+std::string alreadyThere(const std::string& path) {
+    return path + ": " + marked("The file already exists (--force replaces it)");
 }
 
 Result<DecodedImage> loadPicture(const Job& job, const DecodeLimits& limits) {
@@ -202,7 +209,7 @@ JobReport runJob(const Job& job, const JobSettings& settings) {
     try {
         tryJob(job, settings, report);
     } catch (const std::bad_alloc&) {
-        report.error = "There is not enough memory";
+        report.error = marked("There is not enough memory");
     }
     const std::chrono::duration<double, std::milli> taken =
         std::chrono::steady_clock::now() - start;

@@ -49,6 +49,9 @@ struct JobReport {
 /// Whether something stands there that writing would replace: neither a device, a pipe nor a link.
 bool isThere(const std::string& path);
 
+/// Why a file that is there is left alone.
+std::string alreadyThere(const std::string& path);
+
 /// The job's own picture, or that of its input; '-' is standard input.
 Result<DecodedImage> loadPicture(const Job& job, const DecodeLimits& limits);
 

@@ -5,7 +5,9 @@
 #include <array>
 #include <functional>
 
+#include "cli/contradictions.h"
 #include "imaging/io/image_io.h"
+#include "util/log/message.h"
 
 namespace skarnel::cli {
 namespace {
@@ -36,9 +38,9 @@ constexpr int kLargestFrameCount = 10'000;
 constexpr int kLargestFrameMilliseconds = 60'000;
 
 /// What a value must be, when it is not.
-CLI::ValidationError wrongValue(const std::string& option, const std::string& value,
-                                const std::string& wanted) {
-    return CLI::ValidationError(option, "'" + value + "' is not " + wanted);
+CLI::ValidationError wrongValue(const std::string& option, std::string_view phrase,
+                                std::initializer_list<std::string_view> places) {
+    return CLI::ValidationError(option, filled(phrase, places));
 }
 
 std::string lowerCase(std::string text) {
@@ -59,7 +61,8 @@ std::string writableFormats() {
 std::string typeOfFormatName(const std::string& name) {
     const ImageType* type = imageTypeWithExtension(lowerCase(name));
     if (type == nullptr || !type->canWrite) {
-        throw wrongValue("--format", name, "a format that can be written: " + writableFormats());
+        throw wrongValue("--format", "'%1' is not a format that can be written: %2",
+                         {name, writableFormats()});
     }
     return std::string(type->identifier);
 }
@@ -71,16 +74,17 @@ void setCompression(OutputFormat& format, const std::string& name) {
     if (lower == "deflate") format.tiffCompression = 8;
     if (format.tiffCompression) return;
     const auto level = parseCount(name, kLargestLevel);
-    if (!level) throw wrongValue("--compression", name, "none, lzw, deflate, or a level 0 to 12");
+    if (!level)
+        throw wrongValue("--compression", "'%1' is not none, lzw, deflate, or a level 0 to 12",
+                         {name});
     format.level = static_cast<int>(*level);
 }
 
 int countOption(const char* option, const std::string& value, int smallest, int largest) {
     const auto count = parseCount(value, largest);
     if (!count || *count < smallest) {
-        throw wrongValue(
-            option, value,
-            "a whole number from " + std::to_string(smallest) + " to " + std::to_string(largest));
+        throw wrongValue(option, "'%1' is not a whole number from %2 to %3",
+                         {value, std::to_string(smallest), std::to_string(largest)});
     }
     return static_cast<int>(*count);
 }
@@ -88,8 +92,9 @@ int countOption(const char* option, const std::string& value, int smallest, int 
 /// "image-perspective=0:100:60": the option's name without its dashes, from, to, frames.
 Sweep parseSweep(const std::string& text) {
     const auto fail = [&] {
-        return wrongValue("--sweep", text,
-                          "SETTING=FROM:TO:COUNT, such as image-perspective=0:100:60");
+        return wrongValue("--sweep",
+                          "'%1' is not SETTING=FROM:TO:COUNT, such as image-perspective=0:100:60",
+                          {text});
     };
     const std::size_t equals = text.find('=');
     const std::size_t first = text.find(':', equals == std::string::npos ? 0 : equals);
@@ -142,7 +147,8 @@ class Binding {
         add("-o,--output", "OUT", "File or folder to write; '-' is standard output",
             [this](const std::string& path) {
                 // An unset variable of a script must not mean "beside the picture".
-                if (path.empty()) throw wrongValue("--output", path, "a file or a folder");
+                if (path.empty())
+                    throw wrongValue("--output", "'%1' is not a file or a folder", {path});
                 options_.output = path;
             });
         flag("-f,--force", options_.force, "Replace files that are there");
@@ -157,20 +163,22 @@ class Binding {
             [&text](const std::string& path) { text.html = path; });
         add("--font", "FAMILY", "Typeface of the text (default: Times)",
             [&text](const std::string& family) {
-                if (family.empty()) throw wrongValue("--font", family, "a typeface");
+                if (family.empty()) throw wrongValue("--font", "'%1' is not a typeface", {family});
                 text.font = family;
             });
         add("--size", "POINTS", "Size of the text, one point one pixel (default: 48)",
             [&text](const std::string& value) {
                 const std::optional<float> size = parseNumber(value);
                 if (!size || *size < 1 || *size > kLargestTextSize)
-                    throw wrongValue("--size", value, "a number from 1 to 10000");
+                    throw wrongValue("--size", "'%1' is not a number from 1 to 10000", {value});
                 text.size = *size;
             });
         add("--color", "#RRGGBB", "Colour of the text (default: #FFFFFF)",
             [&text](const std::string& value) {
                 text.color = parseColor(value);
-                if (!text.color) throw wrongValue("--color", value, "a colour of the form #RRGGBB");
+                if (!text.color)
+                    throw wrongValue("--color", "'%1' is not a colour of the form #RRGGBB",
+                                     {value});
             });
     }
 
@@ -179,7 +187,7 @@ class Binding {
         for (const NumberOption& each : kNumberOptions) {
             add(each.name, "NUMBER", each.help, [this, each](const std::string& text) {
                 const std::optional<float> value = parseNumber(text);
-                if (!value) throw wrongValue(each.name, text, "a number");
+                if (!value) throw wrongValue(each.name, "'%1' is not a number", {text});
                 options_.settings.numbers[indexOfSetting(each.key)] = value;
             });
         }
@@ -189,7 +197,8 @@ class Binding {
             [this](const std::string& text) {
                 options_.settings.backgroundColor = parseColor(text);
                 if (!options_.settings.backgroundColor) {
-                    throw wrongValue("--background-color", text, "a colour of the form #RRGGBB");
+                    throw wrongValue("--background-color",
+                                     "'%1' is not a colour of the form #RRGGBB", {text});
                 }
             });
         flag("--user-settings", options_.userSettings, "Start from the application's settings");
@@ -211,7 +220,7 @@ class Binding {
             [this](const std::string& text) {
                 options_.preview = parsePixelSize(text);
                 if (!options_.preview) {
-                    throw wrongValue("--preview", text, "a size such as 800x600");
+                    throw wrongValue("--preview", "'%1' is not a size such as 800x600", {text});
                 }
             });
         flag("--embed-recipe", options_.embedRecipe,
@@ -219,7 +228,8 @@ class Binding {
         add("--max-pixels", "N", "Refuse larger pictures (default: 500M)",
             [this](const std::string& text) {
                 const auto pixels = parseLargeCount(text);
-                if (!pixels) throw wrongValue("--max-pixels", text, "a number of pixels");
+                if (!pixels)
+                    throw wrongValue("--max-pixels", "'%1' is not a number of pixels", {text});
                 // Who names a number believes in it, however short the file is.
                 options_.limits = {*pixels, *pixels};
             });
@@ -234,7 +244,9 @@ class Binding {
         add("--memory", "BYTES", "For all of them together (default: most of what is free)",
             [this](const std::string& text) {
                 const auto bytes = parseLargeCount(text);
-                if (!bytes) throw wrongValue("--memory", text, "a number of bytes, such as 2G");
+                if (!bytes)
+                    throw wrongValue("--memory", "'%1' is not a number of bytes, such as 2G",
+                                     {text});
                 options_.memoryBytes = static_cast<std::uint64_t>(*bytes);
             });
         add("--watch", "FOLDER", "Render what appears there, until interrupted",
@@ -267,93 +279,54 @@ class Binding {
     bool verbose_ = false;
 };
 
-/// The library's help with a usage line that tells the usual order of arguments.
+/// The library's help in the user's language, with a usage line that tells the usual order of
+/// arguments.
 class HelpFormatter final : public CLI::Formatter {
+  public:
+    explicit HelpFormatter(const Translator& words) : words_(words) {}
+
+  private:
     std::string make_usage(const CLI::App*, std::string) const override {
-        return "Usage: skarnel-render [OPTIONS] PICTURE... [-o OUT]\n";
+        return words_.help("Usage: skarnel-render [OPTIONS] PICTURE... [-o OUT]") + "\n";
     }
+    std::string make_description(const CLI::App*) const override {
+        return words_.help("Turns pictures into their reflections.") + "\n";
+    }
+    std::string make_group(std::string group, bool isPositional,
+                           std::vector<const CLI::Option*> options) const override {
+        return Formatter::make_group(words_.help(group), isPositional, std::move(options));
+    }
+    std::string make_option_desc(const CLI::Option* option) const override {
+        return words_.help(option->get_description());
+    }
+
+    const Translator& words_;
 };
 
-/// What single options cannot see: which of them go together. Empty when all is well.
-std::string contradictionOfText(const Options& options) {
-    const TextOptions& text = options.text;
-    if (!text.isAsked() && (text.font || text.size || text.color)) {
-        return "--font, --size and --color need --text or --html";
-    }
-    if (!text.isAsked()) return {};
-    if (text.text && text.html) return "--text and --html do not go together";
-    if (!options.pictures.empty()) return "text and pictures do not go together";
-    if (options.watch) return "--watch takes no text";
-    return {};
+EarlyEnd usageError(const std::string& message, const Translator& words) {
+    return {"skarnel-render: " + words.cause(message) + "\n" +
+                words.help("Try 'skarnel-render --help'.") + "\n",
+            2};
 }
 
-/// The options that take standard input for themselves.
-std::ptrdiff_t readersOfStandardInput(const Options& options) {
-    return (options.recipe == kStandardStream ? 1 : 0) +
-           (options.text.html == kStandardStream ? 1 : 0);
-}
-
-/// An animation named as one format and asked for as another.
-std::string contradictionOfAnimation(const Options& options) {
-    if (!options.animate) return options.frameMilliseconds ? "--frame-time needs --animate" : "";
-    if (options.animate == kStandardStream) return "--animate cannot write to standard output";
-    if (!options.sweep) return "--animate needs --sweep";
-    if (options.output) return "--animate and --output do not go together";
-    const std::size_t dot = options.animate->rfind('.');
-    if (dot == std::string::npos || options.format.type.empty()) return {};
-    const ImageType* named = imageTypeWithExtension(options.animate->substr(dot + 1));
-    if (named == nullptr || named->identifier == options.format.type) return {};
-    return "--animate " + *options.animate + " and --format contradict each other";
-}
-
-std::string contradiction(const Options& options) {
-    if (std::string message = contradictionOfText(options); !message.empty()) return message;
-    const auto streams =
-        std::count(options.pictures.begin(), options.pictures.end(), kStandardStream);
-    const bool toStream = options.output == kStandardStream;
-    if (options.watch && !options.pictures.empty()) return "--watch takes no pictures";
-    if (options.watch && toStream) return "--watch cannot write to standard output";
-    if (options.watch && options.sweep) return "--watch and --sweep do not go together";
-    // A recipe may bring its text; without one that is found out when it is read.
-    const bool hasSource = !options.pictures.empty() || options.text.isAsked() || options.recipe;
-    if (!options.watch && !hasSource) {
-        return "no picture was given";
-    }
-    if (streams + readersOfStandardInput(options) > 1)
-        return "standard input can be read only once";
-    if (toStream && options.pictures.size() > 1) {
-        return "standard output takes only one picture";
-    }
-    if (options.recipe && options.userSettings) {
-        return "--recipe and --user-settings do not go together";
-    }
-    if (options.embedRecipe && options.sweep) {
-        return "--embed-recipe and --sweep do not go together";
-    }
-    if (std::string message = contradictionOfAnimation(options); !message.empty()) return message;
-    if (options.sweep && options.pictures.size() > 1) return "--sweep takes only one picture";
-    if (options.sweep && toStream) return "--sweep cannot write to standard output";
-    return {};
-}
-
-EarlyEnd usageError(const std::string& message) {
-    return {"skarnel-render: " + message + "\nTry 'skarnel-render --help'.\n", 2};
-}
-
-std::string describe(const CLI::App& app) {
+std::string describe(const CLI::App& app, const Translator& words) {
     std::string text = app.help();
     while (text.size() > 1 && text.ends_with("\n\n")) text.pop_back();
-    return text +
-           "\nExample: skarnel-render photo.jpg --offset 2 --image-perspective 30 -o out.png\n"
-           "Exit codes: 0 all well, 1 a picture failed, 2 wrong usage, 130 interrupted.\n";
+    return text + "\n" + words.help("Example:") +
+           " skarnel-render photo.jpg --offset 2 --image-perspective 30 -o out.png\n" +
+           words.help(
+               "Exit codes: 0 all well, 1 a picture failed, 2 wrong usage, 130 "
+               "interrupted.") +
+           "\n";
 }
 
 }  // namespace
 
-ParsedCommandLine parseCommandLine(const std::vector<std::string>& arguments) {
+ParsedCommandLine parseCommandLine(const std::vector<std::string>& arguments,
+                                   const Translator& words) {
     Options options;
-    CLI::App app("Turns pictures into their reflections.", "skarnel-render");
-    const auto formatter = std::make_shared<HelpFormatter>();
+    CLI::App app("", "skarnel-render");
+    const auto formatter = std::make_shared<HelpFormatter>(words);
     formatter->column_width(38);
     app.formatter(formatter);
     const Binding binding(app, options);
@@ -361,15 +334,15 @@ ParsedCommandLine parseCommandLine(const std::vector<std::string>& arguments) {
         // The library takes the arguments last first.
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::CallForHelp&) {
-        return EarlyEnd{describe(app), 0};
+        return EarlyEnd{describe(app, words), 0};
     } catch (const CLI::ParseError& error) {
-        return usageError(error.what());
+        return usageError(error.what(), words);
     }
     if (binding.version()) return VersionRequest{options.json};
     if (binding.verbose()) options.verbosity = Verbosity::Verbose;
     if (binding.quiet()) options.verbosity = Verbosity::Quiet;
     if (const std::string message = contradiction(options); !message.empty()) {
-        return usageError(message);
+        return usageError(message, words);
     }
     if (options.text.isAsked()) options.pictures = {std::string(kTextInput)};
     return options;

@@ -11,6 +11,7 @@
 #include "cli/render_settings.h"
 #include "cli/text_source.h"
 #include "imaging/io/image_io.h"
+#include "util/messages/translator.h"
 
 namespace skarnel::cli {
 
@@ -72,7 +73,9 @@ struct VersionRequest {
 using ParsedCommandLine = std::variant<Options, EarlyEnd, VersionRequest>;
 
 /// Reads the arguments (without the program's name). Touches nothing outside its inputs. What is
-/// wrong gives an EarlyEnd with exit code 2 and a sentence that names the option and the value.
-ParsedCommandLine parseCommandLine(const std::vector<std::string>& arguments);
+/// wrong gives an EarlyEnd with exit code 2 and a sentence that names the option and the value. The
+/// texts of an EarlyEnd are in the language of `words`.
+ParsedCommandLine parseCommandLine(const std::vector<std::string>& arguments,
+                                   const Translator& words = Translator());
 
 }  // namespace skarnel::cli

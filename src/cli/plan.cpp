@@ -11,6 +11,7 @@
 #include "recipe/recipe_file.h"
 #include "storage/safe_file.h"
 #include "storage/save_name.h"
+#include "util/log/message.h"
 
 namespace skarnel::cli {
 namespace {
@@ -44,8 +45,9 @@ std::variant<std::string, UsageProblem> outputType(const OutputFormat& format,
     const std::string_view extension = output.substr(dot + 1);
     const ImageType* type = imageTypeWithExtension(extension);
     if (type != nullptr && type->canWrite) return std::string(type->identifier);
-    return UsageProblem{std::string(output) + ": no format is known that can be written as '" +
-                        std::string(extension) + "' (--format names one)"};
+    return UsageProblem{
+        std::string(output) + ": " +
+        filled("no format is known that can be written as '%1' (--format names one)", {extension})};
 }
 
 std::optional<UsageProblem> problemOfType(const Options& options, std::string_view type) {
@@ -54,16 +56,18 @@ std::optional<UsageProblem> problemOfType(const Options& options, std::string_vi
     const OutputFormat& format = options.format;
     const bool hasQuality = type == kUTTypeJPEG || type == kUTTypeJPEG2000 || type == kUTTypeWebP;
     if (options.embedRecipe && !canCarryRecipe(type)) {
-        return UsageProblem{"Only TIFF, PNG and JPEG files can carry a recipe"};
+        return UsageProblem{marked("Only TIFF, PNG and JPEG files can carry a recipe")};
     }
     if (format.quality && !hasQuality) {
-        return UsageProblem{"--quality is for JPEG, JPEG 2000 and WebP, not for " + name};
+        return UsageProblem{
+            filled("--quality is for JPEG, JPEG 2000 and WebP, not for %1", {name})};
     }
     if (format.tiffCompression && type != kUTTypeTIFF) {
-        return UsageProblem{"--compression none, lzw and deflate are for TIFF, not for " + name};
+        return UsageProblem{
+            filled("--compression none, lzw and deflate are for TIFF, not for %1", {name})};
     }
     if (format.level && type != kUTTypePNG) {
-        return UsageProblem{"--compression by a number is for PNG, not for " + name};
+        return UsageProblem{filled("--compression by a number is for PNG, not for %1", {name})};
     }
     return std::nullopt;
 }
@@ -84,7 +88,8 @@ void refuseRepeatedOutputs(std::vector<Job>& jobs) {
         const std::string plain = std::filesystem::path(job.output).lexically_normal().string();
         const auto [first, fresh] = inputOfOutput.emplace(plain, job.input);
         if (fresh || job.output == kStandardStream) continue;
-        job.refusal = job.output + ": The result of " + first->second + " has the same name";
+        job.refusal =
+            job.output + ": " + filled("The result of %1 has the same name", {first->second});
     }
 }
 
@@ -93,7 +98,7 @@ std::variant<std::vector<Job>, UsageProblem> planJobs(const Options& options) {
     const bool toFolder = !output.empty() && output != kStandardStream && isFolder(output);
     const bool named = !output.empty() && !toFolder;
     if (options.pictures.size() > 1 && named && output != kStandardStream) {
-        return UsageProblem{output + ": several pictures need a folder to write to"};
+        return UsageProblem{output + ": " + marked("several pictures need a folder to write to")};
     }
     const std::variant<std::string, UsageProblem> type =
         outputType(options.format, named && output != kStandardStream ? output : "");
@@ -109,7 +114,7 @@ std::variant<std::vector<Job>, UsageProblem> planJobs(const Options& options) {
     const bool toTerminal = std::any_of(jobs.begin(), jobs.end(), [](const Job& job) {
         return job.output == kStandardStream && ::isatty(STDOUT_FILENO) == 1;
     });
-    if (toTerminal) return UsageProblem{"standard output is a terminal; -o names a file"};
+    if (toTerminal) return UsageProblem{marked("standard output is a terminal; -o names a file")};
     refuseRepeatedOutputs(jobs);
     return jobs;
 }

@@ -16,6 +16,7 @@
 
 #include "cli/interrupt.h"
 #include "cli/memory_need.h"
+#include "util/log/message.h"
 
 namespace skarnel::cli {
 namespace {
@@ -118,10 +119,10 @@ bool readExactly(int descriptor, void* bytes, std::size_t count) {
 
 std::string causeOfDeath(int status) {
     if (WIFSIGNALED(status)) {
-        return "The process that rendered it was ended by signal " +
-               std::to_string(WTERMSIG(status));
+        return filled("The process that rendered it was ended by signal %1",
+                      {std::to_string(WTERMSIG(status))});
     }
-    return "The process that rendered it ended too early";
+    return marked("The process that rendered it ended too early");
 }
 
 class Pool {
@@ -257,7 +258,7 @@ class Pool {
         if (report) report->made.assign(received.begin(), received.end());
         const std::size_t job = *std::exchange(worker.job, std::nullopt);
         worker.received = {};
-        if (!report) report = lost_(job, "The report of its process was damaged");
+        if (!report) report = lost_(job, marked("The report of its process was damaged"));
         return std::pair(job, *std::move(report));
     }
 

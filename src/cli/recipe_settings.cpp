@@ -11,6 +11,7 @@
 #include "cli/options.h"
 #include "recipe/recipe_file.h"
 #include "storage/whole_file.h"
+#include "util/log/message.h"
 
 namespace skarnel::cli {
 namespace {
@@ -47,8 +48,9 @@ Result<Recipe> recipeFrom(const std::string& path) {
 Result<RecipeSettings> settingsFromRecipe(const std::string& path) try {
     Result<Recipe> recipe = recipeFrom(path);
     if (!recipe) {
-        const std::string name = path == kStandardStream ? "standard input" : path;
-        return {recipe.error().code, name + ": " + recipe.error().message};
+        const std::string& cause = recipe.error().message;
+        return {recipe.error().code, path == kStandardStream ? filled("standard input: %1", {cause})
+                                                             : path + ": " + cause};
     }
     RenderSettings settings = defaultSettings();
     settings.numbers = recipe->settings;

@@ -12,6 +12,7 @@
 
 #include "cli/interrupt.h"
 #include "recipe/base64.h"
+#include "util/log/message.h"
 
 namespace skarnel::cli {
 namespace {
@@ -185,8 +186,10 @@ void Console::tryReport(const JobReport& report) {
     wipeProgress();
     if (report.error) {
         // With JSON the reason stands in the object; people see it on a terminal all the same.
-        message((report.input == kStandardStream ? "standard input" : report.input) + ": " +
-                *report.error);
+        const std::string& cause = *report.error;
+        message(report.input == kStandardStream
+                    ? words_.cause(filled("standard input: %1", {cause}))
+                    : report.input + ": " + words_.cause(cause));
     }
     if (style_.verbosity == Verbosity::Verbose) message(detailsOf(report));
     if (style_.json) {
@@ -201,6 +204,10 @@ void Console::message(std::string_view text) {
     wipeProgress();
     const std::string name = style_.colour ? "\x1b[31mskarnel-render:\x1b[0m " : "skarnel-render: ";
     print(STDERR_FILENO, name + forStream(STDERR_FILENO, text) + "\n");
+}
+
+void Console::problem(std::string_view text) {
+    message(words_.cause(text));
 }
 
 void Console::progress(std::size_t done, std::size_t total, std::string_view name) {
@@ -232,7 +239,7 @@ void Console::print(int descriptor, std::string_view text) {
     const Result<void> printed = writeDescriptor(descriptor, {bytes, text.size()});
     if (printed || descriptor != STDOUT_FILENO || outputFailed_) return;
     outputFailed_ = true;
-    message("standard output: " + printed.error().message);
+    problem(filled("standard output: %1", {printed.error().message}));
 }
 
 }  // namespace skarnel::cli

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "cli/job.h"
+#include "util/messages/translator.h"
 
 namespace skarnel::cli {
 
@@ -29,7 +30,8 @@ class Console {
         bool progress = false;  // standard error is a terminal that can wipe a line
         bool colour = false;
     };
-    explicit Console(const Style& style) : style_(style) {}
+    /// `words` must outlive the console.
+    Console(const Style& style, const Translator& words) : style_(style), words_(words) {}
 
     /// The style for these options on the present streams and environment (NO_COLOR, TERM).
     static Style styleFor(const Options& options);
@@ -38,6 +40,7 @@ class Console {
     /// object without names.
     void report(const JobReport& report);
     void message(std::string_view text);  // on standard error, after the program's name
+    void problem(std::string_view text);  // a message in the user's language
     void progress(std::size_t done, std::size_t total, std::string_view name);
     void wipeProgress();
 
@@ -49,6 +52,7 @@ class Console {
     void print(int descriptor, std::string_view text);
     bool outputFailed_ = false;
     Style style_;
+    const Translator& words_;
     bool progressStands_ = false;
 };
 

@@ -18,7 +18,9 @@
 #include "cli/watch.h"
 #include "recipe/recipe_file.h"
 #include "storage/settings_store.h"
+#include "util/log/message.h"
 #include "util/log/system_log.h"
+#include "util/messages/translator.h"
 
 namespace skarnel::cli {
 namespace {
@@ -59,10 +61,10 @@ JobSettings jobSettings(const Options& options, const RenderSettings& base) {
 /// One run with everything that its parts share.
 class Run {
   public:
-    Run(const Options& options, const RenderSettings& base)
+    Run(const Options& options, const RenderSettings& base, const Translator& words)
         : options_(options),
           settings_(jobSettings(options, base)),
-          console_(Console::styleFor(options)) {
+          console_(Console::styleFor(options), words) {
         // The log is for those who look closer; what concerns a picture is in its report.
         setSystemLogSink([this](std::string_view line) {
             if (options_.verbosity == Verbosity::Verbose) console_.message(line);
@@ -89,7 +91,7 @@ class Run {
         const std::string into = options_.output.value_or(folder);
         std::error_code failed;
         if (options_.output && !std::filesystem::is_directory(into, failed))
-            return usage({into + ": a watched folder needs a folder to write to"});
+            return usage({into + ": " + marked("a watched folder needs a folder to write to")});
         const auto type = outputType(options_.format, "");
         if (const auto* problem = std::get_if<UsageProblem>(&type)) return usage(*problem);
         const std::string& format = std::get<std::string>(type);
@@ -109,7 +111,7 @@ class Run {
             runAll(jobs, report, [](std::size_t) {});
             return results;
         });
-        console_.message(folder + ": " + ended.error().message);
+        console_.problem(folder + ": " + ended.error().message);
         return kSomeFailed;
     }
 
@@ -121,7 +123,7 @@ class Run {
         if (const auto* problem = std::get_if<UsageProblem>(&planned)) return usage(*problem);
         const Job& first = std::get<std::vector<Job>>(planned).front();
         if (options_.animate && !canBeAnimated(first.type)) {
-            return usage({*options_.animate + ": Only PNG and WebP can be animated"});
+            return usage({*options_.animate + ": " + marked("Only PNG and WebP can be animated")});
         }
         if (const auto problem = problemOfType(options_, first.type)) return usage(*problem);
         SweepRequest request{std::get<std::vector<Job>>(planned).front(), settings_,
@@ -202,7 +204,7 @@ class Run {
     }
 
     int usage(const UsageProblem& problem) {
-        console_.message(problem.message);
+        console_.problem(problem.message);
         return kWrongUsage;
     }
 
@@ -218,29 +220,32 @@ class Run {
     bool failed_ = false;
 };
 
-int run(const EarlyEnd& end) {
+int run(const EarlyEnd& end, const Translator&) {
     std::FILE* stream = end.exitCode == kAllWell ? stdout : stderr;
     const bool printed = std::fputs(end.text.c_str(), stream) >= 0 && std::fflush(stream) == 0;
     return printed ? end.exitCode : kSomeFailed;
 }
 
-int run(const VersionRequest& request) {
-    return run(EarlyEnd{(request.json ? jsonOfVersion() : textOfVersion()) + "\n", kAllWell});
+int run(const VersionRequest& request, const Translator& words) {
+    return run(EarlyEnd{(request.json ? jsonOfVersion() : textOfVersion()) + "\n", kAllWell},
+               words);
 }
 
-int complain(const std::string& message, int code) {
-    std::fprintf(stderr, "skarnel-render: %s\n", message.c_str());
+/// `message` is in English.
+int complain(const std::string& message, const Translator& words, int code) {
+    std::fprintf(stderr, "skarnel-render: %s\n", words.cause(message).c_str());
     return code;
 }
 
-int run(const Options& given) {
+int run(const Options& given, const Translator& words) {
     const Result<RecipeSettings> base = baseSettings(given);
-    if (!base) return complain(base.error().message, kSomeFailed);
+    if (!base) return complain(base.error().message, words, kSomeFailed);
     const Options options = withTextOfRecipe(given, *base);
     if (options.pictures.empty() && !options.text.isAsked() && !options.watch) {
-        return complain("no picture was given, and the recipe has no text", kWrongUsage);
+        return complain(marked("no picture was given, and the recipe has no text"), words,
+                        kWrongUsage);
     }
-    Run whole(options, base->render);
+    Run whole(options, base->render, words);
     if (options.watch) return whole.watch();
     if (options.sweep) return whole.sweep();
     return whole.pictures();
@@ -250,7 +255,9 @@ int run(const Options& given) {
 
 int runCommandLine(const std::vector<std::string>& arguments) {
     installInterruptHandlers();
-    return std::visit([](const auto& parsed) { return run(parsed); }, parseCommandLine(arguments));
+    const Translator words = Translator::ofEnvironment();
+    return std::visit([&](const auto& parsed) { return run(parsed, words); },
+                      parseCommandLine(arguments, words));
 }
 
 }  // namespace skarnel::cli

@@ -11,6 +11,7 @@
 #include "cli/preview.h"
 #include "imaging/cgcontext.h"
 #include "imaging/io/animation.h"
+#include "util/log/message.h"
 
 namespace skarnel::cli {
 namespace {
@@ -26,10 +27,6 @@ Result<void> shrinkSource(DecodedImage& picture, const SweepRequest& request) {
     if (!shrunk) return {ErrorCode::OutOfMemory, "There is not enough memory for the preview"};
     picture.image = *shrunk;
     return {};
-}
-
-std::string alreadyThere(const std::string& path) {
-    return path + ": The file already exists (--force replaces it)";
 }
 
 /// Looking first saves the work; the writing itself looks again, in one step with the naming.
@@ -52,7 +49,8 @@ Result<ReflectionResult> renderFrame(const CGImage& source, const SweepRequest& 
 }
 
 constexpr double kAnimationQuality = 0.8;  // of WebP where none is asked for; 0 to 1
-constexpr const char* kUnturned = "The turn could not be made; the frame was written without it";
+constexpr const char* kUnturned =
+    marked("The turn could not be made; the frame was written without it");
 
 /// Does `work` with the clock running and memory's end caught.
 template <typename Work>
@@ -63,7 +61,7 @@ JobReport timed(const std::string& input, Work work) {
     try {
         work(report);
     } catch (const std::bad_alloc&) {
-        report.error = "There is not enough memory";
+        report.error = marked("There is not enough memory");
     }
     const std::chrono::duration<double, std::milli> taken =
         std::chrono::steady_clock::now() - start;
@@ -95,7 +93,7 @@ std::optional<Prepared> prepare(const SweepRequest& request,
     }
     const std::optional<PixelSize> size =
         largestFrame(sizeOf(picture->image), request.settings.render, request.sweep);
-    if (!size) return fail("These settings leave no picture of a possible size");
+    if (!size) return fail(marked("These settings leave no picture of a possible size"));
     return Prepared{*std::move(picture), inputSize, *size};
 }
 
@@ -154,8 +152,8 @@ class Animation {
   private:
     const char* causeOfNoEncoder() const {
         return canBeAnimated(request_.job.type)
-                   ? "There is not enough memory, or a side has more than 16383 pixels"
-                   : "Only PNG and WebP can be animated";
+                   ? marked("There is not enough memory, or a side has more than 16383 pixels")
+                   : marked("Only PNG and WebP can be animated");
     }
 
     /// In a worker. One that has just made the frame before still has it.

@@ -12,6 +12,7 @@
 #include "textimaging/page_module_loader.h"
 #include "textimaging/string_encodings.h"
 #include "textimaging/url_text.h"
+#include "util/log/message.h"
 #include "util/log/system_log.h"
 #include "util/string/html_depth.h"
 
@@ -51,7 +52,8 @@ Result<StyledText> styledText(const TextOptions& options, PageModule& module) {
     if (!bytes) return Error{bytes.error().code, *options.html + ": " + bytes.error().message};
     const std::string_view html(reinterpret_cast<const char*>(bytes->data()), bytes->size());
     if (isNestedTooDeeply(html, kMaxStyledHtmlDepth))
-        return Error{ErrorCode::CannotRead, *options.html + ": The elements are nested too deeply"};
+        return Error{ErrorCode::CannotRead,
+                     *options.html + ": " + marked("The elements are nested too deeply")};
     return module.styledTextOfHtml(utf16FromUtf8(html), style);
 }
 
@@ -65,16 +67,16 @@ Result<std::string> pageOfText(VanteraDesktopController& controller, TextToolkit
     const std::optional<std::u16string> html = controller.getHTMLMessage(kEncodingUTF8, size);
     if (!html) return shown("There is no text to image.");
     const std::optional<std::string> folder = toolkit.temporaryDirectory();
-    if (!folder) return shown("There is no folder for temporary files");
+    if (!folder) return shown(marked("There is no folder for temporary files"));
     const std::string path = toolkit.temporaryName() + ".html";
     const TextWriteOutcome outcome =
         toolkit.textFiles().writeStringToFile(*html, path, Atomically::No, kEncodingUTF8);
     if (!outcome.written)
         return shown("There was an error saving the text as HTML. The text can not be imaged.");
     const std::optional<std::string> url = EncodeStringTrimmingWhitespace(path);
-    if (!url) return shown("The folder for temporary files has an impossible name");
+    if (!url) return shown(marked("The folder for temporary files has an impossible name"));
     const std::optional<std::string> page = controller.imageURL("file://" + *url, size);
-    if (!page || !toolkit.alerts().empty()) return shown("The text could not be drawn");
+    if (!page || !toolkit.alerts().empty()) return shown(marked("The text could not be drawn"));
     return *page;
 }
 
@@ -111,7 +113,7 @@ Result<TextPicture> pictureOfText(const TextOptions& options, const DeviceColor&
     Result<std::unique_ptr<PageModule>> module = loadPageModule({&center, log});
     if (!module)
         return Error{module.error().code,
-                     "Drawing text needs the page renderer: " + module.error().message};
+                     filled("Drawing text needs the page renderer: %1", {module.error().message})};
     Result<StyledText> text = styledText(options, **module);
     if (!text) return text.error();
     TextToolkit toolkit(**module, center);

@@ -31,6 +31,13 @@ QString catalogueOf(QString tag) {
     return known ? language : speaksEnglish(language) ? QStringLiteral("en") : QString();
 }
 
+/// As the toolkit's translators, the application's own: whoever tells a cause has no other way to
+/// it. Null without a language.
+const Translator*& chosenCauses() {
+    static const Translator* causes = nullptr;
+    return causes;
+}
+
 bool install(QTranslator& translator, bool loaded) {
     return loaded && QCoreApplication::installTranslator(&translator);
 }
@@ -45,7 +52,8 @@ QString catalogueFor(const QStringList& userLanguages) {
     return {};
 }
 
-Language::Language(const QString& catalogue) {
+Language::Language(const QString& catalogue) : causes_(catalogue.toStdString()) {
+    chosenCauses() = &causes_;
     if (catalogue.isEmpty()) return;
     spokenByToolkit_ =
         install(toolkit_, toolkit_.load(QStringLiteral("qtbase_") + catalogue,
@@ -55,9 +63,15 @@ Language::Language(const QString& catalogue) {
 }
 
 Language::~Language() {
+    chosenCauses() = nullptr;
     for (QTranslator* translator : {&own_, &toolkit_}) {
         if (!translator->isEmpty()) QCoreApplication::removeTranslator(translator);
     }
+}
+
+const Translator& spokenCauses() {
+    static const Translator english;
+    return chosenCauses() != nullptr ? *chosenCauses() : english;
 }
 
 }  // namespace skarnel

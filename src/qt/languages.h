@@ -6,6 +6,8 @@
 #include <QTranslator>
 #include <array>
 
+#include "util/messages/translator.h"
+
 namespace skarnel {
 
 /// The languages that there are catalogues for, as in their files' names; English needs none.
@@ -16,9 +18,9 @@ inline constexpr std::array<const char*, 5> kCatalogues{"de", "es", "fr", "ja", 
 /// has them ("de-AT", "zh-Hant-TW"; underscores do as well).
 QString catalogueFor(const QStringList& userLanguages);
 
-/// For as long as it lives, the application's texts are those of one catalogue, and the toolkit's
-/// own those of its catalogue of the same language where that is installed. Widgets read their
-/// texts when they are made: the language comes before the first of them.
+/// For as long as it lives (one at a time), the application's texts are those of one catalogue, and
+/// the toolkit's own those of its catalogue of the same language where that is installed. Widgets
+/// read their texts when they are made: the language comes before the first of them.
 class Language final {
   public:
     /// An empty name is English.
@@ -35,8 +37,13 @@ class Language final {
   private:
     QTranslator toolkit_;
     QTranslator own_;
+    Translator causes_;
     bool spoken_ = true;
     bool spokenByToolkit_ = true;
 };
+
+/// The causes in the language of the Language that lives, from the command line's catalogues;
+/// English while there is none.
+const Translator& spokenCauses();
 
 }  // namespace skarnel

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <functional>
 #include <optional>
+#include <string>
 #include <utility>
 
 #include "qt/application.h"
@@ -21,26 +22,31 @@
 #include "qt/program_parts.h"
 #include "qt/single_instance.h"
 #include "qt/toolkit_services.h"
+#include "util/log/message.h"
+#include "util/messages/translator.h"
 
 namespace {
 
 enum ExitCode { kAllWell = 0, kUsage = 2, kNoDisplay = 3 };
 
-constexpr const char kUsageText[] =
-    "Usage: skarnel [PICTURE...]\n"
-    "Turns a picture into its reflection, in a window.\n"
-    "\n"
-    "  PICTURE        a picture to open; more than one go to Open Recent\n"
-    "  -h, --help     show this text and end\n"
-    "      --version  show the version and end\n"
-    "\n"
-    "Without a display use skarnel-render, which writes the result to a file.\n";
+std::string usageText(const skarnel::Translator& words) {
+    return words.help(
+        "Usage: skarnel [PICTURE...]\n"
+        "Turns a picture into its reflection, in a window.\n"
+        "\n"
+        "  PICTURE        a picture to open; more than one go to Open Recent\n"
+        "  -h, --help     show this text and end\n"
+        "      --version  show the version and end\n"
+        "\n"
+        "Without a display use skarnel-render, which writes the result to a file.\n");
+}
 
 void sayNoDisplay() {
-    std::fputs(
-        "skarnel: there is no display to open a window on; "
-        "skarnel-render PICTURE makes the result without one\n",
-        stderr);
+    const auto words = skarnel::Translator::ofEnvironment();
+    const std::string told = words.cause(
+        skarnel::marked("there is no display to open a window on; skarnel-render PICTURE makes the "
+                        "result without one"));
+    std::fprintf(stderr, "skarnel: %s\n", told.c_str());
 }
 
 /// What is done once when the toolkit ends the process because its display went away. The stack,
@@ -110,7 +116,7 @@ QStringList pictureArguments(const QStringList& arguments) {
 std::optional<int> settledByOptions(int argc, char** argv) {
     for (int i = 1; i < argc && !isOption(argv[i], "--"); ++i) {
         if (isOption(argv[i], "-h") || isOption(argv[i], "--help")) {
-            std::fputs(kUsageText, stdout);
+            std::fputs(usageText(skarnel::Translator::ofEnvironment()).c_str(), stdout);
             return kAllWell;
         }
         if (isOption(argv[i], "--version")) {
@@ -166,7 +172,10 @@ int main(int argc, char** argv) {
 
     const QStringList arguments = QApplication::arguments();
     if (const QString* option = unknownOption(arguments)) {
-        std::fprintf(stderr, "skarnel: unknown option %s\n%s", qPrintable(*option), kUsageText);
+        const auto words = skarnel::Translator::ofEnvironment();
+        const std::string told =
+            words.cause(skarnel::filled("unknown option %1", {option->toStdString()}));
+        std::fprintf(stderr, "skarnel: %s\n%s", told.c_str(), usageText(words).c_str());
         return kUsage;
     }
     const QStringList pictures = pictureArguments(arguments);

@@ -9,6 +9,7 @@
 #include "recipe/recipe_members.h"
 #include "storage/settings_json.h"
 #include "textimaging/serialized_text.h"
+#include "util/log/message.h"
 
 namespace skarnel {
 namespace {
@@ -58,8 +59,8 @@ Result<void> checkVersion(const RecipeMembers& members) {
     }
     if (members.version->number > kRecipeVersion) {
         return {ErrorCode::Unsupported,
-                fmt::format("The recipe has version {} and this program reads up to version {}",
-                            members.version->text, kRecipeVersion)};
+                filled("The recipe has version %1 and this program reads up to version %2",
+                       {members.version->text, std::to_string(kRecipeVersion)})};
     }
     return {};
 }
@@ -67,7 +68,7 @@ Result<void> checkVersion(const RecipeMembers& members) {
 Result<void> readSettings(const RecipeMembers& members, Recipe& recipe) {
     if (!members.hasSettings) return damaged("The recipe's settings are damaged");
     auto missing = [](std::string_view key) {
-        return damaged(fmt::format("The recipe's setting \"{}\" is missing or damaged", key));
+        return damaged(filled("The recipe's setting \"%1\" is missing or damaged", {key}));
     };
     for (std::size_t i = 0; i < kReflectionSettings.size(); ++i) {
         const auto found = members.settings.find(kReflectionSettings[i].key);
@@ -91,7 +92,7 @@ Result<void> readText(const RecipeMembers& members, Recipe& recipe) {
     const auto bytes = members.text ? decodeBase64(*members.text) : std::nullopt;
     if (!bytes) return damaged("The recipe's text is damaged");
     auto text = deserializeText(*bytes);
-    if (!text) return damaged("The recipe's text is damaged: " + text.error().message);
+    if (!text) return damaged(filled("The recipe's text is damaged: %1", {text.error().message}));
     recipe.text = *std::move(text);
     return {};
 }
@@ -101,7 +102,7 @@ Result<void> readMember(const std::string& name, const RecipeMembers& members, R
     if (name == kRecipeSettings) return readSettings(members, recipe);
     if (name == kRecipeText) return readText(members, recipe);
     if (name != kRecipeBackground)
-        return damaged(fmt::format("The recipe has an unknown member \"{}\"", name));
+        return damaged(filled("The recipe has an unknown member \"%1\"", {name}));
     const auto color = members.background ? colorOf(*members.background) : std::nullopt;
     if (!color) return damaged("The recipe's background is no colour");
     recipe.background = *color;
@@ -139,12 +140,12 @@ Result<Recipe> parseRecipe(ByteView bytes) try {
     const auto members = membersOfRecipe(bytes);
     if (!members) return members.error();
     if (members->doubled) {
-        return damaged(fmt::format("The recipe has \"{}\" twice", *members->doubled));
+        return damaged(filled("The recipe has \"%1\" twice", {*members->doubled}));
     }
     if (auto version = checkVersion(*members); !version) return version.error();
     for (const std::string_view needed : {kRecipeSettings, kRecipeBackground}) {
         if (!members->has(needed)) {
-            return damaged(fmt::format("The recipe has no \"{}\"", needed));
+            return damaged(filled("The recipe has no \"%1\"", {needed}));
         }
     }
     Recipe recipe;

@@ -5,6 +5,7 @@
 #include <set>
 
 #include "storage/settings_json.h"
+#include "util/log/message.h"
 
 namespace skarnel {
 namespace {
@@ -125,7 +126,8 @@ Error brokenOff(bool isMarked, std::size_t position, std::size_t size) {
         return {ErrorCode::UnknownFormat, "This is not a recipe, or only the beginning of one"};
     if (!isMarked) return {ErrorCode::UnknownFormat, "This is not a recipe"};
     if (atEnd) return {ErrorCode::Damaged, "The recipe is cut off"};
-    return {ErrorCode::Damaged, "The recipe is damaged at byte " + std::to_string(position)};
+    return {ErrorCode::Damaged,
+            filled("The recipe is damaged at byte %1", {std::to_string(position)})};
 }
 
 }  // namespace

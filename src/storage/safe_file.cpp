@@ -9,6 +9,7 @@
 
 #include "storage/left_overs.h"
 #include "storage/pipe_patience.h"
+#include "util/log/message.h"
 
 namespace skarnel {
 namespace {
@@ -217,8 +218,8 @@ Result<void> replaceInOneStep(const std::string& target, const struct stat* repl
     }
     if (const Result<void> flushed = flushFolder(folder, fileSystem); !flushed) {
         return {ErrorCode::CannotWrite,
-                "The file was written, but its folder could not be flushed: " +
-                    flushed.error().message};
+                filled("The file was written, but its folder could not be flushed: %1",
+                       {flushed.error().message})};
     }
     return {};
 }

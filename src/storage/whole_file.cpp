@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "storage/pipe_patience.h"
+#include "util/log/message.h"
 
 namespace skarnel {
 namespace {
@@ -17,7 +18,8 @@ constexpr std::size_t kStartBytes = 64;  // enough to know any file by
 constexpr std::size_t kChunkBytes = std::size_t{1} << 16;
 
 Error readError(int result) {
-    return {ErrorCode::CannotRead, result == -EISDIR ? "It is a folder" : describeError(-result)};
+    return {ErrorCode::CannotRead,
+            result == -EISDIR ? marked("It is a folder") : describeError(-result)};
 }
 
 Error tooLarge() {

@@ -9,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <functional>
 #include <string>
 #include <vector>
@@ -36,6 +37,9 @@ class Process {
             ::dup2(pipes[0][0], 0);
             ::dup2(pipes[1][1], 1);
             ::dup2(pipes[2][1], 2);
+            // What the programs say is compared, so it is English unless a test asks otherwise.
+            ::setenv("LC_ALL", "C", 1);
+            ::unsetenv("LANGUAGE");
             if (prepare) prepare();
             std::vector<std::string> copy = {SKARNEL_RENDER};
             copy.insert(copy.end(), arguments.begin(), arguments.end());

@@ -162,6 +162,33 @@ TEST_F(LanguagesTest, ARecipesFaultIsToldInTheLanguage) {
     EXPECT_EQ(causeText({ErrorCode::Failed, "Something else"}), QStringLiteral("Something else"));
 }
 
+TEST_F(LanguagesTest, CausesOfFilesMemoryAndPagesAreToldInTheLanguage) {
+    startIn("de");
+    const struct {
+        const char* english;
+        const char* told;
+    } rows[] = {
+        {"No memory left", "Es ist kein Arbeitsspeicher mehr frei"},
+        {"Permission denied", "Die Berechtigung fehlt"},
+        {"No free name for a temporary file", "Kein freier Name für eine temporäre Datei"},
+        {"The file was written, but its folder could not be flushed: Input/output error",
+         "Die Datei wurde geschrieben, ihr Ordner konnte aber nicht gesichert werden: "
+         "Ein-/Ausgabefehler"},
+        {"The recipe's text is damaged: The styled text is of a newer version",
+         "Der Text des Rezepts ist beschädigt: Der gestaltete Text hat eine neuere Version"},
+        {"A page of 20000 by 9 pixels is too large to capture; at most 16384 by 16384 are",
+         "Eine Seite von 20000 mal 9 Pixel ist zu groß zum Abbilden; höchstens 16384 mal 16384 "
+         "gehen"},
+        {"The page renderer ended in the middle of a page; it is started again",
+         "Die Seitendarstellung endete mitten in einer Seite; sie wird neu gestartet"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(causeText({ErrorCode::Failed, row.english}), QString::fromUtf8(row.told));
+    app.reset();
+    language.reset();
+    EXPECT_EQ(causeText({ErrorCode::Failed, "No memory left"}), QStringLiteral("No memory left"));
+}
+
 // Keys --------------------------------------------------------------------------------------------
 
 QChar keyOf(const QString& text) {

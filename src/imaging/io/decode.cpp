@@ -1,13 +1,14 @@
 // From bytes of any format to the picture that the program works with.
 #include <cmath>
-#include <cstdio>
 #include <new>
 #include <stdexcept>
+#include <string>
 
 #include "imaging/io/image_io.h"
 #include "imaging/io/read_file.h"
 #include "imaging/io/readers.h"
 #include "imaging/io/upright_picture.h"
+#include "util/log/message.h"
 
 namespace skarnel {
 namespace io {
@@ -19,22 +20,18 @@ std::optional<Error> checkPictureSize(std::int64_t width, std::int64_t height,
     constexpr std::int64_t kMaxSide = INT32_MAX / 4;
     const std::int64_t maxPixels = std::min(limits.maxPixels, formatPixels);
     if (width > kMaxSide || height > kMaxSide || width > maxPixels / height) {
-        char text[160];
-        std::snprintf(text, sizeof text,
-                      "The picture says it has %lld x %lld pixels, above the limit of %lld",
-                      static_cast<long long>(width), static_cast<long long>(height),
-                      static_cast<long long>(maxPixels));
-        return Error{ErrorCode::TooLarge, text};
+        return Error{
+            ErrorCode::TooLarge,
+            filled("The picture says it has %1 x %2 pixels, above the limit of %3",
+                   {std::to_string(width), std::to_string(height), std::to_string(maxPixels)})};
     }
     if (width * height > limits.maxUnprovenPixels &&
         static_cast<std::uint64_t>(width * height) / kMaxPixelsPerByte >= limits.fileBytes) {
-        char text[200];
-        std::snprintf(text, sizeof text,
-                      "The picture says it has %lld x %lld pixels, too many for a file of %llu "
-                      "bytes (skarnel-render --max-pixels allows them)",
-                      static_cast<long long>(width), static_cast<long long>(height),
-                      static_cast<unsigned long long>(limits.fileBytes));
-        return Error{ErrorCode::TooLarge, text};
+        return Error{ErrorCode::TooLarge,
+                     filled("The picture says it has %1 x %2 pixels, too many for a file of %3 "
+                            "bytes (skarnel-render --max-pixels allows them)",
+                            {std::to_string(width), std::to_string(height),
+                             std::to_string(limits.fileBytes)})};
     }
     return std::nullopt;
 }
@@ -100,7 +97,7 @@ Result<UprightPicture> openUpright(ByteView bytes, const DecodeLimits& limits) {
     const Reader reader = readerOfType(type->identifier);
     if (reader == nullptr) {
         return {ErrorCode::Unsupported,
-                "This build cannot read pictures of type " + std::string(type->name)};
+                filled("This build cannot read pictures of type %1", {type->name})};
     }
     DecodeLimits ofFile = limits;
     ofFile.fileBytes = bytes.size();

@@ -15,6 +15,7 @@
 #include "imaging/io/helper_process.h"
 #include "imaging/io/read_file.h"
 #include "imaging/io/row_ring.h"
+#include "util/log/message.h"
 #include "util/log/system_log.h"
 #include "util/walls/helper_program.h"
 #include "util/walls/landlock.h"
@@ -116,7 +117,7 @@ Result<DecodedImage> decodeBehindWall(const std::string& program, int descriptor
                                       const DecodeLimits& limits,
                                       std::chrono::milliseconds patience) {
     std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) return systemError("The decoder");
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) return systemError(marked("The decoder: %1"));
     const FileDescriptor answer(ends[0]);
     FileDescriptor helperEnd(ends[1]);
     // Fewer changes between the two processes where the system allows it.
@@ -172,16 +173,17 @@ Result<DecodedImage> decodeForeignImage(ByteView bytes, const DecodeLimits& limi
     const auto& program = io::decoderProgram();
     if (!program) return decodeImage(bytes, limits);
     const io::FileDescriptor file(::memfd_create("skarnel-input", MFD_CLOEXEC));
-    if (file.number() < 0) return io::systemError("The decoder");
+    if (file.number() < 0) return io::systemError(marked("The decoder: %1"));
     std::size_t written = 0;
     while (written < bytes.size()) {
         const ssize_t count =
             ::write(file.number(), bytes.data() + written, bytes.size() - written);
         if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return io::systemError("The picture cannot be handed to the decoder");
+        if (count <= 0)
+            return io::systemError(marked("The picture cannot be handed to the decoder: %1"));
         written += static_cast<std::size_t>(count);
     }
-    if (::lseek(file.number(), 0, SEEK_SET) != 0) return io::systemError("The decoder");
+    if (::lseek(file.number(), 0, SEEK_SET) != 0) return io::systemError(marked("The decoder: %1"));
     return io::decodeBehindWall(*program, file.number(), limits);
 } catch (const std::bad_alloc&) {
     return {ErrorCode::OutOfMemory, io::kNoMemory};

@@ -9,6 +9,7 @@
 #include "imaging/io/read_file.h"
 #include "imaging/io/vp8l_writer.h"
 #include "imaging/io/writers.h"
+#include "util/log/message.h"
 
 namespace skarnel {
 namespace io {
@@ -99,7 +100,7 @@ Result<Bytes> encodeImage(const CGImage& image, std::string_view typeIdentifier,
         return io::encodeBesides(image, typeIdentifier, properties);
     }
     return {ErrorCode::Unsupported,
-            "Pictures of type " + std::string(typeIdentifier) + " cannot be written"};
+            filled("Pictures of type %1 cannot be written", {typeIdentifier})};
 } catch (const std::bad_alloc&) {
     return {ErrorCode::OutOfMemory, io::kNoMemory};
 } catch (const std::length_error&) {

@@ -14,6 +14,7 @@
 #include "imaging/io/helper_process.h"
 #include "imaging/io/picture_rows.h"
 #include "imaging/io/read_file.h"
+#include "util/log/message.h"
 
 namespace skarnel::io {
 namespace {
@@ -112,12 +113,12 @@ Result<Bytes> encodeBehindWall(const std::string& program, const CGImage& image,
                                std::chrono::seconds patience) {
     std::array<int, 2> sockets{};
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets.data()) != 0) {
-        return systemError("The encoder");
+        return systemError(marked("The encoder: %1"));
     }
     FileDescriptor request(sockets[0]);
     FileDescriptor helperInput(sockets[1]);
     std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) return systemError("The encoder");
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) return systemError(marked("The encoder: %1"));
     const FileDescriptor answer(ends[0]);
     FileDescriptor helperAnswer(ends[1]);
     const timeval wait{static_cast<time_t>(patience.count()), 0};

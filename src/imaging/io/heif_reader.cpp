@@ -11,6 +11,7 @@
 #include "imaging/io/exif.h"
 #include "imaging/io/late_codec.h"
 #include "imaging/io/readers.h"
+#include "util/log/message.h"
 
 namespace skarnel::io {
 namespace {
@@ -200,8 +201,8 @@ bool loadHeif() {
 
 Result<SourcePicture> readHeif(ByteView bytes, const DecodeLimits& limits) {
     if (!loadHeif()) {
-        return {ErrorCode::Unsupported, std::string("The library for HEIF and AVIF (") +
-                                            heifSoname() + ") is not installed"};
+        return {ErrorCode::Unsupported,
+                filled("The library for HEIF and AVIF (%1) is not installed", {heifSoname()})};
     }
     const Owned<heif_context> context(api()->newContext());
     if (!context) return {ErrorCode::OutOfMemory, "Not enough memory for the decoder"};

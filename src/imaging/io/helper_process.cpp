@@ -14,6 +14,7 @@
 
 #include "imaging/io/decoder_protocol.h"
 #include "imaging/io/read_file.h"
+#include "util/log/message.h"
 
 namespace skarnel::io {
 namespace {
@@ -41,7 +42,7 @@ class SpawnActions {
 
 Error systemError(const char* what) {
     return {errno == ENOMEM ? ErrorCode::OutOfMemory : ErrorCode::Failed,
-            std::string(what) + ": " + std::strerror(errno)};
+            filled(what, {std::strerror(errno)})};
 }
 
 Result<HelperProcess> HelperProcess::start(const std::string& program, int input, int answer,
@@ -49,7 +50,8 @@ Result<HelperProcess> HelperProcess::start(const std::string& program, int input
     const FileDescriptor highInput = duplicateHigh(input);
     const FileDescriptor highAnswer = duplicateHigh(answer);
     const FileDescriptor highRing = duplicateHigh(ring);
-    if (highInput.number() < 0 || highAnswer.number() < 0) return systemError("The helper program");
+    if (highInput.number() < 0 || highAnswer.number() < 0)
+        return systemError(marked("The helper program: %1"));
     SpawnActions actions;
     for (const int standard : {0, 1, 2}) {
         posix_spawn_file_actions_addopen(actions.get(), standard, "/dev/null", O_RDWR, 0);
@@ -69,7 +71,7 @@ Result<HelperProcess> HelperProcess::start(const std::string& program, int input
                                   environment.data());
     if (error != 0) {
         errno = error;
-        return systemError("The helper program cannot be started");
+        return systemError(marked("The helper program cannot be started: %1"));
     }
     return HelperProcess(child);
 }

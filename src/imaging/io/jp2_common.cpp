@@ -5,6 +5,7 @@
 #include <new>
 
 #include "imaging/io/byte_reader.h"
+#include "util/log/message.h"
 
 namespace skarnel::io {
 namespace {
@@ -86,7 +87,7 @@ void JpMessages::listenTo(opj_codec_t* codec) {
 Error JpMessages::error() const {
     std::string text = first_;
     while (!text.empty() && (text.back() == '\n' || text.back() == '.')) text.pop_back();
-    return {ErrorCode::Damaged, text.empty() ? "The JPEG 2000 picture is damaged" : text};
+    return {ErrorCode::Damaged, text.empty() ? marked("The JPEG 2000 picture is damaged") : text};
 }
 
 std::optional<Resolution> jp2Resolution(ByteView file) {

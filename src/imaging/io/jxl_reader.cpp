@@ -11,6 +11,7 @@
 #include "imaging/io/exif.h"
 #include "imaging/io/late_codec.h"
 #include "imaging/io/readers.h"
+#include "util/log/message.h"
 
 namespace skarnel::io {
 namespace {
@@ -253,7 +254,7 @@ bool loadJpegXL() {
 Result<SourcePicture> readJpegXL(ByteView bytes, const DecodeLimits& limits) {
     if (!loadJpegXL()) {
         return {ErrorCode::Unsupported,
-                std::string("The library for JPEG XL (") + jpegXLSoname() + ") is not installed"};
+                filled("The library for JPEG XL (%1) is not installed", {jpegXLSoname()})};
     }
     return Decoding(limits).run(bytes);
 }

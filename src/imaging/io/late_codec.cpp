@@ -13,6 +13,7 @@
 #include "imaging/io/zlib_library.h"
 #ifdef SKARNEL_HAVE_GIF
 #include "imaging/io/gif_library.h"
+#include "util/log/message.h"
 #endif
 
 namespace skarnel::io {
@@ -43,7 +44,7 @@ Result<void> LateLibraries::need() {
     if (load()) return {};
     std::string names;
     for (const char* soname : sonames_) names += std::string(names.empty() ? "" : ", ") + soname;
-    return {ErrorCode::Unsupported, "This cannot be loaded or does not fit: " + names};
+    return {ErrorCode::Unsupported, filled("This cannot be loaded or does not fit: %1", {names})};
 }
 
 namespace {

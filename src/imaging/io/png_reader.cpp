@@ -7,6 +7,7 @@
 #include "imaging/io/exif.h"
 #include "imaging/io/png_library.h"
 #include "imaging/io/readers.h"
+#include "util/log/message.h"
 
 namespace skarnel::io {
 namespace {
@@ -27,7 +28,7 @@ class PngDecoder {
     PngDecoder& operator=(const PngDecoder&) = delete;
 
     bool readHeader() {
-        if (info_ == nullptr) return fail("Not enough memory");
+        if (info_ == nullptr) return fail(marked("Not enough memory"));
         if (setjmp(png_jmpbuf(png_)) != 0) return false;
         png_set_read_fn(png_, this, onRead);
         png_set_user_limits(png_, INT32_MAX / 4, INT32_MAX / 4);
@@ -81,7 +82,7 @@ class PngDecoder {
     static void onWarning(png_structp, png_const_charp) {}
     static void onRead(png_structp png, png_bytep target, std::size_t count) {
         auto* self = static_cast<PngDecoder*>(png_get_io_ptr(png));
-        if (count > self->rest_.size()) png_error(png, "The file ends too early");
+        if (count > self->rest_.size()) png_error(png, marked("The file ends too early"));
         std::memcpy(target, self->rest_.data(), count);
         self->rest_ = self->rest_.subspan(count);
     }

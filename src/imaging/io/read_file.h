@@ -6,12 +6,13 @@
 #include <utility>
 
 #include "imaging/io/image_io.h"
+#include "util/log/message.h"
 #include "util/log/result.h"
 
 namespace skarnel::io {
 
 /// Short enough for a string to hold without memory of its own, which is what there is none of.
-inline constexpr char kNoMemory[] = "No memory left";
+inline constexpr const char* kNoMemory = marked("No memory left");
 
 /// Above any picture within the pixel limit that could be decoded at all.
 inline constexpr std::size_t kMaxFileBytes = std::size_t{8} << 30;

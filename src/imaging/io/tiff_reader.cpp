@@ -10,6 +10,7 @@
 #include "imaging/io/exif_block.h"
 #include "imaging/io/readers.h"
 #include "imaging/io/tiff_common.h"
+#include "util/log/message.h"
 
 namespace skarnel::io {
 namespace {
@@ -425,7 +426,7 @@ Result<SourcePicture> readTiff(ByteView bytes, const DecodeLimits& limits) {
     const TiffHandle tiff = openMemory(file, errors);
     auto damaged = [&errors] {
         const char* message = errors.message.data();
-        return Error{ErrorCode::Damaged, *message != 0 ? message : "The TIFF is damaged"};
+        return Error{ErrorCode::Damaged, *message != 0 ? message : marked("The TIFF is damaged")};
     };
     if (!tiff) return damaged();
     const Layout layout = readLayout(tiff.get());

@@ -14,6 +14,7 @@
 #include <algorithm>
 
 #include "qt/page/page_patience.h"
+#include "util/log/message.h"
 
 namespace skarnel {
 namespace {
@@ -191,7 +192,7 @@ QImage PageEngine::capture(QSize size) {
         return {};
     }
     if (!drawUntilSentinel(image, sentinel, paintPatience(wanted))) {
-        log_("The page was not painted in time");
+        log_(marked("The page was not painted in time"));
         return {};
     }
     return image.copy(QRect(QPoint(0, 0), size));

@@ -13,6 +13,7 @@
 #include "qt/page/page_view.h"
 #include "qt/page/remote_page.h"
 #include "qt/page/text_layout.h"
+#include "util/log/message.h"
 #include "util/walls/helper_program.h"
 
 namespace skarnel {
@@ -84,7 +85,7 @@ class QtPageModule final : public PageModule {
 
     std::unique_ptr<WebView> webView(const CGRect& frame) override {
         if (!program_) {
-            context_.log("The page renderer is not installed");
+            context_.log(marked("The page renderer is not installed"));
             return nullptr;
         }
         const auto giveBack = [this](std::unique_ptr<RemotePage> page) {

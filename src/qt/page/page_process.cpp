@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "qt/page/page_messages.h"
+#include "util/log/message.h"
 
 namespace skarnel {
 namespace {
@@ -21,7 +22,7 @@ constexpr int kLeastDescriptor = 16;
 
 Error cannotStart(int error) {
     return {error == ENOMEM ? ErrorCode::OutOfMemory : ErrorCode::Failed,
-            std::string("The page renderer cannot be started: ") + std::strerror(error)};
+            filled("The page renderer cannot be started: %1", {std::strerror(error)})};
 }
 
 /// The error's number, or 0. A group of its own ends as one, and the terminal's keys, which are our

@@ -7,6 +7,7 @@
 
 #include "qt/page/page_messages.h"
 #include "util/geometry/integers.h"
+#include "util/log/message.h"
 
 namespace skarnel {
 namespace {
@@ -118,10 +119,10 @@ CGRect PageView::visibleRect() {
 std::optional<PixelBuffer> PageView::bitmapImageRepForCachingDisplayInRect(const CGRect& rect) {
     const QSize size = wholeSize(rect.size());
     if (size.width() > kLargestCaptureSide || size.height() > kLargestCaptureSide) {
-        context_.log("A page of " + std::to_string(size.width()) + " by " +
-                     std::to_string(size.height()) + " pixels is too large to capture; at most " +
-                     std::to_string(kLargestCaptureSide) + " by " +
-                     std::to_string(kLargestCaptureSide) + " are");
+        context_.log(
+            filled("A page of %1 by %2 pixels is too large to capture; at most %3 by %3 are",
+                   {std::to_string(size.width()), std::to_string(size.height()),
+                    std::to_string(kLargestCaptureSide)}));
         return std::nullopt;
     }
     return PixelBuffer::zeroed(size.width(), size.height());

@@ -10,6 +10,7 @@
 
 #include "qt/page/page_messages.h"
 #include "qt/page/page_patience.h"
+#include "util/log/message.h"
 
 namespace skarnel {
 
@@ -130,14 +131,14 @@ void RemotePage::ended() {
     stop();
     if (isQuitting_) return;
     if ((isLoading_ || wanted_) && startAgain()) return;
-    log_("The page renderer ended");
+    log_(marked("The page renderer ended"));
     if (std::exchange(wanted_, std::nullopt)) emit answered();
     if (isLoading_) finish(false);
 }
 
 bool RemotePage::startAgain() {
     if (std::exchange(hasRetried_, true)) return false;
-    log_("The page renderer ended in the middle of a page; it is started again");
+    log_(marked("The page renderer ended in the middle of a page; it is started again"));
     start();
     if (process_ == nullptr) return false;
     send(pageMessage(PageMessageKind::Load, address_, viewSize_));
@@ -181,7 +182,7 @@ QImage RemotePage::capture(QSize size) {
     if (std::exchange(wanted_, std::nullopt) && !isQuitting_) {
         // It does not even say that it has no picture.
         stop();
-        log_("The page was not painted in time");
+        log_(marked("The page was not painted in time"));
     }
     return std::exchange(picture_, {});
 }
