@@ -9,7 +9,8 @@ namespace {
 /// The picture that is made and the one before it, which the viewer still shows, and the larger
 /// one below.
 constexpr std::size_t kPictures = 3;
-/// A turned canvas between its two passes, in pictures: as high as a picture and its reflection.
+/// What a turn keeps of its canvas between two steps, in pictures: at most a canvas as high as a
+/// picture and its reflection.
 constexpr std::size_t kTurnedCanvas = 2;
 
 }  // namespace
