@@ -59,6 +59,9 @@ TEST(UnpremultiplyRow, IsExactForAllPairsOnEveryTarget) {
             expected[row + 4 * color + 1] = expected[row + 4 * (255 - color)];
         }
     }
+    Row defined(source.size());
+    scalar::unpremultiplyRow(defined.data(), source.data(), source.size() / 4);
+    EXPECT_EQ(defined, expected);
     for (const Target target : supportedTargets()) {
         const ScopedTarget only(target);
         Row actual(source.size());
@@ -92,6 +95,9 @@ TEST(UnpremultiplyRow, IsTheSameOnEveryTargetAtEveryWidthAndPlace) {
 TEST(SubtractRow, TakesDifferencesAsSignedBytes) {
     const Row row = {5, 0, 128, 255, 7};
     const Row other = {3, 1, 0, 0, 7};
+    Row defined(5);
+    EXPECT_EQ(scalar::subtractRow(defined.data(), row.data(), other.data(), 5), 132U);
+    EXPECT_EQ(defined, (Row{2, 255, 128, 255, 0}));
     for (const Target target : supportedTargets()) {
         const ScopedTarget only(target);
         Row difference(5);
