@@ -57,13 +57,15 @@ class CommandLineWithoutMemory : public ::testing::TestWithParam<Refusal> {
         if (!testing::canRefuseMemory()) GTEST_SKIP() << "a sanitizer has a malloc of its own";
     }
 
+    const Translator english_;
+
     /// `report` comes as `line` into standard output, or what stands for it does and an error.
     void expectLine(const Console::Style& style, const JobReport& report, const std::string& line,
                     const std::string& without) {
         refuseEach(line, GetParam(), [&] {
             const CaughtStream out(STDOUT_FILENO);
             const CaughtStream err(STDERR_FILENO);
-            Console console(style);
+            Console console(style, english_);
             console.report(report);
             const MemoryPause reading;
             if (!console.outputFailed()) return out.text() == line;
