@@ -6,6 +6,7 @@
 #include "cli/canvas_size.h"
 #include "cli/preview.h"
 #include "imaging/io/picture_head.h"
+#include "imaging/io/vp8l_writer.h"
 
 namespace skarnel::cli {
 namespace {
@@ -14,34 +15,38 @@ constexpr std::uint64_t kBytesAPixel = 4;
 constexpr std::uint64_t kDecodingBytesAPixel = 12;
 constexpr std::uint64_t kMostPixels = std::uint64_t{1} << 50;  // more would not change anything
 
-/// Pictures of the result's size that rendering and encoding hold together, in tenths.
-std::uint64_t tenthsOfResult(std::string_view type) {
-    // The library holds the whole picture in forms of its own.
-    return type == kUTTypeWebP ? 90 : 22;
-}
-
 std::uint64_t pixelsOf(PixelSize size) {
     return static_cast<std::uint64_t>(size.width) * static_cast<std::uint64_t>(size.height);
+}
+
+/// Pictures of the result's size that rendering and encoding hold together, in tenths.
+std::uint64_t tenthsOfResult(PixelSize result, const FrameFormat& format) {
+    constexpr std::uint64_t kByRows = 22;
+    if (format.type != kUTTypeWebP) return kByRows;
+    // The library holds the whole picture in forms of its own.
+    if (format.quality.value_or(100) < 100) return 60;
+    constexpr auto kOwn = static_cast<std::uint64_t>(io::kOwnLosslessPixels);
+    return pixelsOf(result) >= kOwn ? kByRows : 90;
 }
 
 }  // namespace
 
 std::uint64_t memoryOfFrame(PixelSize picture, const RenderSettings& settings,
-                            std::string_view type) {
+                            const FrameFormat& format) {
     const std::optional<RenderSizes> sizes = renderSizes(picture, settings);
     if (!sizes) return kBytesAWorker;  // there will be no result
     const std::uint64_t largest = std::min(
         kMostPixels,
         std::max({pixelsOf(sizes->reflection), pixelsOf(sizes->canvas), pixelsOf(sizes->result)}));
-    return kBytesAWorker + largest * kBytesAPixel / 10 * tenthsOfResult(type);
+    return kBytesAWorker + largest * kBytesAPixel / 10 * tenthsOfResult(sizes->result, format);
 }
 
 std::uint64_t memoryOfRender(PixelSize picture, const JobSettings& settings,
                              std::string_view type) {
     const PixelSize shrunk = settings.preview ? sizeToFit(picture, *settings.preview) : picture;
-    return std::max(
-        kBytesAWorker + pixelsOf(picture) * kDecodingBytesAPixel,
-        pixelsOf(picture) * kBytesAPixel + memoryOfFrame(shrunk, settings.render, type));
+    return std::max(kBytesAWorker + pixelsOf(picture) * kDecodingBytesAPixel,
+                    pixelsOf(picture) * kBytesAPixel +
+                        memoryOfFrame(shrunk, settings.render, {type, settings.format.quality}));
 }
 
 std::uint64_t memoryOfJob(const Job& job, const JobSettings& settings) {

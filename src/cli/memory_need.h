@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string_view>
 
 #include "cli/job.h"
 
@@ -19,9 +21,15 @@ inline constexpr std::uint64_t kBytesOfUnknownSize = std::uint64_t{1} << 30;
 /// the largest picture of the render what the format to write needs, as measured.
 std::uint64_t memoryOfRender(PixelSize picture, const JobSettings& settings, std::string_view type);
 
+/// What a frame is written as: the format's identifier, and the quality where it is to lose some.
+struct FrameFormat {
+    std::string_view type;
+    std::optional<int> quality = {};
+};
+
 /// The same for a picture that is decoded already and that all share, such as a sweep's frames.
 std::uint64_t memoryOfFrame(PixelSize picture, const RenderSettings& settings,
-                            std::string_view type);
+                            const FrameFormat& format);
 
 /// The same for a job, by the head of its file. Opens the file and reads a few hundred bytes.
 std::uint64_t memoryOfJob(const Job& job, const JobSettings& settings);

@@ -48,7 +48,7 @@ Result<ReflectionResult> renderFrame(const CGImage& source, const SweepRequest& 
     return ReflectionResult{*frame, rendered->turn};
 }
 
-constexpr double kAnimationQuality = 0.8;  // of WebP where none is asked for; 0 to 1
+constexpr int kAnimationPercent = 80;  // quality of WebP where none is asked for
 constexpr const char* kUnturned =
     marked("The turn could not be made; the frame was written without it");
 
@@ -100,7 +100,7 @@ std::optional<Prepared> prepare(const SweepRequest& request,
 /// An animation of photos without loss takes hundreds of times the room of one picture.
 ImageProperties animationProperties(const Prepared& prepared, const SweepRequest& request) {
     ImageProperties properties = outputProperties(prepared.picture.properties, request.settings);
-    properties.try_emplace(std::string(kPropertyLossyQuality), kAnimationQuality);
+    properties.try_emplace(std::string(kPropertyLossyQuality), kAnimationPercent / 100.0);
     return properties;
 }
 
@@ -110,12 +110,13 @@ JobReport lostFrame(const SweepRequest& request, const std::string& cause) {
 
 /// What each frame takes while it is rendered and encoded.
 std::function<std::uint64_t(std::size_t)> memoryOfFrames(const SweepRequest& request,
-                                                         const Prepared& prepared) {
-    return [&](std::size_t index) {
+                                                         const Prepared& prepared,
+                                                         std::optional<int> quality) {
+    return [&request, &prepared, quality](std::size_t index) {
         return memoryOfFrame(
             sizeOf(prepared.picture.image),
             frameSettings(request.settings.render, request.sweep, static_cast<int>(index)),
-            request.job.type);
+            {request.job.type, quality});
     };
 }
 
@@ -141,7 +142,9 @@ class Animation {
         runPool(static_cast<std::size_t>(request_.sweep.count), share,
                 {[&](std::size_t index) { return frame(index); },
                  [&](const JobReport& each) { take(each); }, progress,
-                 memoryOfFrames(request_, prepared_), [&] { return failure_.has_value(); }},
+                 memoryOfFrames(request_, prepared_,
+                                request_.settings.format.quality.value_or(kAnimationPercent)),
+                 [&] { return failure_.has_value(); }},
                 [&](std::size_t, const std::string& cause) { return lostFrame(request_, cause); });
         if (failure_) return *failure_;
         report.outputSize = report_.outputSize;
@@ -285,7 +288,9 @@ void runSweep(const SweepRequest& request, const std::function<void(const JobRep
         return lostFrame(request, cause);
     };
     runPool(static_cast<std::size_t>(request.sweep.count), request.share,
-            {oneFrame, report, progress, memoryOfFrames(request, *prepared)}, lost);
+            {oneFrame, report, progress,
+             memoryOfFrames(request, *prepared, request.settings.format.quality)},
+            lost);
 }
 
 void runAnimation(const SweepRequest& request, const std::function<void(const JobReport&)>& report,

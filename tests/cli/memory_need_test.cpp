@@ -21,12 +21,28 @@ JobSettings defaults() {
 TEST(MemoryNeed, IsThePictureAndTwiceTheResultAndMore) {
     // At the defaults a result has twice the picture's pixels: 4 + 2 * 4 * 2.2 bytes for each.
     EXPECT_EQ(memoryOfRender({1000, 500}, defaults(), kUTTypePNG), kSmallest + 500'000 * 216 / 10);
-    EXPECT_EQ(memoryOfFrame({1000, 500}, defaults().render, kUTTypePNG),
+    EXPECT_EQ(memoryOfFrame({1000, 500}, defaults().render, {kUTTypePNG}),
               kSmallest + 500'000 * 176 / 10);
 }
 
 TEST(MemoryNeed, OfFormatsWhoseLibraryHoldsThePictureIsMore) {
     EXPECT_EQ(memoryOfRender({1000, 500}, defaults(), kUTTypeWebP), kSmallest + 500'000 * 76);
+    JobSettings lossy = defaults();
+    lossy.format.quality = 80;
+    EXPECT_EQ(memoryOfRender({1000, 500}, lossy, kUTTypeWebP), kSmallest + 500'000 * 52);
+    EXPECT_EQ(memoryOfRender({4000, 3000}, lossy, kUTTypeWebP), kSmallest + 12'000'000 * 52);
+    EXPECT_EQ(memoryOfRender({1000, 500}, lossy, kUTTypeJPEG), kSmallest + 500'000 * 216 / 10);
+}
+
+// From results of four megapixels on, lossless WebP is written row by row.
+TEST(MemoryNeed, OfLargeLosslessWebPIsThatOfOtherFormats) {
+    EXPECT_EQ(memoryOfRender({2000, 1000}, defaults(), kUTTypeWebP),
+              kSmallest + 2'000'000 * 216 / 10);
+    EXPECT_EQ(memoryOfRender({1999, 1000}, defaults(), kUTTypeWebP), kSmallest + 1'999'000 * 76);
+    JobSettings whole = defaults();
+    whole.format.quality = 100;  // loses nothing
+    EXPECT_EQ(memoryOfRender({2000, 1000}, whole, kUTTypeWebP),
+              memoryOfRender({2000, 1000}, defaults(), kUTTypeWebP));
 }
 
 TEST(MemoryNeed, OfAPreviewIsThatOfDecoding) {
