@@ -9,6 +9,19 @@ namespace skarnel {
 namespace {
 constexpr int kShownMilliseconds = 5000;
 constexpr int kMargin = 16;
+
+/// With places to break its lines at, which are not seen, in words that are wider than the room.
+QString breakable(const QString& message, const QFontMetrics& metrics, int room) {
+    constexpr QChar kZeroWidthSpace(0x200B);
+    QStringList words = message.split(QLatin1Char(' '));
+    for (QString& word : words) {
+        if (metrics.horizontalAdvance(word) <= room) continue;
+        for (qsizetype i = word.size() - 1; i > 0; --i)
+            if (!word[i].isLowSurrogate()) word.insert(i, kZeroWidthSpace);
+    }
+    return words.join(QLatin1Char(' '));
+}
+
 }  // namespace
 
 Toast::Toast(QWidget* host) : QLabel(host) {
@@ -26,7 +39,7 @@ Toast::Toast(QWidget* host) : QLabel(host) {
 }
 
 void Toast::tell(const QString& message) {
-    setText(message);
+    message_ = message;
     setAccessibleName(message);
     place();
     show();
@@ -39,6 +52,7 @@ void Toast::tell(const QString& message) {
 void Toast::place() {
     const QWidget* host = parentWidget();
     const int widest = std::max(80, host->width() - 2 * kMargin);
+    setText(breakable(message_, fontMetrics(), widest - 2 * kMargin));
     setWordWrap(sizeHint().width() > widest);
     const int width = std::min(widest, sizeHint().width());
     const int height = wordWrap() ? heightForWidth(width) : sizeHint().height();

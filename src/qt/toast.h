@@ -24,6 +24,7 @@ class Toast final : public QLabel {
 
   private:
     void place();
+    QString message_;
     QTimer hideTimer_;
 };
 

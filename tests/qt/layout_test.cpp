@@ -1,5 +1,5 @@
 // Room for every text, beside the window that languages_test.cpp looks at: the marks' bar, the save
-// sheet, the colour panel and alerts; in longer words, and from right to left.
+// sheet, the colour panel, alerts and short messages; in longer words, and from right to left.
 #include <QColorDialog>
 #include <QFileDialog>
 #include <QMessageBox>
@@ -119,6 +119,32 @@ TEST_F(LayoutTest, AnAlertHasRoom) {
         alert->reject();
         settle();
     });
+}
+
+TEST_F(LayoutTest, AShortMessageLiesWithinThePictureWhateverItsLength) {
+    const QString name(150, QLatin1Char('W'));  // without a place to break the line at
+    const QString messages[] = {QStringLiteral("Saved"),
+                                QStringLiteral("A message of several words ").repeated(12),
+                                QStringLiteral("“%1.png” cannot be read").arg(name)};
+    for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+        app.reset();
+        QApplication::setLayoutDirection(direction);
+        start();
+        window().resize(720, 480);
+        settle();
+        for (const QString& message : messages) {
+            window().tell(message);
+            settle();
+            const auto* toast = window().findChild<QLabel*>(QStringLiteral("toast"));
+            EXPECT_TRUE(viewer().rect().contains(toast->geometry())) << message.toStdString();
+            EXPECT_GE(toast->width(), toast->minimumSizeHint().width()) << message.toStdString();
+            EXPECT_GE(toast->height(), toast->hasHeightForWidth()
+                                           ? toast->heightForWidth(toast->width())
+                                           : toast->sizeHint().height())
+                << message.toStdString();
+            EXPECT_EQ(toast->accessibleName(), message);
+        }
+    }
 }
 
 }  // namespace
