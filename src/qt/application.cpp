@@ -229,10 +229,9 @@ void Application::raise() {
     // A window manager would take a hidden window for a new one, and place it anew.
     if (window_.isHidden() && window_.windowHandle() != nullptr)
         window_.windowHandle()->setPosition(window_.windowHandle()->position());
-    if (window_.isMinimized())
-        window_.showNormal();
-    else
-        window_.show();
+    // A minimised window that was maximised or full-screen becomes so again.
+    window_.setWindowState(window_.windowState() & ~Qt::WindowMinimized);
+    window_.show();
     window_.raise();
     window_.activateWindow();
 }

@@ -218,6 +218,23 @@ TEST_F(ApplicationTest, CloseWithoutSavingHidesAndRaisingShowsTheWindowAgain) {
     EXPECT_TRUE(window().isVisible());
 }
 
+TEST_F(ApplicationTest, RaisingAMinimisedWindowKeepsItMaximisedOrFullScreen) {
+    start();
+    for (const Qt::WindowState size :
+         {Qt::WindowNoState, Qt::WindowMaximized, Qt::WindowFullScreen}) {
+        SCOPED_TRACE(static_cast<int>(size));
+        window().setWindowState(size);
+        settle();
+        window().setWindowState(window().windowState() | Qt::WindowMinimized);
+        settle();
+        ASSERT_TRUE(window().isMinimized());
+        app->raise();
+        settle();
+        EXPECT_TRUE(window().isVisible());
+        EXPECT_EQ(window().windowState() & ~Qt::WindowActive, Qt::WindowStates(size));
+    }
+}
+
 TEST_F(ApplicationTest, TheWindowsStateIsApartFromTheSettingsAndUntouchedByReset) {
     start();
     app->actions().playCue->setChecked(false);
