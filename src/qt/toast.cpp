@@ -53,9 +53,11 @@ void Toast::place() {
     const QWidget* host = parentWidget();
     const int widest = std::max(80, host->width() - 2 * kMargin);
     setText(breakable(message_, fontMetrics(), widest - 2 * kMargin));
-    setWordWrap(sizeHint().width() > widest);
-    const int width = std::min(widest, sizeHint().width());
-    const int height = wordWrap() ? heightForWidth(width) : sizeHint().height();
+    setWordWrap(false);  // or the hint would be that of the lines broken before
+    const QSize oneLine = sizeHint();
+    setWordWrap(oneLine.width() > widest);
+    const int width = std::min(widest, oneLine.width());
+    const int height = wordWrap() ? heightForWidth(width) : oneLine.height();
     setGeometry((host->width() - width) / 2, host->height() - height - kMargin, width, height);
 }
 
