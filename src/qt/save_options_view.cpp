@@ -7,14 +7,17 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLocale>
+#include <QMouseEvent>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QSpinBox>
 #include <QStackedWidget>
+#include <QStyleOptionSlider>
 #include <QVBoxLayout>
 #include <cmath>
 
 #include "qt/cause_text.h"
+#include "qt/wheel_guard.h"
 #include "recipe/recipe_file.h"
 
 namespace skarnel {
@@ -40,6 +43,32 @@ std::optional<double> number(const ImageProperties& properties, const T& key) {
     if (const auto* real = std::get_if<double>(&found->second)) return *real;
     return std::nullopt;
 }
+
+/// A double-click on the handle returns the value it had at first.
+class ReturningSlider final : public QSlider {
+  public:
+    ReturningSlider(int lowest, int highest, int first) : QSlider(Qt::Horizontal) {
+        setRange(lowest, highest);
+        setValue(first);
+        first_ = value();
+        guardFromWheel(*this);
+    }
+
+  protected:
+    void mouseDoubleClickEvent(QMouseEvent* event) override {
+        QStyleOptionSlider option;
+        initStyleOption(&option);
+        const QRect handle =
+            style()->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, this);
+        if (event->button() == Qt::LeftButton && handle.contains(event->position().toPoint()))
+            setValue(first_);
+        else
+            mousePressEvent(event);
+    }
+
+  private:
+    int first_;
+};
 
 /// A row's slider with a word for each of its ends.
 QWidget* between(const QString& low, QWidget* slider, const QString& high) {
@@ -78,6 +107,7 @@ SaveOptionsView::SaveOptionsView(const ImageProperties& properties, const std::s
     types_->setObjectName(QStringLiteral("saveFormat"));
     for (const ImageType& known : imageTypes())
         if (known.canWrite) types_->addItem(toQt(known.name), toQt(known.identifier));
+    guardFromWheel(*types_);
     form->addRow(tr("&Format:"), types_);
     form->addRow(tr("Resolution:"), new QLabel(resolutionText()));
     row->addLayout(form);
@@ -136,6 +166,7 @@ QWidget* SaveOptionsView::tiffPage() {
     const int now = static_cast<int>(number(initial_, kPropertyTiffCompression).value_or(5));
     const int found = tiffCompression_->findData(now);
     tiffCompression_->setCurrentIndex(found < 0 ? tiffCompression_->findData(5) : found);
+    guardFromWheel(*tiffCompression_);
     form->addRow(tr("&Compression:"), tiffCompression_);
     connect(tiffCompression_, &QComboBox::currentIndexChanged, this, &SaveOptionsView::changed);
     return page;
@@ -145,10 +176,9 @@ QWidget* SaveOptionsView::pngPage() {
     auto* page = new QWidget;
     auto* form = new QFormLayout(page);
     form->setContentsMargins(0, 0, 0, 0);
-    pngLevel_ = new QSlider(Qt::Horizontal);
+    pngLevel_ = new ReturningSlider(
+        0, 9, static_cast<int>(number(initial_, kPropertyCompressionLevel).value_or(6)));
     pngLevel_->setAccessibleName(tr("Compression"));
-    pngLevel_->setRange(0, 9);
-    pngLevel_->setValue(static_cast<int>(number(initial_, kPropertyCompressionLevel).value_or(6)));
     form->addRow(labelOf(*pngLevel_, tr("&Compression:")),
                  between(tr("Fast"), pngLevel_, tr("Small")));
     connect(pngLevel_, &QSlider::valueChanged, this, &SaveOptionsView::changed);
@@ -159,17 +189,16 @@ QWidget* SaveOptionsView::qualityPage() {
     auto* page = new QWidget;
     auto* form = new QFormLayout(page);
     form->setContentsMargins(0, 0, 0, 0);
-    quality_ = new QSlider(Qt::Horizontal);
+    const double quality = number(initial_, kPropertyLossyQuality).value_or(0.9);
+    const int percent = static_cast<int>(std::lround(std::clamp(quality, 0.0, 1.0) * 100));
+    quality_ = new ReturningSlider(0, 100, percent);
     quality_->setAccessibleName(tr("Quality"));
     qualityNumber_ = new QSpinBox;
     qualityNumber_->setAccessibleName(tr("Quality, number"));
     qualityNumber_->setSuffix(QStringLiteral(" %"));
-    const double quality = number(initial_, kPropertyLossyQuality).value_or(0.9);
-    const int percent = static_cast<int>(std::lround(std::clamp(quality, 0.0, 1.0) * 100));
-    quality_->setRange(0, 100);
     qualityNumber_->setRange(0, 100);
-    quality_->setValue(percent);
     qualityNumber_->setValue(percent);
+    guardFromWheel(*qualityNumber_);
     connect(quality_, &QSlider::valueChanged, qualityNumber_, &QSpinBox::setValue);
     connect(qualityNumber_, &QSpinBox::valueChanged, quality_, &QSlider::setValue);
     connect(quality_, &QSlider::valueChanged, this, &SaveOptionsView::changed);

@@ -16,6 +16,7 @@
 #include "qt/number_text.h"
 #include "qt/styled_document.h"
 #include "qt/text_editor.h"
+#include "qt/wheel_guard.h"
 
 namespace skarnel {
 namespace {
@@ -65,6 +66,7 @@ void TextBar::addFont(QHBoxLayout& row) {
     // The focus is in the fields inside, so they have the names too.
     for (QComboBox* box : {static_cast<QComboBox*>(family_), size_}) {
         box->lineEdit()->setAccessibleName(box->accessibleName());
+        guardFromWheel(*box);
         row.addWidget(box);
     }
     connect(family_, &QComboBox::textActivated, this, [this](const QString& family) {

@@ -6,10 +6,13 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QMessageBox>
+#include <QSlider>
+#include <QSpinBox>
 #include <QTimer>
 
 #include "application_fixture.h"
 #include "qt/save_options_view.h"
+#include "slider_hands.h"
 
 namespace skarnel {
 namespace {
@@ -182,6 +185,69 @@ TEST_F(SavePanelTest, AFileIsReplacedWhenTheUserSaysSo) {
     EXPECT_TRUE(asked.front().contains(QStringLiteral("Old.tiff")));
     EXPECT_EQ(savedFiles(), QStringList{QStringLiteral("Old.tiff")});
     EXPECT_TRUE(bytesOf(old.fileName()).startsWith("II*"));
+}
+
+TEST_F(SavePanelTest, TheWheelOverAnUnfocusedControlChangesNothing) {
+    start({picture(QStringLiteral("a.png"), 30, 20, Qt::red)});
+    ask();
+    for (const std::string_view type : {kUTTypePNG, kUTTypeTIFF, kUTTypeJPEG}) {
+        SCOPED_TRACE(type);
+        options->setType(type);
+        name->setFocus();
+        QApplication::processEvents();
+        const ImageProperties before = options->properties();
+        int turned = 0;
+        for (auto* control : options->findChildren<QWidget*>()) {
+            const bool isControl = qobject_cast<QSlider*>(control) != nullptr ||
+                                   qobject_cast<QComboBox*>(control) != nullptr ||
+                                   qobject_cast<QSpinBox*>(control) != nullptr;
+            if (!isControl || !control->isVisible()) continue;
+            ++turned;
+            turnWheel(*control, 120);
+            turnWheel(*control, -360);
+            EXPECT_FALSE(control->hasFocus());
+            EXPECT_NE(control->focusPolicy(), Qt::WheelFocus);
+        }
+        EXPECT_EQ(turned, type == kUTTypeJPEG ? 3 : 2) << "the format and its options";
+        EXPECT_EQ(options->type(), type);
+        EXPECT_TRUE(options->properties() == before);
+    }
+}
+
+TEST_F(SavePanelTest, TheWheelTurnsAFocusedControl) {
+    start({picture(QStringLiteral("a.png"), 30, 20, Qt::red)});
+    ask();
+    options->setType(kUTTypeJPEG);
+    QApplication::processEvents();
+    auto* quality = options->findChild<QSpinBox*>();
+    ASSERT_EQ(quality->value(), 90);
+    quality->setFocus();
+    ASSERT_TRUE(quality->hasFocus());
+    turnWheel(*quality, 120);
+    EXPECT_EQ(quality->value(), 91);
+}
+
+TEST_F(SavePanelTest, ADoubleClickOnTheHandleReturnsTheFirstValue) {
+    start({picture(QStringLiteral("a.png"), 30, 20, Qt::red)});
+    ask();
+    const struct {
+        std::string_view type;
+        int first;
+        int another;
+    } rows[] = {{kUTTypePNG, 6, 2}, {kUTTypeJPEG, 90, 30}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.type);
+        options->setType(row.type);
+        QApplication::processEvents();
+        QSlider* slider = nullptr;
+        for (auto* each : options->findChildren<QSlider*>())
+            if (each->isVisible()) slider = each;
+        ASSERT_NE(slider, nullptr);
+        EXPECT_EQ(slider->value(), row.first);
+        slider->setValue(row.another);
+        QTest::mouseDClick(slider, Qt::LeftButton, {}, handleAt(*slider));
+        EXPECT_EQ(slider->value(), row.first);
+    }
 }
 
 }  // namespace

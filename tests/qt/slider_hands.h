@@ -12,7 +12,7 @@
 namespace skarnel {
 
 /// Where the handle's middle is.
-inline QPoint handleAt(const FloatSlider& slider) {
+inline QPoint handleAt(const QSlider& slider) {
     QStyleOptionSlider option;
     option.initFrom(&slider);
     option.minimum = slider.minimum();

@@ -11,6 +11,7 @@
 
 #include "qt/styled_document.h"
 #include "qt/text_editor.h"
+#include "slider_hands.h"
 
 namespace skarnel {
 namespace {
@@ -117,6 +118,23 @@ TEST_F(TextBarTest, ShowsTheSizeAtTheCaret) {
     editor.setText(StyledText(u"a", style));
     editor.selectAll();
     EXPECT_EQ(sizes().currentText(), QStringLiteral("31.5"));
+}
+
+TEST_F(TextBarTest, TheWheelChangesTheStyleOnlyInAListThatHasTheFocus) {
+    QApplication::setActiveWindow(&bar);
+    const TextStyle before = editor.text().styleAt(0);
+    for (QComboBox* box : bar.findChildren<QComboBox*>()) {
+        box->clearFocus();
+        turnWheel(*box, -120);
+        turnWheel(*box->lineEdit(), -120);
+        EXPECT_NE(box->focusPolicy(), Qt::WheelFocus);
+        EXPECT_FALSE(box->hasFocus());
+    }
+    EXPECT_TRUE(editor.text().styleAt(0) == before);
+    sizes().setFocus();
+    ASSERT_TRUE(sizes().hasFocus());
+    turnWheel(sizes(), -120);
+    EXPECT_NE(size(), 48);
 }
 
 }  // namespace
