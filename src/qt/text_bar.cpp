@@ -11,6 +11,8 @@
 #include <QSignalBlocker>
 #include <QTextCharFormat>
 #include <QToolButton>
+#include <algorithm>
+#include <iterator>
 
 #include "qt/icons.h"
 #include "qt/number_text.h"
@@ -24,6 +26,13 @@ namespace {
 constexpr int kSizes[] = {9, 12, 14, 18, 24, 36, 48, 64, 72, 96, 144, 288};
 constexpr float kLargestSize = 999;
 constexpr Qt::Alignment kAlignments[] = {Qt::AlignLeft, Qt::AlignHCenter, Qt::AlignRight};
+
+/// Of the largest one on the list that is not above `size`; -1 if all of them are.
+int indexOfSize(double size) {
+    return static_cast<int>(std::upper_bound(std::begin(kSizes), std::end(kSizes), size) -
+                            std::begin(kSizes)) -
+           1;
+}
 
 }  // namespace
 
@@ -179,8 +188,11 @@ void TextBar::showStyle() {
     const QSignalBlocker quietFamily(family_);
     const QSignalBlocker quietSize(size_);
     family_->setEditText(QString::fromStdString(style.family));
-    if (!size_->lineEdit()->hasFocus() || !size_->lineEdit()->isModified())
+    if (!size_->lineEdit()->hasFocus() || !size_->lineEdit()->isModified()) {
+        // The next size by key or wheel is the next on the list.
+        size_->setCurrentIndex(indexOfSize(style.size));
         size_->setEditText(QString::number(style.size));
+    }
     styles_[0]->setChecked(style.weight >= kTextWeightBold);
     styles_[1]->setChecked(style.slant != TextSlant::Upright);
     styles_[2]->setChecked(style.underline == TextUnderline::Single);

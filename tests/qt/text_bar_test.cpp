@@ -137,5 +137,18 @@ TEST_F(TextBarTest, TheWheelChangesTheStyleOnlyInAListThatHasTheFocus) {
     EXPECT_NE(size(), 48);
 }
 
+TEST_F(TextBarTest, TheNextSizeByKeyIsTheNextOnTheList) {
+    const struct {
+        const char* typed;
+        double next;
+    } rows[] = {{"48", 64}, {"31.5", 36}, {"3", 9}, {"144", 288}, {"288", 288}};
+    QApplication::setActiveWindow(&bar);
+    for (const auto& row : rows) {
+        typeSize(row.typed);
+        QTest::keyClick(&sizes(), Qt::Key_Down);
+        EXPECT_EQ(size(), row.next) << row.typed;
+    }
+}
+
 }  // namespace
 }  // namespace skarnel
