@@ -64,6 +64,7 @@ void SettingsModel::recordAction(const QString& name, const std::function<void()
 
 void SettingsModel::recordDone(const QString& name, const std::function<void()>& back,
                                const std::function<void()>& forth) {
+    endGesture();  // the action may have let events in, and a slider may be held since
     undo_.recordAction(name.toStdString(), back, forth);
     emit historyChanged();
 }

@@ -48,7 +48,7 @@ class SettingsModel final : public QObject {
     void recordAction(const QString& name, const std::function<void()>& back,
                       const std::function<void()>& forth);
 
-    /// The same for a change that has been made since `endGesture`.
+    /// The same for a change that has been made already. Ends a gesture that has begun meanwhile.
     void recordDone(const QString& name, const std::function<void()>& back,
                     const std::function<void()>& forth);
 

@@ -117,6 +117,24 @@ TEST_F(RecipesTest, UndoGivesTheTextBackWithTheSettingsAsOneEntry) {
     EXPECT_EQ(viewer().background(), QColor(0x20, 0x40, 0x60));
 }
 
+// A recipe's text takes a while to become a picture, and a slider can be pulled meanwhile.
+TEST_F(RecipesTest, WhatIsDoneWhileASliderIsHeldComesAfterItInTheHistory) {
+    start();
+    int undone = 0;
+    const float before = app->defaults().floatForKey("alpha");
+    app->model().beginGesture(QStringLiteral("Opacity"));
+    app->model().editNumber("alpha", before - 50);
+    app->model().recordDone(
+        QStringLiteral("Recipe"), [&] { ++undone; }, [] {});
+    app->model().undo();
+    EXPECT_EQ(undone, 1);
+    EXPECT_EQ(app->defaults().floatForKey("alpha"), before - 50);
+    app->model().undo();
+    EXPECT_EQ(app->defaults().floatForKey("alpha"), before);
+    app->model().endGesture();  // the slider is let go
+    EXPECT_EQ(undone, 1);
+}
+
 TEST_F(RecipesTest, UndoLeavesATextThatWasTypedSince) {
     start();
     ScopedLogCapture log;
