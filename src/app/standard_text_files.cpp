@@ -4,6 +4,7 @@
 
 #include "storage/safe_file.h"
 #include "textimaging/string_encodings.h"
+#include "util/log/system_error.h"
 #include "util/log/system_log.h"
 
 namespace skarnel {

@@ -17,7 +17,7 @@
 #include <utility>
 
 #include "imaging/io/image_io.h"
-#include "storage/file_system.h"
+#include "util/log/system_error.h"
 
 namespace skarnel::cli {
 namespace {

@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "storage/file_system.h"
 #include "storage/safe_file.h"
+#include "util/log/system_error.h"
 
 namespace skarnel {
 namespace {

@@ -10,7 +10,7 @@
 #include <cerrno>
 #include <memory>
 
-#include "storage/file_system.h"
+#include "util/log/system_error.h"
 
 namespace skarnel {
 namespace {

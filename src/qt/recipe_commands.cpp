@@ -11,7 +11,6 @@
 #include <QUrl>
 #include <algorithm>
 #include <cerrno>
-#include <system_error>
 
 #include "qt/application.h"
 #include "qt/cause_text.h"
@@ -25,6 +24,7 @@
 #include "qt/viewer.h"
 #include "recipe/recipe_file.h"
 #include "storage/safe_file.h"
+#include "util/log/system_error.h"
 
 namespace skarnel {
 namespace {
@@ -49,7 +49,7 @@ QString droppedFile(const QMimeData& data) {
 
 Result<Recipe> recipeOf(const QString& path) {
     const auto bytes = bytesOfPath(path);
-    if (!bytes) return {ErrorCode::CannotRead, std::generic_category().message(EILSEQ)};
+    if (!bytes) return {ErrorCode::CannotRead, describeError(EILSEQ)};
     return readRecipeFile(*bytes);
 }
 

@@ -15,8 +15,8 @@
 #include "qt/recipe_commands.h"
 #include "qt/viewer.h"
 #include "qt/wait_cursor.h"
-#include "storage/file_system.h"
 #include "storage/safe_file.h"
+#include "util/log/system_error.h"
 #include "util/log/system_log.h"
 
 namespace skarnel {

@@ -12,6 +12,7 @@
 
 #include "recipe/xmp_packet.h"
 #include "storage/whole_file.h"
+#include "util/log/system_error.h"
 
 namespace skarnel {
 namespace {

@@ -8,11 +8,11 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <system_error>
 
 namespace skarnel {
 namespace {
@@ -122,10 +122,6 @@ mode_t maskInReport(const char* path) {
         if (std::sscanf(line.data(), "Umask: %o", &mask) == 1) return static_cast<mode_t>(mask);
     }
     return kUsualMask;
-}
-
-std::string describeError(int errorNumber) {
-    return std::generic_category().message(errorNumber);
 }
 
 }  // namespace skarnel

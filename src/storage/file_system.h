@@ -69,7 +69,4 @@ auto uninterrupted(Call call) {
     return result;
 }
 
-/// The system's own sentence for an error number, in English: "No space left on device".
-std::string describeError(int errorNumber);
-
 }  // namespace skarnel

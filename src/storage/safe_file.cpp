@@ -10,6 +10,7 @@
 #include "storage/left_overs.h"
 #include "storage/pipe_patience.h"
 #include "util/log/message.h"
+#include "util/log/system_error.h"
 
 namespace skarnel {
 namespace {

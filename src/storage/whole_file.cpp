@@ -8,6 +8,7 @@
 
 #include "storage/pipe_patience.h"
 #include "util/log/message.h"
+#include "util/log/system_error.h"
 
 namespace skarnel {
 namespace {

@@ -246,6 +246,18 @@ TEST_F(TextCommand, AnHtmlFileThatIsNotThereIsNamed) {
     EXPECT_THAT(finished.err, HasSubstr("no.html: No such file or directory"));
 }
 
+TEST_F(TextCommand, ACauseForProgramsIsEnglishInEveryLanguage) {
+    const auto json = [&](const char* language) {
+        return render({"--html", folder_ / "no.html", "-o", out_, "--json"}, {}, [&] {
+            ::setenv("LC_ALL", "C.UTF-8", 1);
+            ::setenv("LANGUAGE", language, 1);
+        });
+    };
+    const Finished english = json("en");
+    EXPECT_THAT(english.out, HasSubstr("no.html: No such file or directory\""));
+    EXPECT_EQ(json("de").out, english.out);
+}
+
 TEST_F(TextCommand, MarkupThatIsTypedIsShownAsTyped) {
     ASSERT_EQ(text("<b>bold</b>").exitCode, 0);
     const int asTyped = result().width();

@@ -9,6 +9,7 @@
 #include "storage/left_overs.h"
 #include "storage/safe_file.h"
 #include "storage/temporary_folder.h"
+#include "util/log/system_error.h"
 
 namespace skarnel {
 namespace {

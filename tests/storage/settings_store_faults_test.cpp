@@ -9,6 +9,7 @@
 #include "storage/settings_json.h"
 #include "storage/settings_store.h"
 #include "storage/temporary_folder.h"
+#include "util/log/system_error.h"
 
 namespace skarnel {
 namespace {

@@ -10,11 +10,11 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 
 #include "imaging/io/decoder_protocol.h"
 #include "imaging/io/read_file.h"
 #include "util/log/message.h"
+#include "util/log/system_error.h"
 
 namespace skarnel::io {
 namespace {
@@ -42,7 +42,7 @@ class SpawnActions {
 
 Error systemError(const char* what) {
     return {errno == ENOMEM ? ErrorCode::OutOfMemory : ErrorCode::Failed,
-            filled(what, {std::strerror(errno)})};
+            filled(what, {describeError(errno)})};
 }
 
 Result<HelperProcess> HelperProcess::start(const std::string& program, int input, int answer,

@@ -5,7 +5,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
+
+#include "util/log/system_error.h"
 
 namespace skarnel::io {
 namespace {
@@ -18,7 +19,7 @@ Error tooLarge() {
 
 Error readError(int number) {
     return {number == ENOENT || number == ENOTDIR ? ErrorCode::NotFound : ErrorCode::CannotRead,
-            std::strerror(number)};
+            describeError(number)};
 }
 
 }  // namespace

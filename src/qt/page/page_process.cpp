@@ -9,10 +9,10 @@
 
 #include <array>
 #include <cerrno>
-#include <cstring>
 
 #include "qt/page/page_messages.h"
 #include "util/log/message.h"
+#include "util/log/system_error.h"
 
 namespace skarnel {
 namespace {
@@ -22,7 +22,7 @@ constexpr int kLeastDescriptor = 16;
 
 Error cannotStart(int error) {
     return {error == ENOMEM ? ErrorCode::OutOfMemory : ErrorCode::Failed,
-            filled("The page renderer cannot be started: %1", {std::strerror(error)})};
+            filled("The page renderer cannot be started: %1", {describeError(error)})};
 }
 
 /// The error's number, or 0. A group of its own ends as one, and the terminal's keys, which are our

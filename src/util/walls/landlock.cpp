@@ -8,7 +8,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
+
+#include "util/log/system_error.h"
 
 namespace skarnel {
 namespace {
@@ -39,7 +40,7 @@ std::uint64_t rightsOf(FileAccess access, int version) {
 }
 
 Error systemError(const char* act) {
-    return {ErrorCode::Failed, std::string(act) + ": " + std::strerror(errno)};
+    return {ErrorCode::Failed, std::string(act) + ": " + describeError(errno)};
 }
 
 class Descriptor {

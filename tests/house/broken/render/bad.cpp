@@ -1,2 +1,3 @@
 #include <QWidget>
 #include "qt/window.h"
+const char* cause = std::strerror(2);
