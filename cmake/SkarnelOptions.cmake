@@ -13,6 +13,8 @@ option(SKARNEL_TESTS "Build the tests" ON)
 option(SKARNEL_BENCH "Build the benchmarks" ON)
 option(SKARNEL_FUZZ "Build the fuzz targets (their corpus replay is always built)" OFF)
 option(SKARNEL_VECTOR "Build the vector kernels beside the scalar ones" ON)
+option(SKARNEL_FEWER_TARGETS "Build them for the narrowest and the widest vectors only" OFF)
+option(SKARNEL_SHARED_HEADERS "Precompile headers that many sources share" ON)
 set(SKARNEL_SANITIZE "" CACHE STRING "Sanitizers to build with, e.g. address,undefined")
 set(SKARNEL_HELP_HOST "skarnel.example" CACHE STRING "Host of the product's page that Help opens")
 

@@ -34,8 +34,11 @@ TEST(Targets, AreThoseThatTheKernelKnowsOf) {
     std::set<std::string> names;
     for (const Target target : supportedTargets()) names.insert(targetName(target));
     EXPECT_EQ(names.count("SSSE3") > 0, hasAll(flags, {"ssse3"}));
-    EXPECT_EQ(names.count("SSE4") > 0, hasAll(flags, {"sse4_1", "sse4_2", "pclmulqdq", "aes"}));
-    EXPECT_EQ(names.count("AVX2") > 0, hasAll(flags, {"avx2", "bmi1", "bmi2", "fma", "f16c"}));
+    const bool allAreBuilt = !SKARNEL_FEWER_TARGETS;
+    EXPECT_EQ(names.count("SSE4") > 0,
+              allAreBuilt && hasAll(flags, {"sse4_1", "sse4_2", "pclmulqdq", "aes"}));
+    EXPECT_EQ(names.count("AVX2") > 0,
+              allAreBuilt && hasAll(flags, {"avx2", "bmi1", "bmi2", "fma", "f16c"}));
     EXPECT_EQ(names.count("AVX3") > 0,
               hasAll(flags, {"avx512f", "avx512vl", "avx512dq", "avx512bw", "avx512cd"}));
 }
