@@ -44,6 +44,9 @@ def problems(project, manifest, folder):
         if "tag:" not in source and "commit:" not in source:
             yield f"nothing says which version of this is meant: {source}"
 
+    if not re.search(r"name: cmark-gfm\b", manifest):
+        yield "nothing makes the help's pages, without which the installation ends"
+
     allowed = {"--socket=wayland", "--socket=fallback-x11", "--socket=pulseaudio", "--share=ipc",
                "--device=dri"}
     asked = permissions(manifest)

@@ -64,15 +64,16 @@ def help_complaints(folder):
     return found
 
 
-def run(prefix, *arguments):
+def run(prefix, *arguments, language="en"):
     # No other place than the prefix may help out.
-    environment = {"PATH": "/usr/bin:/bin", "HOME": str(prefix), "LC_ALL": "C.UTF-8"}
+    environment = {"PATH": "/usr/bin:/bin", "HOME": str(prefix), "LC_ALL": "C.UTF-8",
+                   "LANGUAGE": language}
     environment |= {name: text for name, text in os.environ.items() if name.endswith("SAN_OPTIONS")}
     return subprocess.run([prefix / "bin" / arguments[0], *arguments[1:]], env=environment,
                           cwd=prefix, capture_output=True, text=True, check=True, timeout=60).stdout
 
 
-def command_line_complaints(prefix):
+def command_line_complaints(prefix, source):
     version = json.loads(run(prefix, "skarnel-render", "--version", "--json"))
     photo = prefix / "share/skarnel/sample-photo.jpg"
     out = run(prefix, "skarnel-render", photo, "--preview", "64x64", "-o", "small.png", "--json")
@@ -81,6 +82,10 @@ def command_line_complaints(prefix):
     if report["error"] is not None or not (prefix / "small.png").read_bytes().startswith(b"\x89PNG"):
         found.append(f"the command line does not render: {out}")
     (prefix / "small.png").unlink()
+    languages = [path.stem for path in source.glob("resources/messages/*.po")]
+    helps = [run(prefix, "skarnel-render", "--help", language=each) for each in ["en", *languages]]
+    if len(languages) < 2 or len(set(helps)) != len(helps):
+        found.append(f"the command line does not speak each of {languages}")
     return found
 
 
@@ -97,7 +102,7 @@ def main():
             found += list_complaints(component, files - before, patterns)
             before = files
             if component == "cli":
-                found += command_line_complaints(prefix)
+                found += command_line_complaints(prefix, Path(source))
             if component == "window":
                 found += built_complaints(prefix, Path(source))
                 found += help_complaints(prefix / "share/skarnel/help")
