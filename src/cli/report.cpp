@@ -99,10 +99,10 @@ std::size_t terminalColumns() {
     return known ? size.ws_col : 80;
 }
 
-/// A file's name may hold what a terminal obeys. There it is shown as "\x1b"; into a file or a pipe
-/// it goes as it is.
-std::string forStream(int stream, std::string_view text) {
-    if (::isatty(stream) != 1) return std::string(text);
+}  // namespace
+
+std::string forStream(int descriptor, std::string_view text) {
+    if (::isatty(descriptor) != 1) return std::string(text);
     std::string shown;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
@@ -119,8 +119,6 @@ std::string forStream(int stream, std::string_view text) {
     }
     return shown;
 }
-
-}  // namespace
 
 std::string jsonOfReport(const JobReport& report) {
     JsonText json('{');

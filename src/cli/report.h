@@ -19,6 +19,10 @@ std::string jsonOfReport(const JobReport& report);
 std::string jsonOfVersion();
 std::string textOfVersion();
 
+/// `text` as it may go to that stream's descriptor. A file's name may hold what a terminal obeys;
+/// there it is shown as "\x1b". Into a file or a pipe it goes as it is.
+std::string forStream(int descriptor, std::string_view text);
+
 /// Where the lines go. Standard output has the results, standard error everything else; with a
 /// picture on standard output the JSON goes to standard error too.
 class Console {

@@ -1,5 +1,7 @@
 #include "cli/run.h"
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <filesystem>
 #include <type_traits>
@@ -221,8 +223,10 @@ class Run {
 };
 
 int run(const EarlyEnd& end, const Translator&) {
-    std::FILE* stream = end.exitCode == kAllWell ? stdout : stderr;
-    const bool printed = std::fputs(end.text.c_str(), stream) >= 0 && std::fflush(stream) == 0;
+    const bool wanted = end.exitCode == kAllWell;
+    std::FILE* stream = wanted ? stdout : stderr;
+    const std::string text = wanted ? end.text : forStream(STDERR_FILENO, end.text);
+    const bool printed = std::fputs(text.c_str(), stream) >= 0 && std::fflush(stream) == 0;
     return printed ? end.exitCode : kSomeFailed;
 }
 
@@ -233,7 +237,8 @@ int run(const VersionRequest& request, const Translator& words) {
 
 /// `message` is in English.
 int complain(const std::string& message, const Translator& words, int code) {
-    std::fprintf(stderr, "skarnel-render: %s\n", words.cause(message).c_str());
+    const std::string shown = forStream(STDERR_FILENO, words.cause(message));
+    std::fprintf(stderr, "skarnel-render: %s\n", shown.c_str());
     return code;
 }
 

@@ -137,6 +137,17 @@ TEST(Streams, ATerminalIsNotCommandedByTheNameOfAFile) {
     EXPECT_THAT(render({name}).err, HasSubstr(name));
 }
 
+TEST(Streams, ATerminalIsNotCommandedByArgumentsThatAreRefused) {
+    const std::string odd = "/missing/a\x1b[31mb.skarnel";
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"--recipe", odd, "x.png"}, {"--format", odd, "x.png"}}) {
+        const std::string shown = onTerminal(arguments, "1");
+        EXPECT_THAT(shown, HasSubstr("/missing/a\\x1b[31mb.skarnel")) << arguments[0];
+        EXPECT_EQ(shown.find('\x1b'), std::string::npos) << arguments[0];
+        EXPECT_THAT(render(arguments).err, HasSubstr(odd)) << arguments[0];
+    }
+}
+
 TEST(Streams, ProgressIsShownOnATerminalOnlyAndWipedAtTheEnd) {
     const TemporaryFolder folder;
     test::putPicture(folder / "a.png", 30, 20);
