@@ -31,6 +31,7 @@ namespace {
 
 constexpr double kSmallestSize = 1;      // points, of a text
 constexpr double kLargestSize = 10'000;  // points
+constexpr std::size_t kRecipesWithPictures = 3;
 
 QString suffix() {
     return QLatin1Char('.') + QString::fromLatin1(kRecipeExtension.data(),
@@ -245,13 +246,14 @@ bool RecipeCommands::openFrom(const QString& path) {
         return true;
     }
     application_.model().endGesture();
-    const Shown before = shown();
+    const std::shared_ptr<Shown> before = shown();
     showSettings(colorOf(*recipe), stateOf(*recipe));
     const bool pictured = applyText(*recipe->text, QFileInfo(path).fileName());
-    const Shown after = shown();
+    const std::shared_ptr<Shown> after = shown();
     application_.model().recordDone(
-        tr("Recipe"), [=, this] { showAgain(before, after); },
-        [=, this] { showAgain(after, before); });
+        tr("Recipe"), [=, this] { showAgain(*before, *after); },
+        [=, this] { showAgain(*after, *before); });
+    keepPicturesOf(before, after);
     return pictured;
 }
 
@@ -279,17 +281,27 @@ void RecipeCommands::showSettings(const QColor& background, const SettingsState&
     application_.model().write(settings);
 }
 
-RecipeCommands::Shown RecipeCommands::shown() const {
+std::shared_ptr<RecipeCommands::Shown> RecipeCommands::shown() const {
     const Viewer& viewer = application_.window().viewer();
     const VanteraDesktopController& controller = application_.controller();
-    return {viewer.background(),
-            readSettings(application_.defaults()),
-            application_.window().textEditor().text(),
-            controller.image,
-            controller.saveFilename,
-            viewer.pictureName(),
-            textPicture_,
-            imagedText_};
+    return std::make_shared<Shown>(Shown{viewer.background(),
+                                         readSettings(application_.defaults()),
+                                         application_.window().textEditor().text(),
+                                         controller.image,
+                                         controller.saveFilename,
+                                         viewer.pictureName(),
+                                         textPicture_,
+                                         imagedText_});
+}
+
+void RecipeCommands::keepPicturesOf(const std::shared_ptr<Shown>& before,
+                                    const std::shared_ptr<Shown>& after) {
+    withPictures_.insert(withPictures_.end(), {before, after});
+    while (withPictures_.size() > 2 * kRecipesWithPictures) {
+        withPictures_.front()->picture.reset();
+        withPictures_.front()->textPicture.reset();
+        withPictures_.pop_front();
+    }
 }
 
 void RecipeCommands::showAgain(const Shown& to, const Shown& from) {

@@ -4,6 +4,8 @@
 #include <QColor>
 #include <QObject>
 #include <QString>
+#include <deque>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -67,7 +69,9 @@ class RecipeCommands final : public QObject {
         std::optional<NSImage> textPicture;
         std::optional<StyledText> imagedText;
     };
-    Shown shown() const;
+    std::shared_ptr<Shown> shown() const;
+    /// A picture in full size is large: the history keeps those of the last recipes alone.
+    void keepPicturesOf(const std::shared_ptr<Shown>& before, const std::shared_ptr<Shown>& after);
     /// Shows the settings of `to`; its text and picture where those of `from` are still there,
     /// since what was typed or opened later is no part of the recipe.
     void showAgain(const Shown& to, const Shown& from);
@@ -86,6 +90,7 @@ class RecipeCommands final : public QObject {
     QAction* take_ = nullptr;
     std::optional<NSImage> textPicture_;  // the source picture that was made of the text
     std::optional<StyledText> imagedText_;
+    std::deque<std::shared_ptr<Shown>> withPictures_;  // oldest first
 };
 
 }  // namespace skarnel

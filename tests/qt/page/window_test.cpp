@@ -143,6 +143,29 @@ TEST_F(WindowTest, UndoOfARecipeGivesTheFormerPictureAndItsTextBack) {
     EXPECT_EQ(editor().text().characters(), u"newer");
 }
 
+TEST_F(WindowTest, TheHistoryKeepsThePicturesOfTheLastThreeRecipesAlone) {
+    type(QStringLiteral("mine"));
+    pressed();
+    std::vector<NSImage> pictures = {*app->controller().image};
+    const SettingsState first = readSettings(app->defaults());
+    for (const char16_t letter : {u'a', u'b', u'c', u'd'}) {
+        Recipe recipe = Recipe::defaults();
+        recipe.settings[0] = static_cast<float>(letter - u'a' + 1);
+        recipe.text = StyledText(std::u16string(1, letter));
+        const QString path = folder.filePath(QStringLiteral("%1.skarnel").arg(QChar(letter)));
+        std::ofstream(path.toStdString()) << *serializeRecipe(recipe);
+        ASSERT_TRUE(app->openPicture(path));
+        pictures.push_back(*app->controller().image);
+    }
+    for (const std::size_t expected : {3, 2, 1, 1}) {
+        app->actions().undo->trigger();
+        app->model().flush();
+        EXPECT_TRUE(app->controller().image->isSame(pictures[expected])) << expected;
+    }
+    EXPECT_EQ(editor().text().characters(), u"mine");
+    EXPECT_TRUE(readSettings(app->defaults()) == first);
+}
+
 TEST_F(WindowTest, ARendererThatCannotLiveIsToldAndCostsNothingElse) {
     type(QStringLiteral("before"));
     pressed();
