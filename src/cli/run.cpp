@@ -99,20 +99,19 @@ class Run {
         const std::string& format = std::get<std::string>(type);
         if (const auto problem = problemOfType(options_, format)) return usage(*problem);
         if (!writeRecipe(folder)) return kSomeFailed;
-        const Result<void> ended = watchFolder(folder, [&](const std::vector<std::string>& paths) {
+        const auto render = [&](const std::vector<std::string>& paths, const Written& written) {
             std::vector<Job> jobs;
             for (const std::string& path : paths) {
                 jobs.push_back({path, proposedOutput(path, into, format), format, {}});
             }
             refuseRepeatedOutputs(jobs);
-            std::vector<std::string> results;
             const auto report = [&](const JobReport& each) {
+                if (each.output) written(*each.output);
                 reporter()(each);
-                if (each.output) results.push_back(*each.output);
             };
             runAll(jobs, report, [](std::size_t) {});
-            return results;
-        });
+        };
+        const Result<void> ended = watchFolder(folder, render);
         console_.problem(folder + ": " + ended.error().message);
         return kSomeFailed;
     }

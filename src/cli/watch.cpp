@@ -8,12 +8,14 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <map>
 #include <optional>
 #include <string_view>
+#include <thread>
 #include <utility>
 
 #include "imaging/io/image_io.h"
@@ -99,6 +101,18 @@ bool isBeingWritten(const std::string& path) {
     return ::fcntl(file.number(), F_SETLEASE, F_RDLCK) != 0 && errno == EAGAIN;
 }
 
+/// The same, asked for a while: the kernel tells of a closing a moment before it counts the writer
+/// out.
+bool staysOpen(const std::string& path) {
+    constexpr int kTries = 50;
+    constexpr auto kPause = std::chrono::milliseconds(2);
+    for (int i = 0; i < kTries; ++i) {
+        if (!isBeingWritten(path)) return false;
+        std::this_thread::sleep_for(kPause);
+    }
+    return true;
+}
+
 /// The name of a result that lies in the watched folder, however the two are spelled; else empty.
 std::string nameWithin(const std::string& folder, const std::filesystem::path& result) {
     const std::filesystem::path parent = result.has_parent_path() ? result.parent_path() : ".";
@@ -131,10 +145,10 @@ class Watcher {
             remember(name);  // before its pixels are read, so that a later change is one
             paths.push_back(prefix_ + name);
         }
-        for (const std::string& result : appeared_(paths)) {
+        appeared_(paths, [this](const std::string& result) {
             const std::string own = nameWithin(folder_, result);
             if (const auto state = stateOf(prefix_ + own)) own_[own] = *state;
-        }
+        });
     }
 
     /// Events were lost: what is there tells what has happened.
@@ -143,7 +157,7 @@ class Watcher {
             const auto state = stateOf(prefix_ + name);
             const auto seen = seen_.find(name);
             const bool isNew = state && (seen == seen_.end() || seen->second != *state);
-            if (isNew && !isBeingWritten(prefix_ + name)) take(name);
+            if (isNew && !staysOpen(prefix_ + name)) take(name);
         });
     }
 
@@ -170,7 +184,7 @@ class Watcher {
         const auto own = own_.find(name);
         if (own == own_.end()) return false;
         const auto now = stateOf(prefix_ + name);
-        if (now == own->second || isBeingWritten(prefix_ + name)) return true;
+        if (now == own->second || staysOpen(prefix_ + name)) return true;
         if (now) own->second = *now;
         return false;
     }

@@ -9,9 +9,13 @@
 
 namespace skarnel::cli {
 
-/// Gets the paths of pictures that came together, in their order, and gives the paths of what it
-/// wrote.
-using Appeared = std::function<std::vector<std::string>(const std::vector<std::string>& pictures)>;
+/// Gets the path of a result as soon as it is written, before anybody is told of it: from then on
+/// another may replace it.
+using Written = std::function<void(const std::string& result)>;
+
+/// Gets the paths of pictures that came together, in their order.
+using Appeared =
+    std::function<void(const std::vector<std::string>& pictures, const Written& written)>;
 
 /// Calls `appeared` with the pictures that are put into the folder (written and closed, moved in,
 /// or linked) from now on, by the endings of names that can be read. A result that lies in the

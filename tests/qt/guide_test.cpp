@@ -86,7 +86,8 @@ TEST_F(GuideTest, ItIsOpenedFromTheMenuAndARefusalSaysWhereItIs) {
     auto* toast = window().findChild<QLabel*>(QStringLiteral("toast"));
     ASSERT_NE(toast, nullptr);
     app->tellRefusedPage(browser.source());
-    EXPECT_EQ(toast->text(), QStringLiteral("The page cannot be opened: ") + page);
+    const QChar mayBreakHere(0x200B);  // in words that are wider than the picture
+    EXPECT_EQ(toast->text().remove(mayBreakHere), QStringLiteral("The page cannot be opened: ") + page);
 }
 
 TEST_F(GuideTest, ItIsOpenedInTheWindowsLanguage) {
