@@ -284,14 +284,10 @@ void RecipeCommands::showSettings(const QColor& background, const SettingsState&
 std::shared_ptr<RecipeCommands::Shown> RecipeCommands::shown() const {
     const Viewer& viewer = application_.window().viewer();
     const VanteraDesktopController& controller = application_.controller();
-    return std::make_shared<Shown>(Shown{viewer.background(),
-                                         readSettings(application_.defaults()),
+    return std::make_shared<Shown>(Shown{viewer.background(), readSettings(application_.defaults()),
                                          application_.window().textEditor().text(),
-                                         controller.image,
-                                         controller.saveFilename,
-                                         viewer.pictureName(),
-                                         textPicture_,
-                                         imagedText_});
+                                         controller.image, controller.saveFilename,
+                                         viewer.pictureName(), textPicture_, imagedText_});
 }
 
 void RecipeCommands::keepPicturesOf(const std::shared_ptr<Shown>& before,

@@ -87,7 +87,8 @@ TEST_F(GuideTest, ItIsOpenedFromTheMenuAndARefusalSaysWhereItIs) {
     ASSERT_NE(toast, nullptr);
     app->tellRefusedPage(browser.source());
     const QChar mayBreakHere(0x200B);  // in words that are wider than the picture
-    EXPECT_EQ(toast->text().remove(mayBreakHere), QStringLiteral("The page cannot be opened: ") + page);
+    EXPECT_EQ(toast->text().remove(mayBreakHere),
+              QStringLiteral("The page cannot be opened: ") + page);
 }
 
 TEST_F(GuideTest, ItIsOpenedInTheWindowsLanguage) {
