@@ -25,7 +25,7 @@ volatile std::sig_atomic_t progressLine = 0;
 std::array<char, PATH_MAX> folderToRemove{};
 
 /// By system calls alone, as a signal handler must.
-void removeFolder(const char* path) {
+void removeFilesOf(const char* path) {
     const int folder = ::open(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     alignas(dirent64) std::array<char, 4096> entries;
     for (long count = 0;
@@ -37,7 +37,15 @@ void removeFolder(const char* path) {
         }
     }
     ::close(folder);
-    ::rmdir(path);
+}
+
+/// The signal may have come to any thread: another one may still put a file there meanwhile.
+void removeFolder(const char* path) {
+    constexpr int kTries = 1000;
+    for (int i = 0; i < kTries; ++i) {
+        removeFilesOf(path);
+        if (::rmdir(path) == 0 || errno != ENOTEMPTY) return;
+    }
 }
 
 [[noreturn]] void endNow(int signal) {
