@@ -115,6 +115,8 @@ void resetInterruptsInChild() {
     openScopes = 0;
     progressLine = 0;
     folderToRemove[0] = 0;  // the parent's too
+    // What came since the fork, or to the parent before it, still waits.
+    if (pendingSignal != 0) endNow(pendingSignal);
 }
 
 int pollOrSignal(pollfd* descriptors, std::size_t count) {

@@ -278,6 +278,7 @@ class Pool {
     void reportFinished() {
         for (Worker& worker : workers_) {
             if (worker.process <= 0) continue;
+            ::close(std::exchange(worker.jobs, -1));  // one without a job has nothing to wait for
             while (receive(worker) > 0) {
             }
             if (auto report = takeReport(worker)) early_.insert(*std::move(report));
