@@ -2,7 +2,7 @@
 
 #include <array>
 #include <cmath>
-#include <cstring>
+#include <cstdlib>
 #include <memory>
 #include <new>
 #include <string>
@@ -12,6 +12,29 @@
 
 namespace skarnel::io {
 namespace {
+
+/// The library leaves out an entry that it has no memory for, and gives its functions no context to
+/// tell of that: set by those below, until somebody clears it.
+thread_local bool lackedMemory = false;
+
+void* noted(void* memory) {
+    lackedMemory = lackedMemory || memory == nullptr;
+    return memory;
+}
+void* onAllocate(ExifLong size) {
+    return noted(std::calloc(size, 1));
+}
+void* onResize(void* memory, ExifLong size) {
+    return noted(std::realloc(memory, size));
+}
+void onFree(void* memory) {
+    std::free(memory);
+}
+
+struct UnrefMemory {
+    void operator()(ExifMem* memory) const { exif_mem_unref(memory); }
+};
+using MemoryHandle = std::unique_ptr<ExifMem, UnrefMemory>;
 
 struct UnrefData {
     void operator()(ExifData* data) const { exif_data_unref(data); }
@@ -25,11 +48,14 @@ DataHandle load(ByteView block) {
     if (block.size() < 8 || block.size() > kMaxBlock - 6 || !exifLibrary().load()) return nullptr;
     Bytes marked{'E', 'x', 'i', 'f', 0, 0};
     marked.insert(marked.end(), block.begin(), block.end());
-    DataHandle data(exif_data_new());
+    lackedMemory = false;
+    const MemoryHandle memory(exif_mem_new(onAllocate, onResize, onFree));
+    DataHandle data(memory ? exif_data_new_mem(memory.get()) : nullptr);
     if (!data) throw std::bad_alloc();
     // Entries are taken as they are: corrections would make up values that no camera wrote.
     exif_data_unset_option(data.get(), EXIF_DATA_OPTION_FOLLOW_SPECIFICATION);
     exif_data_load_data(data.get(), marked.data(), static_cast<unsigned>(marked.size()));
+    if (lackedMemory) throw std::bad_alloc();
     return data;
 }
 
@@ -109,6 +135,7 @@ ExifFacts readExif(ByteView block, ImageProperties& properties) {
     if (!data || data->ifd[EXIF_IFD_0]->count + data->ifd[EXIF_IFD_EXIF]->count == 0) return facts;
     ImageProperties found;
     collect(*data, found);
+    if (lackedMemory) throw std::bad_alloc();
     // Compression here tells of the thumbnail or the raw data, not of how a file would be written.
     found.erase(std::string(kPropertyTiffCompression));
     found.insert_or_assign(std::string(kPropertyExifBlock), Bytes(block.begin(), block.end()));

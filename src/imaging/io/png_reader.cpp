@@ -1,6 +1,7 @@
 // PNG through libpng: every colour type and depth to 8-bit RGBA.
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <cstring>
 #include <vector>
 
@@ -20,7 +21,8 @@ constexpr double kInchesPerMetre = 39.37007874015748;
 class PngDecoder {
   public:
     explicit PngDecoder(ByteView bytes) : rest_(bytes) {
-        png_ = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, onError, onWarning);
+        png_ = png_create_read_struct_2(PNG_LIBPNG_VER_STRING, this, onError, onWarning, this,
+                                        onAllocate, onFree);
         if (png_ != nullptr) info_ = png_create_info_struct(png_);
     }
     ~PngDecoder() { png_destroy_read_struct(&png_, &info_, nullptr); }
@@ -28,14 +30,14 @@ class PngDecoder {
     PngDecoder& operator=(const PngDecoder&) = delete;
 
     bool readHeader() {
-        if (info_ == nullptr) return fail(marked("Not enough memory"));
+        if (info_ == nullptr) return hadMemory();
         if (setjmp(png_jmpbuf(png_)) != 0) return false;
         png_set_read_fn(png_, this, onRead);
         png_set_user_limits(png_, INT32_MAX / 4, INT32_MAX / 4);
         png_set_chunk_malloc_max(png_, kMaxChunkBytes);
         png_set_chunk_cache_max(png_, kMaxChunks);
         png_read_info(png_, info_);
-        return true;
+        return hadMemory();
     }
 
     /// Samples are scaled and never corrected for gAMA or cHRM: viewers of photos ignore both.
@@ -67,12 +69,14 @@ class PngDecoder {
     bool readEnd() {
         if (setjmp(png_jmpbuf(png_)) != 0) return false;
         png_read_end(png_, info_);
-        return true;
+        return hadMemory();
     }
 
     png_structp png() const { return png_; }
     png_infop info() const { return info_; }
-    const char* message() const { return message_.data(); }
+    Error error() const {
+        return {lackedMemory_ ? ErrorCode::OutOfMemory : ErrorCode::Damaged, message_.data()};
+    }
 
   private:
     static void onError(png_structp png, png_const_charp text) {
@@ -86,6 +90,15 @@ class PngDecoder {
         std::memcpy(target, self->rest_.data(), count);
         self->rest_ = self->rest_.subspan(count);
     }
+    static png_voidp onAllocate(png_structp png, png_alloc_size_t size) {
+        void* memory = std::malloc(size);
+        if (memory == nullptr) static_cast<PngDecoder*>(png_get_mem_ptr(png))->lackedMemory_ = true;
+        return memory;
+    }
+    static void onFree(png_structp, png_voidp memory) { std::free(memory); }
+    /// A chunk that the library has no memory for it leaves out, with a warning alone: a profile,
+    /// or how the picture has to be turned.
+    bool hadMemory() { return !lackedMemory_ || fail(marked("Not enough memory")); }
     bool fail(const char* text) {
         std::snprintf(message_.data(), message_.size(), "%s", text);
         return false;
@@ -96,6 +109,7 @@ class PngDecoder {
     png_infop info_ = nullptr;
     std::vector<png_bytep> rows_;
     int passes_ = 1;
+    bool lackedMemory_ = false;
     std::array<char, 160> message_{};
 };
 
@@ -104,7 +118,7 @@ class PngRows : public SourceRows {
     explicit PngRows(ByteView bytes) : decoder_(bytes) {}
 
     PngDecoder& decoder() { return decoder_; }
-    Error error() const { return {ErrorCode::Damaged, decoder_.message()}; }
+    Error error() const { return decoder_.error(); }
 
     Result<void> decode(MutablePixelView rows) override {
         if (!decoder_.readRows(rows)) return error();
