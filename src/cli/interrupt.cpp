@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <csignal>
@@ -25,7 +26,7 @@ volatile std::sig_atomic_t progressLine = 0;
 std::array<char, PATH_MAX> folderToRemove{};
 
 /// By system calls alone, as a signal handler must.
-void removeFilesOf(const char* path) {
+void removeFolder(const char* path) {
     const int folder = ::open(path, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     alignas(dirent64) std::array<char, 4096> entries;
     for (long count = 0;
@@ -37,15 +38,7 @@ void removeFilesOf(const char* path) {
         }
     }
     ::close(folder);
-}
-
-/// The signal may have come to any thread: another one may still put a file there meanwhile.
-void removeFolder(const char* path) {
-    constexpr int kTries = 1000;
-    for (int i = 0; i < kTries; ++i) {
-        removeFilesOf(path);
-        if (::rmdir(path) == 0 || errno != ENOTEMPTY) return;
-    }
+    ::rmdir(path);
 }
 
 [[noreturn]] void endNow(int signal) {
@@ -60,6 +53,12 @@ void removeFolder(const char* path) {
 }
 
 void onSignal(int signal) {
+    // The kernel picks any thread that does not block the signal, a toolkit's too. The first one
+    // does the work, so that there nothing goes on beside the end.
+    if (::gettid() != ::getpid()) {
+        ::tgkill(::getpid(), ::getpid(), signal);
+        return;
+    }
     if (openScopes == 0) endNow(signal);
     pendingSignal = signal;
 }
@@ -89,21 +88,25 @@ void installInterruptHandlers() {
 
 UninterruptedScope::UninterruptedScope() {
     openScopes = openScopes + 1;
+    std::atomic_signal_fence(std::memory_order_seq_cst);
 }
 
 UninterruptedScope::~UninterruptedScope() {
+    std::atomic_signal_fence(std::memory_order_seq_cst);
     openScopes = openScopes - 1;
     if (openScopes == 0 && pendingSignal != 0) endNow(pendingSignal);
 }
 
-RemovedAtInterrupt::RemovedAtInterrupt(const std::string& path) {
-    if (path.size() >= folderToRemove.size()) return;
-    // Its first character last: with it the name counts.
-    for (std::size_t i = path.size(); i-- > 0;) folderToRemove[i] = path[i];
+FolderGoneAtInterrupt::FolderGoneAtInterrupt() {
+    const UninterruptedScope untilNamed;
+    folder_.emplace();
+    const std::string& path = folder_->path();
+    if (path.size() < folderToRemove.size()) path.copy(folderToRemove.data(), path.size());
 }
 
-RemovedAtInterrupt::~RemovedAtInterrupt() {
-    folderToRemove[0] = 0;
+FolderGoneAtInterrupt::~FolderGoneAtInterrupt() {
+    const UninterruptedScope untilGone;
+    folder_.reset();
     folderToRemove.fill(0);
 }
 

@@ -4,7 +4,10 @@
 #include <poll.h>
 
 #include <cstddef>
+#include <optional>
 #include <string>
+
+#include "storage/private_folder.h"
 
 namespace skarnel::cli {
 
@@ -21,15 +24,19 @@ class UninterruptedScope {
     UninterruptedScope& operator=(const UninterruptedScope&) = delete;
 };
 
-/// While one lives, a signal that ends the program at once removes a folder and the files in it,
-/// which has no folders in it. One at a time, in the process that made it; an empty path stands for
-/// no folder.
-class RemovedAtInterrupt {
+/// A private folder that leaves nothing behind when a signal ends the program, at whatever moment.
+/// It has no folders in it. One at a time, in the process that made it.
+class FolderGoneAtInterrupt {
   public:
-    explicit RemovedAtInterrupt(const std::string& path);
-    ~RemovedAtInterrupt();
-    RemovedAtInterrupt(const RemovedAtInterrupt&) = delete;
-    RemovedAtInterrupt& operator=(const RemovedAtInterrupt&) = delete;
+    FolderGoneAtInterrupt();
+    ~FolderGoneAtInterrupt();
+    FolderGoneAtInterrupt(const FolderGoneAtInterrupt&) = delete;
+    FolderGoneAtInterrupt& operator=(const FolderGoneAtInterrupt&) = delete;
+    /// Empty when it could not be made.
+    const std::string& path() const { return folder_->path(); }
+
+  private:
+    std::optional<PrivateFolder> folder_;
 };
 
 /// The signal that came during a scope, or 0.

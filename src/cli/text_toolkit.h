@@ -11,7 +11,6 @@
 #include "cli/interrupt.h"
 #include "platform/page_module.h"
 #include "platform/toolkit.h"
-#include "storage/private_folder.h"
 #include "textimaging/text_system.h"
 
 namespace skarnel::cli {
@@ -74,8 +73,7 @@ class TextToolkit final : public Toolkit {
     TextSystem textSystem_;
     StandardImageFiles imageFiles_;
     StandardTextFiles textFiles_;
-    PrivateFolder folder_;
-    RemovedAtInterrupt removedAtInterrupt_{folder_.path()};
+    FolderGoneAtInterrupt folder_;
     std::vector<std::string> alerts_;
     int names_ = 0;
 };
