@@ -13,26 +13,46 @@ constexpr std::uint32_t kFirstFree = 258;
 constexpr std::uint32_t kFull = 4094;  // cleared before this entry is made
 constexpr unsigned kFirstWidth = 9;
 constexpr unsigned kCodeBits = 12;
-constexpr std::uint32_t kCodeMask = (1U << kCodeBits) - 1;
+constexpr std::uint32_t kLargestCode = (1U << kCodeBits) - 1;
 constexpr unsigned kPlaceBits = 15;  // eight times the entries
-constexpr std::uint32_t kPlaceMask = (1U << kPlaceBits) - 1;
-/// Its upper bits are a string that begins with code 4095, which is never made.
 constexpr std::uint32_t kNoEntry = 0xFFFFFFFF;
 
-/// What changes from byte to byte.
-struct State {
-    std::uint32_t prefix = 0;  // code of the string so far
-    std::uint32_t free = kFirstFree;
-    unsigned width = kFirstWidth;
-    unsigned count = 0;      // of bits not yet written
-    std::uint64_t bits = 0;  // the lowest `count` of them
-    std::uint8_t* at = nullptr;
+/// What changes from byte to byte; a local one stays in registers.
+struct Walk {
+    std::uint32_t prefix;  // code of the string so far
+    std::uint32_t free;    // the entry that is made next
+    std::uint32_t* table;  // byte and code; which prefix they follow is told by the place
+    std::uint16_t* codes;  // the one that ends with the making of an entry, by entry
 
-    void put(std::uint32_t code) {
+    /// Looks one string up; a new one ends the old and makes an entry. The prefix and what its
+    /// byte sends it by give the place, so that each prefix has one of its own for a byte.
+    void take(std::uint32_t byte, const std::uint32_t* spread) {
+        std::uint32_t& place = table[prefix ^ spread[byte]];
+        const std::uint32_t tag = byte << kCodeBits;
+        const std::uint32_t code = place ^ tag;
+        codes[free] = static_cast<std::uint16_t>(prefix);
+        if (code > kLargestCode) {
+            place = tag | free;
+            ++free;
+            prefix = byte;
+        } else {
+            prefix = code;
+        }
+    }
+};
+
+/// Writes codes, the highest bit first, by storing words.
+struct CodeWriter {
+    std::uint8_t* at = nullptr;
+    std::uint64_t bits = 0;  // the lowest `count` of them are not yet written
+    unsigned count = 0;
+
+    /// Between two flushes at most four codes.
+    void put(std::uint32_t code, unsigned width) {
         bits = bits << width | code;
         count += width;
     }
-    /// Writes the whole bytes that are there, by storing a word; at most 63 bits may be waiting.
+    /// Writes the whole bytes that are there, and leaves at most seven bits.
     void flush() {
         static_assert(std::endian::native == std::endian::little);
         const std::uint64_t word = __builtin_bswap64(bits << 1 << (63 - count));
@@ -40,34 +60,60 @@ struct State {
         at += count / 8;
         count &= 7U;
     }
-    /// Looks one string up, and on a new one gives the code of the old and makes an entry. Masks
-    /// choose, since no branch could be foreseen.
-    void take(std::uint32_t byte, std::uint32_t* table, const std::uint32_t* spread) {
-        std::uint32_t& place = table[(prefix ^ spread[byte]) & kPlaceMask];
-        const std::uint32_t entry = place;
-        const std::uint32_t string = prefix << 8 | byte;
-        const std::uint32_t isNew = (entry >> kCodeBits) == string ? 0 : ~0U;
-        bits = bits << (width & isNew) | (prefix & isNew);
-        count += width & isNew;
-        place = (entry & ~isNew) | ((string << kCodeBits | free) & isNew);
-        free += isNew & 1U;
-        prefix = (byte & isNew) | (entry & kCodeMask & ~isNew);
+    void putAll(const std::uint16_t* codes, std::size_t size, unsigned width) {
+        CodeWriter writer = *this;
+        std::size_t i = 0;
+        for (; i + 4 <= size; i += 4) {
+            for (std::size_t k = 0; k < 4; ++k) writer.put(codes[i + k], width);
+            writer.flush();
+        }
+        for (; i < size; ++i) writer.put(codes[i], width);
+        writer.flush();
+        *this = writer;
+    }
+    void fillLastByte() {
+        if (count == 0) return;
+        put(0, 8 - count);
+        flush();
     }
 };
-
-constexpr std::size_t kBytesAFlush = 4;  // at most 48 bits beside the 7 that may be left
 
 }  // namespace
 
 struct LzwEncoder::Strip {
     ByteView rest;
-    std::uint32_t* table;
-    State state;
+    Walk walk;
+    CodeWriter out;
 
-    /// Bytes that surely leave the width and the table as they are.
-    std::size_t room() const {
-        return std::min<std::size_t>(rest.size(), std::min(1U << state.width, kFull) - state.free);
+    /// Bytes that surely do not fill the table more than full.
+    std::size_t room() const { return std::min<std::size_t>(rest.size(), kFull - walk.free); }
+
+    /// Writes the codes that made the entries so far: one more bit from each entry on that needs
+    /// it.
+    void writeCodes() {
+        std::uint32_t entry = kFirstFree;
+        for (unsigned width = kFirstWidth; entry < walk.free; ++width) {
+            const std::uint32_t end = std::min(walk.free, 1U << width);
+            out.putAll(walk.codes + entry, end - entry, width);
+            entry = end;
+        }
     }
+    void clearTable() {
+        std::fill_n(walk.table, std::size_t{1} << kPlaceBits, kNoEntry);
+        walk.free = kFirstFree;
+    }
+    /// Goes on behind bytes that were taken.
+    void goOn(const Walk& taken, std::size_t size) {
+        walk = taken;
+        rest = rest.subspan(size);
+        if (walk.free < kFull) return;
+        writeCodes();
+        out.put(kClear, kCodeBits);
+        out.flush();
+        clearTable();
+    }
+    /// Of the next code.
+    unsigned width() const { return static_cast<unsigned>(std::bit_width(walk.free)); }
 };
 
 LzwEncoder::LzwEncoder() {
@@ -79,16 +125,19 @@ LzwEncoder::LzwEncoder() {
 }
 
 void LzwEncoder::encode(ByteView strip, Bytes& codes) {
-    Strip only{strip, nullptr, {}};
-    begin(only, tables_[0], codes);
+    Strip only{};
+    only.rest = strip;
+    begin(only, lanes_[0], codes);
     end(only, codes);
 }
 
 void LzwEncoder::encodeTwo(ByteView first, Bytes& firstCodes, ByteView second, Bytes& secondCodes) {
-    Strip one{first, nullptr, {}};
-    Strip other{second, nullptr, {}};
-    begin(one, tables_[0], firstCodes);
-    begin(other, tables_[1], secondCodes);
+    Strip one{};
+    Strip other{};
+    one.rest = first;
+    other.rest = second;
+    begin(one, lanes_[0], firstCodes);
+    begin(other, lanes_[1], secondCodes);
     while (!one.rest.empty() && !other.rest.empty()) {
         takeFromBoth(one, other, std::min(one.room(), other.room()));
     }
@@ -96,78 +145,52 @@ void LzwEncoder::encodeTwo(ByteView first, Bytes& firstCodes, ByteView second, B
     end(other, secondCodes);
 }
 
-void LzwEncoder::begin(Strip& strip, Table& table, Bytes& codes) const {
-    table.assign(std::size_t{1} << kPlaceBits, kNoEntry);
-    strip.table = table.data();
+void LzwEncoder::begin(Strip& strip, Lane& lane, Bytes& out) {
+    lane.table.resize(std::size_t{1} << kPlaceBits);
+    lane.codes.resize(kFull);
     // At worst every byte is a code of the full width; a clear code comes after 3836 of them.
-    codes.resize(strip.rest.size() * kCodeBits / 8 + strip.rest.size() / 1024 + 64);
-    strip.state.at = codes.data();
-    strip.state.put(kClear);
-    strip.state.prefix = strip.rest[0];
+    out.resize(strip.rest.size() * kCodeBits / 8 + strip.rest.size() / 1024 + 64);
+    strip.out.at = out.data();
+    strip.out.put(kClear, kFirstWidth);
+    strip.out.flush();
+    strip.walk = {strip.rest[0], kFirstFree, lane.table.data(), lane.codes.data()};
+    strip.clearTable();
     strip.rest = strip.rest.subspan(1);
 }
 
 void LzwEncoder::takeBytes(Strip& strip, std::size_t size) const {
-    State state = strip.state;  // a local stays in registers
-    for (std::size_t i = 0; i < size; ++i) {
-        state.take(strip.rest[i], strip.table, spread_.data());
-        if (i % kBytesAFlush == kBytesAFlush - 1) state.flush();
-    }
-    state.flush();
-    strip.state = state;
-    strip.rest = strip.rest.subspan(size);
-    settle(strip);
+    Walk walk = strip.walk;
+    for (std::size_t i = 0; i < size; ++i) walk.take(strip.rest[i], spread_.data());
+    strip.goOn(walk, size);
 }
 
 void LzwEncoder::takeFromBoth(Strip& first, Strip& second, std::size_t size) const {
-    State one = first.state;
-    State other = second.state;
+    Walk one = first.walk;
+    Walk other = second.walk;
     for (std::size_t i = 0; i < size; ++i) {
-        one.take(first.rest[i], first.table, spread_.data());
-        other.take(second.rest[i], second.table, spread_.data());
-        if (i % kBytesAFlush == kBytesAFlush - 1) {
-            one.flush();
-            other.flush();
-        }
+        one.take(first.rest[i], spread_.data());
+        other.take(second.rest[i], spread_.data());
     }
-    one.flush();
-    other.flush();
-    for (Strip* strip : {&first, &second}) {
-        strip->state = strip == &first ? one : other;
-        strip->rest = strip->rest.subspan(size);
-        settle(*strip);
-    }
+    first.goOn(one, size);
+    second.goOn(other, size);
 }
 
-/// After an entry was made: the next code may be wider, or the table full.
-void LzwEncoder::settle(Strip& strip) {
-    State& state = strip.state;
-    if (state.free == kFull) {
-        state.put(kClear);
-        state.flush();
-        std::fill_n(strip.table, std::size_t{1} << kPlaceBits, kNoEntry);
-        state.free = kFirstFree;
-        state.width = kFirstWidth;
-    } else if (state.free == 1U << state.width) {
-        ++state.width;
-    }
-}
-
-void LzwEncoder::end(Strip& strip, Bytes& codes) const {
+void LzwEncoder::end(Strip& strip, Bytes& out) const {
     while (!strip.rest.empty()) takeBytes(strip, strip.room());
-    State& state = strip.state;
-    state.put(state.prefix);
+    strip.writeCodes();
+    CodeWriter& writer = strip.out;
+    writer.put(strip.walk.prefix, strip.width());
+    writer.flush();
     // The decoder makes an entry for this code as well.
-    ++state.free;
-    settle(strip);
-    state.put(kEnd);
-    state.flush();
-    if (state.count > 0) {
-        state.bits <<= 8 - state.count;
-        state.count = 8;
-        state.flush();
+    ++strip.walk.free;
+    if (strip.walk.free == kFull) {
+        writer.put(kClear, kCodeBits);
+        strip.walk.free = kFirstFree;
     }
-    codes.resize(static_cast<std::size_t>(state.at - codes.data()));
+    writer.put(kEnd, strip.width());
+    writer.flush();
+    writer.fillLastByte();
+    out.resize(static_cast<std::size_t>(writer.at - out.data()));
 }
 
 }  // namespace skarnel::io

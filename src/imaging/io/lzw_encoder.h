@@ -26,16 +26,19 @@ class LzwEncoder {
     void encodeTwo(ByteView first, Bytes& firstCodes, ByteView second, Bytes& secondCodes);
 
   private:
+    /// What a strip is coded with: where its strings are found, and its codes since the last clear.
+    struct Lane {
+        std::vector<std::uint32_t> table;
+        std::vector<std::uint16_t> codes;
+    };
     struct Strip;
-    using Table = std::vector<std::uint32_t>;
 
-    void begin(Strip& strip, Table& table, Bytes& codes) const;
+    static void begin(Strip& strip, Lane& lane, Bytes& out);
     void takeBytes(Strip& strip, std::size_t size) const;
     void takeFromBoth(Strip& first, Strip& second, std::size_t size) const;
-    static void settle(Strip& strip);
-    void end(Strip& strip, Bytes& codes) const;
+    void end(Strip& strip, Bytes& out) const;
 
-    std::array<Table, 2> tables_;
+    std::array<Lane, 2> lanes_;
     std::array<std::uint32_t, 256> spread_{};  // where a byte sends its strings
 };
 
