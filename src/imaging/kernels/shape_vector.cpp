@@ -6,6 +6,7 @@
 #include <hwy/highway.h>
 
 #include "imaging/kernels/shape.h"
+#include "imaging/kernels/vector_kept-inl.h"
 #include "imaging/kernels/vector_lookup-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -37,12 +38,15 @@ HWY_INLINE V16 Interpolated(D16 d16, V16 first, V16 second, V16 weight) {
     // floor(d * Q / 65536) with Q as a signed number is d too low from Q = 32768 on, which starting
     // from the second pixel instead of the first makes good.
     const auto signedWeight = hn::BitCast(di16, weight);
-    const auto upper = hn::MaskFromVec(hn::BroadcastSignBit(signedWeight));
-    const auto start = hn::IfThenElse(hn::RebindMask(d16, upper), second, first);
-    return hn::Add(start, hn::BitCast(d16, hn::MulHigh(difference, signedWeight)));
+    const auto start =
+        hn::IfNegativeThenElse(signedWeight, hn::BitCast(di16, second), hn::BitCast(di16, first));
+    return hn::BitCast(d16, hn::Add(start, hn::MulHigh(difference, signedWeight)));
 }
 
-/// Shapes vectors of columns that were picked already.
+/// Shapes vectors of columns that were picked already. Fade::Below is for factors without a whole
+/// part, as nearly all rows have them: their products are bytes as they are.
+enum class Fade { Any, Below };
+template <Fade kFade>
 class Shaper {
     using D32 = hn::ScalableTag<std::uint32_t>;
     using D16 = hn::Repartition<std::uint16_t, D32>;
@@ -52,7 +56,7 @@ class Shaper {
 
   public:
     HWY_INLINE explicit Shaper(const ShapeFactor& factor)
-        : low_(hn::Set(D16(), std::uint16_t{0xFF})),
+        : low_(Kept(hn::Set(D16(), std::uint16_t{0xFF}))),
           whole_(hn::Set(D16(), factor.whole)),
           fraction_(hn::Set(D16(), factor.fraction)) {}
 
@@ -69,6 +73,7 @@ class Shaper {
 
   private:
     HWY_INLINE V16 faded(V16 t) const {
+        if (kFade == Fade::Below) return hn::MulHigh(t, fraction_);
         return hn::And(hn::Add(hn::Mul(t, whole_), hn::MulHigh(t, fraction_)), low_);
     }
 
@@ -84,32 +89,40 @@ HWY_INLINE void ForVectors(std::size_t pixels, std::size_t lanes, const Shape& s
     if (x < pixels) shape(pixels - lanes);
 }
 
-void ShapeRow(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_RESTRICT source,
-              std::size_t readablePixels, const ShapeColumns& columns, const ShapeFactor& factor,
-              std::size_t pixels) {
+template <Fade kFade>
+void ShapeVectors(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_RESTRICT source,
+                  std::size_t readablePixels, const ShapeColumns& columns,
+                  const ShapeFactor& factor, std::size_t pixels) {
     const hn::ScalableTag<std::uint32_t> d32;
     const std::size_t lanes = hn::Lanes(d32);
-    if (!factor.hasMultiplier || pixels < lanes)
-        return scalar::shapeRow(target, source, readablePixels, columns, factor, pixels);
-    const Shaper shaper(factor);
+    const Shaper<kFade> shaper(factor);
+    const std::int32_t* HWY_RESTRICT from = columns.from;
+    const std::uint32_t* HWY_RESTRICT weight = columns.weight;
     ForVectors(pixels, lanes, [&](std::size_t at) SKARNEL_INLINE_LAMBDA {
-        const ShapeColumns here{columns.from + at, columns.weight + at};
-        const auto pair = PixelPairs(d32, source, readablePixels, here.from);
-        if (!pair.found)
-            return scalar::shapeRow(target + 4 * at, source, readablePixels, here, factor, lanes);
-        shaper.store(pair, hn::LoadU(d32, here.weight), target + 4 * at);
+        const auto pair = PixelPairs(d32, source, readablePixels, from + at);
+        if (HWY_UNLIKELY(!pair.found))
+            return scalar::shapeRow(target + 4 * at, source, readablePixels,
+                                    {from + at, weight + at}, factor, lanes);
+        shaper.store(pair, hn::LoadU(d32, weight + at), target + 4 * at);
     });
 }
 
-void ShapePackedRow(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_RESTRICT source,
-                    std::size_t readablePixels, const std::uint32_t* HWY_RESTRICT columns,
-                    const ShapeFactor& factor, std::size_t pixels) {
+void ShapeRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
+              const ShapeColumns& columns, const ShapeFactor& factor, std::size_t pixels) {
+    if (!factor.hasMultiplier || pixels < hn::Lanes(hn::ScalableTag<std::uint32_t>()))
+        return scalar::shapeRow(target, source, readablePixels, columns, factor, pixels);
+    const auto shape = factor.whole == 0 ? ShapeVectors<Fade::Below> : ShapeVectors<Fade::Any>;
+    shape(target, source, readablePixels, columns, factor, pixels);
+}
+
+template <Fade kFade>
+void ShapePackedVectors(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_RESTRICT source,
+                        std::size_t readablePixels, const std::uint32_t* HWY_RESTRICT columns,
+                        const ShapeFactor& factor, std::size_t pixels) {
     const hn::ScalableTag<std::uint32_t> d32;
     const hn::RebindToSigned<decltype(d32)> di32;
     const std::size_t lanes = hn::Lanes(d32);
-    if (!factor.hasMultiplier || pixels < lanes)
-        return scalar::shapePackedRow(target, source, readablePixels, columns, factor, pixels);
-    const Shaper shaper(factor);
+    const Shaper<kFade> shaper(factor);
     const auto low = hn::Set(d32, 0xFFFFU);
     ForVectors(pixels, lanes, [&](std::size_t at) SKARNEL_INLINE_LAMBDA {
         const std::uint32_t* here = columns + at;
@@ -123,6 +136,15 @@ void ShapePackedRow(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_R
         const auto above = hn::ShiftRight<16>(packed);
         shaper.store(pair, hn::Or(above, hn::ShiftLeft<16>(above)), target + 4 * at);
     });
+}
+
+void ShapePackedRow(std::uint8_t* target, const std::uint8_t* source, std::size_t readablePixels,
+                    const std::uint32_t* columns, const ShapeFactor& factor, std::size_t pixels) {
+    if (!factor.hasMultiplier || pixels < hn::Lanes(hn::ScalableTag<std::uint32_t>()))
+        return scalar::shapePackedRow(target, source, readablePixels, columns, factor, pixels);
+    const auto shape =
+        factor.whole == 0 ? ShapePackedVectors<Fade::Below> : ShapePackedVectors<Fade::Any>;
+    shape(target, source, readablePixels, columns, factor, pixels);
 }
 
 /// True when the multiplier gives every entry of the table, kept as 16-bit numbers.

@@ -12,6 +12,7 @@
 #include <cstdint>
 
 #include "imaging/kernels/vector_block-inl.h"
+#include "imaging/kernels/vector_kept-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace skarnel::kernels::HWY_NAMESPACE {
@@ -48,18 +49,6 @@ HWY_INLINE V32 LerpPixels(V32 first, V32 second, V32 weight, V32 evenBytes) {
     const auto change =
         hn::OddEven(hn::BitCast(D8(), hn::ShiftLeft<8>(odd)), hn::BitCast(D8(), even));
     return hn::BitCast(d32, hn::Add(hn::BitCast(D8(), first), change));
-}
-
-/// The vector, but nothing that the compiler knows: a constant would be made anew wherever it is
-/// used. An emulated vector is an array, which has no register.
-template <class V>
-HWY_INLINE V Kept(V vector) {
-#if HWY_TARGET == HWY_AVX3
-    asm("" : "+v"(vector.raw));
-#elif HWY_ARCH_X86 && HWY_TARGET != HWY_EMU128
-    asm("" : "+x"(vector.raw));
-#endif
-    return vector;
 }
 
 HWY_INLINE V32 EvenBytes() {
