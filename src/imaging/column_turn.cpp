@@ -108,6 +108,46 @@ void ColumnTurn::planColumn(double position, double top, double length, int targ
                                 : end - (lastLevel_.back() == 255 ? 0 : 1));
 }
 
+//   picture row    0 .. first kept .. first walked .. emptyRows ..
+//                  neither kept       transparent     content
+//
+// The first target row that is walked shows rows above the content alone, so that those before it
+// are transparent, and none above the first kept one.
+void ColumnTurn::leaveOut(const std::vector<int>& emptyRows) {
+    const int margin = 2 + (height_ >> 20);  // single precision may move a position by so much
+    try {
+        firstKeptRow_.resize(from_.size());
+    } catch (const std::bad_alloc&) {
+        return;
+    }
+    for (std::size_t x = 0; x < from_.size(); ++x) {
+        const auto from = static_cast<std::size_t>(from_[x]);
+        const std::size_t next = std::min(from + 1, emptyRows.size() - 1);
+        const double step = static_cast<double>(step_[x]) / kLerpUnit;
+        const double centre = static_cast<double>(centre_[x]) / kLerpUnit;
+        const double walked = std::min(emptyRows[from], emptyRows[next]) - margin;
+        const double kept = walked - step - margin;
+        if (kept < kernels::kBlockRows) continue;
+        firstKeptRow_[x] =
+            static_cast<std::int32_t>(kept) / kernels::kBlockRows * kernels::kBlockRows;
+        beginColumnAt(x, std::floor((walked - centre) / step) + middleRow_);
+    }
+}
+
+/// The column is transparent above this target row.
+void ColumnTurn::beginColumnAt(std::size_t column, double row) {
+    if (!(row > begin_[column])) return;
+    if (row >= end_[column]) {
+        begin_[column] = fullBegin_[column] = end_[column];
+        return;
+    }
+    const auto begin = static_cast<std::int32_t>(row);
+    const bool isLast = begin == end_[column] - 1;
+    firstLevel_[column] = isLast ? lastLevel_[column] : std::uint8_t{255};
+    begin_[column] = begin;
+    fullBegin_[column] = firstLevel_[column] == 255 ? begin : begin + 1;
+}
+
 std::optional<SqueezedPicture> ColumnTurn::squeezedPicture() const {
     // Columns begin cache lines, an odd number of these apart so that they do not all fall into
     // the same few places of a cache. Flat pictures would become much larger by that.
@@ -174,7 +214,8 @@ void ColumnTurn::clearColumns(int row, std::size_t begin, std::size_t end,
         target.columnStride >= kernels::kBlockRows ? kernels::kBlockRows : blockRows(row);
     std::uint8_t* column = columnBlock(row, begin, target);
     for (; begin < end; ++begin, column += 4 * target.columnStride)
-        std::memset(column, 0, std::size_t{4} * static_cast<std::size_t>(rows));
+        if (firstKeptRow_.empty() || row >= firstKeptRow_[begin])
+            std::memset(column, 0, std::size_t{4} * static_cast<std::size_t>(rows));
 }
 
 //              first           end

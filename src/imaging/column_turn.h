@@ -83,6 +83,12 @@ class ColumnTurn {
     static std::optional<ColumnTurn> plan(int width, int height, const Quad& quad,
                                           CGPoint lowerLeft, int targetWidth, int targetHeight);
 
+    /// Tells where the picture shows nothing: its column c is transparent above row emptyRows[c];
+    /// one number for each of its columns. Such pixels are neither kept between the passes, where
+    /// their whole blocks are transparent beside the spans, nor walked through. Without memory
+    /// nothing is left out.
+    void leaveOut(const std::vector<int>& emptyRows);
+
     /// First pass: rows `row` .. row + count - 1 of the picture, count being blockRows(row). Of the
     /// memory behind each of the `sources` `readablePixels` may be read, at least a row; what lies
     /// beyond the row plays no part.
@@ -160,6 +166,7 @@ class ColumnTurn {
                      SqueezedPicture& target) const;
     void clearColumns(int row, std::size_t begin, std::size_t end, SqueezedPicture& target) const;
     void planColumn(double position, double top, double length, int targetHeight);
+    void beginColumnAt(std::size_t column, double row);
 
     int width_ = 0;
     int height_ = 0;
@@ -171,6 +178,9 @@ class ColumnTurn {
     std::vector<float> step_;
     std::vector<std::int32_t> begin_, fullBegin_, fullEnd_, end_;
     std::vector<std::uint8_t> firstLevel_, lastLevel_;
+    // The squeezed rows above this one, a multiple of kernels::kBlockRows, play no part; none where
+    // nothing is left out.
+    std::vector<std::int32_t> firstKeptRow_;
 };
 
 /// As drawProjected for quads with vertical sides: the whole picture in both passes. None when

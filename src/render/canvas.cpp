@@ -150,6 +150,23 @@ bool CanvasRows::isOnlyPicture(int row) const {
            columns.size() == layout_.width && rows.fullyCovered();
 }
 
+/// Beside the picture a column begins with the first row of the reflection that is wide enough.
+std::vector<int> CanvasRows::emptyRows() const {
+    const AxisPlan& across = plans_->pictureColumns;
+    if (background_ || reflectionWidth_ != layout_.width || across.size() == layout_.width ||
+        across.size() < 1)
+        return {};
+    std::vector<int> rows(static_cast<std::size_t>(layout_.width), layout_.height);
+    Columns filled{across.first(), across.end()};
+    std::fill(rows.begin() + filled.begin, rows.begin() + filled.end, 0);
+    for (int row = std::max(0, reflectionTop_); row < layout_.height; ++row) {
+        const Columns content = shaper_->contentColumns(row - reflectionTop_);
+        while (filled.begin > content.begin) rows[static_cast<std::size_t>(--filled.begin)] = row;
+        while (filled.end < content.end) rows[static_cast<std::size_t>(filled.end++)] = row;
+    }
+    return rows;
+}
+
 std::optional<CanvasRows::PictureSpan> CanvasRows::pictureAlone(int row, int count,
                                                                 const std::uint8_t** rows) {
     const AxisPlan& columns = plans_->pictureColumns;

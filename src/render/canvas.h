@@ -57,6 +57,10 @@ class CanvasRows {
     /// Whether columns can be drawn without the rest of their row.
     bool drawsInPieces() const { return reflectionWidth_ == layout_.width; }
 
+    /// For each column, above which row it is transparent at least; nothing where that is known of
+    /// no column. Throws std::bad_alloc.
+    std::vector<int> emptyRows() const;
+
     /// Rows will be drawn in pieces: what these can share is kept.
     void expectPieces() { shaper_->keepFactors(); }
 

@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 #include <utility>
+#include <vector>
 
 #include "imaging/column_turn.h"
 #include "imaging/device_pixel.h"
@@ -129,6 +130,7 @@ std::optional<CGImage> turnedCanvas(const CGImage& picture, CanvasRows& rows,
     auto turn = ColumnTurn::plan(layout.width, layout.height, corners, bitmap->lowerLeft,
                                  bitmap->width, bitmap->height);
     if (!turn) return std::nullopt;
+    if (const std::vector<int> empty = rows.emptyRows(); !empty.empty()) turn->leaveOut(empty);
     auto block = PixelBuffer::zeroed(layout.width + kReadBeyond, 2 * turn->blockRows(0));
     auto room = roomFor(bitmap->width, bitmap->height, drawing);
     if (!block || !room) return std::nullopt;

@@ -90,16 +90,32 @@ const kernels::ShapeFactor& RowShaper::factorOf(int index) {
     return *kept;
 }
 
-/// The columns a .. b of a row, both included, show the mirror's columns 0 .. width - 1; a is the
-/// row's inset and b as far from the other end.
+/// How many columns before a row's first show nothing.
+int RowShaper::rowInset(int index) const {
+    const double r = size_.height - index;
+    return toInt32(r * size_.inset / size_.height);
+}
+
+/// Of these columns those with content. The columns a .. b of a row, both included, show the
+/// mirror's columns 0 .. width - 1; a is the row's inset and b as far from the other end.
+RowShaper::Columns RowShaper::contentColumns(int rowInset, Columns columns) const {
+    const int begin = std::clamp(rowInset, columns.begin, columns.end);
+    return {begin, std::clamp(toInt32(static_cast<double>(size_.outWidth) - rowInset) + 1, begin,
+                              columns.end)};
+}
+
+RowShaper::Columns RowShaper::contentColumns(int index) const {
+    return contentColumns(rowInset(index), {0, size_.outWidth});
+}
+
 void RowShaper::takeColumns(int rowInset, Columns columns) {
     if (plannedInset_ == rowInset && planned_.begin == columns.begin && planned_.end == columns.end)
         return;
     plannedInset_ = rowInset;
     planned_ = columns;
-    begin_ = std::clamp(rowInset, columns.begin, columns.end);
-    end_ = std::clamp(toInt32(static_cast<double>(size_.outWidth) - rowInset) + 1, begin_,
-                      columns.end);
+    const Columns content = contentColumns(rowInset, columns);
+    begin_ = content.begin;
+    end_ = content.end;
     plan_ = plans_ ? plans_->plan(size_.outWidth - 2 * rowInset) : nullptr;
     if (plan_ == nullptr) planColumns(rowInset);
 }
@@ -174,14 +190,13 @@ void RowShaper::shapeKeptColumns(int rowInset, const std::uint8_t* mirrorRow,
 }
 
 RowShaper::Columns RowShaper::plan(int index, Columns columns) {
-    const double r = size_.height - index;
-    const int rowInset = toInt32(r * size_.inset / size_.height);
-    takeColumns(rowInset, columns);
+    const int inset = rowInset(index);
+    takeColumns(inset, columns);
     if (begin_ == end_) return {0, 0};
     const auto from = [&](int column) {
         return plan_ == nullptr
                    ? from_[static_cast<std::size_t>(column)]
-                   : static_cast<int>(plan_->packed[static_cast<std::size_t>(column - rowInset)] &
+                   : static_cast<int>(plan_->packed[static_cast<std::size_t>(column - inset)] &
                                       0xFFFFU);
     };
     return {from(begin_), std::min(size_.width, from(end_ - 1) + 2)};

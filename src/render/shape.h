@@ -65,6 +65,9 @@ class RowShaper {
         int end;
     };
 
+    /// The columns of row `index` that may have content; all of them lie in the row.
+    Columns contentColumns(int index) const;
+
     /// First step of making columns of row `index`: returns which columns of the mirror they need.
     Columns plan(int index, Columns columns);
 
@@ -88,6 +91,8 @@ class RowShaper {
 
   private:
     RowShaper(const ShapeSize& size, const FadeParameters& fade) : size_(size), fade_(fade) {}
+    int rowInset(int index) const;
+    Columns contentColumns(int rowInset, Columns columns) const;
     void takeColumns(int rowInset, Columns columns);
     void planColumns(int rowInset);
     const kernels::ShapeFactor& factorOf(int index);

@@ -62,5 +62,54 @@ TEST(Canvas, PictureAndReflectionReadTheSameRowsTogether) {
     }
 }
 
+CanvasRows canvasOf(const CGImage& picture, const Shape& shape,
+                    std::optional<kernels::Pixel> background = std::nullopt) {
+    const auto size =
+        ShapeSize::of(shape.width, shape.height, shape.perspectiveW, shape.perspectiveH);
+    const auto layout = CanvasLayout::of(shape.width, shape.height, *size, shape.offset);
+    return *CanvasRows::create(picture.pixels(), *layout, *size, shape.perspectiveH < 0,
+                               {0, 7, 200}, background);
+}
+
+// 20 pixels with a widening of 4 on each side: the reflection's rows 0 .. 7 begin at column
+// trunc((8 - row) * 4 / 8) = 4, 3, 3, 2, 2, 1, 1, 0, and end at column 28 less as many, included.
+// The canvas has trunc(8 + 1.2 * 8) = 17 rows, the reflection the last 8 of them.
+TEST(Canvas, BesideThePictureColumnsBeginWithTheReflection) {
+    const CGImage picture = test::noiseImage(20, 8, 1);
+    const std::vector<int> left{16, 14, 12, 10};
+    const std::vector<int> right{9, 10, 12, 14};
+    std::vector<int> expected = left;
+    expected.insert(expected.end(), 20, 0);
+    expected.insert(expected.end(), right.begin(), right.end());
+    EXPECT_EQ(canvasOf(picture, {20, 8, 20, 100, 20}).emptyRows(), expected);
+}
+
+TEST(Canvas, NothingIsKnownToBeEmptyOnABackgroundOrBelowAPictureAsWideAsTheCanvas) {
+    const CGImage picture = test::noiseImage(20, 8, 1);
+    EXPECT_TRUE(
+        canvasOf(picture, {20, 8, 20, 100, 20}, kernels::Pixel{1, 2, 3, 255}).emptyRows().empty());
+    EXPECT_TRUE(canvasOf(picture, {20, 8, 0, 100, 20}).emptyRows().empty());
+    EXPECT_TRUE(canvasOf(picture, {20, 8, -20, 100, 20}).emptyRows().empty());
+}
+
+TEST(Canvas, EmptyRowsShowNothing) {
+    const CGImage picture = test::solidImage(30, 40, {9, 9, 9, 255});
+    for (const Shape& shape : {Shape{30, 40, 20, 100, 10}, Shape{30, 40, 50, 63, 4.3F},
+                               Shape{30, 40, 15, -80, -30}, Shape{30, 40, 15, 80, -200}}) {
+        CanvasRows rows = canvasOf(picture, shape);
+        const std::vector<int> empty = rows.emptyRows();
+        std::vector<std::uint8_t> row(4 * empty.size());
+        const int last = *std::max_element(empty.begin(), empty.end());
+        for (int y = 0; y < last; ++y) {
+            rows.draw(y, row.data());
+            for (std::size_t x = 0; x < empty.size(); ++x) {
+                if (y < empty[x]) {
+                    ASSERT_EQ(row[4 * x + 3], 0) << x << ", " << y;
+                }
+            }
+        }
+    }
+}
+
 }  // namespace
 }  // namespace skarnel

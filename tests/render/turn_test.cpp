@@ -212,65 +212,6 @@ TEST(Turn, ASampleNeverWrapsToTheOtherSide) {
     }
 }
 
-TEST(ColumnTurn, RefusesQuadsWithoutUprightSides) {
-    EXPECT_FALSE(ColumnTurn::plan(10, 10, {{0, 10}, {10, 10}, {1, 0}, {10, 0}}, {0, 0}, 10, 10));
-    EXPECT_FALSE(ColumnTurn::plan(10, 10, {{0, 0}, {10, 0}, {0, 10}, {10, 10}}, {0, 0}, 10, 10));
-    EXPECT_TRUE(ColumnTurn::plan(10, 10, {{0, 10}, {10, 10}, {0, 0}, {10, 0}}, {0, 0}, 10, 10));
-}
-
-/// One pass after the other, with the whole squeezed picture in between.
-CGImage turnedInTwoPasses(const CGImage& picture, const ColumnTurn& turn, int height) {
-    const PixelView view = picture.pixels();
-    auto squeezed = *turn.squeezedPicture();
-    for (int y = 0; y < view.height; y += kernels::kBlockRows) {
-        const std::uint8_t* rows[kernels::kBlockRows];
-        for (int i = 0; i < turn.blockRows(y); ++i) rows[i] = view.row(y + i);
-        turn.squeezeRows(y, rows, static_cast<std::size_t>(view.width), squeezed);
-    }
-    auto target = *PixelBuffer::uninitialized(turn.targetWidth(), height);
-    turn.walkRows(squeezed, 0, target.view());
-    return CGImage(std::move(target));
-}
-
-struct TurnShape {
-    const char* name;
-    int width, height;
-    double inset, rise;  // of the width and of the height
-    int below;           // rows of the target below the quad's lower edge
-};
-
-TEST(Turn, StripsHaveTheBytesOfTwoPasses) {
-    const TurnShape shapes[] = {{"one pixel", 1, 1, 0, 0.1, 0},
-                                {"one row", 300, 1, 0.1, 0.1, 0},
-                                {"flat", 700, 15, 0.1, 0.2, 0},
-                                {"one strip", 255, 90, 0, -0.2, 0},
-                                {"two strips", 340, 120, 0.12, 0.2, 0},
-                                {"five strips", 1400, 333, 0.05, -0.19, 0},
-                                {"a tall one", 290, 3000, 0, 0.2, 0},
-                                {"a very tall one", 20, 70'000, 0.1, 0.2, 0},
-                                {"shrunk to a third", 900, 900, 0.33, -0.3, 0},
-                                {"cut off below", 600, 400, 0.1, 0.2, -150}};
-    for (const TurnShape& shape : shapes) {
-        const CGImage picture = noiseImage(shape.width, shape.height, 8);
-        const double in = std::floor(shape.inset * shape.width);
-        const double rise = shape.rise * shape.height;
-        const Quad quad{{in, shape.height + rise},
-                        {shape.width - in, shape.height - rise},
-                        {in, -rise},
-                        {shape.width - in, rise}};
-        const CGPoint lowerLeft{in, -std::abs(rise) - shape.below};
-        const int width = std::max(1, shape.width - 2 * static_cast<int>(in));
-        const int height =
-            std::max(1, static_cast<int>(shape.height + 2 * std::abs(rise)) + shape.below);
-        const auto turn =
-            ColumnTurn::plan(shape.width, shape.height, quad, lowerLeft, width, height);
-        ASSERT_TRUE(turn) << shape.name;
-        const auto strips = drawColumnTurn(picture, quad, lowerLeft, width, height);
-        ASSERT_TRUE(strips) << shape.name;
-        EXPECT_TRUE(samePixels(*strips, turnedInTwoPasses(picture, *turn, height))) << shape.name;
-    }
-}
-
 struct Look {
     const char* name;
     float width, height, offset, turn;
