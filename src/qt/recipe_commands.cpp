@@ -284,10 +284,10 @@ void RecipeCommands::showSettings(const QColor& background, const SettingsState&
 std::shared_ptr<RecipeCommands::Shown> RecipeCommands::shown() const {
     const Viewer& viewer = application_.window().viewer();
     const VanteraDesktopController& controller = application_.controller();
-    return std::make_shared<Shown>(Shown{viewer.background(), readSettings(application_.defaults()),
-                                         application_.window().textEditor().text(),
-                                         controller.image, controller.saveFilename,
-                                         viewer.pictureName(), textPicture_, imagedText_});
+    return std::make_shared<Shown>(
+        Shown{viewer.background(), readSettings(application_.defaults()),
+              application_.window().textEditor().text(), controller.image, controller.saveFilename,
+              viewer.pictureName(), viewer.sheet(), textPicture_, imagedText_});
 }
 
 void RecipeCommands::keepPicturesOf(const std::shared_ptr<Shown>& before,
@@ -300,15 +300,19 @@ void RecipeCommands::keepPicturesOf(const std::shared_ptr<Shown>& before,
     }
 }
 
-void RecipeCommands::showAgain(const Shown& to, const Shown& from) {
+void RecipeCommands::showAgain(const Shown& to, Shown& from) {
+    Viewer& viewer = application_.window().viewer();
+    const std::optional<NSImage>& now = application_.controller().image;
+    const bool isShown = now && from.picture && now->isSame(*from.picture);
+    // In the size that the picture has under the settings of `from`.
+    if (isShown) from.edits = viewer.sheet();
     showSettings(to.background, to.settings);
     if (application_.window().textEditor().text() == from.text) showText(to.text);
-    const std::optional<NSImage>& now = application_.controller().image;
-    if (!now || !from.picture || !to.picture || !now->isSame(*from.picture)) return;
-    if (to.picture->isSame(*now)) return;
+    if (!isShown || !to.picture || to.picture->isSame(*now)) return;
     textPicture_ = to.textPicture;
     imagedText_ = to.imagedText;
     application_.showSource(*to.picture, to.saveName, to.title);
+    viewer.takeEdits(to.edits);
 }
 
 void RecipeCommands::setBackground(const QColor& color) {

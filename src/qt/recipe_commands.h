@@ -11,6 +11,7 @@
 
 #include "app/settings_undo.h"
 #include "imaging/nsimage/nsimage.h"
+#include "qt/viewer_tools.h"
 #include "recipe/recipe.h"
 #include "storage/safe_file.h"
 
@@ -66,6 +67,7 @@ class RecipeCommands final : public QObject {
         std::optional<NSImage> picture;
         std::string saveName;
         QString title;
+        ViewerSheet edits;  // marks, crop and turn of the picture
         std::optional<NSImage> textPicture;
         std::optional<StyledText> imagedText;
     };
@@ -73,8 +75,9 @@ class RecipeCommands final : public QObject {
     /// A picture in full size is large: the history keeps those of the last recipes alone.
     void keepPicturesOf(const std::shared_ptr<Shown>& before, const std::shared_ptr<Shown>& after);
     /// Shows the settings of `to`; its text and picture where those of `from` are still there,
-    /// since what was typed or opened later is no part of the recipe.
-    void showAgain(const Shown& to, const Shown& from);
+    /// since what was typed or opened later is no part of the recipe. What has been drawn on the
+    /// picture of `from` is noted there, for the way back.
+    void showAgain(const Shown& to, Shown& from);
     void showSettings(const QColor& background, const SettingsState& settings);
     void showText(const StyledText& text);
     void takeSettings(const Recipe& recipe, const QString& undoName);

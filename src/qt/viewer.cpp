@@ -158,12 +158,12 @@ void Viewer::setAutohidesScrollers(bool hides) {
     scrollBars_->place(sheet_.view, size());
 }
 
-void Viewer::discardEdits() {
+void Viewer::takeEdits(const ViewerSheet& edits) {
     cancelDrag();
     const ViewerSheet before = sheet_;
     endText(false);
     tool_->leave(sheet_);
-    sheet_.discardEdits();
+    sheet_.takeEdits(edits);
     changed(before);
 }
 

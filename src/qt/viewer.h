@@ -57,7 +57,9 @@ class Viewer final : public QWidget {
 
     const ViewerSheet& sheet() const { return sheet_; }
     /// Forgets crop, turn, selection and marks: they belonged to another picture.
-    void discardEdits();
+    void discardEdits() { takeEdits({}); }
+    /// Shows the picture with the edits of an earlier `sheet()`, which may be of another size.
+    void takeEdits(const ViewerSheet& edits);
     void setAnnotationShape(AnnotationShape shape);
     void setAnnotationColor(const QColor& color);
     void clearAnnotations();

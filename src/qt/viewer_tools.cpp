@@ -14,20 +14,9 @@
 namespace skarnel {
 namespace {
 
-CGRect scaledRect(CGRect rect, double x, double y) {
-    const double left = std::round(rect.minX() * x);
-    const double top = std::round(rect.minY() * y);
-    return {left, top, std::max(1.0, std::round(rect.maxX() * x) - left),
-            std::max(1.0, std::round(rect.maxY() * y) - top)};
-}
-
 double angleAt(const ViewTransform& view, CGPoint point) {
     const CGRect box = view.content();
     return std::atan2(point.y - box.midY(), point.x - box.midX()) * 180 / std::numbers::pi;
-}
-
-bool isWhole(const ViewTransform& view) {
-    return view.part() == CGRect{0, 0, view.imageSize().width, view.imageSize().height};
 }
 
 constexpr double kFrameShare = 0.5;  // of what is in sight, for a frame that a key began
@@ -133,7 +122,7 @@ class CropTool final : public SelectTool {
             return true;
         }
         if (framing_) return reshapeSelection(sheet, key, modifiers);
-        if (key != Qt::Key_Escape || isWhole(sheet.view)) return false;
+        if (key != Qt::Key_Escape || sheet.showsWhole()) return false;
         sheet.view.setPart({});
         return true;
     }
@@ -313,38 +302,6 @@ class AnnotateTool final : public ViewerTool {
 };
 
 }  // namespace
-
-void ViewerSheet::setImageSize(CGSize size) {
-    const CGSize before = view.imageSize();
-    if (before == size) return;
-    const bool carries = before.width > 0 && before.height > 0 && size.width > 0 && size.height > 0;
-    const bool whole = isWhole(view);
-    const CGRect part = view.part();
-    view.setImageSize(size);
-    if (!carries) return;
-    const double x = size.width / before.width;
-    const double y = size.height / before.height;
-    for (Annotation& annotation : annotations) annotation = scaledAnnotation(annotation, x, y);
-    if (!whole) view.setPart(scaledRect(part, x, y));
-    for (std::optional<CGRect>* selected : {&selection, &setAside}) {
-        if (!*selected) continue;
-        const CGRect scaled = scaledRect(**selected, x, y);
-        *selected = pixelsBetween({scaled.minX(), scaled.minY()}, {scaled.maxX(), scaled.maxY()},
-                                  view.part());
-    }
-}
-
-void ViewerSheet::discardEdits() {
-    selection.reset();
-    setAside.reset();
-    annotations.clear();
-    view.setPart({});
-    view.setRotation(0);
-}
-
-bool ViewerSheet::hasEdits() const {
-    return selection || !annotations.empty() || view.rotation() != 0 || !isWhole(view);
-}
 
 double snappedAngle(double degrees, bool steps) {
     double angle = std::remainder(degrees, 360.0);

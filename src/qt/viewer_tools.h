@@ -31,7 +31,12 @@ struct ViewerSheet {
     void setImageSize(CGSize size);
     /// Shows the whole upright picture again, without selection and marks.
     void discardEdits();
+    /// Selection, crop, turn and marks of another sheet instead of its own, carried over to this
+    /// picture's size. A frame for cropping that was under way there is given up.
+    void takeEdits(ViewerSheet from);
     bool hasEdits() const;
+    /// No crop.
+    bool showsWhole() const;
 
     friend bool operator==(const ViewerSheet&, const ViewerSheet&) = default;
 };

@@ -207,5 +207,38 @@ TEST(ViewerSheet, DiscardingForgetsEveryEdit) {
     EXPECT_EQ(on, sheet());
 }
 
+TEST(ViewerSheet, EditsOfAnEarlierSheetComeBackInTheSizeOfThePicture) {
+    ViewerSheet then = sheet();
+    then.view.setPart({20, 10, 100, 50});
+    then.view.setRotation(30);
+    then.selection = CGRect{40, 20, 20, 10};
+    then.annotations.push_back({AnnotationShape::Arrow, {50, 50}, {100, 25}, {}, Qt::red});
+    ViewerSheet now = sheet();
+    now.view.setImageSize({400, 300});  // twice as wide, three times as high
+    now.annotations.push_back({AnnotationShape::Ellipse, {1, 1}, {9, 9}, {}, Qt::blue});
+    now.nextColor = Qt::green;
+    now.takeEdits(then);
+    EXPECT_EQ(now.view.part(), (CGRect{40, 30, 200, 150}));
+    EXPECT_EQ(now.view.rotation(), 30);
+    EXPECT_EQ(now.view.factor(), 1);
+    EXPECT_EQ(now.selection, (CGRect{80, 60, 40, 30}));
+    ASSERT_EQ(now.annotations.size(), 1U);
+    EXPECT_EQ(now.annotations[0].from, (CGPoint{100, 150}));
+    EXPECT_EQ(now.annotations[0].to, (CGPoint{200, 75}));
+    EXPECT_EQ(now.annotations[0].color, QColor(Qt::red));
+    EXPECT_EQ(now.nextColor, QColor(Qt::green));
+}
+
+TEST(ViewerSheet, AnEarlierSheetsFrameForCroppingIsGivenUpForTheSelection) {
+    ViewerSheet then = sheet();
+    then.selection = CGRect{0, 0, 200, 100};
+    then.setAside = CGRect{40, 20, 20, 10};
+    ViewerSheet now = sheet();
+    now.takeEdits(then);
+    EXPECT_EQ(now.selection, (CGRect{40, 20, 20, 10}));
+    EXPECT_EQ(now.setAside, std::nullopt);
+    EXPECT_TRUE(now.showsWhole());
+}
+
 }  // namespace
 }  // namespace skarnel

@@ -11,6 +11,7 @@
 #include <QTest>
 #include <QTimer>
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <fstream>
 #include <vector>
@@ -141,6 +142,50 @@ TEST_F(WindowTest, UndoOfARecipeGivesTheFormerPictureAndItsTextBack) {
     app->model().flush();
     EXPECT_TRUE(app->controller().image->isSame(newer));
     EXPECT_EQ(editor().text().characters(), u"newer");
+}
+
+TEST_F(WindowTest, UndoOfARecipeGivesBackWhatWasDoneToTheViewOfTheFormerPicture) {
+    type(QStringLiteral("mine"));
+    pressed();
+    viewer().setToolMode(IKToolModeAnnotate);
+    const QPoint middle = viewer().rect().center();
+    QTest::mousePress(&viewer(), Qt::LeftButton, {}, middle);
+    QTest::mouseMove(&viewer(), middle + QPoint(20, 10));
+    QTest::mouseRelease(&viewer(), Qt::LeftButton, {}, middle + QPoint(20, 10));
+    viewer().setToolMode(IKToolModeCrop);
+    QTest::keyClick(&viewer(), Qt::Key_Return);
+    QTest::keyClick(&viewer(), Qt::Key_Return);
+    viewer().setToolMode(IKToolModeRotate);
+    QTest::keyClick(&viewer(), Qt::Key_Right, Qt::ShiftModifier);
+    const ViewerSheet mine = viewer().sheet();
+    ASSERT_EQ(mine.annotations.size(), 1U);
+    ASSERT_FALSE(mine.showsWhole());
+    ASSERT_EQ(std::abs(mine.view.rotation()), 15);
+
+    Recipe recipe = Recipe::defaults();
+    recipe.settings[0] = 30;  // another size of the result
+    recipe.text = StyledText(u"theirs");
+    const QString path = folder.filePath(QStringLiteral("a.skarnel"));
+    std::ofstream(path.toStdString()) << *serializeRecipe(recipe);
+    ASSERT_TRUE(app->openPicture(path));
+    ASSERT_FALSE(viewer().sheet().hasEdits());
+    viewer().selectAll();
+    const ViewerSheet theirs = viewer().sheet();
+
+    const auto expectEditsOf = [&](const ViewerSheet& expected) {
+        app->model().flush();
+        const ViewerSheet& now = viewer().sheet();
+        EXPECT_EQ(now.annotations, expected.annotations);
+        EXPECT_EQ(now.selection, expected.selection);
+        EXPECT_EQ(now.view.part(), expected.view.part());
+        EXPECT_EQ(now.view.rotation(), expected.view.rotation());
+    };
+    app->actions().undo->trigger();
+    expectEditsOf(mine);
+    app->actions().redo->trigger();
+    expectEditsOf(theirs);
+    app->actions().undo->trigger();
+    expectEditsOf(mine);
 }
 
 TEST_F(WindowTest, TheHistoryKeepsThePicturesOfTheLastThreeRecipesAlone) {
