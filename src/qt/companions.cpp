@@ -9,13 +9,13 @@
 #include <algorithm>
 #include <cmath>
 
-#include "imaging/cgcontext.h"
 #include "qt/application.h"
 #include "qt/cause_text.h"
 #include "qt/compare_overlay.h"
 #include "qt/drag_folder.h"
 #include "qt/guide_pages.h"
 #include "qt/preset_strip.h"
+#include "qt/preset_thumbnail.h"
 #include "qt/preview_memory.h"
 #include "qt/recipe_commands.h"
 #include "qt/result_drag.h"
@@ -162,12 +162,7 @@ std::optional<CGImage> Companions::smallPicture() const {
     const auto reduced = [&](int side) {
         return std::max(1, static_cast<int>(std::lround(1.0 * side * kThumbnailSource / longer)));
     };
-    const int width = reduced(whole->width());
-    const int height = reduced(whole->height());
-    const auto context = CGContext::create(width, height);
-    if (!context) return std::nullopt;
-    context->drawImage(*whole, {0, 0, 1.0 * width, 1.0 * height});
-    return std::move(*context).takeImage();
+    return resizedPicture(*whole, reduced(whole->width()), reduced(whole->height()));
 }
 
 QString Companions::makeResultFile() {

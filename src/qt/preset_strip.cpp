@@ -13,11 +13,11 @@
 #include <algorithm>
 #include <memory>
 
-#include "qt/picture_painter.h"
 #include "qt/preset_strip_parts.h"
+#include "qt/preset_thumbnail.h"
 #include "qt/settings_model.h"
 #include "qt/user_presets.h"
-#include "render/reflection.h"
+#include "render/settings.h"
 
 namespace skarnel {
 namespace {
@@ -49,15 +49,6 @@ QString translated(const Preset& preset) {
 }
 
 }  // namespace
-
-QImage presetThumbnail(const CGImage& source, const SettingNumbers& settings) {
-    RenderInputs inputs;
-    inputs.peakOpacity = settings[5];
-    inputs.imagePerspective = settings[6];
-    const auto result = addReflectionToCGImage(source, settings[0], settings[1], settings[2],
-                                               settings[3], settings[4], inputs);
-    return result ? paintableImage(result->image) : QImage();
-}
 
 PresetStrip::PresetStrip(SettingsModel& model, UserPresets& user, Source source, QWidget* parent)
     : QWidget(parent),

@@ -21,11 +21,8 @@ namespace skarnel {
 class SettingsModel;
 class UserPresets;
 
-/// The picture of one look: `source` is small already. Null where the look gives no result.
-QImage presetThumbnail(const CGImage& source, const SettingNumbers& settings);
-
 /// Choosing a look is one entry of undo. The thumbnails are rendered one by one while nothing else
-/// is to be done, so that the preview never waits for them.
+/// is to be done, and each is small: what is done meanwhile is shown before the next.
 class PresetStrip final : public QWidget {
     Q_OBJECT
   public:

@@ -2,7 +2,6 @@
 #include "qt/companions.h"
 
 #include <QDrag>
-#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
@@ -62,41 +61,6 @@ TEST_F(CompanionsTest, AResetMarksTheLookOfTheDefaults) {
     app->actions().reset->trigger();
     ASSERT_EQ(strip().list().selectedItems().size(), 1);
     EXPECT_EQ(strip().list().selectedItems().front()->text(), QStringLiteral("Mirror"));
-}
-
-TEST_F(CompanionsTest, ThumbnailsAreMadeAfterTheFirstPictureOneByOne) {
-    start();
-    EXPECT_TRUE(strip().isWorking());
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !strip().isWorking(); }, kPatience));
-    const QImage first = strip().list().item(0)->icon().pixmap(84, 60).toImage();
-    const QImage twin = strip().list().item(11)->icon().pixmap(84, 60).toImage();
-    EXPECT_NE(first, twin);
-    const QImage before = first;
-    ASSERT_TRUE(app->openPicture(picture(QStringLiteral("red.png"), 300, 200, Qt::red)));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return strip().isWorking(); }, kPatience));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !strip().isWorking(); }, kPatience));
-    const QImage after = strip().list().item(0)->icon().pixmap(84, 60).toImage();
-    EXPECT_NE(after, before);
-    EXPECT_EQ(after.pixelColor(42, 20), QColor(Qt::red));
-}
-
-TEST_F(CompanionsTest, ThumbnailsWaitWhileSettingsChange) {
-    constexpr int kDrag = 1000;  // milliseconds: all twelve take less when nothing changes
-    constexpr int kLongest = 250;
-    start();
-    QElapsedTimer drag;
-    QElapsedTimer sinceChange;
-    drag.start();
-    sinceChange.start();
-    float value = 1;
-    while (drag.elapsed() < kDrag) {
-        app->model().editNumber("gradient", value += 0.5F);
-        sinceChange.restart();
-        QTest::qWait(1);
-        if (sinceChange.elapsed() > kLongest) GTEST_SKIP() << "too busy a machine for a drag";
-        ASSERT_TRUE(strip().isWorking()) << "after " << drag.elapsed() << " ms";
-    }
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !strip().isWorking(); }, kPatience));
 }
 
 TEST_F(CompanionsTest, TheUsersLookIsSavedRenamedAndRemoved) {
@@ -301,14 +265,6 @@ TEST_F(CompanionsTest, TheStripIsHiddenAndRememberedSo) {
     app->companions().showPresetsAction().trigger();
     EXPECT_FALSE(strip().isVisible());
     EXPECT_FALSE(app->state().value(QStringLiteral("presetsShown")).toBool(true));
-}
-
-TEST(PresetThumbnail, ALookWithoutAResultHasNoPicture) {
-    const std::vector<std::uint8_t> bytes(16, 255);
-    const CGImage source = *CGImage::copyOf({bytes.data(), 2, 2, 8, 4});
-    // A vertical scale of 0 leaves no reflection.
-    EXPECT_TRUE(presetThumbnail(source, {0, 0, 0, 0, 7, 200, 50}).isNull());
-    EXPECT_FALSE(presetThumbnail(source, {0, 100, 0, 0, 7, 200, 50}).isNull());
 }
 
 // Drag ---------------------------------------------------------------------------------------

@@ -1,0 +1,54 @@
+#include "qt/preset_thumbnail.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "imaging/cgcontext.h"
+#include "qt/picture_painter.h"
+#include "render/canvas.h"
+#include "render/reflection.h"
+#include "render/shape.h"
+
+namespace skarnel {
+namespace {
+
+/// Of the canvas, or of the reflection where that is larger, for one thumbnail. The ends of the
+/// sliders give a source of 168 x 168 a canvas of 504 x 840, which is below.
+constexpr double kMostPixels = 500'000;
+
+/// Pixels that are drawn for a source of that size; 0 where there is no result.
+double drawnPixels(const CGImage& source, const SettingNumbers& settings) {
+    const auto reflection =
+        ShapeSize::of(source.width(), source.height(), settings[0], settings[1]);
+    if (!reflection) return 0;
+    const auto canvas = CanvasLayout::of(source.width(), source.height(), *reflection, settings[2]);
+    return std::max(1.0 * reflection->outWidth * reflection->height,
+                    canvas ? 1.0 * canvas->width * canvas->height : 0.0);
+}
+
+}  // namespace
+
+std::optional<CGImage> resizedPicture(const CGImage& source, int width, int height) {
+    const auto context = CGContext::create(width, height);
+    if (!context) return std::nullopt;
+    context->drawImage(source, {0, 0, 1.0 * width, 1.0 * height});
+    return std::move(*context).takeImage();
+}
+
+QImage presetThumbnail(const CGImage& source, const SettingNumbers& settings) {
+    std::optional<CGImage> picture = source;
+    if (const double pixels = drawnPixels(source, settings); pixels > kMostPixels) {
+        const double scale = std::sqrt(kMostPixels / pixels);
+        const auto shrunk = [&](int side) { return std::max(1, static_cast<int>(side * scale)); };
+        picture = resizedPicture(source, shrunk(source.width()), shrunk(source.height()));
+    }
+    if (!picture) return {};
+    RenderInputs inputs;
+    inputs.peakOpacity = settings[5];
+    inputs.imagePerspective = settings[6];
+    const auto result = addReflectionToCGImage(*picture, settings[0], settings[1], settings[2],
+                                               settings[3], settings[4], inputs);
+    return result ? paintableImage(result->image) : QImage();
+}
+
+}  // namespace skarnel
