@@ -4,8 +4,10 @@
 #include <QActionGroup>
 #include <QComboBox>
 #include <QFontComboBox>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLineEdit>
+#include <QProxyStyle>
 #include <QPushButton>
 #include <QRegularExpressionValidator>
 #include <QSignalBlocker>
@@ -26,6 +28,17 @@ namespace {
 constexpr int kSizes[] = {9, 12, 14, 18, 24, 36, 48, 64, 72, 96, 144, 288};
 constexpr float kLargestSize = 999;
 constexpr Qt::Alignment kAlignments[] = {Qt::AlignLeft, Qt::AlignHCenter, Qt::AlignRight};
+
+/// The toolkit aligns a text beside an icon for the direction of writing, and then turns that once
+/// more where the whole program is written from right to left: the text ends at the border.
+class TurnedOnceStyle final : public QProxyStyle {
+  public:
+    void drawItemText(QPainter* painter, const QRect& rect, int flags, const QPalette& palette,
+                      bool enabled, const QString& text, QPalette::ColorRole role) const override {
+        QProxyStyle::drawItemText(painter, rect, flags | Qt::AlignAbsolute, palette, enabled, text,
+                                  role);
+    }
+};
 
 /// Of the largest one on the list that is not above `size`; -1 if all of them are.
 int indexOfSize(double size) {
@@ -49,6 +62,11 @@ TextBar::TextBar(TextEditor& editor, QWidget* parent) : QWidget(parent), editor_
     image_ = new QPushButton(themedIcon("image-text"), tr("&Image Text"));
     image_->setToolTip(tr("Make the text the picture"));
     row->addWidget(image_);
+    if (QGuiApplication::isRightToLeft()) {
+        auto* style = new TurnedOnceStyle;
+        style->setParent(image_);
+        image_->setStyle(style);
+    }
     connect(&editor_, &QTextEdit::currentCharFormatChanged, this, &TextBar::showStyle);
     connect(&editor_, &QTextEdit::cursorPositionChanged, this, &TextBar::showStyle);
     showStyle();

@@ -8,7 +8,12 @@
 #include "application_fixture.h"
 #include "layout_checks.h"
 #include "qt/languages.h"
+#include "qt/number_field.h"
+#include "qt/number_text.h"
 #include "qt/save_options_view.h"
+#include "qt/setting_ranges.h"
+#include "qt/settings_panel.h"
+#include "qt/text_bar.h"
 #include "qt/text_editor.h"
 
 namespace skarnel {
@@ -30,6 +35,7 @@ class LongWords final : public QTranslator {
 };
 
 constexpr const char* kLong = "long";
+constexpr int kLabelMargin = 4;  // logical pixels
 
 class LayoutTest : public ApplicationTest {
   protected:
@@ -69,6 +75,15 @@ TEST_F(LayoutTest, TheWindowHasRoomForLongerWordsAndTheMarksBar) {
         ASSERT_NE(ellipse, nullptr) << where;
         EXPECT_TRUE(ellipse->isVisible()) << where << ": the marks' bar is not there";
         expectEverythingSeen(window(), where);
+        EXPECT_GE(labelMargin(window().textBar().imageButton()), kLabelMargin) << where;
+        for (const SettingRange& range : kSettingRanges) {
+            const QLineEdit& field = panel().field(range.key);
+            for (const float end : {range.fieldMin, range.fieldMax, -0.125F}) {
+                const QString number = numberText(end);
+                EXPECT_LE(field.fontMetrics().horizontalAdvance(number), roomOf(field))
+                    << where << ": " << range.key << " " << end;
+            }
+        }
     });
 }
 
@@ -89,6 +104,7 @@ TEST_F(LayoutTest, TheSaveSheetHasRoom) {
             expectEverythingSeen(*options, where + " " + std::string(type));
             EXPECT_FALSE(isCutOff(*options)) << where;
         }
+        expectEverythingSeen(*sheet, where);
         sheet->reject();
         settle();
     });
