@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QStringList>
 #include <cerrno>
+#include <cstddef>
 #include <memory>
 
 #include "util/log/system_error.h"
@@ -18,6 +19,17 @@ namespace {
 bool isIllegible(const QString& name) {
     return name.contains(QChar::ReplacementCharacter);
 }
+
+class OwnDescriptor {
+  public:
+    explicit OwnDescriptor(int descriptor) : descriptor_(descriptor) {}
+    ~OwnDescriptor() { ::close(descriptor_); }
+    OwnDescriptor(const OwnDescriptor&) = delete;
+    OwnDescriptor& operator=(const OwnDescriptor&) = delete;
+
+  private:
+    int descriptor_;
+};
 
 /// The bytes of the folder's entries whose names read so.
 QList<QByteArray> entriesThatRead(const QByteArray& folder, const QString& name) {
@@ -69,17 +81,20 @@ Result<QByteArray> headOfFile(const std::string& path, qint64 most) {
     // Not blocking: it may have become a pipe without a writer by now.
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (descriptor < 0) return {ErrorCode::CannotRead, describeError(errno)};
-    QFile file;
-    const bool known = ::fstat(descriptor, &status) == 0;
-    if (!known || !S_ISREG(status.st_mode) ||
-        !file.open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
-        ::close(descriptor);
-        return notOrdinary;
+    const OwnDescriptor own(descriptor);
+    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) return notOrdinary;
+    QByteArray head(most, Qt::Uninitialized);
+    qint64 got = 0;
+    while (got < most) {
+        const ssize_t read =
+            ::read(descriptor, head.data() + got, static_cast<std::size_t>(most - got));
+        if (read < 0 && errno == EINTR) continue;
+        // An empty file has a head, an empty one; a disk that fails has none.
+        if (read < 0) return {ErrorCode::CannotRead, describeError(errno)};
+        if (read == 0) break;
+        got += read;
     }
-    QByteArray head = file.read(most);
-    // An empty file has a head, an empty one; a disk that fails has none.
-    if (file.error() != QFileDevice::NoError)
-        return {ErrorCode::CannotRead, file.errorString().toStdString()};
+    head.truncate(got);
     return head;
 }
 

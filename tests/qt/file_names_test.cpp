@@ -80,6 +80,16 @@ TEST_F(FileNamesTest, TheHeadIsThatOfARegularFileAlone) {
     EXPECT_EQ(causeOf(path("pipe")), "It is not an ordinary file");
 }
 
+// A process may not read its own memory at address 0: as a disk that fails does.
+TEST_F(FileNamesTest, AReadThatFailsHasACauseOfTheCatalogues) {
+    const auto none = headOfFile("/proc/self/mem", 4);
+    ASSERT_FALSE(none);
+    EXPECT_EQ(none.error().message, "Input/output error");
+    const auto whole = headOfFile("/proc/self/cmdline", 1 << 20);  // whose size reads 0
+    ASSERT_TRUE(whole) << whole.error().message;
+    EXPECT_TRUE(whole->contains("test_qt"));
+}
+
 TEST_F(FileNamesTest, APictureThatCannotBeReadIsToldWithItsCause) {
     start();
     auto* toast = window().findChild<QLabel*>(QStringLiteral("toast"));
