@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -29,6 +30,8 @@ constexpr bool kSanitized = true;
 #else
 constexpr bool kSanitized = false;
 #endif
+
+constexpr int kPatience = 20'000;  // milliseconds until a condition counts as failed
 
 /// Becomes the probe, run as the decoder would be, with one descriptor too many.
 [[noreturn]] void becomeProbe(const std::vector<std::string>& arguments, int answer) {
@@ -218,22 +221,28 @@ TEST(Cell, DoesNotOutliveItsParent) {
     if (parent == 0) {
         const pid_t child = ::fork();
         if (child == 0) becomeProbe({"wait for ever"}, answer[1]);
+        ::close(told[0]);
         ::close(answer[1]);
         (void)!::write(told[1], &child, sizeof child);
         for (;;) ::pause();
     }
     ::close(answer[1]);
+    ::close(told[1]);
     pid_t probe = -1;
     EXPECT_EQ(::read(told[0], &probe, sizeof probe), static_cast<ssize_t>(sizeof probe));
     char ready = 0;
     EXPECT_EQ(::read(answer[0], &ready, 1), 1) << "the probe is in its cell";
     ::kill(parent, SIGKILL);
     ::waitpid(parent, nullptr, 0);
+    // The end of its answer tells that it is gone; one that stays would be waited for forever.
+    pollfd gone{answer[0], POLLIN, 0};
+    EXPECT_EQ(::poll(&gone, 1, kPatience), 1) << "it goes on";
+    if (gone.revents == 0) ::kill(probe, SIGTERM);
     int status = 0;
     EXPECT_EQ(::waitpid(probe, &status, 0), probe);
     EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
     ::prctl(PR_SET_CHILD_SUBREAPER, 0, 0, 0, 0);
-    for (const int end : {answer[0], told[0], told[1]}) ::close(end);
+    for (const int end : {answer[0], told[0]}) ::close(end);
 }
 
 }  // namespace

@@ -101,6 +101,10 @@ TEST_F(PasteTest, WhatIsNoPictureIsAnsweredAndLeavesNothing) {
         toast()->hide();
         EXPECT_TRUE(pastedFolders().isEmpty());
     };
+    nothing(new QMimeData);
+    QApplication::clipboard()->clear();
+    app->actions().paste->trigger();
+    EXPECT_EQ(app->controller().saveFilename, "TavelinLogo");
     auto* words = new QMimeData;
     words->setText(QStringLiteral("/tmp/picture.png"));
     nothing(words);

@@ -1,8 +1,10 @@
-// The real program where its surroundings fail it: the display goes away, there are no fonts.
+// The real program where its surroundings fail it: the display goes away, the clipboard's owner
+// dies, there are no fonts.
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QDirIterator>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QJsonDocument>
@@ -88,11 +90,11 @@ class SurroundingsTest : public ::testing::Test {
         program.waitForFinished();
     }
 
-    void startOn(const Display& display) {
+    void startOn(const Display& display, const QStringList& arguments = {}) {
         surroundings.insert(QStringLiteral("DISPLAY"), display.name());
         program.setProcessEnvironment(surroundings);
         program.setProcessChannelMode(QProcess::ForwardedChannels);
-        program.start(QStringLiteral(SKARNEL_PROGRAM));
+        program.start(QStringLiteral(SKARNEL_PROGRAM), arguments);
         ASSERT_TRUE(program.waitForStarted());
         ASSERT_TRUE(wait([&] { return !(window = shownWindow()).isEmpty(); })) << "no window";
     }
@@ -104,13 +106,15 @@ class SurroundingsTest : public ::testing::Test {
         EXPECT_TRUE(tool.waitForFinished(kPatience));
         return QString::fromUtf8(tool.readAllStandardOutput()).trimmed();
     }
-    QString shownWindow() const {
+    QString shown(const QString& title) const {
         return xdotool({QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                        QStringLiteral("--name"), QStringLiteral(" — Skarnel$")})
+                        QStringLiteral("--name"), title})
             .section(QLatin1Char('\n'), -1);
     }
-    void press(const QString& key) const {
-        xdotool({QStringLiteral("windowfocus"), QStringLiteral("--sync"), window});
+    QString shownWindow() const { return shown(QStringLiteral(" — Skarnel$")); }
+    void press(const QString& key) const { press(key, window); }
+    void press(const QString& key, const QString& where) const {
+        xdotool({QStringLiteral("windowfocus"), QStringLiteral("--sync"), where});
         xdotool({QStringLiteral("key"), key});
     }
     bool ends() {
@@ -199,6 +203,90 @@ TEST_F(SurroundingsTest, ALostDisplayEndsTheProgramAndKeepsWhatWasJustSet) {
     EXPECT_EQ(program.exitCode(), 1);
     EXPECT_EQ(stored("alpha"), 150);
     EXPECT_EQ(stored("offset"), 10);
+}
+
+/// The display goes while the file is written: whatever is there then is the whole result.
+TEST_F(SurroundingsTest, ADisplayLostDuringASaveLeavesAWholeFileOrNone) {
+    const QString picture = folder.filePath(QStringLiteral("Beach.jpg"));
+    ASSERT_TRUE(QFile::copy(QStringLiteral(SKARNEL_SAMPLE_PHOTO), picture));
+    const auto results = [&] {
+        QStringList paths;
+        QDirIterator each(folder.path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        while (each.hasNext()) {
+            const QString path = each.next();
+            if (path.contains(QLatin1String("Beach Reflection")) ||
+                path.endsWith(QLatin1String(".part")))
+                paths << path;
+        }
+        return paths;
+    };
+    const auto save = [&] {
+        press(QStringLiteral("ctrl+s"));
+        QString sheet;
+        ASSERT_TRUE(
+            wait([&] { return !(sheet = shown(QStringLiteral("^Save Result$"))).isEmpty(); }));
+        press(QStringLiteral("Return"), sheet);
+    };
+    const auto bytesOf = [](const QString& path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    Display display;
+    ASSERT_NO_FATAL_FAILURE(startOn(display, {picture}));
+    ASSERT_NO_FATAL_FAILURE(save());
+    ASSERT_TRUE(wait([&] {
+        return results().size() == 1 && !results().front().endsWith(QLatin1String(".part"));
+    }));
+    const QString path = results().front();
+    const QByteArray whole = bytesOf(path);
+    ASSERT_FALSE(whole.isEmpty());
+    ASSERT_TRUE(QFile::remove(path));
+
+    ASSERT_NO_FATAL_FAILURE(save());
+    QElapsedTimer timer;
+    for (timer.start(); results().isEmpty() && timer.elapsed() < kPatience;) {
+    }
+    display.end();
+    ASSERT_TRUE(ends());
+    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(program.exitCode(), 1);
+    EXPECT_EQ(results(), QStringList{path});
+    EXPECT_EQ(bytesOf(path), whole);
+}
+
+/// The toolkit waits five seconds for an answer that does not come.
+TEST_F(SurroundingsTest, AnOwnerOfTheClipboardThatDiesInAPasteEndsNothing) {
+    const Display display;
+    ASSERT_NO_FATAL_FAILURE(startOn(display));
+    QProcess owner;
+    const auto own = [&](const QString& end) {
+        owner.setProcessEnvironment(surroundings);
+        owner.start(QStringLiteral(SKARNEL_DYING_OWNER), {end});
+        ASSERT_TRUE(wait([&] {
+            return owner.canReadLine() || (owner.waitForReadyRead(100) && owner.canReadLine());
+        }));
+        press(QStringLiteral("ctrl+v"));
+    };
+    const auto owns = [&] {
+        return !owner.waitForFinished(10) && owner.state() == QProcess::Running;
+    };
+    const bool isLong = qEnvironmentVariableIsSet("SKARNEL_LONG");
+    for (const QString& end : isLong
+                                  ? QStringList{QStringLiteral("data"), QStringLiteral("formats")}
+                                  : QStringList{QStringLiteral("data")}) {
+        ASSERT_NO_FATAL_FAILURE(own(end));
+        ASSERT_TRUE(wait([&] { return !owns(); })) << "it was not asked";
+        EXPECT_EQ(shown(QStringLiteral("TavelinLogo — Skarnel$")), window);
+    }
+    ASSERT_NO_FATAL_FAILURE(own(QStringLiteral("nothing")));
+    EXPECT_TRUE(wait(
+        [&] { return shown(QStringLiteral("Pasted Picture Reflection — Skarnel$")) == window; }));
+    owner.kill();
+    owner.waitForFinished();
+    press(QStringLiteral("ctrl+q"));
+    ASSERT_TRUE(ends());
+    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(program.exitCode(), 0);
 }
 
 TEST_F(SurroundingsTest, TheNextStartRemovesWhatAKilledOneLeft) {

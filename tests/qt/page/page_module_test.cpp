@@ -245,6 +245,38 @@ TEST_P(Deaths, ThatAreNoneButAStopLetTheWaitGoOn) {
     EXPECT_EQ(page.outcome, PaintOutcome::Painted);
 }
 
+/// A page that is laid out for a while, of which the top is shown.
+std::string slowPage() {
+    std::string html =
+        "<!DOCTYPE html><body style='margin:0;width:300px;background:#345'>"
+        "<div style='height:80px;overflow:hidden'>";
+    for (int i = 0; i < 6000; ++i) html += "<p>line of a long page</p>";
+    return html;
+}
+
+// Of eight ticks its process may run during one.
+TEST_P(Deaths, ThatAreNoneButStarvationLetTheLoadComeToItsEnd) {
+    warmUp();
+    log().clear();
+    int ticks = 0;
+    int stops = 0;
+    QTimer rhythm;
+    QObject::connect(&rhythm, &QTimer::timeout, [&] {
+        const int phase = ++ticks % 8;
+        if (phase == 0) signalAll(GetParam(), SIGCONT);
+        if (phase == 1 && signalAll(GetParam(), SIGSTOP) > 0) ++stops;
+    });
+    rhythm.start(5);
+    const std::unique_ptr<WebView> view = loadedView(put(slowPage()), {100, 9});
+    rhythm.stop();
+    signalAll(GetParam(), SIGCONT);
+    EXPECT_GE(stops, 2);
+    const Capture page = captured(*view);
+    ASSERT_EQ(page.outcome, PaintOutcome::Painted) << log();
+    EXPECT_EQ(page.color(0, page.height - 1), (std::array<int, 3>{0x33, 0x44, 0x55}));
+    EXPECT_EQ(log(), "");
+}
+
 /// Stops what was loaded and is about to be drawn.
 class Stops : public Deaths {
   protected:
