@@ -34,31 +34,38 @@ struct Plan {
     bool operator==(const Plan&) const = default;
 };
 
-/// All columns of a row whose columns inset .. span - inset show `pixels` pixels.
-Plan planned(int pixels, int inset, int outWidth) {
+/// The columns before the `end`-th of a row whose columns inset .. outWidth - inset show `pixels`
+/// pixels, from the `begin`-th of these on.
+Plan planned(int pixels, int inset, int outWidth, int begin, int end) {
     const double span = outWidth - 2 * inset;
-    const auto count = static_cast<std::size_t>(outWidth - 2 * inset + 1);
+    const auto count = static_cast<std::size_t>(end - begin);
     Plan plan;
     plan.from.resize(count);
     plan.weight.resize(count);
     plan.inDoubles.resize(count);
-    plan.inDoubles.resize(planShapeColumns({1.0 * inset, (pixels - 1) / span, pixels - 1}, inset,
-                                           count, plan.from.data(), plan.weight.data(),
-                                           plan.inDoubles.data()));
+    plan.inDoubles.resize(planShapeColumns({1.0 * inset, (pixels - 1) / span, pixels - 1},
+                                           inset + begin, count, plan.from.data(),
+                                           plan.weight.data(), plan.inDoubles.data()));
     return plan;
 }
 
-void expectPlannedAlike(int pixels, int inset, int outWidth) {
+void expectPlannedAlike(int pixels, int inset, int outWidth, int begin, int end) {
     Plan expected;
     {
         const ScopedTarget scalarOnly(kScalarTarget);
-        expected = planned(pixels, inset, outWidth);
+        expected = planned(pixels, inset, outWidth, begin, end);
     }
     for (const Target target : supportedTargets()) {
         const ScopedTarget only(target);
-        ASSERT_EQ(planned(pixels, inset, outWidth), expected)
-            << targetName(target) << ": " << pixels << " pixels over " << outWidth - 2 * inset;
+        ASSERT_EQ(planned(pixels, inset, outWidth, begin, end), expected)
+            << targetName(target) << ": " << pixels << " pixels over " << outWidth - 2 * inset
+            << ", columns " << begin << " to " << end;
     }
+}
+
+/// All columns of the row.
+void expectPlannedAlike(int pixels, int inset, int outWidth) {
+    expectPlannedAlike(pixels, inset, outWidth, 0, outWidth - 2 * inset + 1);
 }
 
 TEST(ExactWeight, DoesWhatTheFractionDoesOnEverySideOfEveryBoundary) {
@@ -104,6 +111,22 @@ TEST(ExactWeight, AFractionJustAboveABoundaryLeavesTheBoundary) {
 TEST(ExactWeight, RowsArePlannedAlikeForEverySpan) {
     for (int inset = 0; inset < 350; ++inset) expectPlannedAlike(1000, inset, 1700);
     for (int pixels = 1; pixels < 400; ++pixels) expectPlannedAlike(pixels, 3, 400);
+}
+
+// Whole rows are planned from both ends at once: with and without the last column, where the halves
+// meet at every place in a vector, and where the farther half only just needs no doubles; pieces
+// are planned from their beginning.
+TEST(ExactWeight, RowsArePlannedAlikeFromBothEnds) {
+    for (int span = 620; span < 700; ++span) {
+        expectPlannedAlike(500, 0, span, 0, span);
+        expectPlannedAlike(500, 0, span, 0, span + 1);
+        expectPlannedAlike(500, 0, span, 0, span - 1);
+        expectPlannedAlike(500, 0, span, 16, span);
+    }
+    for (int pixels = 256; pixels < 400; ++pixels) expectPlannedAlike(pixels, 5, 511);
+    for (const int span : {3999, 4000, 4200, 4480, 4590, 4800})
+        expectPlannedAlike(4000, 3, span + 6);
+    expectPlannedAlike(32768, 0, 65536);
 }
 
 // Where all columns lie on boundaries, at whole and half positions, and at the widths where whole

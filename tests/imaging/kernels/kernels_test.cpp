@@ -257,29 +257,33 @@ Columns columnsOf(std::size_t pixels, double step, std::uint32_t limit) {
     return columns;
 }
 
+/// With and without a whole part, and by the table alone.
+std::vector<ShapeFactor> factors() {
+    std::vector<ShapeFactor> made{
+        {{}, true, 1, 50000}, {{}, false, 1, 50000}, {{}, true, 0, 50000}};
+    for (ShapeFactor& factor : made)
+        for (unsigned t = 0; t < 256; ++t)
+            factor.table[t] = static_cast<std::uint8_t>(t * factor.whole + (t * 50000 >> 16));
+    return made;
+}
+
 TEST(Kernels, ShapeRowIsTheSameOnEveryTarget) {
-    for (const bool hasMultiplier : {true, false})
+    for (const ShapeFactor& factor : factors())
         for (const double step : {0.0, 0.9, 1.0, 1.4, 3.0})
             expectEqualTargets([&](std::uint8_t* target, std::size_t pixels, std::size_t) {
                 const Columns columns = columnsOf(pixels, step, 65536);
                 const auto source = noise(4 * columns.sourcePixels, 8);
-                ShapeFactor factor{{}, hasMultiplier, 1, 50000};
-                for (unsigned t = 0; t < 256; ++t)
-                    factor.table[t] = static_cast<std::uint8_t>(t + (t * 50000 >> 16));
                 shapeRow(target, source.data(), columns.sourcePixels,
                          {columns.from.data(), columns.weight.data()}, factor, pixels);
             });
 }
 
 TEST(Kernels, PackedColumnsAreShapedTheSameOnEveryTargetAndAsUnpackedOnes) {
-    for (const bool hasMultiplier : {true, false})
+    for (const ShapeFactor& factor : factors())
         for (const double step : {0.0, 0.33, 0.9, 1.4, 3.0, 5.1})
             expectEqualTargets([&](std::uint8_t* target, std::size_t pixels, std::size_t) {
                 const Columns columns = columnsOf(pixels, step, 65536);
                 const auto source = noise(4 * columns.sourcePixels, 8);
-                ShapeFactor factor{{}, hasMultiplier, 1, 50000};
-                for (unsigned t = 0; t < 256; ++t)
-                    factor.table[t] = static_cast<std::uint8_t>(t + (t * 50000 >> 16));
                 std::vector<std::uint32_t> packed;
                 for (std::size_t x = 0; x < pixels; ++x)
                     packed.push_back((columns.weight[x] & 0xFFFF0000U) |
