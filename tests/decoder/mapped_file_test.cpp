@@ -57,6 +57,12 @@ TEST(MappedFile, IsEmptyWhereTheFileIs) {
     EXPECT_EQ(textOf(file), "");
 }
 
+TEST(MappedFile, OfADescriptorThatIsNoneIsAnError) {
+    MappedFile file(-1);
+    EXPECT_EQ(file.mappedBytes(), 0U);
+    EXPECT_FALSE(file.read());
+}
+
 TEST(MappedFile, IsRefusedAboveTheLimit) {
     const FileDescriptor descriptor(::memfd_create("test", MFD_CLOEXEC));
     ASSERT_EQ(::ftruncate(descriptor.number(), static_cast<off_t>(kMaxFileBytes) + 1), 0);

@@ -1,6 +1,7 @@
 // Rows through memory that two processes share.
 #include "imaging/io/row_ring.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
@@ -75,6 +76,9 @@ TEST(RowRing, MapsNothingButItsOwnFiles) {
     const off_t size = ::lseek(ring->number(), 0, SEEK_END);
     ASSERT_EQ(::ftruncate(other.number(), size), 0);
     EXPECT_FALSE(RowRing::map(other.number())) << "it could still be made smaller";
+    ASSERT_EQ(::ftruncate(other.number(), size - 1), 0);
+    ASSERT_EQ(::fcntl(other.number(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_SEAL), 0);
+    EXPECT_FALSE(RowRing::map(other.number())) << "it is shorter";
 }
 
 TEST(RowRing, HasAFileThatNobodyCanResize) {

@@ -98,7 +98,10 @@ class PngDecoder {
     static void onFree(png_structp, png_voidp memory) { std::free(memory); }
     /// A chunk that the library has no memory for it leaves out, with a warning alone: a profile,
     /// or how the picture has to be turned.
-    bool hadMemory() { return !lackedMemory_ || fail(marked("Not enough memory")); }
+    bool hadMemory() {
+        if (lackedMemory_) fail(marked("Not enough memory"));
+        return !lackedMemory_;
+    }
     bool fail(const char* text) {
         std::snprintf(message_.data(), message_.size(), "%s", text);
         return false;

@@ -22,14 +22,15 @@ using namespace skarnel::testing;
 /// What libtiff loses of its directories: see the writer's own words on closing an unfinished file.
 constexpr long kLostByLibtiff = 15;
 
-/// A block with a maker's name and the time of exposure.
+/// A block with a maker's name, the time of exposure and a title in UTF-16.
 Bytes cameraBlock() {
     ByteSink out(true);
-    out.text("MM").u16(42).u32(8).u16(2);
-    out.u16(0x010F).u16(2).u32(12).u32(38);        // the maker: 12 characters behind the directory
-    out.u16(0x8769).u16(4).u32(1).u32(50).u32(0);  // the camera's own directory
+    out.text("MM").u16(42).u32(8).u16(3);
+    out.u16(0x010F).u16(2).u32(12).u32(50);  // the maker: 12 characters behind the directory
+    out.u16(0x8769).u16(4).u32(1).u32(62);   // the camera's own directory
+    out.u16(0x9C9B).u16(1).u32(4).text({"a\0b\0", 4}).u32(0);
     out.text("Some camera").u8(0);
-    out.u16(1).u16(0x829A).u16(5).u32(1).u32(68).u32(0);
+    out.u16(1).u16(0x829A).u16(5).u32(1).u32(80).u32(0);
     return out.u32(1).u32(250).bytes;
 }
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <lcms2.h>
 
+#include "imaging/io/color_profile.h"
 #include "imaging/io/file_builders.h"
 #include "imaging/io/jp2_files.h"
 #include "imaging/io/pictures.h"
@@ -168,6 +169,12 @@ TEST(Color, MoreInkIsNeverLighter) {
             ASSERT_LE(now, before + 0.8) << ink << " " << v;
         }
     }
+}
+
+TEST(Color, WhatIsNoProfileHasNoName) {
+    EXPECT_EQ(io::profileName({}), "");
+    const Bytes junk(200, 7);
+    EXPECT_EQ(io::profileName(junk), "");
 }
 
 TEST(Color, AProfileInAPngCounts) {

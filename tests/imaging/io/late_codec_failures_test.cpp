@@ -250,5 +250,16 @@ TEST_F(LateCodecFailures, InksWithoutALibraryForColoursAreAnError) {
     EXPECT_EQ(picture.error().code, ErrorCode::OutOfMemory);
 }
 
+TEST(MissingColors, LeaveAPictureAsItIsUnlessItIsInInks) {
+    const Bytes profile(200, 7);
+    EXPECT_EQ(io::profileName(profile), "");
+    EXPECT_TRUE(io::makeRgbProfile({}, io::RgbCurve::Srgb).empty());
+    io::SourcePicture picture(*PixelBuffer::zeroed(2, 1));
+    picture.profile = profile;
+    EXPECT_TRUE(io::ColorConversion::prepare(picture));
+    picture.samples = io::Samples::Cmyk;
+    EXPECT_FALSE(io::ColorConversion::prepare(picture));
+}
+
 }  // namespace
 }  // namespace skarnel

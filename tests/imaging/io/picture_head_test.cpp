@@ -11,6 +11,7 @@
 #include "imaging/io/file_builders.h"
 #include "imaging/io/image_io.h"
 #include "imaging/io/pictures.h"
+#include "storage/temporary_folder.h"
 
 namespace skarnel {
 namespace {
@@ -122,6 +123,109 @@ TEST(PictureHead, FindsADirectoryAtTheEndOfALargeTiff) {
     EXPECT_EQ(headOf(tiff.bytes), (HeadSize{70'000, 9}));
 }
 
+TEST(PictureHead, OfAJpegStandsInItsFrameAlone) {
+    ByteSink start(true);
+    start.u16(0xFFD8);
+    // Tables of Huffman codes, of an extension, of arithmetic conditions; a comment.
+    for (const unsigned marker : {0xFFC4U, 0xFFC8U, 0xFFCCU, 0xFFFEU})
+        start.u16(marker).u16(4).u16(0x0909);
+    ByteSink frame = start;
+    frame.u16(0xFFC2).u16(11).u8(8).u16(70).u16(300);
+    EXPECT_EQ(headOf(frame.bytes), (HeadSize{300, 70}));
+    // A marker that is none, a length that cannot be, and rows before their frame.
+    for (const unsigned marker : {0xFF01U, 0xFFDAU}) {
+        ByteSink other = start;
+        other.u16(marker).u16(marker == 0xFF01U ? 1 : 4).u16(0);
+        EXPECT_FALSE(headOf(other.bytes)) << marker;
+    }
+}
+
+/// The sizes behind two markers, a length and the capabilities: 310 - 10 by 75 - 5.
+Bytes codestream2000() {
+    ByteSink out(true);
+    return out.u16(0xFF4F).u16(0xFF51).u16(41).u16(0).u32(310).u32(75).u32(10).u32(5).bytes;
+}
+
+Bytes jp2With(const Bytes& boxes) {
+    ByteSink out(true);
+    out.u32(12).text("jP  ").u32(0x0D0A870A).u32(20).text("ftypjp2 ").u32(0).text("jp2 ");
+    return out.raw(boxes).bytes;
+}
+
+TEST(PictureHead, OfAJpeg2000IsFoundBehindBoxesOfEveryLength) {
+    const Bytes stream = codestream2000();
+    EXPECT_EQ(headOf(stream), (HeadSize{300, 70}));
+    const std::size_t all = stream.size();
+    const auto sink = [] { return ByteSink(true); };
+    const Bytes skipped = sink().u32(1).text("free").u64(20).u32(7).bytes;
+    const Bytes rows[] = {
+        sink().u32(8 + all).text("jp2c").raw(stream).bytes,
+        sink().u32(0).text("jp2c").raw(stream).bytes,
+        sink().raw(skipped).u32(1).text("jp2c").u64(16 + all).raw(stream).bytes,
+    };
+    for (const Bytes& row : rows) EXPECT_EQ(headOf(jp2With(row)), (HeadSize{300, 70}));
+    const Bytes none[] = {
+        {},
+        sink().u32(7).text("free").bytes,               // shorter than its own head
+        sink().u32(1).text("free").u64(15).bytes,       // the same of a long one
+        sink().u32(1).text("jp2c").u32(0).bytes,        // cut in its length
+        sink().u32(0).text("free").raw(stream).bytes,   // to the end of the file
+        sink().u32(0).text("jp2c").u32(0).u16(0).bytes  // cut before its numbers
+    };
+    for (const Bytes& row : none) EXPECT_FALSE(headOf(jp2With(row)));
+}
+
+TEST(PictureHead, OfHeifIsTheLargestOfItsSizes) {
+    const auto box = [](std::string_view type, const Bytes& contents) {
+        return ByteSink(true).u32(8 + contents.size()).text(type).raw(contents).bytes;
+    };
+    const auto ispe = [&](unsigned width, unsigned height) {
+        return box("ispe", ByteSink(true).u32(0).u32(width).u32(height).bytes);
+    };
+    const auto heif = [&](const Bytes& boxes) {
+        ByteSink out(true);
+        return out.raw(box("ftyp", ByteSink(true).text("heic").u32(0).bytes)).raw(boxes).bytes;
+    };
+    const auto described = [&](const Bytes& sizes) {
+        const Bytes inner = box("iprp", box("ipco", sizes));
+        return heif(box("meta", ByteSink(true).u32(0).raw(inner).bytes));
+    };
+    const auto sizes = [&](std::initializer_list<std::pair<unsigned, unsigned>> all) {
+        ByteSink out(true);
+        out.raw(box("colr", {1})).u32(1).text("free").u64(20).u32(0);
+        for (const auto& [width, height] : all) out.raw(ispe(width, height));
+        out.u32(0).text("free");  // to the end
+        return described(out.bytes);
+    };
+    EXPECT_EQ(headOf(sizes({{64, 64}, {300, 70}, {0, 9}, {32, 32}})), (HeadSize{300, 70}));
+    const Bytes cut = ByteSink(true).raw(ispe(300, 70)).u32(999).text("free").bytes;
+    EXPECT_EQ(headOf(described(cut)), (HeadSize{300, 70}));
+    EXPECT_FALSE(headOf(sizes({{0, 9}})));
+    EXPECT_FALSE(headOf(heif(box("free", {}))));
+    EXPECT_FALSE(headOf(heif(box("meta", ByteSink(true).u32(0).bytes))));
+}
+
+TEST(PictureHead, OfJpegXLIsFoundInItsBoxesWholeOrInParts) {
+    // Small, a height of 8 * (4 + 1), the ratio 4 : 3.
+    const Bytes stream = ByteSink(false).u8(0xFF).u8(0x0A).u64(1U | 4U << 1U | 3U << 6U).bytes;
+    const auto file = [](std::string_view type, const Bytes& contents) {
+        ByteSink out(true);
+        out.u32(12).text("JXL ").u32(0x0D0A870A);
+        return out.u32(8 + contents.size()).text(type).raw(contents).bytes;
+    };
+    EXPECT_EQ(headOf(file("jxlc", stream)), (HeadSize{53, 40}));
+    EXPECT_EQ(headOf(file("jxlp", ByteSink(true).u32(0).raw(stream).bytes)), (HeadSize{53, 40}));
+    EXPECT_FALSE(headOf(file("jxlc", ByteSink(true).u32(0).raw(stream).bytes)));
+    EXPECT_FALSE(headOf(file("free", stream)));
+}
+
+TEST(PictureHead, OfALossyWebPThatIsCutIsNone) {
+    ByteSink webp(false);
+    webp.text("RIFF").u32(30).text("WEBPVP8 ").u32(18).zeros(6).u16(300);
+    EXPECT_FALSE(headOf(webp.bytes));
+    EXPECT_EQ(headOf(webp.u16(70).bytes), (HeadSize{300, 70}));
+}
+
 TEST(PictureHead, WhatIsCutOffTellsNothingAndIsReadNoFurther) {
     for (const ImageType& type : imageTypes()) {
         if (!type.canWrite) continue;
@@ -161,7 +265,8 @@ TEST(PictureHead, EndlessBoxesAndSegmentsEnd) {
 }
 
 TEST(PictureHead, SidesThatNoDecoderTakesAreNone) {
-    for (const auto& [width, height] : {std::pair{0U, 5U}, {5U, 0U}, {0x80000000U, 5U}}) {
+    for (const auto& [width, height] :
+         {std::pair{0U, 5U}, {5U, 0U}, {0x80000000U, 5U}, {5U, 0x80000000U}}) {
         ByteSink png(true);
         png.text("\x89PNG\r\n\x1A\n").u32(13).text("IHDR").u32(width).u32(height);
         EXPECT_FALSE(headOf(png.bytes)) << width << " x " << height;
@@ -173,6 +278,14 @@ TEST(PictureHead, OfAFileIsReadFromIt) {
     EXPECT_EQ(sizeInHeadOfFile(path), (HeadSize{5, 3}));
     EXPECT_FALSE(sizeInHeadOfFile(path.string() + ".missing"));
     EXPECT_FALSE(sizeInHeadOfFile(LATE_FILES));
+    // A directory at a place that no file has.
+    const test::TemporaryFolder folder;
+    const std::string far = folder / "far.tif";
+    const Bytes bytes =
+        ByteSink(true).text("MM").u16(43).u16(8).u16(0).u64(~std::uint64_t{0}).bytes;
+    std::ofstream(far, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<long>(bytes.size()));
+    EXPECT_FALSE(sizeInHeadOfFile(far));
 }
 
 }  // namespace
