@@ -15,6 +15,7 @@
 #include <QUrl>
 
 #include "companions_fixture.h"
+#include "qt/number_field.h"
 #include "qt/preset_strip.h"
 #include "qt/result_drag.h"
 #include "qt/user_presets.h"
@@ -85,6 +86,20 @@ TEST_F(CompanionsTest, TheUsersLookIsSavedRenamedAndRemoved) {
     list.setCurrentRow(12);
     QTest::keyClick(&list, Qt::Key_Delete);
     EXPECT_EQ(list.count(), 12);
+}
+
+TEST_F(CompanionsTest, ALookIsSavedWithTheNumberThatIsStillBeingTyped) {
+    start();
+    NumberField& field = window().settings().field("gradient");
+    field.setFocus();
+    field.selectAll();
+    QTest::keyClicks(&field, QStringLiteral("7.5"));
+    app->companions().saveLookAction().trigger();
+    strip().finishTyping();
+    choose(0);
+    ASSERT_NE(settings()[4], 7.5);
+    choose(12);
+    EXPECT_EQ(settings()[4], 7.5);
 }
 
 TEST_F(CompanionsTest, ARemovedLookComesBackByUndo) {
