@@ -71,6 +71,10 @@ class ProcessesTest : public ::testing::Test {
         auto process = std::make_unique<QProcess>();
         process->setProcessEnvironment(surroundings);
         process->setProcessChannelMode(QProcess::ForwardedChannels);
+        // Whoever runs this may ignore some, as nohup and a shell's background do.
+        process->setChildProcessModifier([] {
+            for (const int each : {SIGTERM, SIGHUP, SIGINT}) ::signal(each, SIG_DFL);
+        });
         process->start(QStringLiteral(SKARNEL_PROGRAM), pictures);
         EXPECT_TRUE(process->waitForStarted());
         started.push_back(std::move(process));
