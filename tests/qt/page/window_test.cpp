@@ -30,7 +30,11 @@
 namespace skarnel {
 namespace {
 
-constexpr int kWarmMilliseconds = 1500;  // 150 on a machine that does nothing else
+/// From the button to the viewer; the lower one on a machine that does nothing else.
+int warmMilliseconds() {
+    return qEnvironmentVariableIsSet("SKARNEL_LONG") ? 150 : 1500;
+}
+
 constexpr int kEndMilliseconds = 5000;
 
 class WindowTest : public ::testing::Test {
@@ -86,7 +90,7 @@ TEST_F(WindowTest, FromTheButtonToThePictureInTheViewerIsQuick) {
                 warm[5], warm[0]);
     RecordProperty("first_ms", std::to_string(first));
     RecordProperty("median_ms", std::to_string(warm[5]));
-    EXPECT_LT(warm[0], kWarmMilliseconds);
+    EXPECT_LT(warm[0], warmMilliseconds());
     // The first press loads the page renderer from the disk: told, not judged.
 }
 
