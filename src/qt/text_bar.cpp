@@ -47,6 +47,16 @@ int indexOfSize(double size) {
            1;
 }
 
+/// Of the family on the list; where it is not there, of the last one before it; -1 if there is
+/// none.
+int indexOfFamily(const QComboBox& list, const QString& family) {
+    const int index = list.findText(family, Qt::MatchFixedString);
+    if (index >= 0) return index;
+    int before = list.count() - 1;
+    while (before >= 0 && family.compare(list.itemText(before), Qt::CaseInsensitive) < 0) --before;
+    return before;
+}
+
 }  // namespace
 
 TextBar::TextBar(TextEditor& editor, QWidget* parent) : QWidget(parent), editor_(editor) {
@@ -205,9 +215,11 @@ void TextBar::showStyle() {
     const TextStyle style = textStyle(editor_.currentCharFormat());
     const QSignalBlocker quietFamily(family_);
     const QSignalBlocker quietSize(size_);
-    family_->setEditText(QString::fromStdString(style.family));
+    // The next family or size by key or wheel is the next on the list.
+    const QString family = QString::fromStdString(style.family);
+    family_->setCurrentIndex(indexOfFamily(*family_, family));
+    family_->setEditText(family);
     if (!size_->lineEdit()->hasFocus() || !size_->lineEdit()->isModified()) {
-        // The next size by key or wheel is the next on the list.
         size_->setCurrentIndex(indexOfSize(style.size));
         size_->setEditText(QString::number(style.size));
     }

@@ -137,6 +137,33 @@ TEST_F(TextBarTest, TheWheelChangesTheStyleOnlyInAListThatHasTheFocus) {
     EXPECT_NE(size(), 48);
 }
 
+TEST_F(TextBarTest, TheNextTypefaceByKeyIsTheNextToTheOneShown) {
+    auto& families = *bar.findChild<QFontComboBox*>();
+    if (families.count() < 5) GTEST_SKIP() << "needs some typefaces";
+    QApplication::setActiveWindow(&bar);
+    families.setFocus();
+    const auto family = [&] { return editor.text().styleAt(0).family; };
+    const auto listed = [&](int index) { return families.itemText(index).toStdString(); };
+    // The last one that was chosen plays no part.
+    QTest::keyClick(&families, Qt::Key_Down);
+    for (const int shown : {0, 2, families.count() - 2}) {
+        SCOPED_TRACE(listed(shown));
+        editor.setWholeFont(families.itemText(shown), 48);
+        editor.selectAll();
+        EXPECT_EQ(families.currentText().toStdString(), listed(shown));
+        QTest::keyClick(&families, Qt::Key_Down);
+        EXPECT_EQ(family(), listed(shown + 1));
+        QTest::keyClick(&families, Qt::Key_Up);
+        EXPECT_EQ(family(), listed(shown));
+    }
+    // One that is not on the list has its place there all the same.
+    editor.setWholeFont(families.itemText(1) + QStringLiteral("!"), 48);
+    editor.selectAll();
+    EXPECT_EQ(families.currentText().toStdString(), listed(1) + "!");
+    QTest::keyClick(&families, Qt::Key_Down);
+    EXPECT_EQ(family(), listed(2));
+}
+
 TEST_F(TextBarTest, TheNextSizeByKeyIsTheNextOnTheList) {
     const struct {
         const char* typed;
