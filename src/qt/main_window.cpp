@@ -23,6 +23,7 @@
 namespace skarnel {
 namespace {
 
+constexpr QSize kSmallest{720, 480};      // logical pixels
 constexpr QSize kFrameRoom{16, 48};       // logical pixels that a window's frame may take
 constexpr int kFullScreenPatience = 500;  // milliseconds until any size counts as full screen
 
@@ -66,7 +67,7 @@ MainWindow::MainWindow(SettingsModel& model)
     row->addWidget(verticalLine());
     row->addWidget(settings_);
     setCentralWidget(centre);
-    setMinimumSize(720, 480);
+    setMinimumSize(kSmallest);
     viewer_->setFocus();
 }
 
@@ -97,7 +98,11 @@ void MainWindow::announce(const QString& message) {
 }
 
 void MainWindow::takeFirstSize() {
-    resize(sizeHint().boundedTo(screen()->availableSize() - kFrameRoom));
+    resize(sizeHint().boundedTo(roomOnScreen()));
+}
+
+QSize MainWindow::roomOnScreen() const {
+    return screen()->availableSize() - kFrameRoom;
 }
 
 void MainWindow::setTextShown(bool shown) {
@@ -109,6 +114,15 @@ void MainWindow::setTextShown(bool shown) {
 
 bool MainWindow::textShown() const {
     return !splitter_->widget(1)->isHidden();
+}
+
+bool MainWindow::event(QEvent* event) {
+    const bool taken = QMainWindow::event(event);
+    // What the bars and the panel need differs from language to language; a screen may have less.
+    if (event->type() == QEvent::LayoutRequest)
+        setMinimumSize(
+            layout()->totalMinimumSize().boundedTo(roomOnScreen()).expandedTo(kSmallest));
+    return taken;
 }
 
 void MainWindow::resizeEvent(QResizeEvent* event) {

@@ -63,6 +63,7 @@ class MainWindow final : public QMainWindow {
     void dropRefused();
 
   protected:
+    bool event(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
     void showEvent(QShowEvent* event) override;
@@ -72,6 +73,7 @@ class MainWindow final : public QMainWindow {
     void dropEvent(QDropEvent* event) override;
 
   private:
+    QSize roomOnScreen() const;
     QWidget* textArea();
     void noticeFullScreen();
 

@@ -2,7 +2,9 @@
 // sheet, the colour panel, alerts and short messages; in longer words, and from right to left.
 #include <QColorDialog>
 #include <QFileDialog>
+#include <QLayout>
 #include <QMessageBox>
+#include <QScreen>
 #include <QTranslator>
 
 #include "application_fixture.h"
@@ -84,6 +86,24 @@ TEST_F(LayoutTest, TheWindowHasRoomForLongerWordsAndTheMarksBar) {
                     << where << ": " << range.key << " " << end;
             }
         }
+    });
+}
+
+TEST_F(LayoutTest, TheSmallestWindowHasRoomForTheSettingsAndTheTextsBar) {
+    inEveryLanguage([this](const std::string& where) {
+        start();
+        window().resize(1, 1);
+        settle();
+        // As small as its parts allow, where the screen has room for that beside a window's frame.
+        const QSize needed = window().layout()->totalMinimumSize();
+        const QSize room = window().screen()->availableSize() - QSize(16, 48);
+        EXPECT_EQ(window().size(), needed.boundedTo(room).expandedTo({720, 480})) << where;
+        EXPECT_LE(needed.width(), 900) << where;
+        EXPECT_LE(needed.height(), 600) << where;
+        window().resize(needed);
+        settle();
+        ASSERT_EQ(window().width(), needed.width()) << where;
+        expectEverythingSeen(*window().centralWidget(), where);
     });
 }
 
