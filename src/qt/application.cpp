@@ -225,7 +225,8 @@ void Application::showSource(const NSImage& picture, const std::string& saveName
     sourceChanged(title);
 }
 
-void Application::raise() {
+void Application::raise(const ActivationToken& token) {
+    const OfferedToken offered(token);
     // A window manager would take a hidden window for a new one, and place it anew.
     if (window_.isHidden() && window_.windowHandle() != nullptr)
         window_.windowHandle()->setPosition(window_.windowHandle()->position());

@@ -15,6 +15,7 @@
 #include "app/image_operations.h"
 #include "app/stored_user_defaults.h"
 #include "app/vantera_desktop_controller.h"
+#include "qt/activation_token.h"
 #include "qt/main_actions.h"
 #include "qt/main_window.h"
 #include "qt/motion.h"
@@ -67,8 +68,9 @@ class Application final : public QObject {
     /// Tells the user where the page is that nothing on this computer opens.
     void tellRefusedPage(const QUrl& page);
 
-    /// Brings the window to the front, also after it was hidden.
-    void raise();
+    /// Brings the window to the front, also after it was hidden, by the token of the start that
+    /// asks for it.
+    void raise(const ActivationToken& token = {});
     /// Takes what is typed in the panel's fields and waits there, as leaving them would, and sends
     /// the action for it.
     void takeTyped();

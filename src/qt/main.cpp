@@ -14,6 +14,7 @@
 #include <string>
 #include <utility>
 
+#include "qt/activation_token.h"
 #include "qt/application.h"
 #include "qt/end_signals.h"
 #include "qt/file_names.h"
@@ -157,6 +158,7 @@ int main(int argc, char** argv) {
     }
     qInstallMessageHandler(nullptr);
     onMessage(QtDebugMsg, {}, {});
+    const auto token = skarnel::ActivationToken::ofEnvironment();
     skarnel::ProcessWalls walls;
     QApplication toolkit(argc, argv);
     walls.routePages();
@@ -181,18 +183,20 @@ int main(int argc, char** argv) {
     const QStringList pictures = pictureArguments(arguments);
     skarnel::SingleInstance instance;
     const QString folder = doorFolder();
-    if (!folder.isEmpty() && !instance.claim(skarnel::SingleInstance::doorName(folder), pictures))
+    if (!folder.isEmpty() &&
+        !instance.claim(skarnel::SingleInstance::doorName(folder), pictures, token))
         return kAllWell;
 
     skarnel::ProgramParts program;
     skarnel::Application application(program.parts(language.isSpoken() ? catalogue : QString()));
     QObject::connect(&walls, &skarnel::ProcessWalls::pageRefused, &application,
                      &skarnel::Application::tellRefusedPage);
-    QObject::connect(&instance, &skarnel::SingleInstance::called, &application,
-                     [&application](const QStringList& called) {
-                         application.raise();
-                         application.openPictures(called);
-                     });
+    QObject::connect(
+        &instance, &skarnel::SingleInstance::called, &application,
+        [&application](const QStringList& called, const skarnel::ActivationToken& given) {
+            application.raise(given);
+            application.openPictures(called);
+        });
     const LastDeed keep([&application] { application.persistWithoutWindow(); });
     // The end of the session or of the terminal, or Ctrl+C there.
     const skarnel::EndSignals endSignals;

@@ -22,6 +22,8 @@ constexpr int kTurnPause = 10;        // milliseconds between two looks whether 
 constexpr int kAttempts = 2;          // the second is for an owner that went away under the first
 constexpr qint64 kLongestMessage = 1 << 20;
 constexpr quint32 kGreeting = 0x534B4C31;  // the message's first word
+// What may follow the pictures. A program of before it leaves it unread, or ends without it.
+constexpr quint32 kTokenFollows = 0x534B4C54;
 constexpr QDataStream::Version kStream = QDataStream::Qt_6_0;
 
 /// What is made meanwhile is the user's alone. The toolkit's own option for that moves the door
@@ -62,12 +64,21 @@ bool reach(QLocalSocket& socket, const QString& door) {
     return socket.waitForConnected(kPatience) && isOwn(socket);
 }
 
+/// The token behind a message's pictures; empty when there is none.
+ActivationToken tokenIn(QDataStream& stream) {
+    ActivationToken token;
+    quint32 word = 0;
+    stream.startTransaction();
+    stream >> word >> token.activation >> token.startup;
+    return stream.commitTransaction() && word == kTokenFollows ? token : ActivationToken();
+}
+
 /// Whether the other end has taken the pictures.
-bool send(QLocalSocket& socket, const QStringList& pictures) {
+bool send(QLocalSocket& socket, const QStringList& pictures, const ActivationToken& token) {
     QByteArray message;
     QDataStream stream(&message, QIODevice::WriteOnly);
     stream.setVersion(kStream);
-    stream << kGreeting << pictures;
+    stream << kGreeting << pictures << kTokenFollows << token.activation << token.startup;
     socket.write(message);
     while (socket.bytesToWrite() > 0)
         if (!socket.waitForBytesWritten(kWritePatience)) return false;
@@ -101,12 +112,14 @@ QString SingleInstance::doorName(const QString& folder) {
              QString::fromLatin1(hash.result().toHex().left(12)));
 }
 
-bool SingleInstance::handOver(const QString& door, const QStringList& pictures) {
+bool SingleInstance::handOver(const QString& door, const QStringList& pictures,
+                              const ActivationToken& token) {
     QLocalSocket socket;
-    return reach(socket, door) && send(socket, pictures);
+    return reach(socket, door) && send(socket, pictures, token);
 }
 
-bool SingleInstance::claim(const QString& door, const QStringList& pictures) {
+bool SingleInstance::claim(const QString& door, const QStringList& pictures,
+                           const ActivationToken& token) {
     QLockFile turn(door + QStringLiteral(".lock"));
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         // Between the look at the door and the opening of it another start must not do the same:
@@ -118,7 +131,7 @@ bool SingleInstance::claim(const QString& door, const QStringList& pictures) {
             return true;
         }
         turn.unlock();
-        if (send(socket, pictures)) return false;
+        if (send(socket, pictures, token)) return false;
     }
     return true;
 }
@@ -148,10 +161,11 @@ void SingleInstance::accept() {
         stream >> greeting >> pictures;
         if (!stream.commitTransaction()) return;
         if (greeting != kGreeting) return caller->abort();
+        const ActivationToken token = tokenIn(stream);
         caller->write("1");
         caller->flush();
         caller->disconnectFromServer();
-        emit called(pictures);
+        emit called(pictures, token);
     });
 }
 

@@ -235,6 +235,38 @@ TEST_F(ApplicationTest, RaisingAMinimisedWindowKeepsItMaximisedOrFullScreen) {
     }
 }
 
+/// What the environment holds while a window is shown.
+class TokenWatch final : public QObject {
+  public:
+    std::vector<ActivationToken> seen;
+    bool eventFilter(QObject* /*window*/, QEvent* event) override {
+        if (event->type() == QEvent::Show) seen.push_back(ActivationToken::ofEnvironment());
+        return false;
+    }
+};
+
+TEST_F(ApplicationTest, ATokenIsInTheEnvironmentWhileTheWindowIsRaisedAndNotAfter) {
+    start();
+    TokenWatch watch;
+    window().installEventFilter(&watch);
+    // One of an earlier start is not shown for another.
+    for (const ActivationToken& token :
+         {ActivationToken{"gnome-shell/42", "launcher-7_TIME815"}, ActivationToken{"one", ""},
+          ActivationToken{"", "other"}, ActivationToken{}}) {
+        SCOPED_TRACE(token.activation.toStdString() + "," + token.startup.toStdString());
+        window().hide();
+        watch.seen.clear();
+        app->raise(token);
+        ASSERT_FALSE(watch.seen.empty());
+        EXPECT_TRUE(watch.seen.back() == token);
+        EXPECT_TRUE(ActivationToken::ofEnvironment() == ActivationToken());
+        qputenv("XDG_ACTIVATION_TOKEN", "old");
+        qputenv("DESKTOP_STARTUP_ID", "old");
+    }
+    qunsetenv("XDG_ACTIVATION_TOKEN");
+    qunsetenv("DESKTOP_STARTUP_ID");
+}
+
 TEST_F(ApplicationTest, TheWindowsStateIsApartFromTheSettingsAndUntouchedByReset) {
     start();
     app->actions().playCue->setChecked(false);

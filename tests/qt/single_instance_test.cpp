@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QDataStream>
 #include <QFile>
 #include <QLocalServer>
 #include <QLocalSocket>
@@ -59,20 +60,93 @@ TEST(SingleInstance, ASecondStartHandsItsPicturesToTheFirst) {
     SingleInstance first;
     ASSERT_TRUE(first.listen(door));
     QStringList received;
+    ActivationToken shown;
     int calls = 0;
-    QObject::connect(&first, &SingleInstance::called, [&](const QStringList& pictures) {
-        received = pictures;
-        ++calls;
-    });
+    QObject::connect(&first, &SingleInstance::called,
+                     [&](const QStringList& pictures, const ActivationToken& token) {
+                         received = pictures;
+                         shown = token;
+                         ++calls;
+                     });
     // The second start is another process; here another thread stands for it.
     bool handed = false;
+    const ActivationToken token{"gnome-shell/42", "launcher-7_TIME815"};
     const std::unique_ptr<QThread> second(QThread::create(
-        [&] { handed = SingleInstance::handOver(door, {QStringLiteral("/p/a b.png")}); }));
+        [&] { handed = SingleInstance::handOver(door, {QStringLiteral("/p/a b.png")}, token); }));
     second->start();
     EXPECT_TRUE(QTest::qWaitFor([&] { return second->isFinished(); }, 10'000));
     EXPECT_TRUE(handed);
     EXPECT_EQ(calls, 1);
     EXPECT_EQ(received, QStringList{QStringLiteral("/p/a b.png")});
+    EXPECT_TRUE(shown == token);
+}
+
+/// What a program of before the tokens says and understands: its word, then the pictures.
+QByteArray messageWithoutToken(const QStringList& pictures) {
+    QByteArray message;
+    QDataStream stream(&message, QIODevice::WriteOnly);
+    stream.setVersion(QDataStream::Qt_6_0);
+    stream << quint32{0x534B4C31} << pictures;
+    return message;
+}
+
+TEST(SingleInstance, AnOlderProgramsStartIsUnderstoodWithoutAToken) {
+    const QTemporaryDir folder;
+    const QString door = folder.filePath(QStringLiteral("door"));
+    SingleInstance first;
+    ASSERT_TRUE(first.listen(door));
+    const QStringList pictures{QStringLiteral("/p/a.png"), QStringLiteral("/p/b.png")};
+    // Behind the pictures nothing, what is cut off, and what nobody knows.
+    for (const QByteArray& more : {QByteArray(), QByteArray("SKLT\0\0\0\7gnom", 12),
+                                   QByteArray("SKLX\0\0\0\1a\0\0\0\1b", 14)}) {
+        SCOPED_TRACE(more.toHex().toStdString());
+        QStringList received;
+        ActivationToken shown{"before", "before"};
+        const auto connection =
+            QObject::connect(&first, &SingleInstance::called,
+                             [&](const QStringList& called, const ActivationToken& token) {
+                                 received = called;
+                                 shown = token;
+                             });
+        QLocalSocket second;
+        second.connectToServer(door);
+        ASSERT_TRUE(second.waitForConnected());
+        second.write(messageWithoutToken(pictures) + more);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return second.bytesAvailable() == 1; }, 10'000));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !received.isEmpty(); }, 10'000));
+        EXPECT_EQ(received, pictures);
+        EXPECT_TRUE(shown == ActivationToken());
+        QObject::disconnect(connection);
+    }
+}
+
+TEST(SingleInstance, AnOlderProgramFindsThePicturesBeforeTheToken) {
+    const QTemporaryDir folder;
+    const QString door = folder.filePath(QStringLiteral("door"));
+    QLocalServer older;
+    ASSERT_TRUE(older.listen(door));
+    const QStringList pictures{QStringLiteral("/p/a.png")};
+    const QByteArray wanted = messageWithoutToken(pictures);
+    QByteArray message;
+    QObject::connect(&older, &QLocalServer::newConnection, [&] {
+        QLocalSocket* caller = older.nextPendingConnection();
+        QObject::connect(caller, &QLocalSocket::readyRead, [&, caller] {
+            // The rest stays where it is.
+            message += caller->read(wanted.size() - message.size());
+            if (message.size() < wanted.size()) return;
+            caller->write("1");
+            caller->flush();
+            caller->disconnectFromServer();
+        });
+    });
+    bool handed = false;
+    const std::unique_ptr<QThread> second(QThread::create([&] {
+        handed = SingleInstance::handOver(door, pictures, {"gnome-shell/42", "launcher-7"});
+    }));
+    second->start();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return second->isFinished(); }, 10'000));
+    EXPECT_TRUE(handed);
+    EXPECT_EQ(message, wanted);
 }
 
 TEST(SingleInstance, AProgramAtWorkIsHandedThePicturesAndKeepsItsDoor) {
