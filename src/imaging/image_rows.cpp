@@ -43,6 +43,7 @@ std::optional<ImageRows> ImageRows::create(PixelView view, RowSource* source,
             made.rowSource_ = source;
             made.held_.resize(most);
             made.heldMemory_.resize(most * rowBytes);
+            made.rowBytes_ = rowBytes;
             if (source->strips() > 1) {
                 made.combined_ = allocatePixelMemory(
                     rowBytes * static_cast<std::size_t>(rows.size()), PixelContents::Undefined);
@@ -61,8 +62,7 @@ std::optional<ImageRows> ImageRows::create(PixelView view, RowSource* source,
 
 /// The rows of one target row follow each other, so that no two of them share a place.
 std::uint8_t* ImageRows::placeOf(int y) {
-    const std::size_t place = static_cast<std::size_t>(y) % held_.size();
-    return heldMemory_.data() + place * (heldMemory_.size() / held_.size());
+    return heldMemory_.data() + static_cast<std::size_t>(y) % held_.size() * rowBytes_;
 }
 
 const std::uint8_t* ImageRows::wholeRow(int y) {
@@ -126,20 +126,20 @@ const SourceRow& ImageRows::stripRow(int y) {
     if (held_.size() > kKept) return heldRow(y).row;
     SourceRow& row = stripRows_[static_cast<std::size_t>(y) % kKept];
     if (y >= stripEnd_) {
-        row = rowSource_->row(y, placeOf(y));
+        // Made in its place: a copy would wait until the parts of the original have been stored.
+        new (&row) SourceRow(rowSource_->row(y, placeOf(y)));
         stripEnd_ = y + 1;
     }
     return row;
 }
 
 void ImageRows::combineStrips() {
-    const std::size_t rowBytes = heldMemory_.size() / held_.size();
     for (int strip = 0; strip < rowSource_->strips(); ++strip) {
         rowSource_->beginStrip(strip);
         stripEnd_ = 0;
         for (HeldRow& held : held_) held.y = -1;
         std::uint8_t* target = combined_.get();
-        for (int i = 0; i < rows_->size(); ++i, target += rowBytes) {
+        for (int i = 0; i < rows_->size(); ++i, target += rowBytes_) {
             const kernels::Taps& taps = rows_->taps(i);
             for (int j = 0; j < taps.count; ++j)
                 tapRows_[static_cast<std::size_t>(j)] = stripRow(taps.first + j).bytes;
@@ -157,7 +157,7 @@ const std::uint8_t* ImageRows::combinedStripsRow(int i) {
     if (!std::exchange(isCombined_, true)) combineStrips();
     contentFirst_ = 0;
     contentEnd_ = source_.width;
-    return combined_.get() + heldMemory_.size() / held_.size() * static_cast<std::size_t>(i);
+    return combined_.get() + rowBytes_ * static_cast<std::size_t>(i);
 }
 
 const std::uint8_t* ImageRows::combinedRow(int i) {

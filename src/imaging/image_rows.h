@@ -74,6 +74,7 @@ class ImageRows {
     RowSource* rowSource_ = nullptr;
     std::vector<HeldRow> held_;  // row y lies at y modulo the size
     std::vector<std::uint8_t> heldMemory_;
+    std::size_t rowBytes_ = 0;  // of a row there
     /// Of a source of several strips: all rows after the vertical step.
     std::shared_ptr<std::uint8_t> combined_;
     bool isCombined_ = false;
