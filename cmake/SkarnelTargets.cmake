@@ -79,7 +79,7 @@ endfunction()
 # Tests are compiled with less optimization than what they test, since they run once, and look for
 # wrong addresses only: what else a sanitizer finds is wanted of the code under test.
 function(skarnel_test_options name)
-    target_compile_options(${name} PRIVATE -fpch-preprocess $<$<CONFIG:Release>:-O1>)
+    target_compile_options(${name} PRIVATE -fpch-preprocess $<$<CONFIG:Release>:-O1> $<$<CONFIG:Asan>:-O0>)
     if(SKARNEL_SANITIZE MATCHES "undefined")
         target_compile_options(${name} PRIVATE -fno-sanitize=undefined)
     endif()
