@@ -59,6 +59,18 @@ TEST_P(RecipeWithoutMemory, IsNotPutIntoAPictureNorFoundThere) {
     }
 }
 
+TEST_P(RecipeWithoutMemory, HasRoomOrOneLearnsThatThereIsNoMemory) {
+    refuseEach("roomForRecipe", GetParam(), [&] {
+        const auto room = roomForRecipe(kUTTypeJPEG, text_);
+        return room || room.error().code == ErrorCode::OutOfMemory;
+    });
+    refuseEach("roomForRecipe", GetParam(), [&] {
+        const auto room = roomForRecipe("a type that nobody knows, of many letters", text_);
+        return !room && (room.error().code == ErrorCode::Unsupported ||
+                         room.error().code == ErrorCode::OutOfMemory);
+    });
+}
+
 TEST_P(RecipeWithoutMemory, IsNotReadFromAFile) {
     const test::TemporaryFolder folder;
     const std::string path = folder / "a recipe's file.skarnel";

@@ -40,6 +40,30 @@ TEST(RecipeFile, ThreeFormatsCanCarryOne) {
     }
 }
 
+TEST(RecipeFile, ThereIsRoomForItInThreeFormatsAndInAJpegToACertainLength) {
+    const auto empty = embedRecipe(bytesOf(kPng), "");
+    ASSERT_TRUE(empty);
+    // A JPEG's segment has 65,535 bytes, 2 of them for its length and 29 for what kind it is.
+    const std::size_t longest = 65'535 - 2 - 29 - xmpPacketOf(*empty)->size();
+    const std::string fits(longest, 'a');
+    const std::string tooLong(longest + 1, 'a');
+    for (const std::string_view type : {kUTTypeTIFF, kUTTypePNG, kUTTypeJPEG})
+        EXPECT_TRUE(roomForRecipe(type, fits)) << type;
+    for (const std::string_view type : {kUTTypeTIFF, kUTTypePNG})
+        EXPECT_TRUE(roomForRecipe(type, tooLong)) << type;
+    const auto room = roomForRecipe(kUTTypeJPEG, tooLong);
+    ASSERT_FALSE(room);
+    EXPECT_EQ(room.error().code, ErrorCode::TooLarge);
+    // It is the escaped text that needs room: "&lt;" for each of these.
+    EXPECT_TRUE(roomForRecipe(kUTTypeJPEG, std::string(longest / 4, '<')));
+    EXPECT_FALSE(roomForRecipe(kUTTypeJPEG, std::string(longest / 4 + 1, '<')));
+    for (const std::string_view type : {kUTTypeWebP, kUTTypeBMP, ""sv}) {
+        const auto none = roomForRecipe(type, "{}");
+        ASSERT_FALSE(none) << type;
+        EXPECT_EQ(none.error().code, ErrorCode::Unsupported) << type;
+    }
+}
+
 TEST(RecipeFile, APictureGivesBackTheRecipeItCarries) {
     const auto picture = embedRecipe(bytesOf(kPng), *serializeRecipe(someRecipe()));
     ASSERT_TRUE(picture) << picture.error().message;
