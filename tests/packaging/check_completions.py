@@ -129,6 +129,18 @@ def man_complaints(text, options):
         entry = re.search(rf"^\.TP\n\.BR? [^\n]*{option.name}\b.*?^\.(?:TP|SS|SH)", text, re.M | re.S)
         complaints += [f"{option.name} does not tell of {word}" for word in option.words
                        if option.name != "--sweep" and entry and word not in entry[0]]
+    return complaints + wide_rows(text)
+
+
+def wide_rows(text):
+    """Rows of tables that a terminal of 80 columns cannot show: cells are not wrapped."""
+    indent, gap, columns = 7, 3, 80
+    complaints = []
+    for table in re.findall(r"^\.TS\n.*?^\.TE$", text, re.M | re.S):
+        rows = [row.split("\t") for row in table.splitlines() if "\t" in row]
+        first = max(len(row[0]) for row in rows)
+        complaints += [f"\"{row[0]}\" has a row too wide for {columns} columns" for row in rows
+                       if indent + first + gap + len(row[1]) > columns]
     return complaints
 
 
