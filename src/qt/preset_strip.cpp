@@ -345,4 +345,10 @@ void PresetStrip::changeEvent(QEvent* event) {
     if (event->type() == QEvent::LanguageChange) fill();
 }
 
+void PresetStrip::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    // Nothing is rendered for a hidden window, so this may have come due meanwhile.
+    if (!waiting_.empty()) work_.start(kCalm);
+}
+
 }  // namespace skarnel

@@ -47,6 +47,7 @@ class PresetStrip final : public QWidget {
 
   protected:
     void changeEvent(QEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
   private:
     enum Role { kIsUserRole = Qt::UserRole, kIndexRole, kThumbnailRole };

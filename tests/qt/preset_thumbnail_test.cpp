@@ -41,6 +41,21 @@ TEST_F(ThumbnailsTest, ThumbnailsAreMadeAfterTheFirstPictureOneByOne) {
     EXPECT_EQ(after.pixelColor(42, 20), QColor(Qt::red));
 }
 
+TEST_F(ThumbnailsTest, AWindowThatWasHiddenMakesThoseOfItsNewPictureWhenItIsShown) {
+    start();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !strip().isWorking(); }, kPatience));
+    ASSERT_TRUE(app->openPicture(picture(QStringLiteral("red.png"), 300, 200, Qt::red)));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return strip().isWorking(); }, kPatience));
+    app->window().hide();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !strip().isWorking(); }, kPatience));
+    app->window().show();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !strip().isWorking(); }, kPatience));
+    for (const int index : {0, 11}) {
+        const QImage made = strip().list().item(index)->icon().pixmap(84, 60).toImage();
+        EXPECT_EQ(made.pixelColor(42, 20), QColor(Qt::red)) << index;
+    }
+}
+
 // However slow the machine: the time since a change is taken before the change is made.
 TEST_F(ThumbnailsTest, ThumbnailsWaitWhileSettingsChange) {
     constexpr int kDrag = 1000;  // milliseconds: all twelve take less when nothing changes
