@@ -6,7 +6,8 @@
 namespace skarnel {
 
 /// A desktop that guards the focus raises only the window that shows such a token; without one it
-/// tells the person at most that the window is ready. Both parts may be empty.
+/// tells the person at most that the window is ready. Both parts may be empty. The toolkit asks for
+/// the one of Wayland whenever a window is to be activated, for that of X11 so far when it starts.
 struct ActivationToken {
     QByteArray activation;  // XDG_ACTIVATION_TOKEN, on Wayland
     QByteArray startup;     // DESKTOP_STARTUP_ID, on X11

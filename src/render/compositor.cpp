@@ -120,6 +120,13 @@ std::optional<PixelBuffer> roomFor(int width, int height, Drawing drawing) {
     return PixelBuffer::adopt(std::move(bytes), width, height);
 }
 
+/// Without memory for it nothing is left out.
+void leaveOutEmpty(ColumnTurn& turn, const CanvasRows& rows) try {
+    if (const std::vector<int> empty = rows.emptyRows(); !empty.empty()) turn.leaveOut(empty);
+} catch (const std::bad_alloc&) {
+    return;
+}
+
 /// None when the turn cannot be made; then the rows are still the caller's.
 std::optional<CGImage> turnedCanvas(const CGImage& picture, CanvasRows& rows,
                                     const CanvasLayout& layout, const Quad& corners,
@@ -130,7 +137,7 @@ std::optional<CGImage> turnedCanvas(const CGImage& picture, CanvasRows& rows,
     auto turn = ColumnTurn::plan(layout.width, layout.height, corners, bitmap->lowerLeft,
                                  bitmap->width, bitmap->height);
     if (!turn) return std::nullopt;
-    if (const std::vector<int> empty = rows.emptyRows(); !empty.empty()) turn->leaveOut(empty);
+    leaveOutEmpty(*turn, rows);
     auto block = PixelBuffer::zeroed(layout.width + kReadBeyond, 2 * turn->blockRows(0));
     auto room = roomFor(bitmap->width, bitmap->height, drawing);
     if (!block || !room) return std::nullopt;

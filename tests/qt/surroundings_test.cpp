@@ -211,6 +211,8 @@ TEST_F(SurroundingsTest, ADisplayLostDuringASaveLeavesAWholeFileOrNone) {
         QDirIterator each(folder.path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
         while (each.hasNext()) {
             const QString path = each.next();
+            // The window's own state is written in the same way.
+            if (path.contains(QLatin1String("/XDG_"))) continue;
             if (path.contains(QLatin1String("Beach Reflection")) ||
                 path.endsWith(QLatin1String(".part")))
                 paths << path;
