@@ -9,10 +9,13 @@
 #include "qt/color_well.h"
 #include "qt/float_slider.h"
 #include "qt/number_text.h"
+#include "qt/view_transform.h"
 #include "qt/viewer.h"
 
 namespace skarnel {
 namespace {
+
+constexpr double kPercent = 100;
 
 class SliderView final : public QAccessibleWidget, public QAccessibleValueInterface {
   public:
@@ -110,7 +113,10 @@ QStringList editTexts(const ViewerSheet& sheet) {
     return parts;
 }
 
-class PictureView final : public QAccessibleWidget, public QAccessibleImageInterface {
+/// Its value is the zoom, in percent: events of a new value are passed on for such objects alone.
+class PictureView final : public QAccessibleWidget,
+                          public QAccessibleImageInterface,
+                          public QAccessibleValueInterface {
   public:
     explicit PictureView(Viewer& viewer)
         : QAccessibleWidget(&viewer, QAccessible::Graphic), viewer_(viewer) {}
@@ -118,6 +124,8 @@ class PictureView final : public QAccessibleWidget, public QAccessibleImageInter
     void* interface_cast(QAccessible::InterfaceType type) override {
         if (type == QAccessible::ImageInterface)
             return static_cast<QAccessibleImageInterface*>(this);
+        if (type == QAccessible::ValueInterface)
+            return static_cast<QAccessibleValueInterface*>(this);
         return QAccessibleWidget::interface_cast(type);
     }
     QString text(QAccessible::Text kind) const override {
@@ -130,6 +138,14 @@ class PictureView final : public QAccessibleWidget, public QAccessibleImageInter
     QString imageDescription() const override { return text(QAccessible::Description); }
     QSize imageSize() const override { return viewer_.shownImage().size(); }
     QPoint imagePosition() const override { return rect().topLeft(); }
+
+    QVariant currentValue() const override { return kPercent * viewer_.zoomFactor(); }
+    void setCurrentValue(const QVariant& value) override {
+        viewer_.setZoomFactor(value.toDouble() / kPercent);
+    }
+    QVariant maximumValue() const override { return kPercent * ViewTransform::kMaxFactor; }
+    QVariant minimumValue() const override { return kPercent * ViewTransform::kMinFactor; }
+    QVariant minimumStepSize() const override { return 0.0; }  // any
 
   private:
     QString description() const {
@@ -216,7 +232,7 @@ void announceValue(FloatSlider& slider) {
 }
 
 void announceValue(Viewer& viewer) {
-    QAccessibleValueChangeEvent event(&viewer, viewer.zoomFactor());
+    QAccessibleValueChangeEvent event(&viewer, kPercent * viewer.zoomFactor());
     QAccessible::updateAccessibility(&event);
 }
 

@@ -127,6 +127,11 @@ void PresetStrip::build() {
 }
 
 void PresetStrip::fill() {
+    // The keyboard stays where it was: on that look, or on the one that has taken its place.
+    const QListWidgetItem* current = list_->currentItem();
+    const int row = list_->currentRow();
+    const QString name = current != nullptr ? current->text() : QString();
+    const bool user = current != nullptr && current->data(kIsUserRole).toBool();
     filling_ = true;
     work_.stop();
     waiting_.clear();
@@ -136,7 +141,13 @@ void PresetStrip::fill() {
     index = 0;
     for (const UserPreset& preset : user_.all()) addItem(preset.name, true, index++);
     filling_ = false;
+    int place = std::min(row, list_->count() - 1);
+    for (const QListWidgetItem* item : list_->findItems(name, Qt::MatchExactly)) {
+        if (item->data(kIsUserRole).toBool() == user) place = list_->row(item);
+    }
+    if (row >= 0) list_->setCurrentRow(place, QItemSelectionModel::NoUpdate);
     markCurrent();
+    if (row >= 0) list_->setCurrentRow(place, QItemSelectionModel::NoUpdate);
     sourceChanged();
 }
 

@@ -15,8 +15,9 @@ constexpr qreal kRounding = 6;   // of the frame, a little more than the picture
 constexpr int kEndWidth = 36;    // of the mark at an end
 constexpr QSizeF kArrow{6, 12};  // half a square on its corner
 constexpr qreal kArrowLine = 2;
-constexpr qreal kArrowMargin = 8;  // from the strip's end
-constexpr int kStepPercent = 75;   // of what is seen, by one click
+constexpr qreal kArrowMargin = 8;                  // from the strip's end
+constexpr int kStepPercent = 75;                   // of what is seen, by one click
+constexpr const char* kHasItsName = "hasItsName";  // a property of an editor
 
 }  // namespace
 
@@ -38,6 +39,12 @@ void PresetTile::paint(QPainter* painter, const QStyleOptionViewItem& option,
     painter->setBrush(Qt::NoBrush);
     painter->drawRoundedRect(picture, kRounding, kRounding);
     painter->restore();
+}
+
+void PresetTile::setEditorData(QWidget* editor, const QModelIndex& index) const {
+    if (editor->property(kHasItsName).toBool()) return;
+    QStyledItemDelegate::setEditorData(editor, index);
+    editor->setProperty(kHasItsName, true);
 }
 
 MoreLooks::MoreLooks(QListView& list, Side side)

@@ -15,6 +15,8 @@ class PresetTile final : public QStyledItemDelegate {
     using QStyledItemDelegate::QStyledItemDelegate;
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
+    /// Once for each editor: a thumbnail that is ready while a name is typed changes its look, too.
+    void setEditorData(QWidget* editor, const QModelIndex& index) const override;
 };
 
 /// An arrow over one end of the list, there while more follows on that side; a click goes on by

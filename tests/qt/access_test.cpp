@@ -115,7 +115,15 @@ TEST_F(AccessTest, ThePictureTellsItsSizeAndZoom) {
               QStringLiteral("wide Reflection; 300 by 400 pixels, zoom 100 %"));
     ASSERT_NE(view.imageInterface(), nullptr);
     EXPECT_EQ(view.imageInterface()->imageSize(), QSize(300, 400));
-    EXPECT_EQ(wasHeard(QAccessible::ValueChanged, viewer()), listens());
+    // A screen reader's bus passes on new values of those objects alone that have one to ask for.
+    EXPECT_TRUE(wasHeard(QAccessible::ValueChanged, viewer()));
+    ASSERT_NE(view.valueInterface(), nullptr);
+    EXPECT_EQ(view.valueInterface()->currentValue(), QVariant(100.0));
+    view.valueInterface()->setCurrentValue(250.0);
+    EXPECT_EQ(viewer().zoomFactor(), 2.5);
+    view.valueInterface()->setCurrentValue(view.valueInterface()->minimumValue());
+    EXPECT_EQ(viewer().zoomFactor(), 1.0 / 4096);
+    app->actions().zoom[2]->trigger();
     EXPECT_EQ(window()
                   .findChild<QToolBar*>(QStringLiteral("toolBar"))
                   ->findChild<QLabel*>()
