@@ -64,6 +64,12 @@ TEST_P(RecipeWithoutMemory, HasRoomOrOneLearnsThatThereIsNoMemory) {
         const auto room = roomForRecipe(kUTTypeJPEG, text_);
         return room || room.error().code == ErrorCode::OutOfMemory;
     });
+    const std::string tooLong(70'000, 'a');
+    refuseEach("roomForRecipe", GetParam(), [&] {
+        const auto room = roomForRecipe(kUTTypeJPEG, tooLong);
+        return !room && (room.error().code == ErrorCode::TooLarge ||
+                         room.error().code == ErrorCode::OutOfMemory);
+    });
     refuseEach("roomForRecipe", GetParam(), [&] {
         const auto room = roomForRecipe("a type that nobody knows, of many letters", text_);
         return !room && (room.error().code == ErrorCode::Unsupported ||
