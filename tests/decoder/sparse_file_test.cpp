@@ -6,6 +6,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
 #include "imaging/io/decoder_wall.h"
 #include "imaging/io/pictures.h"
 #include "imaging/io/read_file.h"
@@ -27,12 +31,12 @@ struct Outcome {
     long peakMegabytes = 0;       // of the larger of the two
 };
 
-/// Opens these bytes, followed by holes up to eight gigabytes.
-Outcome openWithHoles(ByteView head) {
+/// Opens these bytes, followed by holes up to that size.
+Outcome openWithHoles(ByteView head, std::uint64_t size = io::kMaxFileBytes) {
     const io::FileDescriptor file(::memfd_create("sparse", MFD_CLOEXEC));
     EXPECT_EQ(::pwrite(file.number(), head.data(), head.size(), 0),
               static_cast<ssize_t>(head.size()));
-    EXPECT_EQ(::ftruncate(file.number(), static_cast<off_t>(io::kMaxFileBytes)), 0);
+    EXPECT_EQ(::ftruncate(file.number(), static_cast<off_t>(size)), 0);
     const pid_t child = ::fork();
     if (child == 0) ::_exit(io::decodeBehindWall(DECODER_PROGRAM, file.number(), {}) ? 0 : 1);
     int status = 0;
@@ -74,6 +78,22 @@ TEST_P(SparseFile, WithAHeadAloneCostsLittle) {
     // To a bitmap a hole is a black stretch.
     EXPECT_EQ(outcome.opened, GetParam() == kUTTypeBMP);
     expectLittleWork(outcome);
+}
+
+// The picture states 80 x 64 pixels. Its transparency, or the picture itself, is an overlay that
+// says of itself 26,990 x 26,213 or 9,000 x 9,000, for which the library would take 2 GB or half a
+// one.
+TEST(Overlay, LargerThanThePictureStatesIsRefusedBeforeThereIsMemoryForIt) {
+    if (kSanitized) GTEST_SKIP() << "a sanitizer's run-time needs system calls of its own";
+    for (const char* name : {"overlaid-alpha.heic", "overlaid.heic"}) {
+        std::ifstream file(std::filesystem::path(BOMB_FILES) / name, std::ios::binary);
+        const Bytes bytes{std::istreambuf_iterator<char>(file), {}};
+        ASSERT_EQ(bytes.size(), 2130U) << name;
+        const Outcome outcome = openWithHoles(bytes, bytes.size());
+        EXPECT_FALSE(outcome.opened) << name;
+        EXPECT_LT(outcome.processorSeconds, 2) << name;
+        EXPECT_LT(outcome.peakMegabytes, 300) << name;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, SparseFile,

@@ -1,6 +1,7 @@
 // HEIF and AVIF through libheif: the primary picture, turned and cut as the file asks for.
 #include <libheif/heif.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <memory>
@@ -30,6 +31,9 @@ struct Api {
     decltype(heif_image_handle_release)* releaseHandle;
     decltype(heif_image_handle_get_width)* width;
     decltype(heif_image_handle_get_height)* height;
+    decltype(heif_image_handle_get_ispe_width)* statedWidth;
+    decltype(heif_image_handle_get_ispe_height)* statedHeight;
+    decltype(heif_context_set_maximum_image_size_limit)* limitSides;
     decltype(heif_image_handle_has_alpha_channel)* hasAlpha;
     decltype(heif_image_handle_is_premultiplied_alpha)* isPremultiplied;
     decltype(heif_image_handle_get_luma_bits_per_pixel)* depth;
@@ -60,6 +64,9 @@ std::optional<Api> loadApi() {
     library.bind(api.releaseHandle, "heif_image_handle_release");
     library.bind(api.width, "heif_image_handle_get_width");
     library.bind(api.height, "heif_image_handle_get_height");
+    library.bind(api.statedWidth, "heif_image_handle_get_ispe_width");
+    library.bind(api.statedHeight, "heif_image_handle_get_ispe_height");
+    library.bind(api.limitSides, "heif_context_set_maximum_image_size_limit");
     library.bind(api.hasAlpha, "heif_image_handle_has_alpha_channel");
     library.bind(api.isPremultiplied, "heif_image_handle_is_premultiplied_alpha");
     library.bind(api.depth, "heif_image_handle_get_luma_bits_per_pixel");
@@ -97,6 +104,8 @@ template <typename Kind>
 using Owned = std::unique_ptr<Kind, Release>;
 
 Error failureOf(const heif_error& error) {
+    if (error.subcode == heif_suberror_Security_limit_exceeded)
+        return {ErrorCode::Damaged, "The HEIF picture is damaged"};
     switch (error.code) {
         case heif_error_Memory_allocation_error:
             return {ErrorCode::OutOfMemory, "Not enough memory for the picture"};
@@ -193,6 +202,14 @@ Result<SourcePicture> copyPixels(const heif_image* image, const DecodeLimits& li
     return picture;
 }
 
+/// A grid or an overlay, of which the picture or its transparency may be made, has a size of its
+/// own, and memory is taken for that. None may be larger than what the file says of the picture,
+/// before it is cropped or turned.
+void boundCanvases(heif_context* context, const heif_image_handle* handle) {
+    api()->limitSides(context, std::max({api()->statedWidth(handle), api()->statedHeight(handle),
+                                         api()->width(handle), api()->height(handle)}));
+}
+
 }  // namespace
 
 bool loadHeif() {
@@ -217,6 +234,7 @@ Result<SourcePicture> readHeif(ByteView bytes, const DecodeLimits& limits) {
             checkPictureSize(api()->width(found), api()->height(found), limits, kMaxPixels)) {
         return *tooLarge;
     }
+    boundCanvases(context.get(), found);
     auto image = decodePixels(found);
     if (!image) return image.error();
     auto picture = copyPixels(image->get(), limits);

@@ -59,6 +59,13 @@ int heif_image_handle_get_width(const heif_image_handle*) {
 int heif_image_handle_get_height(const heif_image_handle*) {
     return 1;
 }
+int heif_image_handle_get_ispe_width(const heif_image_handle* handle) {
+    return heif_image_handle_get_width(handle);
+}
+int heif_image_handle_get_ispe_height(const heif_image_handle*) {
+    return 1;
+}
+void heif_context_set_maximum_image_size_limit(heif_context*, int) {}
 int heif_image_handle_has_alpha_channel(const heif_image_handle*) {
     return isTold("alpha");
 }
