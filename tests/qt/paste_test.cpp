@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QLabel>
 #include <QMimeData>
+#include <QTemporaryDir>
 #include <QUrl>
 
 #include "application_fixture.h"
@@ -13,6 +14,17 @@ namespace {
 
 class PasteTest : public ApplicationTest {
   protected:
+    // A place of its own for temporary files, which all programs of a user share otherwise.
+    void SetUp() override {
+        ApplicationTest::SetUp();
+        ASSERT_TRUE(temporary_.isValid());
+        qputenv("TMPDIR", QFile::encodeName(temporary_.path()));
+    }
+    void TearDown() override {
+        app.reset();
+        qunsetenv("TMPDIR");
+        ApplicationTest::TearDown();
+    }
     /// Puts the data on the clipboard, which owns it, and pastes.
     void paste(QMimeData* data) {
         QApplication::clipboard()->setMimeData(data);
@@ -37,6 +49,9 @@ class PasteTest : public ApplicationTest {
             .entryList({QStringLiteral("pasted-*")}, QDir::Dirs | QDir::Hidden);
     }
     QLabel* toast() { return window().findChild<QLabel*>(QStringLiteral("toast")); }
+
+  private:
+    QTemporaryDir temporary_;
 };
 
 TEST_F(PasteTest, EveryFormatThatIsReadIsPasted) {
