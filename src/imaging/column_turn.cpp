@@ -41,6 +41,11 @@ class WholePicture final : public PictureRows {
     const std::uint8_t* rows_[kernels::kBlockRows];
 };
 
+/// How many rows lie in memory for `rows` shown.
+int sourceRows(int rows, const RowSpans& spans) {
+    return rows + (spans.belowWeight != 0 ? 1 : 0);
+}
+
 std::uint8_t* columnBlock(int row, std::size_t column, const SqueezedPicture& target) {
     return target.bytes.get() +
            4 * (static_cast<std::ptrdiff_t>(column - target.firstColumn) * target.columnStride +
@@ -176,17 +181,17 @@ void ColumnTurn::squeezeColumns(int row, std::size_t begin, std::size_t end, con
     kernels::SqueezeTarget block{columnBlock(row, begin, target), target.columnStride,
                                  blockRows(row), target.stream};
     const std::uint8_t* const* sources = spans.rows;
-    const std::uint8_t* whole[kernels::kBlockRows];
+    const std::uint8_t* whole[kernels::kBlockRows + 1];
     if (target.columnStride >= kernels::kBlockRows && block.rows < kernels::kBlockRows) {
         // The room behind the last row takes that row again.
-        for (int i = 0; i < kernels::kBlockRows; ++i)
-            whole[i] = sources[std::min(i, block.rows - 1)];
+        const int last = sourceRows(block.rows, spans) - 1;
+        for (int i = 0; i <= kernels::kBlockRows; ++i) whole[i] = sources[std::min(i, last)];
         sources = whole;
         block.rows = kernels::kBlockRows;
     }
-    kernels::squeezeRows(
-        block, sources, spans.readablePixels,
-        {from_.data() + begin, weight_.data() + begin, end - begin, spans.first, spans.aheadBytes});
+    kernels::squeezeRows(block, sources, spans.readablePixels,
+                         {from_.data() + begin, weight_.data() + begin, end - begin, spans.first,
+                          spans.aheadBytes, spans.belowWeight});
 }
 
 /// Columns [begin, end), each between the span's first or last pixel and the transparent one
@@ -194,10 +199,10 @@ void ColumnTurn::squeezeColumns(int row, std::size_t begin, std::size_t end, con
 void ColumnTurn::squeezeEdge(int row, std::size_t begin, std::size_t end, Edge edge,
                              const RowSpans& spans, SqueezedPicture& target) const {
     if (begin == end) return;
-    std::uint8_t pixels[kernels::kBlockRows][8] = {};
-    const std::uint8_t* rows[kernels::kBlockRows];
+    std::uint8_t pixels[kernels::kBlockRows + 1][8] = {};
+    const std::uint8_t* rows[kernels::kBlockRows + 1];
     const int last = spans.end - spans.first - 1;
-    for (int i = 0; i < blockRows(row); ++i) {
+    for (int i = 0; i < sourceRows(blockRows(row), spans); ++i) {
         if (edge == Edge::Left)
             std::memcpy(pixels[i] + 4, spans.rows[i], 4);
         else
@@ -205,7 +210,8 @@ void ColumnTurn::squeezeEdge(int row, std::size_t begin, std::size_t end, Edge e
         rows[i] = pixels[i];
     }
     const int first = edge == Edge::Left ? spans.first - 1 : spans.end - 1;
-    squeezeColumns(row, begin, end, {rows, first, first + 2, 2}, target);
+    squeezeColumns(row, begin, end,
+                   {rows, first, first + 2, 2, spans.aheadBytes, spans.belowWeight}, target);
 }
 
 void ColumnTurn::clearColumns(int row, std::size_t begin, std::size_t end,

@@ -30,6 +30,8 @@ struct RowSpans {
     std::size_t readablePixels;  // of the memory behind each row; at least end - first
     // From each row to what is wanted next.
     std::ptrdiff_t aheadBytes = kernels::kAheadInRow;
+    // As kernels::SqueezeMap has it; what is shown then is the mix of each row and the next.
+    int belowWeight = 0;
 };
 
 /// Columns of a target: [begin, end).

@@ -5,6 +5,7 @@
 #include <new>
 #include <utility>
 
+#include "imaging/kernels/turn.h"
 #include "imaging/pixel_memory.h"
 #include "imaging/readable.h"
 
@@ -228,6 +229,22 @@ void ImageRows::drawRow(int i, std::uint8_t* target) {
                     std::size_t{4} * static_cast<std::size_t>(columns_->size()));
     else
         combineAcross(target, tall);
+}
+
+std::optional<ImageRows::MixedRows> ImageRows::mixedRows(int i, int count,
+                                                         const std::uint8_t** rows) const {
+    static_assert(kernels::kLerpUnit == 2 * kernels::kTapUnit);
+    if (rowSource_ != nullptr || !columns_->copyShift()) return std::nullopt;
+    const kernels::Taps& first = rows_->taps(i);
+    for (int k = 0; k < count; ++k) {
+        const kernels::Taps& taps = rows_->taps(i + k);
+        if (taps.count != 2 || taps.first != first.first + k || taps.weights[1] != first.weights[1])
+            return std::nullopt;
+    }
+    const int shift = *columns_->copyShift();
+    for (int k = 0; k <= count; ++k) rows[k] = source_.row(first.first + k) + bytesOf(shift);
+    return MixedRows{2 * first.weights[1], readablePixels(source_, first.first + count) -
+                                               static_cast<std::size_t>(shift)};
 }
 
 std::size_t ImageRows::readableFrom(int i) const {

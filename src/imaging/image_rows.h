@@ -40,6 +40,17 @@ class ImageRows {
     /// The same pixels, written to `target`.
     void drawRow(int i, std::uint8_t* target);
 
+    /// Neighbouring rows of a picture in memory that are mixed two by two.
+    struct MixedRows {
+        int belowWeight;             // of the lower one, as a fraction of kernels::kLerpUnit
+        std::size_t readablePixels;  // behind each of them
+    };
+
+    /// The rows of the picture that target rows i .. i + count - 1 are mixed from, row i + k being
+    /// exactly lerpByte of rows[k] and rows[k + 1]: `rows` has room for count + 1. None where they
+    /// are not made so, all with one weight, or columns are resampled.
+    std::optional<MixedRows> mixedRows(int i, int count, const std::uint8_t** rows) const;
+
     /// How many pixels from row(i) on may be read; for a picture that lies in memory.
     std::size_t readableFrom(int i) const;
 

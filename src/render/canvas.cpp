@@ -172,18 +172,28 @@ std::optional<CanvasRows::PictureSpan> CanvasRows::pictureAlone(int row, int cou
     const AxisPlan& columns = plans_->pictureColumns;
     const AxisPlan& lines = plans_->pictureRows;
     if (background_ || row + count > reflectionTop_ || row < lines.first() ||
-        row + count > lines.end() || columns.size() < 1 || !lines.fullyCovered() ||
-        !columns.copyShift() || !lines.copyShift())
+        row + count > lines.end() || columns.size() < 1 || !columns.copyShift())
         return std::nullopt;
     const int index = row - lines.first();
-    for (int i = 0; i < count; ++i) rows[i] = pictureRows_->row(index + i);
-    return PictureSpan{columns.first(), columns.end(),
-                       pictureRows_->readableFrom(index + count - 1), picture_.strideBytes};
+    PictureSpan span{columns.first(), columns.end(), 0, picture_.strideBytes, 0};
+    if (lines.copyShift()) {
+        for (int i = 0; i < count; ++i) rows[i] = pictureRows_->row(index + i);
+        span.readablePixels = pictureRows_->readableFrom(index + count - 1);
+        return span;
+    }
+    for (int i = 0; i < count; ++i)
+        if (lines.coverage(index + i) != 255) return std::nullopt;
+    const auto mixed = pictureRows_->mixedRows(index, count, rows);
+    if (!mixed) return std::nullopt;
+    span.readablePixels = mixed->readablePixels;
+    span.belowWeight = mixed->belowWeight;
+    return span;
 }
 
 SourceRow CanvasRows::row(int row, std::uint8_t* scratch) {
-    const std::uint8_t* own = nullptr;
-    if (const auto span = pictureAlone(row, 1, &own)) return {own, span->first, span->end, false};
+    const std::uint8_t* own[2];
+    if (const auto span = pictureAlone(row, 1, own); span && span->belowWeight == 0)
+        return {own[0], span->first, span->end, false};
     draw(row, scratch);
     const AxisPlan& lines = plans_->pictureRows;
     const bool hasPicture = row >= lines.first() && row < lines.end();

@@ -71,13 +71,15 @@ class CanvasRows {
     /// there. The picture's own stays readable as long as the picture.
     SourceRow row(int row, std::uint8_t* scratch);
 
-    /// The picture's columns on the canvas, where rows `row` .. row + count - 1 show its own pixels
-    /// and nothing beside them: `rows` then points to each row's first. None otherwise.
+    /// The picture's columns on the canvas, where rows `row` .. row + count - 1 show the picture
+    /// and nothing else: `rows`, with room for count + 1, then points to the first pixel of each of
+    /// its rows there, or of those between which they lie. None otherwise.
     struct PictureSpan {
         int first;
         int end;
         std::size_t readablePixels;  // behind each of the rows
         std::ptrdiff_t strideBytes;  // from each to the next
+        int belowWeight;             // as RowSpans has it; 0 where all are the picture's own
     };
     std::optional<PictureSpan> pictureAlone(int row, int count, const std::uint8_t** rows);
 

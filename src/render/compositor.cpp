@@ -87,11 +87,13 @@ class TurnedCanvas final : public RowSource {
         if (std::exchange(areSqueezed_, true)) return;
         const MutablePixelView block = block_.view();
         rows_.inReadingOrder(turn_.blockRows(0), [&](int y) {
-            const std::uint8_t* sources[kernels::kBlockRows];
+            const std::uint8_t* sources[kernels::kBlockRows + 1];
             const int count = turn_.blockRows(y);
             if (const auto span = rows_.pictureAlone(y, count, sources))
-                return turn_.squeezeSpans(
-                    y, {sources, span->first, span->end, span->readablePixels}, squeezed_);
+                return turn_.squeezeSpans(y,
+                                          {sources, span->first, span->end, span->readablePixels,
+                                           kernels::kAheadInRow, span->belowWeight},
+                                          squeezed_);
             for (int i = 0; i < count; ++i) {
                 rows_.draw(y + i, block.row(i));
                 sources[i] = block.row(i);

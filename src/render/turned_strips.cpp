@@ -9,8 +9,12 @@ namespace skarnel {
 
 RowSpans CanvasPieces::piece(int row, int count, int first, int end) {
     if (const auto span = rows_.pictureAlone(row, count, sources_))
-        return {sources_, span->first, span->end, span->readablePixels,
-                kernels::kBlockRows * span->strideBytes};
+        return {sources_,
+                span->first,
+                span->end,
+                span->readablePixels,
+                kernels::kBlockRows * span->strideBytes,
+                span->belowWeight};
     // Rows that lie close together, whatever room the block's have.
     const std::ptrdiff_t stride = std::ptrdiff_t{4} * (end - first + kReadBeyond);
     for (int i = 0; i < count; ++i) {

@@ -26,7 +26,7 @@ class CanvasPieces final : public PictureRows {
   private:
     CanvasRows& rows_;
     MutablePixelView block_;
-    const std::uint8_t* sources_[kernels::kBlockRows];
+    const std::uint8_t* sources_[kernels::kBlockRows + 1];
 };
 
 /// A turned canvas that is never a bitmap itself, neither whole nor squeezed.

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <vector>
 
+#include "imaging/kernels/turn.h"
+#include "imaging/readable.h"
 #include "imaging/test_images.h"
 
 namespace skarnel {
@@ -109,6 +111,38 @@ TEST(Canvas, EmptyRowsShowNothing) {
             }
         }
     }
+}
+
+// A reflection of 30 rows and a gap of 1.5: the picture begins half a row above the canvas, so that
+// its last row on it is covered by half. The canvas is 48 pixels wide and the picture 40.
+TEST(Canvas, RowsBetweenThePicturesAreGivenAsThose) {
+    constexpr int kCount = 16;
+    const CGImage picture = test::validNoise(40, 50, 1);
+    const auto size = ShapeSize::of(40, 50, 10, 60);
+    const auto layout = CanvasLayout::of(40, 50, *size, 5);
+    auto rows =
+        CanvasRows::create(picture.pixels(), *layout, *size, false, {0, 7, 200}, std::nullopt);
+    ASSERT_TRUE(rows);
+    const std::uint8_t* sources[kCount + 1];
+    std::vector<std::uint8_t> drawn(4 * 48);
+    for (int row = 0; row <= 49 - kCount; ++row) {
+        const auto span = rows->pictureAlone(row, kCount, sources);
+        ASSERT_TRUE(span) << row;
+        EXPECT_EQ(span->first, 4);
+        EXPECT_EQ(span->end, 44);
+        EXPECT_EQ(span->belowWeight, kernels::kLerpUnit / 2);
+        EXPECT_EQ(span->readablePixels, readablePixels(picture.pixels(), row + kCount));
+        for (int i = 0; i <= kCount; ++i) ASSERT_EQ(sources[i], picture.pixels().row(row + i));
+        rows->draw(row, drawn.data());
+        for (int i = 0; i < 4 * 40; ++i)  // halves round up
+            ASSERT_EQ(drawn[static_cast<std::size_t>(16 + i)],
+                      (sources[0][i] + sources[1][i] + 1) / 2)
+                << "row " << row << ", byte " << i;
+    }
+    EXPECT_FALSE(rows->pictureAlone(50 - kCount, kCount, sources));
+    EXPECT_FALSE(rows->pictureAlone(49, 1, sources));
+    // One row alone is drawn: whoever wants it whole can do nothing with two.
+    EXPECT_EQ(rows->row(7, drawn.data()).bytes, drawn.data());
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "imaging/column_turn.h"
+#include "imaging/kernels/resample.h"
 #include "imaging/test_images.h"
 #include "render/reflection.h"
 
@@ -50,6 +51,42 @@ void expectSqueezedAlike(const ColumnTurn& turn, const CGImage& picture, int fir
         const std::ptrdiff_t at = 4 * column * drawnOut->columnStride;
         ASSERT_EQ(std::memcmp(drawnOut->bytes.get() + at, alone->bytes.get() + at,
                               4 * static_cast<std::size_t>(view.height)),
+                  0)
+            << "column " << column << ", picture from " << first << " of " << whole;
+    }
+}
+
+/// The same for the rows between `picture`'s, which has one more.
+void expectSqueezedAlikeBetweenRows(const ColumnTurn& turn, const CGImage& picture, int first,
+                                    int whole, std::int16_t belowWeight) {
+    const PixelView view = picture.pixels();
+    const std::size_t bytes = 4 * static_cast<std::size_t>(view.width);
+    const std::int16_t weights[] = {static_cast<std::int16_t>(kernels::kTapUnit - belowWeight),
+                                    belowWeight};
+    auto drawnOut = turn.squeezedPicture();
+    auto between = turn.squeezedPicture();
+    ASSERT_TRUE(drawnOut && between);
+    for (int y = 0; y < view.height - 1; y += kernels::kBlockRows) {
+        std::vector<std::vector<std::uint8_t>> rows;
+        const std::uint8_t* wide[kernels::kBlockRows];
+        const std::uint8_t* own[kernels::kBlockRows + 1] = {view.row(y)};
+        for (int i = 0; i < turn.blockRows(y); ++i) {
+            own[i + 1] = view.row(y + i + 1);
+            rows.emplace_back(4 * static_cast<std::size_t>(whole));
+            kernels::combineRows(rows.back().data() + std::ptrdiff_t{4} * first, own + i,
+                                 {0, 2, weights}, bytes);
+        }
+        for (std::size_t i = 0; i < rows.size(); ++i) wide[i] = rows[i].data();
+        turn.squeezeRows(y, wide, static_cast<std::size_t>(whole), *drawnOut);
+        turn.squeezeSpans(y,
+                          {own, first, first + view.width, static_cast<std::size_t>(view.width),
+                           kernels::kAheadInRow, 2 * belowWeight},
+                          *between);
+    }
+    for (int column = 0; column < turn.targetWidth(); ++column) {
+        const std::ptrdiff_t at = 4 * column * drawnOut->columnStride;
+        ASSERT_EQ(std::memcmp(drawnOut->bytes.get() + at, between->bytes.get() + at,
+                              4 * static_cast<std::size_t>(view.height - 1)),
                   0)
             << "column " << column << ", picture from " << first << " of " << whole;
     }
@@ -221,7 +258,8 @@ struct Look {
 // The turn takes its canvas in pieces, a strip's columns at a time; the steps one by one turn the
 // whole canvas.
 TEST(Turn, RendersOfPiecesAreThoseOfAWholeCanvas) {
-    const Look looks[] = {{"picture rows alone", 10, 60, 5, 30, false},
+    const Look looks[] = {{"rows between the picture's", 10, 60, 5, 30, false},
+                          {"picture rows alone", 10, 60, 0, 30, false},
                           {"resampled rows", 7, 63.3F, 4.7F, 81, false},
                           {"over a background", 12, 80, 10, 20, true},
                           {"overlapping", 5, 70, -20, 70, false},
@@ -257,7 +295,7 @@ TEST(Turn, RendersOfPiecesAreThoseOfAWholeCanvas) {
 }
 
 // The same canvas rows twice: drawn out with what is transparent beside the picture, and as the
-// picture's own rows.
+// picture's own rows or those between which they lie.
 TEST(Turn, RowsOfThePictureAloneAreSqueezedAsWhenDrawnOut) {
     for (const int height : {1, 15, 16, 37})
         for (const int width : {1, 2, 3, 40, 130})
@@ -276,6 +314,9 @@ TEST(Turn, RowsOfThePictureAloneAreSqueezedAsWhenDrawnOut) {
                             std::max(1, whole - 2 * static_cast<int>(in)), 2 + height);
                         ASSERT_TRUE(turn);
                         expectSqueezedAlike(*turn, picture, first, whole);
+                        const auto weight = static_cast<std::int16_t>(1 + 60 * whole);
+                        expectSqueezedAlikeBetweenRows(*turn, noiseImage(width, height + 1, 6),
+                                                       first, whole, weight);
                     }
 }
 

@@ -32,12 +32,19 @@ struct SqueezeColumns {
     V32 evenBytes;
     std::ptrdiff_t start;  // bytes
     std::ptrdiff_t ahead;  // bytes from there to what the next call will want
+    V32 belowWeight;
 };
 
-/// The squeezed pixels of one row, picked from 2 * kPairs vectors of it.
+/// What the columns show of a row: the pixel on the left and the one on the right of each.
+struct Neighbours {
+    V32 first;
+    V32 second;
+};
+
+/// Picked from 2 * kPairs vectors of the row.
 template <int kPairs>
-HWY_INLINE V32 SqueezedPixels(const std::uint8_t* HWY_RESTRICT source,
-                              const SqueezeColumns& columns) {
+HWY_INLINE Neighbours NeighboursIn(const std::uint8_t* HWY_RESTRICT source,
+                                   const SqueezeColumns& columns) {
     const D32 d32;
     const DI32 di32;
     const std::uint8_t* at = source + columns.start;
@@ -59,20 +66,42 @@ HWY_INLINE V32 SqueezedPixels(const std::uint8_t* HWY_RESTRICT source,
         first = later(first, columns.offset);
         second = later(second, columns.next);
     }
-    return LerpPixels(first, second, columns.weight, columns.evenBytes);
+    return {first, second};
+}
+
+HWY_INLINE V32 SqueezedPixels(Neighbours pixels, const SqueezeColumns& columns) {
+    return LerpPixels(pixels.first, pixels.second, columns.weight, columns.evenBytes);
+}
+
+/// Between two rows: picked pixels are mixed, so that each row is picked from once.
+HWY_INLINE Neighbours Mixed(Neighbours above, Neighbours below, const SqueezeColumns& columns) {
+    const auto mixed = [&](V32 a, V32 b) HWY_ATTR {
+        return LerpPixels(a, b, columns.belowWeight, columns.evenBytes);
+    };
+    return {mixed(above.first, below.first), mixed(above.second, below.second)};
 }
 
 /// kLanes columns of a whole block of rows.
-template <int kPairs, bool kStream>
+template <int kPairs, bool kStream, bool kBetweenRows>
 HWY_INLINE void SqueezeBlock(const SqueezeTarget& target, std::size_t column,
                              const std::uint8_t* const* HWY_RESTRICT sources,
                              const SqueezeColumns& columns) {
     V32 block[kParts][kLanes];
+    Neighbours above{hn::Zero(D32()), hn::Zero(D32())};
+    if (kBetweenRows) above = NeighboursIn<kPairs>(sources[0], columns);
 #pragma GCC unroll 4
     for (std::size_t part = 0; part < kParts; ++part) {
 #pragma GCC unroll 16
-        for (std::size_t i = 0; i < kLanes; ++i)
-            block[part][i] = SqueezedPixels<kPairs>(sources[part * kLanes + i], columns);
+        for (std::size_t i = 0; i < kLanes; ++i) {
+            const std::uint8_t* const* row = sources + part * kLanes + i;
+            if (kBetweenRows) {
+                const Neighbours below = NeighboursIn<kPairs>(row[1], columns);
+                block[part][i] = SqueezedPixels(Mixed(above, below, columns), columns);
+                above = below;
+            } else {
+                block[part][i] = SqueezedPixels(NeighboursIn<kPairs>(row[0], columns), columns);
+            }
+        }
         Transpose(D32(), block[part]);
     }
     std::uint8_t* out =
@@ -90,11 +119,13 @@ HWY_INLINE void SqueezeBlock(const SqueezeTarget& target, std::size_t column,
         }
 }
 
-template <bool kStream>
+template <bool kStream, bool kBetweenRows>
 HWY_INLINE void SqueezeWholeRows(const SqueezeTarget& target, const std::uint8_t* const* sources,
                                  std::size_t readablePixels, const SqueezeMap& map) {
     const DI32 di32;
     const V32 evenBytes = EvenBytes();
+    const auto below = static_cast<std::uint32_t>(map.belowWeight);
+    const V32 belowWeight = hn::Set(D32(), below | below << 16);
     for (std::size_t at = 0; at < map.columns; at += kLanes) {
         // The last vector overlaps the one before; both write the same bytes.
         const std::size_t x = std::min(at, map.columns - kLanes);
@@ -104,19 +135,30 @@ HWY_INLINE void SqueezeWholeRows(const SqueezeTarget& target, const std::uint8_t
         const std::size_t pairs = (reach + 2 * kLanes - 1) / (2 * kLanes);
         const auto offset = hn::Sub(hn::LoadU(di32, from), hn::Set(di32, from[0]));
         const SqueezeColumns columns{
-            offset,    hn::Add(offset, hn::Set(di32, 1)),      hn::LoadU(D32(), map.weight + x),
-            evenBytes, 4 * static_cast<std::ptrdiff_t>(start), map.aheadBytes};
+            offset,     hn::Add(offset, hn::Set(di32, 1)),      hn::LoadU(D32(), map.weight + x),
+            evenBytes,  4 * static_cast<std::ptrdiff_t>(start), map.aheadBytes,
+            belowWeight};
         if (pairs > 2 || start + 2 * kLanes * pairs > readablePixels) {
             SqueezeTarget place = target;
             place.bytes += 4 * static_cast<std::ptrdiff_t>(x) * target.columnStride;
-            scalar::squeezeRows(place, sources, readablePixels,
-                                {from, map.weight + x, kLanes, map.firstPixel});
+            scalar::squeezeRows(
+                place, sources, readablePixels,
+                {from, map.weight + x, kLanes, map.firstPixel, map.aheadBytes, map.belowWeight});
         } else if (pairs == 2) {
-            SqueezeBlock<2, kStream>(target, x, sources, columns);
+            SqueezeBlock<2, kStream, kBetweenRows>(target, x, sources, columns);
         } else {
-            SqueezeBlock<1, kStream>(target, x, sources, columns);
+            SqueezeBlock<1, kStream, kBetweenRows>(target, x, sources, columns);
         }
     }
+}
+
+template <bool kStream>
+HWY_INLINE void SqueezeRowsOf(const SqueezeTarget& target, const std::uint8_t* const* sources,
+                              std::size_t readablePixels, const SqueezeMap& map) {
+    if (map.belowWeight == 0)
+        SqueezeWholeRows<kStream, false>(target, sources, readablePixels, map);
+    else
+        SqueezeWholeRows<kStream, true>(target, sources, readablePixels, map);
 }
 
 void SqueezeRows(const SqueezeTarget& target, const std::uint8_t* const* sources,
@@ -124,9 +166,9 @@ void SqueezeRows(const SqueezeTarget& target, const std::uint8_t* const* sources
     if (target.rows != kBlockRows || map.columns < kLanes)
         scalar::squeezeRows(target, sources, readablePixels, map);
     else if (target.stream)
-        SqueezeWholeRows<true>(target, sources, readablePixels, map);
+        SqueezeRowsOf<true>(target, sources, readablePixels, map);
     else
-        SqueezeWholeRows<false>(target, sources, readablePixels, map);
+        SqueezeRowsOf<false>(target, sources, readablePixels, map);
 }
 
 #endif

@@ -9,6 +9,15 @@
 namespace skarnel::kernels {
 namespace scalar {
 
+namespace {
+
+/// A byte of a row that may lie between two rows of the picture.
+std::uint8_t mixedByte(const std::uint8_t* const* rows, std::size_t at, int belowWeight) {
+    return belowWeight == 0 ? rows[0][at] : lerpByte(rows[0][at], rows[1][at], belowWeight);
+}
+
+}  // namespace
+
 void squeezeRows(const SqueezeTarget& target, const std::uint8_t* const* sources,
                  std::size_t readablePixels, const SqueezeMap& map) {
     for (std::size_t x = 0; x < map.columns; ++x) {
@@ -19,7 +28,9 @@ void squeezeRows(const SqueezeTarget& target, const std::uint8_t* const* sources
             target.bytes + 4 * static_cast<std::ptrdiff_t>(x) * target.columnStride;
         for (int row = 0; row < target.rows; ++row)
             for (std::size_t k = 0; k < 4; ++k)
-                *column++ = lerpByte(sources[row][4 * at + k], sources[row][4 * next + k], weight);
+                *column++ =
+                    lerpByte(mixedByte(sources + row, 4 * at + k, map.belowWeight),
+                             mixedByte(sources + row, 4 * next + k, map.belowWeight), weight);
     }
 }
 

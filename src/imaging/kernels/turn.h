@@ -48,6 +48,9 @@ struct SqueezeMap {
     /// How far behind a source's pixels those lie that will be wanted next. They are only asked
     /// for, so that any distance does.
     std::ptrdiff_t aheadBytes = kAheadInRow;
+    /// 0, or the weight of the row below as a fraction of kLerpUnit: each source row then is first
+    /// mixed with the next one, of which there is one more.
+    int belowWeight = 0;
 };
 
 /// Where one block of squeezed rows goes: row r of column x is pixel x * columnStride + r.
@@ -59,9 +62,9 @@ struct SqueezeTarget {
 };
 
 /// Pixel x of each row = lerp of the pixels map.from[x] and map.from[x] + 1 of its source row, for
-/// every component. `sources` are target.rows rows from map.firstPixel on, of each of which
-/// readablePixels may be read; after the last of these comes that one again. Sources and target are
-/// disjoint.
+/// every component. `sources` are target.rows rows from map.firstPixel on, with belowWeight one
+/// more, of each of which readablePixels may be read; after the last of these comes that one again.
+/// Sources and target are disjoint.
 void squeezeRows(const SqueezeTarget& target, const std::uint8_t* const* sources,
                  std::size_t readablePixels, const SqueezeMap& map);
 

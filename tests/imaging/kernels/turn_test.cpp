@@ -70,14 +70,17 @@ struct Map {
         }
         if (columns > 0) sourcePixels = static_cast<std::size_t>(from.back()) + 1;
     }
-    SqueezeMap view() const { return {from.data(), weight.data(), from.size()}; }
+    SqueezeMap view(int belowWeight) const {
+        return {from.data(), weight.data(), from.size(), 0, kAheadInRow, belowWeight};
+    }
 };
 
-void expectSqueezedAlike(std::size_t columns, double step, int rows, bool stream) {
+void expectSqueezedAlike(std::size_t columns, double step, int rows, bool stream,
+                         int belowWeight = 0) {
     const Map map(columns, step);
     std::vector<std::vector<std::uint8_t>> sources;
     std::vector<const std::uint8_t*> pointers;
-    for (int row = 0; row < rows; ++row) {
+    for (int row = 0; row < rows + (belowWeight != 0 ? 1 : 0); ++row) {
         sources.push_back(noise(4 * map.sourcePixels, static_cast<std::uint32_t>(row)));
         pointers.push_back(sources.back().data());
     }
@@ -85,7 +88,7 @@ void expectSqueezedAlike(std::size_t columns, double step, int rows, bool stream
     expectEqualTargets(4 * columns * stride, stream ? 0 : 4 * (columns % 5), "squeezed",
                        [&](std::uint8_t* target) {
                            squeezeRows({target, static_cast<std::ptrdiff_t>(stride), rows, stream},
-                                       pointers.data(), map.sourcePixels, map.view());
+                                       pointers.data(), map.sourcePixels, map.view(belowWeight));
                        });
 }
 
@@ -96,6 +99,31 @@ TEST(TurnKernels, SqueezedRowsAreTheSameOnEveryTarget) {
             expectSqueezedAlike(columns, step, kBlockRows, true);
             expectSqueezedAlike(columns, step, 1 + static_cast<int>(columns) % 15, false);
         }
+}
+
+TEST(TurnKernels, SqueezedRowsBetweenOthersAreTheSameOnEveryTarget) {
+    for (std::size_t columns = 0; columns <= 130; ++columns)
+        for (const double step : {0.0, 0.99, 1.7, 3.6, 9.0}) {
+            const int c = static_cast<int>(columns);
+            expectSqueezedAlike(columns, step, kBlockRows, false, 1 + 251 * c);
+            expectSqueezedAlike(columns, step, kBlockRows, true, kLerpUnit - 1 - 251 * c);
+            expectSqueezedAlike(columns, step, 1 + c % 15, false, 1 + 251 * c);
+        }
+}
+
+TEST(TurnKernels, ARowBetweenOthersIsMixedAndRoundedBeforeItIsSqueezed) {
+    // Halfway down: 10 and 0 make 5, 10 and 255 make 132.5, which rounds up to 133.
+    const std::vector<std::uint8_t> upper{10, 10, 10, 10, 20, 20, 20, 20};
+    const std::vector<std::uint8_t> lower{0, 4, 8, 255, 100, 4, 16, 255};
+    const std::uint8_t* sources[] = {upper.data(), lower.data()};
+    const std::vector<std::int32_t> from{0, 0, 1};
+    const std::vector<std::uint32_t> weight{0, 0x4000'4000, 0x7FFF'7FFF};
+    const SqueezeMap map{from.data(), weight.data(), 3, 0, kAheadInRow, kLerpUnit / 2};
+    std::vector<std::uint8_t> target(12);
+    scalar::squeezeRows({target.data(), 1, 1, false}, sources, 2, map);
+    EXPECT_EQ(target, (std::vector<std::uint8_t>{5, 7, 9, 133,     //
+                                                 33, 10, 14, 136,  // 5 and 60, 7 and 12, ...
+                                                 60, 12, 18, 138}));
 }
 
 TEST(TurnKernels, ASqueezedRowLiesInItsPlaceOfEveryColumn) {
