@@ -34,6 +34,7 @@ void limitTo(__rlimit_resource resource, std::uint64_t value) {
 
 void limitResources(const CellLimits& limits) {
     limitTo(RLIMIT_AS, limits.memoryBytes);
+    limitTo(RLIMIT_DATA, limits.dataBytes);
     limitTo(RLIMIT_FSIZE, 0);
     limitTo(RLIMIT_CPU, limits.seconds);
     limitTo(RLIMIT_CORE, 0);

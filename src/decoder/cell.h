@@ -12,6 +12,7 @@ struct CellLimits {
     unsigned seconds;           // of processor time
     /// Whether the decoder may start threads of its own; never processes.
     enum class Threads : std::uint8_t { One, Many } threads = Threads::One;
+    std::uint64_t dataBytes = UINT64_MAX;  // of the address space, what can be written to
 };
 
 /// Locks the calling process in for good; it must have one thread:

@@ -4,33 +4,31 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <limits>
 #include <optional>
+#include <span>
 #include <string_view>
+#include <thread>
 
 #include "decoder/answer.h"
 #include "decoder/cell.h"
 #include "decoder/encode_job.h"
+#include "decoder/picture_limits.h"
 #include "imaging/io/decoder_protocol.h"
 #include "imaging/io/encoder_protocol.h"
 #include "imaging/io/late_codec.h"
 #include "imaging/io/mapped_file.h"
+#include "imaging/io/picture_head.h"
 #include "imaging/io/row_ring.h"
 
 namespace skarnel {
 namespace {
-
-/// Four bytes a pixel for the picture, four for its turned form, and up to sixteen for a codec
-/// that holds a whole picture in its own samples; the rest is the program and its libraries.
-CellLimits limitsFor(const DecodeLimits& limits) {
-    constexpr std::uint64_t kPrograms = std::uint64_t{1} << 30U;
-    const auto pixels = static_cast<std::uint64_t>(limits.maxPixels);
-    return {kPrograms + pixels * 24, 120};
-}
 
 /// Whether a small PNG names neither colours nor a camera's facts, and needs no libraries for them.
 /// Their names are looked for in all of its bytes, so that what lies where does not matter.
@@ -54,13 +52,25 @@ io::CodecNeeds needsOf(int picture) {
     return io::prepareToDecode({bytes, read.size()}, whole ? restOf(read) : io::Rest::Unknown);
 }
 
+CellLimits limitsFor(int picture, const DecodeLimits& limits) {
+    if (needsOf(picture) != io::CodecNeeds::Threads) return limitsForPictures(limits);
+    struct stat status {};
+    if (::fstat(picture, &status) != 0) return limitsForItems(limits, std::nullopt, 0, 1);
+    const auto stated = sizeOfPrimaryItem(
+        [picture](std::uint64_t place, std::span<std::uint8_t> target) -> std::size_t {
+            if (place > std::uint64_t{std::numeric_limits<off_t>::max()}) return 0;
+            const ssize_t count =
+                ::pread(picture, target.data(), target.size(), static_cast<off_t>(place));
+            return count > 0 ? static_cast<std::size_t>(count) : 0;
+        });
+    return limitsForItems(limits, stated, static_cast<std::uint64_t>(status.st_size),
+                          std::max(1U, std::thread::hardware_concurrency()));
+}
+
 int decode(const DecodeLimits& limits) {
     struct stat status {};
     if (::fstat(io::kAnswerDescriptor, &status) != 0 || !S_ISFIFO(status.st_mode)) return 2;
-    CellLimits cell = limitsFor(limits);
-    if (needsOf(io::kPictureDescriptor) == io::CodecNeeds::Threads) {
-        cell.threads = CellLimits::Threads::Many;
-    }
+    CellLimits cell = limitsFor(io::kPictureDescriptor, limits);
     // What can be mapped is mapped while that is allowed.
     io::MappedFile file(io::kPictureDescriptor);
     auto ring = io::RowRing::map(io::kRingDescriptor);

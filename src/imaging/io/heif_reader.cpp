@@ -10,6 +10,7 @@
 
 #include "imaging/io/color_profile.h"
 #include "imaging/io/exif.h"
+#include "imaging/io/heif_items.h"
 #include "imaging/io/late_codec.h"
 #include "imaging/io/readers.h"
 #include "util/log/message.h"
@@ -28,6 +29,7 @@ struct Api {
     decltype(heif_context_set_max_decoding_threads)* setThreads;
     decltype(heif_context_read_from_memory_without_copy)* read;
     decltype(heif_context_get_primary_image_handle)* primary;
+    decltype(heif_context_get_primary_image_ID)* primaryItem;
     decltype(heif_image_handle_release)* releaseHandle;
     decltype(heif_image_handle_get_width)* width;
     decltype(heif_image_handle_get_height)* height;
@@ -61,6 +63,7 @@ std::optional<Api> loadApi() {
     library.bind(api.setThreads, "heif_context_set_max_decoding_threads");
     library.bind(api.read, "heif_context_read_from_memory_without_copy");
     library.bind(api.primary, "heif_context_get_primary_image_handle");
+    library.bind(api.primaryItem, "heif_context_get_primary_image_ID");
     library.bind(api.releaseHandle, "heif_image_handle_release");
     library.bind(api.width, "heif_image_handle_get_width");
     library.bind(api.height, "heif_image_handle_get_height");
@@ -204,10 +207,37 @@ Result<SourcePicture> copyPixels(const heif_image* image, const DecodeLimits& li
 
 /// A grid or an overlay, of which the picture or its transparency may be made, has a size of its
 /// own, and memory is taken for that. None may be larger than what the file says of the picture,
-/// before it is cropped or turned.
-void boundCanvases(heif_context* context, const heif_image_handle* handle) {
-    api()->limitSides(context, std::max({api()->statedWidth(handle), api()->statedHeight(handle),
-                                         api()->width(handle), api()->height(handle)}));
+/// before it is cropped or turned; fails when that alone is too large.
+std::optional<Error> boundCanvases(heif_context* context, const heif_image_handle* handle,
+                                   const DecodeLimits& limits) {
+    const int width = api()->width(handle);
+    const int height = api()->height(handle);
+    if (auto tooLarge = checkPictureSize(width, height, limits, kMaxPixels)) return tooLarge;
+    // 0 where it is not stated.
+    const int statedWidth = std::max(api()->statedWidth(handle), 1);
+    const int statedHeight = std::max(api()->statedHeight(handle), 1);
+    if (auto tooLarge = checkPictureSize(statedWidth, statedHeight, limits, kMaxPixels))
+        return tooLarge;
+    // The library refuses a side of the limit itself, too.
+    api()->limitSides(context, std::max({width, height, statedWidth, statedHeight}) + 1);
+    return std::nullopt;
+}
+
+/// A picture may be made of another any number of times, and that one again; or of itself.
+std::optional<Error> boundItems(heif_context* context, const heif_image_handle* handle,
+                                ByteView bytes) {
+    // Tiles have 64 pixels a side at least, and transparency of their own.
+    constexpr std::uint64_t kLeastPixels = 1024;
+    constexpr std::uint64_t kSpareItems = 64;
+    heif_item_id item = 0;
+    if (const heif_error error = api()->primaryItem(context, &item); error.code != heif_error_Ok) {
+        return failureOf(error);
+    }
+    const auto pixels = static_cast<std::uint64_t>(api()->width(handle)) *
+                        static_cast<std::uint64_t>(api()->height(handle));
+    const std::uint64_t most = kSpareItems + pixels / kLeastPixels;
+    if (decodedItems(bytes, item, most) <= most) return std::nullopt;
+    return Error{ErrorCode::Damaged, "The HEIF picture is damaged"};
 }
 
 }  // namespace
@@ -230,11 +260,8 @@ Result<SourcePicture> readHeif(ByteView bytes, const DecodeLimits& limits) {
     error = api()->primary(context.get(), &found);
     const Owned<heif_image_handle> handle(found);
     if (error.code != heif_error_Ok) return failureOf(error);
-    if (auto tooLarge =
-            checkPictureSize(api()->width(found), api()->height(found), limits, kMaxPixels)) {
-        return *tooLarge;
-    }
-    boundCanvases(context.get(), found);
+    if (auto tooLarge = boundCanvases(context.get(), found, limits)) return *tooLarge;
+    if (auto endless = boundItems(context.get(), found, bytes)) return *endless;
     auto image = decodePixels(found);
     if (!image) return image.error();
     auto picture = copyPixels(image->get(), limits);

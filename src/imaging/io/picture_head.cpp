@@ -2,10 +2,12 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <limits>
 #include <string_view>
+#include <vector>
 
 #include "imaging/io/byte_reader.h"
 #include "imaging/io/image_io.h"
@@ -19,6 +21,7 @@ using io::ByteReader;
 
 constexpr std::size_t kPieceBytes = 64;  // more than any fixed head here has
 constexpr int kMostSteps = 1000;         // segments, boxes or entries that are walked over
+constexpr std::uint64_t kMostAssociationBytes = 1 << 18;  // of the items of a HEIF file
 
 std::optional<HeadSize> checked(std::int64_t width, std::int64_t height) {
     constexpr std::int64_t kMaxSide = std::numeric_limits<std::int32_t>::max() / 4;
@@ -189,27 +192,87 @@ std::optional<HeadSize> jpeg2000Size(const ReadAt& read, const Piece& head) {
     return codestream ? codestream2000Size(read, codestream->content) : std::nullopt;
 }
 
-/// The largest of the sizes that a HEIF or AVIF file describes: a picture of tiles describes both
-/// the tiles and the whole.
-std::optional<HeadSize> heifSize(const ReadAt& read) {
-    auto inside = findBox(read, kWholeFile, "meta");
-    if (!inside) return std::nullopt;
-    inside->content += 4;  // version and flags
-    for (const std::string_view type : {"iprp", "ipco"}) {
-        inside = findBox(read, *inside, type);
-        if (!inside) return std::nullopt;
-    }
-    std::optional<HeadSize> largest;
-    forEachBox(read, *inside, [&](const Piece& piece, Box) {
+/// What describes the items of a HEIF or AVIF file, and which is the picture.
+std::optional<Box> findMeta(const ReadAt& read) {
+    auto meta = findBox(read, kWholeFile, "meta");
+    if (meta) meta->content += 4;  // version and flags
+    return meta;
+}
+
+std::optional<Box> findProperties(const ReadAt& read, Box meta) {
+    const auto outer = findBox(read, meta, "iprp");
+    return outer ? findBox(read, *outer, "ipco") : std::nullopt;
+}
+
+/// Calls `each` with the number, from 1 on, of every size that the file describes.
+template <typename Each>
+void forEachSize(const ReadAt& read, Box properties, Each each) {
+    int number = 0;
+    forEachBox(read, properties, [&](const Piece& piece, Box) {
+        ++number;
         if (!piece.has("ispe", 4)) return false;
         ByteReader in = piece.reader(ByteOrder::Big, 12);
         const std::int64_t width = in.u32();
-        const auto size = checked(width, in.u32());
-        const auto area = [](HeadSize of) { return std::int64_t{of.width} * of.height; };
-        if (size && (!largest || area(*size) > area(*largest))) largest = size;
+        if (const auto size = checked(width, in.u32())) each(number, *size);
         return false;
     });
+}
+
+void keepLarger(std::optional<HeadSize>& largest, HeadSize size) {
+    const auto area = [](HeadSize of) { return std::int64_t{of.width} * of.height; };
+    if (!largest || area(size) > area(*largest)) largest = size;
+}
+
+/// The largest of the sizes that a HEIF or AVIF file describes: a picture of tiles describes both
+/// the tiles and the whole.
+std::optional<HeadSize> heifSize(const ReadAt& read) {
+    const auto meta = findMeta(read);
+    const auto properties = meta ? findProperties(read, *meta) : std::nullopt;
+    std::optional<HeadSize> largest;
+    if (!properties) return largest;
+    forEachSize(read, *properties, [&](int, HeadSize size) { keepLarger(largest, size); });
     return largest;
+}
+
+/// Version and flags of a box.
+struct Kind {
+    int version = 0;
+    std::uint32_t flags = 0;
+};
+
+Kind kindIn(ByteReader& in) {
+    const std::uint32_t both = in.u32();
+    return {static_cast<int>(both >> 24), both & 0xFFFFFF};
+}
+
+std::optional<std::uint32_t> primaryItem(const ReadAt& read, Box meta) {
+    const auto box = findBox(read, meta, "pitm");
+    if (!box) return std::nullopt;
+    const Piece piece(read, box->content);
+    ByteReader in = piece.reader(ByteOrder::Big);
+    const std::uint32_t item = kindIn(in).version == 0 ? in.u16() : in.u32();
+    return in.failed() ? std::nullopt : std::optional(item);
+}
+
+/// Numbers of the properties that an item has.
+std::vector<int> propertiesOfItem(const ReadAt& read, Box box, std::uint32_t item) {
+    Bytes bytes(static_cast<std::size_t>(
+        std::min<std::uint64_t>(box.end - box.content, kMostAssociationBytes)));
+    bytes.resize(read(box.content, bytes));
+    ByteReader in(bytes, ByteOrder::Big);
+    const Kind kind = kindIn(in);
+    const std::uint32_t entries = in.u32();
+    std::vector<int> numbers;
+    for (std::uint32_t entry = 0; entry < entries && !in.failed(); ++entry) {
+        const bool isIts = (kind.version == 0 ? in.u16() : in.u32()) == item;
+        const int count = in.u8();
+        for (int i = 0; i < count && !in.failed(); ++i) {
+            // The highest bit says whether a reader must know the property.
+            const int number = (kind.flags & 1U) != 0 ? in.u16() & 0x7FFF : in.u8() & 0x7F;
+            if (isIts) numbers.push_back(number);
+        }
+    }
+    return numbers;
 }
 
 /// Bits as JPEG XL counts them, the lowest of a byte first; 0 past the end.
@@ -272,6 +335,22 @@ std::optional<HeadSize> plainSize(const Piece& head, std::string_view type) {
 }
 
 }  // namespace
+
+std::optional<HeadSize> sizeOfPrimaryItem(const ReadAt& read) {
+    const auto meta = findMeta(read);
+    if (!meta) return std::nullopt;
+    const auto item = primaryItem(read, *meta);
+    const auto properties = findProperties(read, *meta);
+    const auto outer = findBox(read, *meta, "iprp");
+    const auto uses = outer ? findBox(read, *outer, "ipma") : std::nullopt;
+    if (!item || !properties || !uses) return std::nullopt;
+    const std::vector<int> numbers = propertiesOfItem(read, *uses, *item);
+    std::optional<HeadSize> largest;
+    forEachSize(read, *properties, [&](int number, HeadSize size) {
+        if (std::ranges::find(numbers, number) != numbers.end()) keepLarger(largest, size);
+    });
+    return largest;
+}
 
 std::optional<HeadSize> sizeInHead(const ReadAt& read) {
     const Piece head(read, 0);

@@ -26,7 +26,11 @@ using ReadAt = std::function<std::size_t(std::uint64_t place, std::span<std::uin
 /// picture can be decoded, and is of that size then, only decoding tells.
 std::optional<HeadSize> sizeInHead(const ReadAt& read);
 
-/// The same for a regular file; none also for what cannot be opened.
+/// The size that a HEIF or AVIF file states of its primary picture, before it is cropped or turned;
+/// the largest where it states several. None where the file is unusual or damaged.
+std::optional<HeadSize> sizeOfPrimaryItem(const ReadAt& read);
+
+/// What sizeInHead finds in a regular file; none also for what cannot be opened.
 std::optional<HeadSize> sizeInHeadOfFile(const std::string& path);
 
 }  // namespace skarnel

@@ -10,6 +10,7 @@
 #include <iterator>
 
 #include "imaging/io/file_builders.h"
+#include "imaging/io/late_bombs.h"
 #include "imaging/io/pictures.h"
 
 namespace skarnel {
@@ -293,26 +294,6 @@ TEST(WholeBombs, AreOpenedForWhoAllowsThem) {
     EXPECT_TRUE(decodeImage(file)) << "not many pixels are taken on trust";
     EXPECT_FALSE(decodeImage(file, {3'000'000, 1'000'000}));
     EXPECT_TRUE(decodeImage(file, {3'000'000, 3'000'000}));
-}
-
-/// A JPEG XL stream that begins with its size and says nothing more.
-Bytes jxlHeader(std::uint32_t side) {
-    // From the lowest bit: not small, 18 bits of height, as wide as high, all else as usual.
-    const std::uint64_t bits = std::uint64_t{2} << 1U | std::uint64_t{side - 1} << 3U |
-                               std::uint64_t{1} << 21U | std::uint64_t{1} << 24U;
-    return ByteSink(false).u16(0x0AFF).u64(bits).bytes;
-}
-
-/// A picture whose box of its size says something else.
-Bytes withSide(const char* name, std::uint32_t side) {
-    std::ifstream stream(std::string(LATE_FILES "/") + name, std::ios::binary);
-    Bytes file{std::istreambuf_iterator<char>(stream), {}};
-    const std::string_view type = "ispe";
-    const auto at = std::search(file.begin(), file.end(), type.begin(), type.end());
-    EXPECT_NE(at, file.end()) << name;
-    const Bytes number = ByteSink(true).u32(side).u32(side).bytes;
-    std::copy(number.begin(), number.end(), at + 8);
-    return file;
 }
 
 TEST(Bombs, OfFormatsThatAreLoadedLateAreRefused) {

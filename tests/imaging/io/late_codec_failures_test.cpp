@@ -156,6 +156,8 @@ TEST_F(LateCodecFailures, AHeifLibraryThatFailsIsAnErrorOfItsOwnKind) {
              std::pair{"read=3", ErrorCode::Unsupported},
              std::pair{"primary=4", ErrorCode::Unsupported},
              std::pair{"primary=2", ErrorCode::Damaged},
+             std::pair{"stated=100000001", ErrorCode::TooLarge},
+             std::pair{"item=2", ErrorCode::Damaged},
              std::pair{"no-options", ErrorCode::OutOfMemory},
              std::pair{"decode=6", ErrorCode::OutOfMemory},
              std::pair{"decode=7", ErrorCode::Damaged},

@@ -18,14 +18,19 @@ namespace {
 
 using testing::ByteSink;
 
-std::optional<HeadSize> headOf(const Bytes& bytes) {
-    return sizeInHead([&](std::uint64_t place, std::span<std::uint8_t> target) -> std::size_t {
+/// Reads from these bytes, which must stay.
+ReadAt readerOf(const Bytes& bytes) {
+    return [&bytes](std::uint64_t place, std::span<std::uint8_t> target) -> std::size_t {
         if (place >= bytes.size()) return 0;
         const std::size_t count =
             std::min<std::size_t>(target.size(), bytes.size() - static_cast<std::size_t>(place));
         std::memcpy(target.data(), bytes.data() + place, count);
         return count;
-    });
+    };
+}
+
+std::optional<HeadSize> headOf(const Bytes& bytes) {
+    return sizeInHead(readerOf(bytes));
 }
 
 Bytes bytesOf(const std::filesystem::path& path) {
@@ -203,6 +208,72 @@ TEST(PictureHead, OfHeifIsTheLargestOfItsSizes) {
     EXPECT_FALSE(headOf(sizes({{0, 9}})));
     EXPECT_FALSE(headOf(heif(box("free", {}))));
     EXPECT_FALSE(headOf(heif(box("meta", ByteSink(true).u32(0).bytes))));
+}
+
+/// Three sizes, of which item 7 has the second and item 9 the third; the numbers of items and
+/// properties are long or short.
+Bytes heifWithPrimary(std::uint32_t item, bool longItems, bool longNumbers) {
+    const auto box = [](std::string_view type, const Bytes& contents) {
+        return ByteSink(true).u32(8 + contents.size()).text(type).raw(contents).bytes;
+    };
+    const auto addItem = [=](ByteSink& out, std::uint32_t value) {
+        if (longItems) {
+            out.u32(value);
+        } else {
+            out.u16(value);
+        }
+    };
+    const auto addNumber = [=](ByteSink& out, std::uint32_t value) {
+        if (longNumbers) {
+            out.u16(value);
+        } else {
+            out.u8(value);
+        }
+    };
+    ByteSink sizes(true);
+    for (const unsigned side : {500U, 30U, 70U}) {
+        sizes.raw(box("ispe", ByteSink(true).u32(0).u32(side).u32(side + 1).bytes));
+        sizes.raw(box("colr", {1}));
+    }
+    ByteSink uses(true);
+    uses.u32((longItems ? 1U << 24U : 0U) | (longNumbers ? 1U : 0U)).u32(2);
+    for (const auto& [of, number] : {std::pair{7U, 3U}, {9U, 5U}}) {
+        addItem(uses, of);
+        uses.u8(2);
+        // One that a reader must know, and one without a size.
+        addNumber(uses, number | (longNumbers ? 0x8000U : 0x80U));
+        addNumber(uses, 2);
+    }
+    ByteSink primary(true);
+    primary.u32(longItems ? 1U << 24U : 0U);
+    addItem(primary, item);
+    const Bytes properties = box(
+        "iprp", ByteSink(true).raw(box("ipco", sizes.bytes)).raw(box("ipma", uses.bytes)).bytes);
+    ByteSink meta(true);
+    meta.u32(0).raw(box("pitm", primary.bytes)).raw(properties);
+    return ByteSink(true).raw(box("ftyp", {})).raw(box("meta", meta.bytes)).bytes;
+}
+
+TEST(PictureHead, OfThePrimaryItemIsTheSizeThatItHas) {
+    for (const bool longItems : {false, true}) {
+        for (const bool longNumbers : {false, true}) {
+            const auto sizeOf = [&](std::uint32_t item) {
+                const Bytes file = heifWithPrimary(item, longItems, longNumbers);
+                return sizeOfPrimaryItem(readerOf(file));
+            };
+            EXPECT_EQ(sizeOf(7), (HeadSize{30, 31}));
+            EXPECT_EQ(sizeOf(9), (HeadSize{70, 71}));
+            EXPECT_FALSE(sizeOf(8));
+        }
+    }
+}
+
+TEST(PictureHead, OfThePrimaryItemIsNoneWhereTheFileIsCut) {
+    const Bytes file = heifWithPrimary(9, false, false);
+    for (std::size_t size = 0; size + 3 < file.size(); ++size) {
+        const Bytes cut(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size));
+        EXPECT_FALSE(sizeOfPrimaryItem(readerOf(cut))) << size;
+    }
 }
 
 TEST(PictureHead, OfJpegXLIsFoundInItsBoxesWholeOrInParts) {

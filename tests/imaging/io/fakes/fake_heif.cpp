@@ -50,6 +50,10 @@ heif_error heif_context_get_primary_image_handle(heif_context*, heif_image_handl
     *handle = error.code == heif_error_Ok ? new heif_image_handle : nullptr;
     return error;
 }
+heif_error heif_context_get_primary_image_ID(heif_context*, heif_item_id* item) {
+    *item = 1;
+    return errorTold("item");
+}
 void heif_image_handle_release(const heif_image_handle* handle) {
     delete handle;
 }
@@ -59,8 +63,8 @@ int heif_image_handle_get_width(const heif_image_handle*) {
 int heif_image_handle_get_height(const heif_image_handle*) {
     return 1;
 }
-int heif_image_handle_get_ispe_width(const heif_image_handle* handle) {
-    return heif_image_handle_get_width(handle);
+int heif_image_handle_get_ispe_width(const heif_image_handle*) {
+    return static_cast<int>(toldNumber("stated", 0));
 }
 int heif_image_handle_get_ispe_height(const heif_image_handle*) {
     return 1;

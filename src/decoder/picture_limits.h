@@ -1,0 +1,23 @@
+// How much memory and processor time decoding a picture may take.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "decoder/cell.h"
+#include "imaging/io/image_io.h"
+#include "imaging/io/picture_head.h"
+
+namespace skarnel {
+
+/// For any format: its reader bounds itself, these are far above.
+CellLimits limitsForPictures(const DecodeLimits& limits);
+
+/// For HEIF and AVIF, where the files' parts may state other sizes than the picture, or be made of
+/// each other without end, and only their library knows: not much more than an honest picture
+/// takes. `stated` is what the file says of its picture, none where that cannot be found;
+/// `processors` is how many threads a codec may start, at least 1.
+CellLimits limitsForItems(const DecodeLimits& limits, std::optional<HeadSize> stated,
+                          std::uint64_t fileBytes, unsigned processors);
+
+}  // namespace skarnel
