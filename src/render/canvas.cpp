@@ -1,6 +1,7 @@
 #include "render/canvas.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 #include <new>
 
@@ -181,10 +182,10 @@ std::optional<CanvasRows::PictureSpan> CanvasRows::pictureAlone(int row, int cou
         span.readablePixels = pictureRows_->readableFrom(index + count - 1);
         return span;
     }
-    for (int i = 0; i < count; ++i)
-        if (lines.coverage(index + i) != 255) return std::nullopt;
     const auto mixed = pictureRows_->mixedRows(index, count, rows);
     if (!mixed) return std::nullopt;
+    // A row that is covered partly lies beyond the middle of the picture's last: no mix of two.
+    assert(lines.coverage(index) == 255 && lines.coverage(index + count - 1) == 255);
     span.readablePixels = mixed->readablePixels;
     span.belowWeight = mixed->belowWeight;
     return span;
