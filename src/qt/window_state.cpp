@@ -1,5 +1,7 @@
 #include "qt/window_state.h"
 
+#include <sys/stat.h>
+
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -32,6 +34,18 @@ QString name(const char* key) {
     return QString::fromLatin1(key);
 }
 
+/// The list on disk without what was taken out of `before` and with what was added to it, to become
+/// `after`.
+QJsonArray mergedList(const QJsonArray& stored, const QJsonArray& before, const QJsonArray& after) {
+    if (stored == before) return after;
+    QJsonArray merged;
+    for (const QJsonValue& each : stored)
+        if (after.contains(each) || !before.contains(each)) merged.append(each);
+    for (const QJsonValue& each : after)
+        if (!before.contains(each) && !stored.contains(each)) merged.append(each);
+    return merged;
+}
+
 QString base64(const QByteArray& bytes) {
     return QString::fromLatin1(bytes.toBase64());
 }
@@ -48,7 +62,8 @@ QString WindowState::defaultPath() {
     return base + QStringLiteral("/skarnel/window.json");
 }
 
-WindowState::WindowState(QString path) : path_(std::move(path)) {
+WindowState::WindowState(QString path, FileSystem& fileSystem)
+    : path_(std::move(path)), fileSystem_(fileSystem) {
     if (path_.isEmpty()) return;
     OnDisk found = read();
     values_ = std::move(found.values);
@@ -56,13 +71,21 @@ WindowState::WindowState(QString path) : path_(std::move(path)) {
 }
 
 WindowState::OnDisk WindowState::read() const {
-    const auto bytes = readSharedFile(path_.toStdString(), kLargestFile);
-    if (!bytes) return {{}, bytes.error().code == ErrorCode::NotFound};
+    const std::string path = path_.toStdString();
+    const auto bytes = readSharedFile(path, kLargestFile, fileSystem_);
+    if (!bytes) {
+        const ErrorCode code = bytes.error().code;
+        struct stat status = {};
+        const bool isFile = fileSystem_.stat(path.c_str(), status) == 0 && S_ISREG(status.st_mode);
+        if (code == ErrorCode::CannotRead && isFile) return {{}, true, bytes.error()};
+        return {{}, code == ErrorCode::NotFound, std::nullopt};
+    }
     const QByteArray text(reinterpret_cast<const char*>(bytes->data()),
                           static_cast<qsizetype>(bytes->size()));
     QJsonParseError fault{};
     const QJsonDocument document = QJsonDocument::fromJson(text, &fault);
-    OnDisk found{document.object(), fault.error == QJsonParseError::NoError && document.isObject()};
+    OnDisk found{document.object(), fault.error == QJsonParseError::NoError && document.isObject(),
+                 std::nullopt};
     // The lists are the user's own work; the rest comes back with the next move of the window.
     for (const char* list : kLists) {
         const QJsonValue value = found.values.value(name(list));
@@ -81,7 +104,7 @@ void WindowState::setValue(const QString& key, const QJsonValue& value) {
 }
 
 void WindowState::removeLeftOvers() const {
-    if (!path_.isEmpty()) skarnel::removeLeftOvers(folderOfPath(path_.toStdString()));
+    if (!path_.isEmpty()) skarnel::removeLeftOvers(folderOfPath(path_.toStdString()), fileSystem_);
 }
 
 void WindowState::update(const QString& key,
@@ -91,10 +114,12 @@ void WindowState::update(const QString& key,
                                                  merged = change(values.value(key));
                                                  values.insert(key, merged);
                                              }).hasValue();
-    if (written)
+    if (written) {
         values_.insert(key, merged);
-    else
-        setValue(key, change(values_.value(key)));
+        return;
+    }
+    if (!changed_.contains(key)) before_.insert(key, values_.value(key).toArray());
+    setValue(key, change(values_.value(key)));
 }
 
 QByteArray WindowState::geometry() const {
@@ -180,35 +205,50 @@ bool WindowState::save() {
     return write([](QJsonObject&) {}).hasValue();
 }
 
+void WindowState::mergeInto(QJsonObject& stored) {
+    // Windows that run at once each add to the list.
+    const QString recent = name(kRecent);
+    if (changed_.contains(recent)) {
+        const QJsonValue others = clearedRecent_ ? QJsonArray() : stored.value(recent);
+        values_.insert(recent, withAddedRecent(others));
+    }
+    for (const QString& key : before_.keys()) {
+        const QJsonArray others = stored.value(key).toArray();
+        values_.insert(
+            key, mergedList(others, before_.value(key).toArray(), values_.value(key).toArray()));
+        // The write may fail again, and then the others are part of the list already.
+        before_.insert(key, others);
+    }
+    for (const QString& key : std::as_const(changed_)) stored.insert(key, values_.value(key));
+}
+
 Result<void> WindowState::write(const std::function<void(QJsonObject&)>& change) {
     const std::string path = path_.toStdString();
     const auto logged = [&](Result<void> done) {
         if (!done) systemLog(path + ": " + done.error().message);
         return done;
     };
-    if (auto made = makeFolders(folderOfPath(path)); !made) return logged(std::move(made));
-    FileLock lock;
+    if (auto made = makeFolders(folderOfPath(path), fileSystem_); !made)
+        return logged(std::move(made));
+    FileLock lock(fileSystem_);
     if (auto locked = lock.take(path + ".lock", kLockPatience); !locked)
         return logged(std::move(locked));
     OnDisk now = read();
+    if (now.unread) return logged(*now.unread);
     if (foundDamaged_ || !now.whole) {
-        if (auto kept = keepDamagedCopy(path); !kept) return logged(std::move(kept));
+        if (auto kept = keepDamagedCopy(path, fileSystem_); !kept) return logged(std::move(kept));
         systemLog(path + ": What could not be read is kept beside it");
         foundDamaged_ = false;
     }
-    // Windows that run at once each add to the list.
-    const QString recent = name(kRecent);
-    if (changed_.contains(recent))
-        values_.insert(recent,
-                       withAddedRecent(clearedRecent_ ? QJsonArray() : now.values.value(recent)));
-    for (const QString& key : std::as_const(changed_)) now.values.insert(key, values_.value(key));
+    mergeInto(now.values);
     change(now.values);
     const QByteArray text = QJsonDocument(now.values).toJson();
     const std::span bytes(reinterpret_cast<const std::uint8_t*>(text.constData()),
                           static_cast<std::size_t>(text.size()));
-    auto written = writeFileSafely(path, bytes, Overwrite::Allow);
+    auto written = writeFileSafely(path, bytes, Overwrite::Allow, fileSystem_);
     if (written) {
         changed_.clear();
+        before_ = {};
         addedRecent_.clear();
         clearedRecent_ = false;
     }

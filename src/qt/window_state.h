@@ -8,15 +8,18 @@
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include <optional>
 #include <utility>
 
+#include "storage/file_system.h"
 #include "util/log/result.h"
 
 namespace skarnel {
 
 /// One small JSON file. Nothing here is worth an error message: what cannot be read counts as not
-/// there, and is kept beside as "window.json.damaged" before anything is written; what cannot be
-/// written is logged and tried again with the next change. Windows that run at the same time write
+/// there, and is kept beside as "window.json.damaged" before anything is written; a file that the
+/// system cannot read at the moment is left as it is; what cannot be written is logged and tried
+/// again with the next change. Windows that run at the same time write
 /// only what they changed, each over what the others left.
 class WindowState {
   public:
@@ -24,7 +27,7 @@ class WindowState {
     /// the user has no home, and then nothing is kept.
     static QString defaultPath();
 
-    explicit WindowState(QString path);
+    explicit WindowState(QString path, FileSystem& fileSystem = systemFileSystem());
 
     /// Removes what a killed program's write left beside the file.
     void removeLeftOvers() const;
@@ -76,18 +79,24 @@ class WindowState {
     struct OnDisk {
         QJsonObject values;
         bool whole = true;
+        std::optional<Error> unread;  // an ordinary file is there, and what was in the way
     };
     OnDisk read() const;
     QJsonArray withAddedRecent(const QJsonValue& list) const;
+    /// Puts what is not yet written into what lies on disk.
+    void mergeInto(QJsonObject& stored);
     /// Under the lock: reads again, applies `change`, writes.
     Result<void> write(const std::function<void(QJsonObject&)>& change);
 
     QString path_;
+    FileSystem& fileSystem_;
     QJsonObject values_;
     bool foundDamaged_ = false;  // a copy is owed before the next write
     QStringList chosen_;
     std::function<void()> told_;
-    QSet<QString> changed_;       // names that are not yet written
+    QSet<QString> changed_;  // names that are not yet written
+    /// What lists were before they were updated here, of those that could not be written then.
+    QJsonObject before_;
     QStringList addedRecent_;     // since the last write, the latest first
     bool clearedRecent_ = false;  // before these
 };

@@ -1,0 +1,211 @@
+// Failing system calls under what the window remembers: the looks of the user's own stay, and so
+// do the recent files.
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <cerrno>
+#include <string>
+#include <utility>
+
+#include "qt/user_presets.h"
+#include "qt/window_state.h"
+#include "storage/fake_file_systems.h"
+#include "storage/left_overs.h"
+#include "storage/temporary_folder.h"
+#include "util/log/system_error.h"
+#include "util/log/system_log.h"
+
+namespace skarnel {
+namespace {
+
+using test::FaultyFileSystem;
+using test::Repeat;
+
+constexpr SettingNumbers kSome{1, 2, 3, 4, 5, 6, 7};
+
+QStringList namesOf(const WindowState& state) {
+    QStringList names;
+    for (const QJsonValue& look : state.value(QStringLiteral("presets")).toArray())
+        names << look.toObject().value(QStringLiteral("name")).toString();
+    return names;
+}
+
+class WindowStateFaults : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        WindowState state(path);
+        UserPresets(state).add(QStringLiteral("Old"), kSome);
+        state.addRecentFile(QStringLiteral("/p/old"));
+        ASSERT_TRUE(state.save());
+    }
+    /// What a window does in its time: a look, a recent file, and a switch.
+    static bool changeThrough(const QString& path, FileSystem& fileSystem) {
+        WindowState state(path, fileSystem);
+        UserPresets(state).add(QStringLiteral("New"), kSome);
+        state.addRecentFile(QStringLiteral("/p/new"));
+        state.setCueMuted(true);
+        return state.save();
+    }
+    QByteArray bytes() const {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("cannot be read");
+    }
+    void put(const QByteArray& text) const {
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+    }
+
+    QTemporaryDir folder;
+    QString path = folder.filePath(QStringLiteral("window.json"));
+};
+
+TEST_F(WindowStateFaults, WhicheverCallFailsTheFileIsWholeAndNothingIsLost) {
+    const QByteArray before = bytes();
+    FaultyFileSystem healthy(-1, 0, Repeat::Once);
+    ASSERT_TRUE(changeThrough(path, healthy));
+    const int calls = static_cast<int>(healthy.calls().size());
+    ASSERT_GT(calls, 20);
+    for (const auto& [error, repeat] : {std::pair{ENOSPC, Repeat::Once},
+                                        {EIO, Repeat::Once},
+                                        {EINTR, Repeat::Once},
+                                        {EIO, Repeat::FromThenOn}}) {
+        for (int call = 0; call < calls; ++call) {
+            SCOPED_TRACE("call " + std::to_string(call) + ", " + describeError(error));
+            put(before);
+            const ScopedLogCapture log;
+            FaultyFileSystem faulty(call, error, repeat);
+            const bool saved = changeThrough(path, faulty);
+            const WindowState next(path);
+            const QStringList looks = namesOf(next);
+            EXPECT_TRUE(looks.startsWith(QStringLiteral("Old"))) << bytes().toStdString();
+            EXPECT_LE(looks.count(QStringLiteral("New")), 1);
+            EXPECT_TRUE(next.recentFiles().contains(QStringLiteral("/p/old")));
+            if (saved) {
+                EXPECT_EQ(looks.size(), 2);
+                EXPECT_EQ(next.recentFiles().size(), 2);
+                EXPECT_TRUE(next.cueMuted());
+            } else {
+                EXPECT_NE(log.text().find("window.json: "), std::string::npos) << log.text();
+            }
+            removeLeftOvers(folder.path().toStdString());
+            EXPECT_FALSE(QFile::exists(path + QStringLiteral(".damaged"))) << "it was whole";
+        }
+    }
+}
+
+TEST_F(WindowStateFaults, ADamagedFileIsKeptWhicheverCallFails) {
+    const QByteArray damaged = bytes().chopped(9);
+    FaultyFileSystem healthy(-1, 0, Repeat::Once);
+    put(damaged);
+    ASSERT_TRUE(changeThrough(path, healthy));
+    const QString kept = path + QStringLiteral(".damaged");
+    const auto isKept = [&] {
+        QFile copy(kept);
+        return bytes() == damaged || (copy.open(QIODevice::ReadOnly) && copy.readAll() == damaged);
+    };
+    for (const Repeat repeat : {Repeat::Once, Repeat::FromThenOn}) {
+        for (int call = 0; call < static_cast<int>(healthy.calls().size()); ++call) {
+            QFile::remove(kept);
+            QFile::remove(path);  // the copy may be a second name of it
+            put(damaged);
+            FaultyFileSystem faulty(call, EIO, repeat);
+            const ScopedLogCapture log;
+            changeThrough(path, faulty);
+            EXPECT_TRUE(isKept()) << "call " << call;
+        }
+    }
+}
+
+TEST_F(WindowStateFaults, ShortWritesAreCompleted) {
+    test::ShortWritingFileSystem slow(3);
+    EXPECT_TRUE(changeThrough(path, slow));
+    EXPECT_EQ(namesOf(WindowState(path)),
+              (QStringList{QStringLiteral("Old"), QStringLiteral("New")}));
+}
+
+TEST_F(WindowStateFaults, AFileThatCannotBeReadIsNotReplaced) {
+    const ScopedLogCapture log;
+    const QByteArray before = bytes();
+    test::RefusingFileSystem unreadable({{"read", EIO}});
+    WindowState state(path, unreadable);
+    UserPresets looks(state);
+    looks.add(QStringLiteral("New"), kSome);
+    state.setCueMuted(true);
+    EXPECT_FALSE(state.save());
+    EXPECT_EQ(bytes(), before);
+    EXPECT_EQ(looks.all().size(), 1) << "it is there for this window";
+    EXPECT_NE(log.text().find(describeError(EIO)), std::string::npos) << log.text();
+}
+
+/// Reads fail, or the disk is full, for as long as it is told.
+class Weather final : public test::InterceptedFileSystem {
+  public:
+    std::string bad;
+
+  private:
+    int before(const std::string& call, const std::string&) override {
+        return call == bad ? -EIO : 0;
+    }
+};
+
+TEST_F(WindowStateFaults, ALaterTryWritesBesideWhatOthersWroteMeanwhile) {
+    for (const char* call : {"read", "write", "flock", "rename", "fsync"}) {
+        SCOPED_TRACE(call);
+        const ScopedLogCapture log;
+        Weather weather;
+        weather.bad = call;
+        WindowState state(path, weather);
+        UserPresets looks(state);
+        const QString mine = QString::fromLatin1(call);
+        looks.add(mine, kSome);
+        looks.add(QStringLiteral("Soon gone"), kSome);
+        ASSERT_TRUE(looks.remove(looks.placeOf(QStringLiteral("Soon gone"))));
+        const QString theirs = QStringLiteral("Other ") + mine;
+        {
+            WindowState other(path);
+            UserPresets(other).add(theirs, kSome);
+        }
+        weather.bad.clear();
+        EXPECT_TRUE(state.save());
+        const QStringList names = namesOf(WindowState(path));
+        EXPECT_TRUE(names.startsWith(QStringLiteral("Old"))) << names.join(u',').toStdString();
+        EXPECT_EQ(names.count(mine), 1);
+        EXPECT_EQ(names.count(theirs), 1);
+        EXPECT_FALSE(names.contains(QStringLiteral("Soon gone")));
+    }
+}
+
+TEST_F(WindowStateFaults, WhatWasRemovedWhileTheDiskWasFullStaysAway) {
+    {
+        WindowState other(path);
+        UserPresets(other).add(QStringLiteral("Second"), kSome);
+    }
+    const ScopedLogCapture log;
+    Weather weather;
+    WindowState state(path, weather);
+    UserPresets looks(state);
+    weather.bad = "write";
+    ASSERT_TRUE(looks.remove(0));
+    {
+        WindowState other(path);
+        UserPresets(other).add(QStringLiteral("Third"), kSome);
+    }
+    EXPECT_FALSE(state.save());
+    {
+        // Of what the second try has seen already.
+        WindowState other(path);
+        UserPresets theirs(other);
+        ASSERT_TRUE(theirs.remove(theirs.placeOf(QStringLiteral("Third"))));
+    }
+    weather.bad.clear();
+    EXPECT_TRUE(state.save());
+    EXPECT_EQ(namesOf(WindowState(path)), QStringList{QStringLiteral("Second")});
+    looks.add(QStringLiteral("Last"), kSome);
+    EXPECT_EQ(namesOf(WindowState(path)),
+              (QStringList{QStringLiteral("Second"), QStringLiteral("Last")}));
+}
+
+}  // namespace
+}  // namespace skarnel
