@@ -24,12 +24,13 @@ struct TapRange {
 };
 
 struct TapWriter {
-    Interval bounds;  // whole source samples that may be read
-    std::vector<TapRange> ranges;
+    Interval bounds;               // whole source samples that may be read
+    std::vector<TapRange> ranges;  // of all samples
+    std::size_t written = 0;       // of them
     std::vector<std::int16_t> weights;
 
     void single(int sample) {
-        ranges.push_back({sample, 1, weights.size()});
+        ranges[written++] = {sample, 1, weights.size()};
         weights.push_back(kTapUnit);
     }
 
@@ -43,7 +44,7 @@ struct TapWriter {
         const auto first = static_cast<int>(low);
         if (weight == 0) return single(first);
         if (weight == kTapUnit) return single(first + 1);
-        ranges.push_back({first, 2, weights.size()});
+        ranges[written++] = {first, 2, weights.size()};
         weights.push_back(static_cast<std::int16_t>(kTapUnit - weight));
         weights.push_back(static_cast<std::int16_t>(weight));
     }
@@ -74,7 +75,7 @@ struct TapWriter {
             total = next;
         }
         while (weights.back() == 0) weights.pop_back();
-        ranges.push_back({begin, static_cast<int>(weights.size() - offset), offset});
+        ranges[written++] = {begin, static_cast<int>(weights.size() - offset), offset};
     }
 };
 
@@ -116,7 +117,7 @@ AxisPlan planAxis(Interval source, int sourceSize, Interval target, Interval vis
     const Interval drawn{std::max(target.start, visible.start), std::min(target.end, visible.end)};
     plan.first_ = first;
     const auto count = static_cast<std::size_t>(end - first);
-    writer.ranges.reserve(count);
+    writer.ranges.resize(count);
     const double tapsEach = std::clamp(std::ceil(scale) + 1, 1.0, kMostReserved);
     writer.weights.reserve(count * static_cast<std::size_t>(tapsEach));
     plan.coverage_.reserve(count);

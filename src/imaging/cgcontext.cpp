@@ -97,12 +97,14 @@ struct CGContext::Impl {
 
     PixelBuffer pixels;
     MutablePixelView view;
-    bool isNew = false;  // transparent, but the memory holds anything
+    bool isNew = false;            // transparent, but the memory holds anything
+    bool hasHiddenColours = true;  // or may have: false after a first drawing that has none
     State state;
     std::vector<State> saved;
 };
 
 void CGContext::Impl::clearNew() {
+    hasHiddenColours = true;
     if (!std::exchange(isNew, false)) return;
     for (int y = 0; y < view.height; ++y)
         std::memset(view.row(y), 0, std::size_t{4} * static_cast<std::size_t>(view.width));
@@ -116,6 +118,7 @@ bool CGContext::Impl::drawWhole(ImageRows& rows, const AxisPlan& across, const A
     const auto bytes = [](int columns) {
         return std::size_t{4} * static_cast<std::size_t>(columns);
     };
+    bool hidden = false;
     for (int y = 0; y < view.height; ++y) {
         std::uint8_t* row = view.row(y);
         if (y < down.first() || y >= down.end()) {
@@ -123,9 +126,13 @@ bool CGContext::Impl::drawWhole(ImageRows& rows, const AxisPlan& across, const A
             continue;
         }
         std::memset(row, 0, bytes(across.first()));
-        rows.drawRow(y - down.first(), row + bytes(across.first()));
+        std::uint8_t* drawn = row + bytes(across.first());
+        rows.drawRow(y - down.first(), drawn);
+        hidden =
+            hidden || kernels::hasHiddenColours(drawn, static_cast<std::size_t>(across.size()));
         std::memset(row + bytes(across.end()), 0, bytes(view.width - across.end()));
     }
+    hasHiddenColours = hidden;
     return true;
 }
 
@@ -326,8 +333,10 @@ std::optional<CGImage> CGContext::createImage() const {
 }
 
 CGImage CGContext::takeImage() && {
+    const bool hidden = impl_->hasHiddenColours;
     impl_->clearNew();
     CGImage image(std::move(impl_->pixels));
+    if (!hidden) image.setKnownWithoutHiddenColours();
     impl_->view = {};
     impl_->state.clip = {};
     return image;

@@ -119,6 +119,11 @@ class CGImage {
     /// an opaque copy. None without memory.
     std::optional<CGImage> withAlpha() const;
 
+    /// What draws a picture's rows can look at them while they are in the nearest cache: once said,
+    /// nobody has to look for colours under alpha 0 in this image and its copies.
+    void setKnownWithoutHiddenColours() { isKnownWithoutHiddenColours_ = true; }
+    bool isKnownWithoutHiddenColours() const { return isKnownWithoutHiddenColours_; }
+
     /// True when both share one block of pixels and describe it alike.
     bool isSame(const CGImage& other) const;
 
@@ -128,6 +133,7 @@ class CGImage {
     void drawRows() const;
     std::shared_ptr<const std::uint8_t> bytes_;
     PixelView view_;
+    bool isKnownWithoutHiddenColours_ = false;
     struct UndrawnRows;
     std::shared_ptr<UndrawnRows> undrawn_;  // null for pixels that were there from the start
 };

@@ -1,5 +1,6 @@
 #include "render/column_plans.h"
 
+#include <algorithm>
 #include <mutex>
 #include <new>
 #include <utility>
@@ -56,6 +57,19 @@ const ColumnPlan* ColumnPlans::plan(int span) {
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
+}
+
+void ColumnPlans::expect(int span) const {
+    if (span < 1 || static_cast<std::size_t>(span) >= plans_.size()) return;
+    const ColumnPlan* plan = plans_[static_cast<std::size_t>(span)].get();
+    if (plan == nullptr) return;
+    // The first lines, after which the processor sees by itself where this goes, and the last one.
+    constexpr std::size_t kLine = 16;
+    for (std::size_t line = 0; line < 4; ++line) {
+        const std::size_t at = std::min(line * kLine, plan->packed.size() - 1);
+        __builtin_prefetch(plan->packed.data() + at);
+    }
+    __builtin_prefetch(&plan->packed.back());
 }
 
 void ColumnPlans::Return::operator()(ColumnPlans* plans) const {

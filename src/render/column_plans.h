@@ -35,6 +35,9 @@ class ColumnPlans {
     /// object.
     const ColumnPlan* plan(int span);
 
+    /// Asks for the memory of a kept plan that will soon be wanted; nothing where there is none.
+    void expect(int span) const;
+
     std::size_t bytes() const { return bytes_; }
 
     /// Hands the plans to the next who asks for them.

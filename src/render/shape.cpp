@@ -192,6 +192,7 @@ void RowShaper::shapeKeptColumns(int rowInset, const std::uint8_t* mirrorRow,
 RowShaper::Columns RowShaper::plan(int index, Columns columns) {
     const int inset = rowInset(index);
     takeColumns(inset, columns);
+    if (plans_) plans_->expect(size_.outWidth - 2 * rowInset(index + 1));
     if (begin_ == end_) return {0, 0};
     const auto from = [&](int column) {
         return plan_ == nullptr

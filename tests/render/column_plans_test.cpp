@@ -55,6 +55,14 @@ TEST(ColumnPlans, AreKeptForTheNextRenderOfTheSameWidth) {
     EXPECT_EQ(ColumnPlans::take(334)->bytes(), 0U);
 }
 
+TEST(ColumnPlans, MayBeExpectedWhetherThereAreAnyOrNot) {
+    const auto plans = ColumnPlans::take(17);
+    plans->plan(1);
+    plans->plan(40);
+    for (const int span : {-2000000000, -1, 0, 1, 2, 40, 41, 2000000000}) plans->expect(span);
+    EXPECT_EQ(plans->bytes(), 4 * (2 + 41U)) << "nothing is planned for that";
+}
+
 TEST(ColumnPlans, TakeNoMoreThanTheirLimit) {
     const auto plans = ColumnPlans::take(40000);
     int planned = 0;

@@ -5,8 +5,11 @@
 // The targets' code follows.
 #include <hwy/highway.h>
 
+#include <algorithm>
+
 #include "imaging/kernels/pixel_sums-inl.h"
 #include "imaging/kernels/resample.h"
+#include "imaging/kernels/vector_block-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace skarnel::kernels::HWY_NAMESPACE {
@@ -76,67 +79,80 @@ using Positions = hn::RebindToSigned<Pixels32>;
 constexpr std::size_t kAtOnce = hn::MaxLanes(Pixels32());
 constexpr std::size_t kMostWindows = 4;
 
-/// The run of pixels in which a vector of samples has its first ones, and so many windows as large
-/// as a vector that it fills. What a sample reads lies at its offset in the run.
+/// The run of pixels in which a vector of samples has all that it reads: kWindows windows as large
+/// as a vector, from the first sample's place 0 to the last sample's last place. What a sample
+/// reads in place p lies at its offset + p in the run.
+template <std::size_t kWindows>
 class Run {
   public:
-    HWY_INLINE explicit Run(const std::int32_t* HWY_RESTRICT first)
-        : start_(static_cast<std::size_t>(first[0])),
-          windows_((static_cast<std::size_t>(first[kAtOnce - 1]) - start_) / kAtOnce + 1),
-          offset_(hn::Sub(hn::LoadU(Positions(), first), hn::Set(Positions(), first[0]))) {}
-
-    /// Whether it is short enough to pay, and every window of every place lies in the row.
-    HWY_INLINE bool isGood(std::size_t sourcePixels) const {
-        return windows_ <= kMostWindows && start_ + windows_ * kAtOnce + 3 <= sourcePixels;
+    /// `at` is where the run starts; all of its windows lie in the row.
+    HWY_INLINE Run(const std::uint8_t* HWY_RESTRICT at, hn::Vec<Positions> offset)
+        : offset_(offset) {
+        const auto window = [&](std::size_t i) HWY_ATTR {
+            return hn::BitCast(
+                Pixels32(), hn::LoadU(PixelBytes(), at + 4 * std::min(i, kWindows - 1) * kAtOnce));
+        };
+        first_ = window(0);
+        second_ = window(1);
+        third_ = window(2);
+        fourth_ = window(3);
     }
 
     /// Every sample's pixel in `place` of its group.
-    HWY_INLINE hn::Vec<PixelBytes> pixels(const std::uint8_t* source, std::size_t place) const {
-        const std::uint8_t* at = source + 4 * (start_ + place);
-        const auto lane =
-            hn::IndicesFromVec(Pixels32(), hn::And(offset_, hn::Set(Positions(), kAtOnce - 1)));
-        const auto window = [&](const std::uint8_t* bytes) HWY_ATTR {
-            return hn::TableLookupLanes(hn::BitCast(Pixels32(), hn::LoadU(PixelBytes(), bytes)),
-                                        lane);
-        };
-        auto picked = window(at);
-        for (std::size_t i = 1; i < windows_; ++i) {
-            const auto before = hn::Set(Positions(), static_cast<int>(i * kAtOnce) - 1);
-            const auto later = hn::RebindMask(Pixels32(), hn::Gt(offset_, before));
-            picked = hn::IfThenElse(later, window(at + 4 * i * kAtOnce), picked);
-        }
-        return hn::BitCast(PixelBytes(), picked);
+    HWY_INLINE hn::Vec<PixelBytes> pixels(int place) const {
+        const auto at = hn::Add(offset_, hn::Set(Positions(), place));
+        const auto low = PickFromTwo(Pixels32(), first_, second_, at);
+        if constexpr (kWindows <= 2) return hn::BitCast(PixelBytes(), low);
+        const auto beyond =
+            hn::Sub(at, hn::Set(Positions(), 2 * static_cast<std::int32_t>(kAtOnce)));
+        const auto high = PickFromTwo(Pixels32(), third_, fourth_, beyond);
+        const auto isLow = hn::RebindMask(Pixels32(), hn::Lt(beyond, hn::Zero(Positions())));
+        return hn::BitCast(PixelBytes(), hn::IfThenElse(isLow, low, high));
     }
 
   private:
-    std::size_t start_;
-    std::size_t windows_;
     hn::Vec<Positions> offset_;
+    hn::Vec<Pixels32> first_, second_, third_, fourth_;
 };
 
-/// Samples [0, end) of one group each, a vector of them at a time, up to the first whose run is no
-/// good; returns `end`.
-std::size_t CombineRuns(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_RESTRICT source,
-                        const PackedTaps& taps) {
+/// A vector of samples from sample x on.
+template <std::size_t kWindows>
+HWY_INLINE hn::Vec<PixelBytes> CombinedRun(const std::uint8_t* HWY_RESTRICT source,
+                                           const PackedTaps& taps, std::size_t x) {
     const PixelBytes d8;
     const Positions di32;
     const auto half = hn::Set(di32, kTapUnit / 2);
+    const std::int32_t* HWY_RESTRICT first = taps.first + x;
+    const Run<kWindows> run(source + std::ptrdiff_t{4} * first[0],
+                            hn::Sub(hn::LoadU(di32, first), hn::Set(di32, first[0])));
+    // Two pairs of weights a sample, side by side.
+    const auto* weights = reinterpret_cast<const std::uint8_t*>(taps.weights + 4 * x);
+    const auto lower = hn::BitCast(di32, hn::LoadU(d8, weights));
+    const auto upper = hn::BitCast(di32, hn::LoadU(d8, weights + 4 * kAtOnce));
+    ComponentSums<hn::Vec<Positions>> sums{half, half, half, half};
+    AddPair(d8, run.pixels(0), run.pixels(1), hn::ConcatEven(di32, upper, lower), sums);
+    if (taps.usedPlaces > 2)
+        AddPair(d8, run.pixels(2), taps.usedPlaces > 3 ? run.pixels(3) : hn::Zero(d8),
+                hn::ConcatOdd(di32, upper, lower), sums);
+    return PixelsOf(d8, sums);
+}
+
+/// Samples [0, end) of one group each, a vector of them at a time, up to the first whose run is too
+/// long to pay or has a window beyond the row; returns `end`.
+std::size_t CombineRuns(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_RESTRICT source,
+                        const PackedTaps& taps) {
+    const PixelBytes d8;
     std::size_t x = 0;
     for (; x + kAtOnce <= taps.samples; x += kAtOnce) {
-        const Run run(taps.first + x);
-        if (!run.isGood(taps.sourcePixels)) break;
-        // Two pairs of weights a sample, side by side.
-        const auto* weights = reinterpret_cast<const std::uint8_t*>(taps.weights + 4 * x);
-        const auto lower = hn::BitCast(di32, hn::LoadU(d8, weights));
-        const auto upper = hn::BitCast(di32, hn::LoadU(d8, weights + 4 * kAtOnce));
-        const auto pixels = [&](std::size_t place) HWY_ATTR {
-            return place < taps.usedPlaces ? run.pixels(source, place) : hn::Zero(d8);
-        };
-        ComponentSums<hn::Vec<Positions>> sums{half, half, half, half};
-        AddPair(d8, pixels(0), pixels(1), hn::ConcatEven(di32, upper, lower), sums);
-        if (taps.usedPlaces > 2)
-            AddPair(d8, pixels(2), pixels(3), hn::ConcatOdd(di32, upper, lower), sums);
-        hn::StoreU(PixelsOf(d8, sums), d8, target + 4 * x);
+        const auto start = static_cast<std::size_t>(taps.first[x]);
+        const auto last = static_cast<std::size_t>(taps.first[x + kAtOnce - 1]) + 3;
+        const std::size_t windows = (last - start) / kAtOnce + 1;
+        if (windows > kMostWindows || start + windows * kAtOnce > taps.sourcePixels) break;
+        const auto combined = windows == 1   ? CombinedRun<1>(source, taps, x)
+                              : windows == 2 ? CombinedRun<2>(source, taps, x)
+                              : windows == 3 ? CombinedRun<3>(source, taps, x)
+                                             : CombinedRun<4>(source, taps, x);
+        hn::StoreU(combined, d8, target + 4 * x);
     }
     return x;
 }

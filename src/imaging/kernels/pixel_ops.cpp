@@ -50,7 +50,18 @@ void flattenRow(std::uint8_t* target, const std::uint8_t* source, Pixel ground,
     }
 }
 
+bool hasHiddenColours(const std::uint8_t* row, std::size_t pixels) {
+    for (std::size_t i = 0; i < pixels; ++i, row += 4) {
+        if (row[3] == 0 && (row[0] | row[1] | row[2]) != 0) return true;
+    }
+    return false;
+}
+
 }  // namespace scalar
+
+bool hasHiddenColours(const std::uint8_t* row, std::size_t pixels) {
+    return SKARNEL_RUN_KERNEL(hasHiddenColours, row, pixels);
+}
 
 void flattenRow(std::uint8_t* target, const std::uint8_t* source, Pixel ground,
                 std::size_t pixels) {

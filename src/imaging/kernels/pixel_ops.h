@@ -38,6 +38,9 @@ void scaleRow(std::uint8_t* target, const std::uint8_t* source, std::uint8_t fac
 /// `target` and `source` do not overlap.
 void flattenRow(std::uint8_t* target, const std::uint8_t* source, Pixel ground, std::size_t pixels);
 
+/// Whether a pixel with alpha 0 has a colour byte that is not 0.
+bool hasHiddenColours(const std::uint8_t* row, std::size_t pixels);
+
 /// The same bytes as memcpy, by stores that pass the caches: for results larger than these.
 void streamRow(std::uint8_t* target, const std::uint8_t* source, std::size_t pixels);
 
@@ -49,6 +52,7 @@ void scaleRow(std::uint8_t* target, const std::uint8_t* source, std::uint8_t fac
               std::size_t pixels);
 void streamRow(std::uint8_t* target, const std::uint8_t* source, std::size_t pixels);
 void flattenRow(std::uint8_t* target, const std::uint8_t* source, Pixel ground, std::size_t pixels);
+bool hasHiddenColours(const std::uint8_t* row, std::size_t pixels);
 }  // namespace scalar
 
 #if SKARNEL_VECTOR
@@ -60,6 +64,7 @@ void scaleRow(std::uint8_t* target, const std::uint8_t* source, std::uint8_t fac
               std::size_t pixels);
 void streamRow(std::uint8_t* target, const std::uint8_t* source, std::size_t pixels);
 void flattenRow(std::uint8_t* target, const std::uint8_t* source, Pixel ground, std::size_t pixels);
+bool hasHiddenColours(const std::uint8_t* row, std::size_t pixels);
 }  // namespace vector
 #endif
 

@@ -40,6 +40,10 @@ void FlattenRow(std::uint8_t* target, const std::uint8_t* source, Pixel ground,
     scalar::flattenRow(target, source, ground, pixels);
 }
 
+bool HasHiddenColours(const std::uint8_t* row, std::size_t pixels) {
+    return scalar::hasHiddenColours(row, pixels);
+}
+
 #else
 namespace hn = hwy::HWY_NAMESPACE;
 
@@ -148,14 +152,30 @@ void FlattenRow(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* HWY_RESTR
         auto mixed = hn::LoadU(d8, source + i);
         // Opaque pixels, as most pictures have, hide the ground.
         const auto alpha = hn::BitCast(d32, hn::And(mixed, opaque));
-        if (!hn::AllTrue(d32, hn::Eq(alpha, hn::BitCast(d32, opaque))))
-            mixed = Over(d8, under, mixed);
+        if (!hn::AllTrue(d32, hn::Eq(alpha, hn::BitCast(d32, opaque)))) {
+            const auto isNothing = hn::Eq(hn::BitCast(d32, mixed), hn::Zero(d32));
+            mixed = hn::AllTrue(d32, isNothing) ? under : Over(d8, under, mixed);
+        }
         hn::StoreU(hn::Or(hn::TableLookupBytes(mixed, swapped), opaque), d8, target + i);
     };
     std::size_t i = 0;
     for (; i + lanes <= bytes; i += lanes) flatten(i);
     // The last vector overlaps the one before; both write the same bytes.
     if (i < bytes) flatten(bytes - lanes);
+}
+
+/// Alpha is the highest byte of a pixel's word: what is looked for are the words 1 to 0xFFFFFF.
+bool HasHiddenColours(const std::uint8_t* HWY_RESTRICT row, std::size_t pixels) {
+    const hn::ScalableTag<std::uint8_t> d8;
+    const hn::Repartition<std::uint32_t, decltype(d8)> d32;
+    const auto one = hn::Set(d32, 1U);
+    auto least = hn::Set(d32, 0xFFFFFFFFU);
+    const std::size_t lanes = hn::Lanes(d8);
+    std::size_t i = 0;
+    for (; i + lanes <= 4 * pixels; i += lanes)
+        least = hn::Min(least, hn::Sub(hn::BitCast(d32, hn::LoadU(d8, row + i)), one));
+    const auto hidden = hn::Lt(least, hn::Set(d32, 0xFFFFFFU));
+    return !hn::AllFalse(d32, hidden) || scalar::hasHiddenColours(row + i, pixels - i / 4);
 }
 
 #endif
@@ -170,6 +190,7 @@ HWY_EXPORT(FillRow);
 HWY_EXPORT(ScaleRow);
 HWY_EXPORT(StreamRow);
 HWY_EXPORT(FlattenRow);
+HWY_EXPORT(HasHiddenColours);
 
 namespace vector {
 void overRow(std::uint8_t* target, const std::uint8_t* source, std::size_t pixels) {
@@ -196,6 +217,10 @@ void streamRow(std::uint8_t* target, const std::uint8_t* source, std::size_t pix
 void flattenRow(std::uint8_t* target, const std::uint8_t* source, Pixel ground,
                 std::size_t pixels) {
     HWY_DYNAMIC_DISPATCH(FlattenRow)(target, source, ground, pixels);
+}
+
+bool hasHiddenColours(const std::uint8_t* row, std::size_t pixels) {
+    return HWY_DYNAMIC_DISPATCH(HasHiddenColours)(row, pixels);
 }
 }  // namespace vector
 

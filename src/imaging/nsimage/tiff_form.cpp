@@ -1,8 +1,8 @@
 #include "imaging/nsimage/tiff_form.h"
 
-#include <bit>
-#include <cstring>
 #include <utility>
+
+#include "imaging/kernels/pixel_ops.h"
 
 namespace skarnel {
 namespace {
@@ -11,19 +11,6 @@ constexpr std::int64_t kUncompressed = 1;
 
 void set(ImageProperties& properties, std::string_view key, PropertyValue value) {
     properties.insert_or_assign(std::string(key), std::move(value));
-}
-
-/// The colour bytes of all pixels with alpha 0, combined; 0 when there is none. Written as a plain
-/// sum over words, which the compiler turns into vectors: every preview walks its pictures here.
-std::uint32_t coloursUnderAlpha0(const std::uint8_t* row, int width) {
-    static_assert(std::endian::native == std::endian::little, "alpha is a word's highest byte");
-    std::uint32_t found = 0;
-    for (int x = 0; x < width; ++x) {
-        std::uint32_t pixel = 0;
-        std::memcpy(&pixel, row + std::ptrdiff_t{4} * x, 4);
-        found |= (pixel & 0xFF000000U) == 0 ? pixel : 0U;
-    }
-    return found;
 }
 
 ImageProperties propertiesOfTiffForm(const CGImage& image, const ImageProperties& properties) {
@@ -40,9 +27,11 @@ bool survivesTiff(const CGImage& image) {
         image.bytesPerRow() != std::size_t{4} * static_cast<std::size_t>(image.width())) {
         return false;
     }
+    if (image.isKnownWithoutHiddenColours()) return true;
     const PixelView view = image.pixels();
     for (int y = 0; y < view.height; ++y) {
-        if (coloursUnderAlpha0(view.row(y), view.width) != 0) return false;
+        if (kernels::hasHiddenColours(view.row(y), static_cast<std::size_t>(view.width)))
+            return false;
     }
     return true;
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "imaging/cgcontext.h"
 #include "imaging/io/file_builders.h"
 #include "imaging/io/pictures.h"
 #include "imaging/nsimage/nsimage.h"
@@ -44,6 +45,50 @@ TEST(TiffForm, AKnockedOutPageReadBackHasNoGhostOfItsGround) {
     expectSameAsDetour(image);
     EXPECT_EQ(pixelsOf(image.decodedTIFFRepresentation()->image),
               (std::vector<Rgba>{{0, 0, 0, 0}, {0, 0, 0, 0}, {9, 9, 9, 255}}));
+}
+
+/// The picture, drawn into a new context of twice its size, where `more` draws afterwards.
+template <typename More>
+NSImage drawn(const CGImage& pixels, More more) {
+    auto context = CGContext::create(2 * pixels.width(), 2 * pixels.height());
+    context->drawImage(pixels, {0, 0, 1.0 * pixels.width(), 1.0 * pixels.height()});
+    more(*context);
+    return imageOf(std::move(*context).takeImage());
+}
+
+void nothing(CGContext&) {}
+
+TEST(TiffForm, WhatWasDrawnWithoutHiddenColoursNeedsNoSecondLook) {
+    const NSImage image = drawn(randomValidPicture(40, 9, 6), nothing);
+    EXPECT_TRUE(image.bitmap()->isKnownWithoutHiddenColours());
+    expectSameAsDetour(image);
+    EXPECT_TRUE(image.decodedTIFFRepresentation()->image.isSame(*image.bitmap()));
+}
+
+TEST(TiffForm, HiddenColoursThatWereDrawnAreSeen) {
+    for (const int place : {0, 40, 79}) {
+        std::vector<Rgba> pixels(80, {1, 2, 3, 255});
+        pixels[static_cast<std::size_t>(place)] = {200, 100, 50, 0};
+        const NSImage image = drawn(picture(40, 2, pixels), nothing);
+        EXPECT_FALSE(image.bitmap()->isKnownWithoutHiddenColours()) << place;
+        expectSameAsDetour(image);
+        EXPECT_FALSE(samePixels(image.decodedTIFFRepresentation()->image, *image.bitmap()));
+    }
+}
+
+TEST(TiffForm, WhatCameAfterTheFirstDrawingIsLookedAt) {
+    const CGImage valid = randomValidPicture(40, 9, 6);
+    const CGImage hidden = picture(1, 1, {{9, 8, 7, 0}});
+    const NSImage drawnOver = drawn(valid, [&](CGContext& context) {
+        context.setCompositeOperation(CompositeOperation::Copy);
+        context.drawImage(hidden, {70, 10, 1, 1});
+    });
+    expectSameAsDetour(drawnOver);
+    EXPECT_FALSE(samePixels(drawnOver.decodedTIFFRepresentation()->image, *drawnOver.bitmap()));
+    const NSImage written =
+        drawn(valid, [](CGContext& context) { context.pixels().row(0)[0] = 77; });
+    expectSameAsDetour(written);
+    EXPECT_FALSE(samePixels(written.decodedTIFFRepresentation()->image, *written.bitmap()));
 }
 
 TEST(TiffForm, ThreePackedSamplesBecomeFour) {
