@@ -3,8 +3,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
@@ -20,6 +18,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "decoder/kernel_without_seccomp.h"
 #include "imaging/io/color_profile.h"
 #include "imaging/io/file_builders.h"
 #include "imaging/io/pictures.h"
@@ -177,22 +176,6 @@ TEST_F(Wall, TellsAHelperWithoutWallsFromADamagedPicture) {
     ASSERT_FALSE(decoded);
     EXPECT_EQ(decoded.error().code, ErrorCode::Failed);
     EXPECT_NE(decoded.error().message.find("walls"), std::string::npos);
-}
-
-/// Makes the kernel look like one without filters to this process and its children.
-bool takeSeccompAway() {
-    sock_filter program[] = {
-        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_seccomp, 3, 0),
-        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_prctl, 0, 3),
-        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args[0])),
-        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, PR_SET_SECCOMP, 0, 1),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-    };
-    const sock_fprog filter{std::size(program), program};
-    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
-           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter, 0, 0) == 0;
 }
 
 TEST_F(Wall, StandsAsFarAsItCanWhereTheKernelHasNoSeccomp) {
