@@ -28,6 +28,29 @@ struct Reference {
 
 enum class Width : std::uint32_t { Short = 0, Long = 1U << 24U };
 
+/// Items 1 to 4 are coded, 5 to 8 derived, 9 is none.
+Bytes infosOf(Width width) {
+    ByteSink all(true);
+    all.u32(static_cast<std::uint32_t>(width));
+    if (width == Width::Long) {
+        all.u32(9);
+    } else {
+        all.u16(9);
+    }
+    const std::vector<std::string_view> types = {"hvc1", "av01", "hvc1", "hvc1", "grid",
+                                                 "iovl", "iden", "grid", "Exif"};
+    for (std::size_t i = 0; i < types.size(); ++i) {
+        ByteSink info(true);
+        if (width == Width::Long) {
+            info.u32(3U << 24U).u32(i + 1);
+        } else {
+            info.u32(2U << 24U).u16(i + 1);
+        }
+        all.raw(box("infe", info.u16(0).text(types[i]).u8(0).bytes));
+    }
+    return box("iinf", all.bytes);
+}
+
 Bytes fileOf(std::initializer_list<Reference> references, Width width = Width::Short) {
     ByteSink all(true);
     all.u32(static_cast<std::uint32_t>(width));
@@ -45,9 +68,9 @@ Bytes fileOf(std::initializer_list<Reference> references, Width width = Width::S
         for (const std::uint32_t item : reference.to) add(item);
         all.raw(box(reference.type, content.bytes));
     }
-    const Bytes meta = box(
-        "meta", ByteSink(true).u32(0).raw(box("pitm", {0, 0})).raw(box("iref", all.bytes)).bytes);
-    return ByteSink(true).raw(box("ftyp", {})).raw(meta).bytes;
+    ByteSink meta(true);
+    meta.u32(0).raw(infosOf(width)).raw(box("iref", all.bytes));
+    return ByteSink(true).raw(box("ftyp", {})).raw(box("meta", meta.bytes)).bytes;
 }
 
 TEST(HeifItems, AreThePictureAndWhatItIsMadeOfAndItsTransparency) {
@@ -84,13 +107,32 @@ TEST(HeifItems, ThatAreMadeOfThemselvesAreTooMany) {
     }
 }
 
-TEST(HeifItems, OfAFileThatIsCutAreThoseBeforeTheCut) {
+TEST(HeifItems, ThatAreMadeOfWhatIsNoPictureAreTooMany) {
+    for (const Width width : {Width::Short, Width::Long}) {
+        EXPECT_EQ(decodedItems(fileOf({{"dimg", 5, {1, 9}}}, width), 5, kMost), kMost + 1);
+        EXPECT_EQ(decodedItems(fileOf({{"dimg", 5, {1, 10}}}, width), 5, kMost), kMost + 1);
+        EXPECT_EQ(decodedItems(fileOf({{"dimg", 5, {6}}, {"dimg", 6, {10}}}, width), 5, kMost),
+                  kMost + 1);
+        // Such a one is no transparency.
+        EXPECT_EQ(decodedItems(fileOf({{"auxl", 9, {1}}, {"auxl", 10, {1}}}, width), 1, kMost), 1);
+    }
+}
+
+TEST(HeifItems, OfReferencesThatAreCutOrLongerThanTheyHoldAreTooMany) {
     const Bytes file = fileOf({{"dimg", 5, {1, 2, 3}}});
     EXPECT_EQ(decodedItems(file, 5, kMost), 4);
+    constexpr std::size_t kReferenceBytes = 8 + 2 + 2 + 3 * 2;
+    const std::size_t first = file.size() - kReferenceBytes;
+    const std::size_t content = first - 4;  // of the box of references, version and flags
     for (std::size_t size = 0; size < file.size(); ++size) {
-        const std::uint64_t items = decodedItems(ByteView(file).first(size), 5, kMost);
-        EXPECT_GE(items, 1U) << size;
-        EXPECT_LE(items, 4U) << size;
+        const bool hasNone = size < content || size == first;
+        EXPECT_EQ(decodedItems(ByteView(file).first(size), 5, kMost), hasNone ? 1 : kMost + 1)
+            << size;
+    }
+    for (const int change : {-1, 1, 16}) {
+        Bytes wrong = file;
+        wrong[first + 3] += static_cast<std::uint8_t>(change);
+        EXPECT_EQ(decodedItems(wrong, 5, kMost), kMost + 1) << change;
     }
 }
 
@@ -99,14 +141,15 @@ TEST(HeifItems, AreFoundInBoxesOfAnySize) {
     references.u32(0).raw(box("dimg", ByteSink(true).u16(5).u16(1).u16(1).bytes));
     // To the end of the file, the inner one with a long size.
     ByteSink file(true);
-    file.u32(0).text("meta").u32(0);
+    file.u32(0).text("meta").u32(0).raw(infosOf(Width::Short));
     file.u32(1).text("iref").u64(16 + references.bytes.size()).raw(references.bytes);
     EXPECT_EQ(decodedItems(file.bytes, 5, kMost), 2);
     // Shorter than its own head, and none.
     EXPECT_EQ(decodedItems(ByteSink(true).u32(7).text("meta").u64(0).bytes, 5, kMost), 1);
     EXPECT_EQ(decodedItems(box("meta", {0, 0, 0}), 5, kMost), 1);
     EXPECT_EQ(
-        decodedItems(box("meta", ByteSink(true).u32(0).raw(box("iref", {0})).bytes), 5, kMost), 1);
+        decodedItems(box("meta", ByteSink(true).u32(0).raw(box("iref", {0})).bytes), 5, kMost),
+        kMost + 1);
     EXPECT_EQ(decodedItems({}, 5, kMost), 1);
 }
 
