@@ -5,7 +5,9 @@
 
 #include <vector>
 
+#include "imaging/pixel_memory.h"
 #include "render/reflection.h"
+#include "util/limited_to.h"
 
 namespace skarnel {
 namespace {
@@ -70,6 +72,36 @@ TEST(CIImageMakeFirtsPixelColorTransparent, AnImageThatCannotBeRasterisedGivesNo
     const std::optional<CIImage> empty = filter->outputImage();
     ASSERT_TRUE(empty);
     EXPECT_FALSE(CIImageMakeFirtsPixelColorTransparent(*empty));
+}
+
+/// A bitmap that nobody has written to, so that its memory is only promised.
+CIImage untouched(int width, int height) {
+    return CIImage::imageWithCGImage(CGImage(*PixelBuffer::uninitialized(width, height)));
+}
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kSanitized = true;
+#else
+constexpr bool kSanitized = false;
+#endif
+
+TEST(CIImageMakeFirtsPixelColorTransparent, ABitmapOfMoreThanTwoGigabytesGivesNone) {
+    if (kSanitized) GTEST_SKIP() << "a sanitizer keeps notes of 256 MB on such a bitmap";
+    // 23,171 * 23,171 * 4 = 2,147,580,964 bytes, 97,317 more than 31 bits count.
+    EXPECT_FALSE(CIImageMakeFirtsPixelColorTransparent(untouched(23'171, 23'171)));
+}
+
+TEST(CIImageMakeFirtsPixelColorTransparent, WithoutMemoryForTheResultThereIsNone) {
+    if (kSanitized) GTEST_SKIP() << "a sanitizer takes memory of its own, and ends without";
+    const CIImage image = untouched(1000, 1000);  // 4 MB, which come straight from the system
+    releaseIdlePixelMemory();
+    bool gaveNothing = false;
+    {
+        const test::LimitedTo less(RLIMIT_AS, 1 << 20);  // the program itself takes more
+        gaveNothing = !CIImageMakeFirtsPixelColorTransparent(image);
+    }
+    EXPECT_TRUE(gaveNothing);
+    EXPECT_TRUE(CIImageMakeFirtsPixelColorTransparent(image));
 }
 
 }  // namespace

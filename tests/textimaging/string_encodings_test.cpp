@@ -3,6 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
+#include "util/limited_to.h"
+
 namespace skarnel {
 namespace {
 
@@ -65,6 +69,22 @@ TEST(EncodeString, AnEscapeHasNoPlaceWhereEscapesChangeTheAlphabet) {
     EXPECT_EQ(encodeString(u"a$b", kIso2022Jp), (Bytes{'a', '$', 'b'}));
 }
 
+/// In a process of its own, where the library has not opened its tables yet and then cannot.
+[[noreturn]] void encodeWithoutTables() {
+    constexpr auto kBig5 = static_cast<std::int32_t>(0x80000A03);
+    bool gaveNothing = false;
+    {
+        const test::LimitedTo noFile(RLIMIT_NOFILE, 0);
+        gaveNothing = !encodeString(u"a", kBig5) && !decodeString(Bytes{'a'}, kBig5);
+    }
+    std::exit(gaveNothing ? 0 : 1);
+}
+
+TEST(EncodeStringDeathTest, AnEncodingWhoseTablesAreNotThereGivesNone) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(encodeWithoutTables(), ::testing::ExitedWithCode(0), "");
+}
+
 TEST(EncodeString, LongTextsPassThroughWhole) {
     std::u16string text;
     for (int i = 0; i < 10000; ++i) text += static_cast<char16_t>(0x4E00 + i);
@@ -111,6 +131,9 @@ TEST(Utf16FromUtf8, EveryByteThatCannotBeUsedBecomesOneReplacement) {
     EXPECT_EQ(utf16FromUtf8("\xED\xA0\x80"), u"\uFFFD\uFFFD\uFFFD");
     EXPECT_EQ(utf16FromUtf8("\xF4\x90\x80\x80"), u"\uFFFD\uFFFD\uFFFD\uFFFD");
     EXPECT_EQ(utf16FromUtf8("\xE2\x82"), u"\uFFFD\uFFFD");
+    // U+0000 in three and in four bytes.
+    EXPECT_EQ(utf16FromUtf8("\xE0\x80\x80"), u"\uFFFD\uFFFD\uFFFD");
+    EXPECT_EQ(utf16FromUtf8("\xF0\x80\x80\x80"), u"\uFFFD\uFFFD\uFFFD\uFFFD");
 }
 
 TEST(WithPairedSurrogates, ReplacesOnlyTheUnpaired) {

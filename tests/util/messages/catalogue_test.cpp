@@ -18,6 +18,8 @@ Catalogue german() {
         {"'%1' is not a number", "„%1“ ist keine Zahl"},
         {"'%1' is not a number from %2 to %3", "„%1“ ist keine Zahl von %2 bis %3"},
         {"At most %1 by %1 are", "Höchstens %1 mal %1 gehen"},
+        {"%1 of 100 %", "%1 von 100 %"},
+        {"%4 and %d are no places", "%4 und %d sind keine"},
         {"help\4It is a folder", "Hilfe"},
         {"not yet", ""},
     }));
@@ -48,6 +50,8 @@ TEST(Catalogue, TranslatesWhatSurroundsThePlaces) {
         {"the longer of two that fit", "'x' is not a number from 1 to 9",
          "„x“ ist keine Zahl von 1 bis 9"},
         {"the same place twice", "At most 7 by 7 are", "Höchstens 7 mal 7 gehen"},
+        {"a mark at the end", "7 of 100 %", "7 von 100 %"},
+        {"marks of no place", "%4 and %d are no places", "%4 und %d sind keine"},
         {"an empty place", "'' is not a number", "„“ ist keine Zahl"},
         {"a place that holds a mark", "'%2' is not a number", "„%2“ ist keine Zahl"},
         {"a place that says what is a phrase", "'It is a folder' is not a number",

@@ -41,6 +41,8 @@ TEST(MessageLanguage, TheEnvironmentIsReadInTheUsualOrder) {
          ""},
         {"characters of the C locale", {{"LANG", "de_DE.UTF-8"}, {"LC_CTYPE", "C"}}, ""},
         {"an encoding with a modifier", {{"LANG", "de_DE.UTF-8@euro"}}, "de"},
+        {"English by another of its names", {{"LANGUAGE", "C:de"}, {"LANG", "de_DE.UTF-8"}}, ""},
+        {"and by its third", {{"LANGUAGE", "posix:de"}, {"LANG", "de_DE.UTF-8"}}, ""},
         {"a path in place of a language", {{"LANG", "../../de.UTF-8"}}, ""},
     };
     for (const auto& row : rows) EXPECT_EQ(catalogueIn(row.environment), row.catalogue) << row.name;

@@ -33,7 +33,10 @@ TEST(NSString, GoesToUTF8AndBack) {
 }
 
 TEST(NSString, BytesThatAreNotUTF8MakeNoText) {
-    for (const char* bytes : {"\xFF", "a\xC3", "\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80"})
+    for (const char* bytes : {"\xFF", "a\xC3", "\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80",
+                              // Ended, or going on with a letter, at each of the places.
+                              "\xE2", "\xE2\x82", "\xF0", "\xF0\x9F", "\xF0\x9F\x98", "\xE2z\xAC",
+                              "\xE2\x82z", "\xF0z\x98\x80", "\xF0\x9Fz\x80", "\xF0\x9F\x98z"})
         EXPECT_EQ(NSString::stringWithUTF8(bytes), std::nullopt);
     EXPECT_EQ(NSString::stringWithUTF8Lossy("a\xFFz"), u"a\uFFFDz"_ns);
 }
