@@ -30,15 +30,19 @@ bool writeRows(int file, const QImage& image) {
     return true;
 }
 
-/// The one descriptor that came with a message, or -1.
-int descriptorOf(msghdr& header) {
+/// The one descriptor that came with a message, or -1; more than one are closed.
+int takeDescriptor(msghdr& header) {
     const cmsghdr* control = CMSG_FIRSTHDR(&header);
-    if (control == nullptr || control->cmsg_level != SOL_SOCKET ||
-        control->cmsg_type != SCM_RIGHTS || control->cmsg_len != CMSG_LEN(sizeof(int)))
+    if (control == nullptr || control->cmsg_level != SOL_SOCKET || control->cmsg_type != SCM_RIGHTS)
         return -1;
-    int descriptor = -1;
-    std::memcpy(&descriptor, CMSG_DATA(control), sizeof descriptor);
-    return descriptor;
+    const std::size_t count = (control->cmsg_len - CMSG_LEN(0)) / sizeof(int);
+    for (std::size_t i = 0; i < count; ++i) {
+        int descriptor = -1;
+        std::memcpy(&descriptor, CMSG_DATA(control) + i * sizeof descriptor, sizeof descriptor);
+        if (count == 1) return descriptor;
+        ::close(descriptor);
+    }
+    return -1;
 }
 
 }  // namespace
@@ -81,7 +85,7 @@ std::optional<PageMessage> receivePageMessage(int line, bool& isOpen) {
     header.msg_controllen = space.size();
     const ssize_t count = ::recvmsg(line, &header, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
     if (count < 0 && (errno == EAGAIN || errno == EINTR)) return std::nullopt;
-    if (count > 0) message.descriptor = descriptorOf(header);
+    if (count > 0) message.descriptor = takeDescriptor(header);
     isOpen = count >= ssize_t{sizeof message.kind} && (header.msg_flags & MSG_TRUNC) == 0;
     if (!isOpen) {
         if (message.descriptor >= 0) ::close(message.descriptor);

@@ -2,7 +2,6 @@
 #include <QImage>
 
 #include "page_fixture.h"
-#include "qt/page/html_reader.h"
 #include "qt/page/text_layout.h"
 
 namespace skarnel::test_page {
@@ -152,58 +151,6 @@ TEST(NaturalTextSize, OnePointIsOnePixel) {
     EXPECT_NEAR(naturalTextSize(StyledText(u"mmmmmmmmmm", styleOf(96))).width, 2 * at48, 4);
     // The letter m of the face is 1593 of 2048 units wide.
     EXPECT_NEAR(at48, 480 * 1593.0 / 2048, 12);
-}
-
-TEST(StyledTextOfHtml, ReadsTheStylesThatStyledTextKnows) {
-    const TextStyle base = styleOf(48);
-    const StyledText text = styledTextOfHtml(
-        u"<p align='center'>plain<b>bold</b><i>slant</i><u>under</u>"
-        u"<span style='color:#ff0000;font-family:Courier;font-size:20px'>red</span></p>"
-        u"<p>next</p>",
-        base);
-    EXPECT_EQ(text.characters(), u"plainboldslantunderred\nnext");
-    EXPECT_EQ(text.alignments().size(), 2U);
-    EXPECT_EQ(text.alignments()[0], TextAlignment::Center);
-    EXPECT_EQ(text.styleAt(0), base);
-    EXPECT_EQ(text.styleAt(5).weight, kTextWeightBold);
-    EXPECT_EQ(text.styleAt(9).slant, TextSlant::Italic);
-    EXPECT_EQ(text.styleAt(14).underline, TextUnderline::Single);
-    EXPECT_EQ(text.styleAt(19).color, (TextColor{255, 0, 0, 255}));
-    EXPECT_EQ(text.styleAt(19).family, "Courier");
-    EXPECT_EQ(text.styleAt(19).size, 20);
-    EXPECT_EQ(text.styleAt(24), base);
-}
-
-TEST(StyledTextOfHtml, SizesKeepTheirFractionsInPixelsAndInPoints) {
-    const StyledText text = styledTextOfHtml(
-        u"<span style='font-size: 13.25px'>a</span><span style='color:red;FONT-SIZE:.5px'>b</span>"
-        u"<span style='font-size:20.75pt'>c</span>font-size: 2.5px",
-        styleOf(48));
-    EXPECT_EQ(text.characters(), u"abcfont-size: 2.5px");
-    EXPECT_EQ(text.styleAt(0).size, 13.25);
-    EXPECT_EQ(text.styleAt(1).size, 0.5);
-    EXPECT_EQ(text.styleAt(2).size, 20.75);
-}
-
-TEST(StyledTextOfHtml, PicturesScriptsAndLinksLeaveNothingButTheirText) {
-    const StyledText text = styledTextOfHtml(
-        u"a<img src='file:///etc/passwd'><script>alert(1)</script><a href='http://x/'>link</a>",
-        styleOf(48));
-    EXPECT_EQ(text.characters(), u"alink");
-    EXPECT_EQ(text.styleAt(1), styleOf(48));
-}
-
-std::u16string nested(int depth) {
-    std::u16string html;
-    for (int i = 0; i < depth; ++i) html += u"<div>";
-    return html + u"text";
-}
-
-TEST(StyledTextOfHtml, MarkupThatIsNestedTooDeeplyHasNoText) {
-    EXPECT_EQ(styledTextOfHtml(nested(1'000), styleOf(48)).characters(), u"text");
-    EXPECT_TRUE(styledTextOfHtml(nested(1'001), styleOf(48)).isEmpty());
-    // Would take the toolkit minutes.
-    EXPECT_TRUE(styledTextOfHtml(nested(100'000), styleOf(48)).isEmpty());
 }
 
 }  // namespace

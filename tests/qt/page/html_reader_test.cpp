@@ -1,0 +1,101 @@
+// Rich text as styled text: what it can say comes along, and the rest leaves its characters.
+#include "qt/page/html_reader.h"
+
+#include <gtest/gtest.h>
+
+namespace skarnel {
+namespace {
+
+TextStyle styleOf(double size) {
+    TextStyle style;
+    style.size = size;
+    return style;
+}
+
+TEST(StyledTextOfHtml, ReadsTheStylesThatStyledTextKnows) {
+    const TextStyle base = styleOf(48);
+    const StyledText text = styledTextOfHtml(
+        u"<p align='center'>plain<b>bold</b><i>slant</i><u>under</u>"
+        u"<span style='color:#ff0000;font-family:Courier;font-size:20px'>red</span></p>"
+        u"<p>next</p>",
+        base);
+    EXPECT_EQ(text.characters(), u"plainboldslantunderred\nnext");
+    EXPECT_EQ(text.alignments().size(), 2U);
+    EXPECT_EQ(text.alignments()[0], TextAlignment::Center);
+    EXPECT_EQ(text.styleAt(0), base);
+    EXPECT_EQ(text.styleAt(5).weight, kTextWeightBold);
+    EXPECT_EQ(text.styleAt(9).slant, TextSlant::Italic);
+    EXPECT_EQ(text.styleAt(14).underline, TextUnderline::Single);
+    EXPECT_EQ(text.styleAt(19).color, (TextColor{255, 0, 0, 255}));
+    EXPECT_EQ(text.styleAt(19).family, "Courier");
+    EXPECT_EQ(text.styleAt(19).size, 20);
+    EXPECT_EQ(text.styleAt(24), base);
+}
+
+TEST(StyledTextOfHtml, SizesKeepTheirFractionsInPixelsAndInPoints) {
+    const StyledText text = styledTextOfHtml(
+        u"<span style='font-size: 13.25px'>a</span><span style='color:red;FONT-SIZE:.5px'>b</span>"
+        u"<span style='font-size:20.75pt'>c</span>font-size: 2.5px",
+        styleOf(48));
+    EXPECT_EQ(text.characters(), u"abcfont-size: 2.5px");
+    EXPECT_EQ(text.styleAt(0).size, 13.25);
+    EXPECT_EQ(text.styleAt(1).size, 0.5);
+    EXPECT_EQ(text.styleAt(2).size, 20.75);
+}
+
+TEST(StyledTextOfHtml, PicturesScriptsAndLinksLeaveNothingButTheirText) {
+    const StyledText text = styledTextOfHtml(
+        u"a<img src='file:///etc/passwd'><script>alert(1)</script><a href='http://x/'>link</a>",
+        styleOf(48));
+    EXPECT_EQ(text.characters(), u"alink");
+    EXPECT_EQ(text.styleAt(1), styleOf(48));
+}
+
+std::u16string nested(int depth) {
+    std::u16string html;
+    for (int i = 0; i < depth; ++i) html += u"<div>";
+    return html + u"text";
+}
+
+TEST(StyledTextOfHtml, MarkupThatIsNestedTooDeeplyHasNoText) {
+    EXPECT_EQ(styledTextOfHtml(nested(1'000), styleOf(48)).characters(), u"text");
+    EXPECT_TRUE(styledTextOfHtml(nested(1'001), styleOf(48)).isEmpty());
+    // Would take the toolkit minutes.
+    EXPECT_TRUE(styledTextOfHtml(nested(100'000), styleOf(48)).isEmpty());
+}
+
+TextStyle styleIn(std::u16string_view html, const TextStyle& base = styleOf(48)) {
+    const StyledText text = styledTextOfHtml(html, base);
+    EXPECT_EQ(text.characters(), u"a") << "one letter in one style";
+    return text.styleAt(0);
+}
+
+TEST(StyledTextOfHtml, AStyleWithoutASizeOrAFamilyHasThatOfItsSurroundings) {
+    EXPECT_EQ(styleIn(u"<span style='font-size:0pt'>a</span>").size, 48);
+    EXPECT_EQ(styleIn(u"<span style='font-family:\"\"'>a</span>").family, styleOf(48).family);
+    // The steps of HTML go from two below the middle to four above it, and no further.
+    EXPECT_EQ(styleIn(u"<font size='7'>a</font>").size, 48 * 2.4);
+    EXPECT_EQ(styleIn(u"<font size='1'>a</font>").size, 48 * 0.7);
+    EXPECT_EQ(styleIn(u"<big>a</big>").size, 48 * 1.2);
+}
+
+TEST(StyledTextOfHtml, WhatIsUprightInSlantedTextIsUpright) {
+    TextStyle slanted = styleOf(48);
+    slanted.slant = TextSlant::Italic;
+    EXPECT_EQ(styleIn(u"<span style='font-style:normal'>a</span>", slanted).slant,
+              TextSlant::Upright);
+    EXPECT_EQ(styleIn(u"<span style='font-style:italic'>a</span>").slant, TextSlant::Italic);
+    EXPECT_EQ(styleIn(u"a", slanted).slant, TextSlant::Italic);
+}
+
+TEST(StyledTextOfHtml, EachParagraphHasItsAlignment) {
+    const StyledText text = styledTextOfHtml(
+        u"<p>a</p><p align='left'>b</p><p align='right'>c</p><p align='center'>d</p>"
+        u"<p align='justify'>e</p>",
+        styleOf(48));
+    using enum TextAlignment;
+    EXPECT_EQ(text.alignments(), (std::vector{Natural, Left, Right, Center, Justified}));
+}
+
+}  // namespace
+}  // namespace skarnel
