@@ -1,0 +1,3 @@
+// What the helper does with its counters of branches at its end, where it has any: nothing.
+extern "C" void __wrap___gcov_exit();
+extern "C" void __wrap___gcov_exit() {}
