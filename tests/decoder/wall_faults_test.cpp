@@ -119,6 +119,17 @@ TEST(WallFaults, NoRowsComeOutOfARingThatIsNotThere) {
     EXPECT_EQ(decoded.error().code, ErrorCode::Damaged);
 }
 
+TEST(WallFaults, AFileOfOursThatCannotBeReadHasAReason) {
+    const test::TemporaryFolder folder;
+    const auto missing = decodeOwnImageFile(folder / "none");
+    ASSERT_FALSE(missing);
+    EXPECT_EQ(missing.error().code, ErrorCode::NotFound);
+    test::putFile(folder / "text", std::string(100, 'x'));
+    const auto text = decodeOwnImageFile(folder / "text");
+    ASSERT_FALSE(text);
+    EXPECT_EQ(text.error().code, ErrorCode::UnknownFormat);
+}
+
 /// Where memory is short the helper is not waited for, and its answer is the reason all the same.
 TEST(WallFaults, ThatTheHelperHasNoMemoryIsPassedOn) {
     AnswerBytes answer;

@@ -6,8 +6,10 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
 
 #include "imaging/io/decoder_protocol.h"
 #include "imaging/io/encoder_protocol.h"
@@ -45,10 +47,10 @@ bool sendPicture(int socket, const CGImage& image, std::string_view type,
     const Bytes packed = packProperties(type, properties);
     const EncodeRequest request{shape.width, shape.height, shape.samples, shape.opaque ? 1 : 0,
                                 packed.size()};
-    if (!sendAll(socket, &request, sizeof request) ||
-        !sendAll(socket, packed.data(), packed.size())) {
-        return false;
-    }
+    Bytes head(sizeof request + packed.size());
+    std::memcpy(head.data(), &request, sizeof request);
+    std::copy(packed.begin(), packed.end(), head.begin() + sizeof request);
+    if (!sendAll(socket, head.data(), head.size())) return false;
     const std::size_t rowBytes =
         static_cast<std::size_t>(shape.width) * static_cast<std::size_t>(shape.samples);
     for (int y = 0; y < shape.height; ++y) {
@@ -72,6 +74,12 @@ std::size_t readUpTo(int pipe, void* target, std::size_t size, std::chrono::mill
         done += static_cast<std::size_t>(count);
     }
     return done;
+}
+
+/// Whether the helper has let go of its answer, as at its end.
+bool hasEnded(int pipe) {
+    pollfd wait{pipe, POLLIN, 0};
+    return ::poll(&wait, 1, 0) > 0 && (wait.revents & POLLHUP) != 0;
 }
 
 /// No encoder makes a picture of noise much larger than its samples; what the properties say comes
@@ -136,12 +144,11 @@ Result<Bytes> encodeBehindWall(const std::string& program, const CGImage& image,
     (void)sendPicture(request.number(), image, type, properties);
     request = FileDescriptor();
     auto received = readEncoded(answer.number(), mostBytesFor(image, properties), patience);
-    if (!received) return died();
-    const int status = helper->statusAtEnd();
+    const int status = received || hasEnded(answer.number()) ? helper->statusAtEnd() : -1;
     if (status == kNoWallsStatus) {
         return {ErrorCode::Failed, "The walls around the encoder cannot be raised"};
     }
-    if (status != 0) return died();
+    if (!received || status != 0) return died();
     return std::move(*received);
 }
 

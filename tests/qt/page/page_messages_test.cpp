@@ -141,6 +141,28 @@ TEST_F(PageLine, OneDescriptorComesAlongAndMoreAreLeftClosed) {
     EXPECT_EQ(openDescriptors(), before);
 }
 
+TEST_F(PageLine, ADescriptorIsSentAlong) {
+    const int some = ::memfd_create("some", MFD_CLOEXEC);
+    ASSERT_EQ(::write(some, "rows", 4), 4);
+    PageMessage sent = pageMessage(PageMessageKind::Picture, QSize(1, 1));
+    sent.descriptor = some;
+    ASSERT_TRUE(sendPageMessage(other(), sent));
+    bool isOpen = false;
+    const auto message = receivePageMessage(here(), isOpen);
+    ASSERT_TRUE(isOpen && message);
+    std::array<char, 5> text{};
+    EXPECT_EQ(::pread(message->descriptor, text.data(), 4, 0), 4);
+    EXPECT_STREQ(text.data(), "rows");
+    ::close(message->descriptor);
+    ::close(some);
+}
+
+TEST_F(PageLine, WhatIsNoLineIsNotOpen) {
+    bool isOpen = true;
+    EXPECT_FALSE(receivePageMessage(-1, isOpen));
+    EXPECT_FALSE(isOpen);
+}
+
 TEST_F(PageLine, SendingGoesOnAfterASignal) {
     PageMessage message = pageMessage(PageMessageKind::Said);
     message.values = QByteArray(60'000, 'x');
