@@ -62,11 +62,11 @@ void Viewer::setImage(const CGImage& image) {
     if (textLine_ != nullptr && old.width > 0 && old.height > 0)
         textLine_->scalePlace(size.width / old.width, size.height / old.height);
     const ViewerSheet before = sheet_;
-    const bool wasPlain = painter_.isPlain(sheet_.view);
+    const bool wasUpright = !painter_.isEmpty() && sheet_.view.rotation() == 0;
     painter_.setImage(image);
     sheet_.setImageSize(size);
     // What lies beside the old picture and the new one stays as it is.
-    if (wasPlain && painter_.isPlain(sheet_.view) && !sheet_.selection &&
+    if (wasUpright && sheet_.view.rotation() == 0 && !sheet_.selection &&
         sheet_.annotations.empty() && !held_)
         update(logicalBox(before.view).united(logicalBox(sheet_.view)));
     else

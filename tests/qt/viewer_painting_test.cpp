@@ -121,6 +121,30 @@ TEST_F(ViewerPainting, ANewPictureRepaintsItsOwnPlaceAlone) {
     EXPECT_EQ(repaints.region.boundingRect(), QRect(139, 119, 122, 62));
 }
 
+/// As after opening: the first picture is larger than the window, the next ones fit by themselves.
+TEST_F(ViewerPainting, ASmallerPictureRepaintsThePlaceOfTheFittedOne) {
+    viewer.zoomToFit();
+    viewer.setImage(noise(1000, 200, 9));
+    QApplication::processEvents();
+    Repaints repaints(viewer);
+    viewer.setImage(noise(300, 40, 10));
+    QApplication::processEvents();
+    // 1000 x 200 was shown as 400 x 80 from (0, 110) on; a pixel around, cut by the viewer.
+    EXPECT_EQ(repaints.region.boundingRect(), QRect(0, 109, 400, 82));
+}
+
+TEST_F(ViewerPainting, ATurnedPictureIsFollowedByAWholeRepaint) {
+    viewer.setImage(noise(100, 60, 6));
+    ViewerSheet turned = viewer.sheet();
+    turned.view.setRotation(30);
+    viewer.takeEdits(turned);
+    QApplication::processEvents();
+    Repaints repaints(viewer);
+    viewer.setImage(noise(100, 60, 7));
+    QApplication::processEvents();
+    EXPECT_EQ(repaints.region.boundingRect(), viewer.rect());
+}
+
 TEST_F(ViewerPainting, WithMarksOrASelectionEverythingIsRepainted) {
     viewer.setImage(noise(100, 60, 6));
     viewer.selectAll();
@@ -134,9 +158,12 @@ TEST_F(ViewerPainting, WithMarksOrASelectionEverythingIsRepainted) {
 TEST_F(ViewerPainting, NothingOfAnEarlierPictureStaysOnTheScreen) {
     if (viewer.screen()->grabWindow(viewer.winId()).isNull()) GTEST_SKIP() << "no screen to read";
     std::mt19937 random(8);
-    for (int round = 0; round < 12; ++round) {
-        const int width = 20 + static_cast<int>(random() % 300);
-        const int height = 20 + static_cast<int>(random() % 200);
+    for (int round = 0; round < 36; ++round) {
+        if (round == 12) viewer.zoomToFit();
+        if (round == 24) viewer.setZoomFactor(1.7);
+        if (round % 12 == 8) viewer.setCheckerboard(!viewer.checkerboard());
+        const int width = 20 + static_cast<int>(random() % (round < 12 ? 300 : 900));
+        const int height = 20 + static_cast<int>(random() % (round < 12 ? 200 : 700));
         viewer.setImage(noise(width, height, random()));
         ASSERT_EQ(onScreen().convertToFormat(QImage::Format_RGB32),
                   viewer.grab().toImage().convertToFormat(QImage::Format_RGB32))
