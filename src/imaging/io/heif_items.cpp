@@ -59,7 +59,8 @@ class Items {
         ByteReader head(box, ByteOrder::Big);
         const bool isShort = head.u8() == 0;
         head.skip(kKindBytes - 1 + (isShort ? 2 : 4));  // how many there are
-        forEachBox(head.take(head.left()), [&](std::string_view, ByteView content) {
+        forEachBox(head.take(head.left()), [&](std::string_view type, ByteView content) {
+            if (type != "infe") return false;
             ByteReader in(content, ByteOrder::Big);
             const int version = in.u8();
             in.skip(kKindBytes - 1);

@@ -28,7 +28,7 @@ struct Reference {
 
 enum class Width : std::uint32_t { Short = 0, Long = 1U << 24U };
 
-/// Items 1 to 4 are coded, 5 to 8 derived, 9 is none.
+/// Items 1 to 4 are coded, 5 to 8 derived, 9 is none; nor is 10, whose box is another.
 Bytes infosOf(Width width) {
     ByteSink all(true);
     all.u32(static_cast<std::uint32_t>(width));
@@ -38,7 +38,7 @@ Bytes infosOf(Width width) {
         all.u16(9);
     }
     const std::vector<std::string_view> types = {"hvc1", "av01", "hvc1", "hvc1", "grid",
-                                                 "iovl", "iden", "grid", "Exif"};
+                                                 "iovl", "iden", "grid", "Exif", "hvc1"};
     for (std::size_t i = 0; i < types.size(); ++i) {
         ByteSink info(true);
         if (width == Width::Long) {
@@ -46,7 +46,8 @@ Bytes infosOf(Width width) {
         } else {
             info.u32(2U << 24U).u16(i + 1);
         }
-        all.raw(box("infe", info.u16(0).text(types[i]).u8(0).bytes));
+        const bool isInfo = i + 1 < types.size();
+        all.raw(box(isInfo ? "infe" : "free", info.u16(0).text(types[i]).u8(0).bytes));
     }
     return box("iinf", all.bytes);
 }
