@@ -174,7 +174,8 @@ void WindowState::setAppearance(const QString& appearance) {
 QStringList WindowState::recentFiles() const {
     QStringList files;
     for (const QJsonValue& each : value(name(kRecent)).toArray())
-        if (QDir::isAbsolutePath(each.toString())) files << each.toString();
+        // Not what only the toolkit takes for absolute, its resources.
+        if (each.toString().startsWith(u'/')) files << each.toString();
     return files;
 }
 

@@ -164,6 +164,11 @@ TEST_F(WindowStateFile, WindowsThatRunAtOnceKeepTheRecentFilesOfAll) {
     EXPECT_EQ(WindowState(path).recentFiles(), QStringList{file("d")});
 }
 
+TEST_F(WindowStateFile, RecentFilesAreThoseOfTheFileSystem) {
+    put("{\"recentFiles\": [\"relative\", \":/icons/open.svg\", \":a\", 7, \"/a.png\"]}");
+    EXPECT_EQ(WindowState(path).recentFiles(), QStringList{QStringLiteral("/a.png")});
+}
+
 TEST_F(WindowStateFile, ALookThatCannotBeReadHereStays) {
     put("{\"presets\": [{\"name\": \"Of a later version\", \"shape\": 4}], \"unknown\": 7}");
     {
