@@ -115,10 +115,11 @@ class Run {
     hn::Vec<Pixels32> first_, second_, third_, fourth_;
 };
 
-/// A vector of samples from sample x on.
+/// A vector of samples from sample x on, of each the first `places` of its group.
 template <std::size_t kWindows>
 HWY_INLINE hn::Vec<PixelBytes> CombinedRun(const std::uint8_t* HWY_RESTRICT source,
-                                           const PackedTaps& taps, std::size_t x) {
+                                           const PackedTaps& taps, std::size_t x,
+                                           std::size_t places) {
     const PixelBytes d8;
     const Positions di32;
     const auto half = hn::Set(di32, kTapUnit / 2);
@@ -131,8 +132,8 @@ HWY_INLINE hn::Vec<PixelBytes> CombinedRun(const std::uint8_t* HWY_RESTRICT sour
     const auto upper = hn::BitCast(di32, hn::LoadU(d8, weights + 4 * kAtOnce));
     ComponentSums<hn::Vec<Positions>> sums{half, half, half, half};
     AddPair(d8, run.pixels(0), run.pixels(1), hn::ConcatEven(di32, upper, lower), sums);
-    if (taps.usedPlaces > 2)
-        AddPair(d8, run.pixels(2), taps.usedPlaces > 3 ? run.pixels(3) : hn::Zero(d8),
+    if (places > 2)
+        AddPair(d8, run.pixels(2), places > 3 ? run.pixels(3) : hn::Zero(d8),
                 hn::ConcatOdd(di32, upper, lower), sums);
     return PixelsOf(d8, sums);
 }
@@ -148,10 +149,12 @@ std::size_t CombineRuns(std::uint8_t* HWY_RESTRICT target, const std::uint8_t* H
         const auto last = static_cast<std::size_t>(taps.first[x + kAtOnce - 1]) + 3;
         const std::size_t windows = (last - start) / kAtOnce + 1;
         if (windows > kMostWindows || start + windows * kAtOnce > taps.sourcePixels) break;
-        const auto combined = windows == 1   ? CombinedRun<1>(source, taps, x)
-                              : windows == 2 ? CombinedRun<2>(source, taps, x)
-                              : windows == 3 ? CombinedRun<3>(source, taps, x)
-                                             : CombinedRun<4>(source, taps, x);
+        // A group that ends with the row may have been moved back there and use all of its places.
+        const std::size_t places = last + 1 == taps.sourcePixels ? 4 : taps.usedPlaces;
+        const auto combined = windows == 1   ? CombinedRun<1>(source, taps, x, places)
+                              : windows == 2 ? CombinedRun<2>(source, taps, x, places)
+                              : windows == 3 ? CombinedRun<3>(source, taps, x, places)
+                                             : CombinedRun<4>(source, taps, x, places);
         hn::StoreU(combined, d8, target + 4 * x);
     }
     return x;
