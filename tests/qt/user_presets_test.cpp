@@ -73,6 +73,60 @@ TEST_F(UserPresetsTest, ARemovedLookIsGone) {
     EXPECT_EQ(names(), QStringList{QStringLiteral("Two")});
 }
 
+TEST(UserPreset, DiffersFromAnotherByItsNameOrByItsNumbers) {
+    const UserPreset mine{QStringLiteral("Mine"), kSome};
+    EXPECT_NE(mine, (UserPreset{QStringLiteral("Other"), kSome}));
+    EXPECT_NE(mine, (UserPreset{QStringLiteral("Mine"), kOther}));
+}
+
+TEST_F(UserPresetsTest, ItsOwnNameIsNoChange) {
+    presets.add(QStringLiteral("One"), kSome);
+    QSignalSpy changes(&presets, &UserPresets::changed);
+    EXPECT_TRUE(presets.rename(0, QStringLiteral(" One ")));
+    EXPECT_TRUE(changes.isEmpty());
+}
+
+TEST_F(UserPresetsTest, ALookIsFoundByItsNameInAnyCase) {
+    EXPECT_EQ(presets.placeOf(QStringLiteral("One")), -1);
+    presets.add(QStringLiteral("One"), kSome);
+    presets.add(QStringLiteral("Two"), kSome);
+    EXPECT_EQ(presets.placeOf(QStringLiteral("two")), 1);
+    EXPECT_EQ(presets.placeOf(QStringLiteral("Three")), -1);
+}
+
+TEST_F(UserPresetsTest, ARemovedLookComesBackToItsPlace) {
+    for (const char* name : {"One", "Two", "Three"}) presets.add(QLatin1String(name), kSome);
+    const auto two = presets.remove(1);
+    ASSERT_TRUE(two.has_value());
+    EXPECT_EQ(presets.restore(*two), QStringLiteral("Two"));
+    EXPECT_EQ(names(),
+              (QStringList{QStringLiteral("One"), QStringLiteral("Two"), QStringLiteral("Three")}));
+    EXPECT_EQ(presets.all()[1].settings, kSome);
+}
+
+TEST_F(UserPresetsTest, ARemovedLookComesBackAtTheEndOfAShorterListAndUnderAFreeName) {
+    for (const char* name : {"One", "Two", "Three"}) presets.add(QLatin1String(name), kOther);
+    const auto three = presets.remove(2);
+    ASSERT_TRUE(three.has_value());
+    presets.remove(0);
+    ASSERT_TRUE(presets.rename(0, QStringLiteral("three")));
+    EXPECT_EQ(presets.restore(*three), QStringLiteral("Three 2"));
+    EXPECT_EQ(names(), (QStringList{QStringLiteral("three"), QStringLiteral("Three 2")}));
+}
+
+TEST_F(UserPresetsTest, WhatAnotherWindowRemovedIsNeitherRenamedNorKept) {
+    presets.add(QStringLiteral("One"), kSome);
+    presets.add(QStringLiteral("Two"), kSome);
+    WindowState stateOfOther(folder.filePath(QStringLiteral("window.json")));
+    UserPresets other(stateOfOther);
+    other.remove(0);
+    EXPECT_TRUE(presets.rename(0, QStringLiteral("Uno")));
+    EXPECT_EQ(names(), QStringList{QStringLiteral("Two")});
+    other.remove(0);
+    EXPECT_EQ(presets.remove(0), std::nullopt);
+    EXPECT_TRUE(presets.all().isEmpty());
+}
+
 TEST_F(UserPresetsTest, WhatCannotBeReadIsLeftOut) {
     QJsonObject good{{QStringLiteral("name"), QStringLiteral("Good")}};
     for (const ReflectionSetting& setting : kReflectionSettings) {

@@ -10,9 +10,13 @@
 #include <QTemporaryDir>
 
 #include "qt/user_presets.h"
+#include "storage/left_overs.h"
+#include "storage/scoped_variable.h"
 
 namespace skarnel {
 namespace {
+
+using test::ScopedVariable;
 
 constexpr SettingNumbers kSome{1, 2, 3, 4, 5, 6, 7};
 
@@ -64,6 +68,33 @@ TEST(WindowState, ComesBackAsItWasAndDamageCountsAsNothing) {
     EXPECT_FALSE(WindowState(path).cueMuted());
 }
 
+TEST(WindowState, TheFileLiesAmongTheUsersStates) {
+    const ScopedVariable states("XDG_STATE_HOME", "/states");
+    const ScopedVariable home("HOME", "/home/user");
+    EXPECT_EQ(WindowState::defaultPath(), QStringLiteral("/states/skarnel/window.json"));
+    // A relative path counts as none.
+    for (const char* none : {"states", ""}) {
+        const ScopedVariable noStates("XDG_STATE_HOME", none);
+        EXPECT_EQ(WindowState::defaultPath(),
+                  QStringLiteral("/home/user/.local/state/skarnel/window.json"));
+        for (const char* noHome : {"user", ""}) {
+            const ScopedVariable nowhere("HOME", noHome);
+            EXPECT_EQ(WindowState::defaultPath(), QString());
+        }
+    }
+}
+
+TEST(WindowState, WithoutAHomeItLastsAsLongAsTheWindow) {
+    WindowState state{QString()};
+    state.removeLeftOvers();
+    state.setCheckerboard(true);
+    EXPECT_TRUE(state.save());
+    UserPresets looks(state);
+    looks.add(QStringLiteral("Mine"), kSome);
+    EXPECT_EQ(looks.all(), (QList<UserPreset>{{QStringLiteral("Mine"), kSome}}));
+    EXPECT_TRUE(state.checkerboard());
+}
+
 TEST(WindowState, RecentFilesAreTheLatestFirstOnceAndTen) {
     WindowState state{QString()};
     for (int i = 0; i < 14; ++i) state.addRecentFile(QStringLiteral("/p/%1.png").arg(i));
@@ -74,6 +105,55 @@ TEST(WindowState, RecentFilesAreTheLatestFirstOnceAndTen) {
     EXPECT_EQ(files.count(QStringLiteral("/p/9.png")), 1);
     state.clearRecentFiles();
     EXPECT_TRUE(state.recentFiles().isEmpty());
+}
+
+TEST_F(WindowStateFile, EveryPlaceAndSwitchComesBack) {
+    {
+        WindowState state(path);
+        EXPECT_FALSE(state.checkerboard());
+        EXPECT_EQ(state.appearance(), QString());
+        state.setSplitter(QByteArray("\0\xFFsizes", 7));
+        state.setOpenFolder(QStringLiteral("/from here"));
+        state.setSaveFolder(QStringLiteral("/to there"));
+        state.setCheckerboard(true);
+        state.setTextShown(false);
+        state.setAppearance(QStringLiteral("dark"));
+        EXPECT_TRUE(state.save());
+    }
+    const WindowState next(path);
+    EXPECT_EQ(next.splitter(), QByteArray("\0\xFFsizes", 7));
+    EXPECT_EQ(next.openFolder(), QStringLiteral("/from here"));
+    EXPECT_EQ(next.saveFolder(), QStringLiteral("/to there"));
+    EXPECT_TRUE(next.checkerboard());
+    EXPECT_FALSE(next.textShown());
+    EXPECT_EQ(next.appearance(), QStringLiteral("dark"));
+}
+
+TEST_F(WindowStateFile, AChangeIsToldOnceAndOnlyChangesAreWritten) {
+    WindowState state(path);
+    int told = 0;
+    state.onChange([&] { ++told; });
+    EXPECT_TRUE(state.save());
+    EXPECT_FALSE(QFile::exists(path)) << "nothing was changed";
+    state.setCueMuted(true);
+    state.setCueMuted(true);
+    EXPECT_EQ(told, 1);
+    EXPECT_TRUE(state.save());
+    ASSERT_TRUE(QFile::remove(path));
+    EXPECT_TRUE(state.save());
+    EXPECT_FALSE(QFile::exists(path)) << "nothing was changed since";
+}
+
+TEST_F(WindowStateFile, WhatAKilledWriteLeftIsRemoved) {
+    const QString left = QString::fromStdString(temporaryFilePath(folder.path().toStdString()));
+    const QString users = folder.filePath(QStringLiteral("notes.txt"));
+    for (const QString& name : {left, users}) {
+        QFile file(name);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+    WindowState(path).removeLeftOvers();
+    EXPECT_FALSE(QFile::exists(left));
+    EXPECT_TRUE(QFile::exists(users));
 }
 
 TEST_F(WindowStateFile, WhatCannotBeReadIsKeptBesideBeforeAnythingIsWritten) {

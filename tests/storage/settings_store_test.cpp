@@ -11,6 +11,7 @@
 
 #include "storage/fake_file_systems.h"
 #include "storage/left_overs.h"
+#include "storage/scoped_variable.h"
 #include "storage/temporary_folder.h"
 
 namespace skarnel {
@@ -18,6 +19,7 @@ namespace {
 
 using test::fileText;
 using test::putFile;
+using test::ScopedVariable;
 using test::TemporaryFolder;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -26,29 +28,6 @@ class SettingsStoreTest : public testing::Test {
   protected:
     const TemporaryFolder folder_;
     const std::string path_ = folder_ / "settings.json";
-};
-
-/// Sets an environment variable, or takes it away, until the end of the test.
-class ScopedVariable {
-  public:
-    ScopedVariable(const char* name, const char* value) : name_(name) {
-        if (const char* before = std::getenv(name)) before_ = before;
-        set(value);
-    }
-    ScopedVariable(const ScopedVariable&) = delete;
-    ScopedVariable& operator=(const ScopedVariable&) = delete;
-    ~ScopedVariable() { set(before_ ? before_->c_str() : nullptr); }
-
-  private:
-    void set(const char* value) {
-        if (value != nullptr) {
-            ::setenv(name_, value, 1);
-        } else {
-            ::unsetenv(name_);
-        }
-    }
-    const char* name_;
-    std::optional<std::string> before_;
 };
 
 TEST_F(SettingsStoreTest, AnAbsentKeyReadsAsZeroAndFalse) {
