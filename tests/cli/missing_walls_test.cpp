@@ -6,6 +6,7 @@
 #include "decoder/kernel_without_seccomp.h"
 #include "storage/temporary_folder.h"
 #include "util/walls/seccomp_support.h"
+#include "util/walls/without_proc.h"
 
 namespace skarnel {
 namespace {
@@ -25,6 +26,10 @@ const std::string kSaid = "Pictures are decoded without this wall: seccomp\n";
 
 void loseSeccomp() {
     if (!testing::takeSeccompAway()) ::_exit(98);
+}
+
+void loseProc() {
+    if (!test::hideProc()) ::_exit(98);
 }
 
 class MissingWalls : public ::testing::Test {
@@ -56,6 +61,28 @@ TEST_F(MissingWalls, AreNamedInTheLogOnce) {
     if (kernelHasSeccomp()) {
         EXPECT_THAT(render(arguments).err, Not(HasSubstr(kSaid)));
     }
+}
+
+/// The helper is looked for beside the program, whose place /proc tells.
+TEST_F(MissingWalls, WithoutProcAreAllNamedAndTheResultIsTheSame) {
+    if (!test::canHideProc()) GTEST_SKIP() << "/proc cannot be hidden here";
+    const auto arguments = [&](const std::string& result) {
+        return std::vector<std::string>{"--verbose", folder_ / "one.png", "-o", folder_ / result};
+    };
+    const Finished here = render(arguments("here.png"));
+    EXPECT_EQ(here.exitCode, 0) << here.err;
+    EXPECT_THAT(here.err, Not(HasSubstr("this wall: helper program")));
+    const Finished without = render(arguments("without.png"), {}, loseProc);
+    EXPECT_EQ(without.exitCode, 0) << without.err;
+    for (const char* wall :
+         {"helper program", "no new privileges", "resource limits", "seccomp", "landlock"}) {
+        EXPECT_THAT(without.err, HasSubstr(std::string("Pictures are decoded without this wall: ") +
+                                           wall + "\n"));
+    }
+    EXPECT_EQ(test::fileText(folder_ / "without.png"), test::fileText(folder_ / "here.png"));
+    EXPECT_NE(test::fileText(folder_ / "here.png"), "(none)");
+    EXPECT_THAT(render({"--version", "--json"}, {}, loseProc).out,
+                HasSubstr("\"helper program\":false"));
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "cli/process.h"
 #include "qt/page/renderers.h"
 #include "storage/temporary_folder.h"
+#include "util/walls/without_proc.h"
 
 namespace skarnel {
 namespace {
@@ -72,6 +73,17 @@ TEST_F(TextCommand, WithoutAnyFontEndsWithACause) {
                                      [&] { ::setenv("FONTCONFIG_FILE", fonts.c_str(), 1); });
     EXPECT_EQ(finished.exitCode, 1);
     EXPECT_THAT(finished.err, testing::StartsWith("skarnel-render: Text: "));
+    EXPECT_FALSE(std::filesystem::exists(out_));
+}
+
+/// The page renderer is looked for beside the program, whose place /proc tells.
+TEST_F(TextCommand, WithoutProcEndsWithACause) {
+    if (!test::canHideProc()) GTEST_SKIP() << "/proc cannot be hidden here";
+    const Finished finished = render({"--text", "Summer", "-o", out_}, {}, [] {
+        if (!test::hideProc()) ::_exit(98);
+    });
+    EXPECT_EQ(finished.exitCode, 1);
+    EXPECT_THAT(finished.err, HasSubstr("page renderer"));
     EXPECT_FALSE(std::filesystem::exists(out_));
 }
 

@@ -1,6 +1,8 @@
 // The real program where its surroundings fail it: the display goes away, the clipboard's owner
-// dies, there are no fonts.
+// dies, there are no fonts, there is no /proc.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <QCoreApplication>
 #include <QDir>
@@ -14,6 +16,8 @@
 #include <QTemporaryDir>
 #include <QThread>
 #include <functional>
+
+#include "util/walls/without_proc.h"
 
 namespace skarnel {
 namespace {
@@ -317,6 +321,29 @@ TEST_F(SurroundingsTest, WithoutAnyFontTheWindowOpensAndCloses) {
     ASSERT_TRUE(ends());
     EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(program.exitCode(), 0);
+}
+
+TEST_F(SurroundingsTest, WithoutProcAPictureOpensAndTheWindowCloses) {
+    if (!test::canHideProc()) GTEST_SKIP() << "/proc cannot be hidden here";
+    const QString log = folder.filePath(QStringLiteral("log"));
+    program.setChildProcessModifier([path = QFile::encodeName(log)] {
+        const int file = ::open(path.constData(), O_WRONLY | O_CREAT, 0600);
+        if (!test::hideProc() || ::dup2(file, STDERR_FILENO) < 0) ::_exit(98);
+    });
+    const QString picture = folder.filePath(QStringLiteral("Beach.jpg"));
+    ASSERT_TRUE(QFile::copy(QStringLiteral(SKARNEL_SAMPLE_PHOTO), picture));
+    const Display display;
+    ASSERT_NO_FATAL_FAILURE(startOn(display, {picture}));
+    EXPECT_TRUE(wait([&] { return shown(QStringLiteral("^Beach.* — Skarnel$")) == window; }));
+    press(QStringLiteral("ctrl+q"));
+    ASSERT_TRUE(ends());
+    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(program.exitCode(), 0);
+    QFile said(log);
+    ASSERT_TRUE(said.open(QIODevice::ReadOnly));
+    const QByteArray text = said.readAll();
+    EXPECT_TRUE(text.contains("Pictures are decoded without this wall: helper program\n"))
+        << text.toStdString();
 }
 
 }  // namespace
