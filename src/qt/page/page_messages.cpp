@@ -85,7 +85,8 @@ std::optional<PageMessage> receivePageMessage(int line, bool& isOpen) {
     header.msg_controllen = space.size();
     const ssize_t count = ::recvmsg(line, &header, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
     if (count < 0 && (errno == EAGAIN || errno == EINTR)) return std::nullopt;
-    if (count > 0) message.descriptor = takeDescriptor(header);
+    // Also a message of no bytes may bring one.
+    if (count >= 0) message.descriptor = takeDescriptor(header);
     isOpen = count >= ssize_t{sizeof message.kind} && (header.msg_flags & MSG_TRUNC) == 0;
     if (!isOpen) {
         if (message.descriptor >= 0) ::close(message.descriptor);

@@ -104,7 +104,9 @@ TEST_F(PageLine, WhatIsNoMessageEndsItAndLeavesNothingOpen) {
     const struct {
         const char* name;
         std::vector<char> bytes;
-    } rows[] = {{"half a kind", {1, 0}}, {"more than a message", std::vector<char>(65'541)}};
+    } rows[] = {{"nothing", {}},
+                {"half a kind", {1, 0}},
+                {"more than a message", std::vector<char>(65'541)}};
     for (const auto& row : rows) {
         for (const bool withDescriptor : {false, true}) {
             sendRaw(row.bytes, withDescriptor ? std::vector{some} : std::vector<int>());
