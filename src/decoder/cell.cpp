@@ -1,5 +1,6 @@
 #include "decoder/cell.h"
 
+#include <pthread.h>
 #include <sched.h>
 #include <seccomp.h>
 #include <signal.h>
@@ -32,7 +33,20 @@ void limitTo(__rlimit_resource resource, std::uint64_t value) {
     ::setrlimit(resource, &limit);
 }
 
+/// Of threads that are made from now on. The C library takes the limit of the main thread's stack
+/// for them, which a user may have raised over all that may be written to; a codec whose thread
+/// cannot be made waits for it for ever.
+void boundThreadStacks() {
+    constexpr std::size_t kStackBytes = std::size_t{2} << 20U;
+    pthread_attr_t attributes;
+    if (::pthread_attr_init(&attributes) != 0) return;
+    ::pthread_attr_setstacksize(&attributes, kStackBytes);
+    ::pthread_setattr_default_np(&attributes);
+    ::pthread_attr_destroy(&attributes);
+}
+
 void limitResources(const CellLimits& limits) {
+    if (limits.threads == CellLimits::Threads::Many) boundThreadStacks();
     limitTo(RLIMIT_AS, limits.memoryBytes);
     limitTo(RLIMIT_DATA, limits.dataBytes);
     limitTo(RLIMIT_FSIZE, 0);

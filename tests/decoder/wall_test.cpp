@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -23,6 +24,7 @@
 #include "imaging/io/file_builders.h"
 #include "imaging/io/pictures.h"
 #include "imaging/io/read_file.h"
+#include "util/limited_to.h"
 
 namespace skarnel {
 namespace {
@@ -71,7 +73,8 @@ class Wall : public ::testing::Test {
     }
 };
 
-TEST_F(Wall, StandsAroundCodecsThatAreLoadedLateAndStartThreads) {
+/// Of each format whose library is loaded late.
+void expectLateFilesBehindTheWall() {
     for (const auto& entry : std::filesystem::directory_iterator(LATE_FILES)) {
         std::ifstream stream(entry.path(), std::ios::binary);
         const Bytes bytes{std::istreambuf_iterator<char>(stream), {}};
@@ -81,6 +84,19 @@ TEST_F(Wall, StandsAroundCodecsThatAreLoadedLateAndStartThreads) {
         ASSERT_TRUE(behind) << entry.path() << ": " << behind.error().message;
         EXPECT_TRUE(samePixels(behind->image, decodeImage(bytes)->image)) << entry.path();
     }
+}
+
+TEST_F(Wall, StandsAroundCodecsThatAreLoadedLateAndStartThreads) {
+    expectLateFilesBehindTheWall();
+}
+
+TEST_F(Wall, LetsThreadsStartWhateverStackTheUserAllows) {
+    constexpr rlim_t kLargeStack = rlim_t{1} << 30U;  // more than a small picture's helper may have
+    rlimit limit{};
+    ASSERT_EQ(::getrlimit(RLIMIT_STACK, &limit), 0);
+    if (limit.rlim_max < kLargeStack) GTEST_SKIP() << "no larger stack is allowed here";
+    const test::LimitedTo large(RLIMIT_STACK, kLargeStack);
+    expectLateFilesBehindTheWall();
 }
 
 TEST_F(Wall, GivesThePictureOfEveryFormat) {
