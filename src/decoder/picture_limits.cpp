@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "imaging/io/heif_items.h"
+
 namespace skarnel {
 namespace {
 
@@ -12,7 +14,8 @@ std::uint64_t possiblePixels(const DecodeLimits& limits, HeadSize stated, std::u
     const auto pixels =
         static_cast<std::uint64_t>(stated.width) * static_cast<std::uint64_t>(stated.height);
     const auto most = static_cast<std::uint64_t>(limits.maxPixels);
-    const auto unproven = static_cast<std::uint64_t>(limits.maxUnprovenPixels);
+    const auto unproven =
+        static_cast<std::uint64_t>(std::min(limits.maxUnprovenPixels, io::kMaxUnprovenItemPixels));
     return std::min({pixels, most, std::max(unproven, fileBytes * kMaxPixelsPerByte)});
 }
 

@@ -64,6 +64,9 @@ TEST_P(HonestFile, IsOpened) {
 INSTANTIATE_TEST_SUITE_P(
     Files, HonestFile,
     ::testing::ValuesIn(inBothFormats({"grid", "grid-alpha", "overlay", "overlay-alpha"})), nameOf);
+INSTANTIATE_TEST_SUITE_P(Cameras, HonestFile,
+                         ::testing::Values("grid-of-many.heic", "grid-of-many-cropped.heic"),
+                         nameOf);
 
 // Most of them state 80 x 64 or 5 x 3 pixels, and 26,990 x 26,213 elsewhere, for which the
 // libraries would take gigabytes.
@@ -81,9 +84,15 @@ INSTANTIATE_TEST_SUITE_P(
                                        "coded-larger-alpha"})),
     nameOf);
 // What is made of itself has no end, what is made of a million pictures one that is far away.
-INSTANTIATE_TEST_SUITE_P(Endless, Bomb,
-                         ::testing::ValuesIn(inBothFormats({"grid-of-itself", "overlay-of-itself",
-                                                            "overlay-nested"})),
+INSTANTIATE_TEST_SUITE_P(
+    Endless, Bomb,
+    ::testing::ValuesIn(inBothFormats({"grid-of-itself", "overlay-of-itself", "overlay-nested",
+                                       "overlay-nested-large", "overlay-turned"})),
+    nameOf);
+// The library and a check before it may believe different halves of these.
+INSTANTIATE_TEST_SUITE_P(Ambiguous, Bomb,
+                         ::testing::ValuesIn(inBothFormats({"two-sizes", "two-sizes-reversed",
+                                                            "two-heads", "hidden-references"})),
                          nameOf);
 // What a fuzzer found: the overlay is the transparency of the picture, or with 9,000 pixels a side
 // the picture itself.

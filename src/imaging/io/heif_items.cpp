@@ -1,10 +1,13 @@
 #include "imaging/io/heif_items.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
+#include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "imaging/io/byte_reader.h"
@@ -43,6 +46,16 @@ std::optional<ByteView> findBox(ByteView bytes, std::string_view wanted) {
     return found;
 }
 
+/// Where there are several, readers differ in which one counts.
+bool hasAtMostOne(ByteView bytes, std::string_view wanted) {
+    int count = 0;
+    forEachBox(bytes, [&](std::string_view type, ByteView) {
+        count += type == wanted ? 1 : 0;
+        return count > 1;
+    });
+    return count <= 1;
+}
+
 /// Version and flags of a box.
 constexpr std::size_t kKindBytes = 4;
 
@@ -51,9 +64,71 @@ bool isPicture(std::string_view type) {
     return type == "hvc1" || type == "av01" || type == "grid" || type == "iovl" || type == "iden";
 }
 
+/// What the file says of each item: its size, and how often it is turned or cut.
+class Properties {
+  public:
+    void addKinds(ByteView box) {
+        forEachBox(box, [&](std::string_view type, ByteView content) {
+            ByteReader in(content, ByteOrder::Big);
+            in.skip(type == "ispe" ? kKindBytes : 0);
+            kinds_.push_back({std::string(type), type == "ispe" ? in.u64() : 0});
+            return false;
+        });
+    }
+
+    void addUses(ByteView box) {
+        ByteReader in(box, ByteOrder::Big);
+        const std::uint32_t kind = in.u32();
+        const bool isShort = kind >> 24 == 0;
+        const std::uint32_t entries = in.u32();
+        for (std::uint32_t entry = 0; entry < entries && !in.failed(); ++entry) {
+            const std::uint32_t item = isShort ? in.u16() : in.u32();
+            const int count = in.u8();
+            for (int i = 0; i < count && !in.failed(); ++i) {
+                // The highest bit says whether a reader must know the property.
+                const int number = (kind & 1U) != 0 ? in.u16() & 0x7FFF : in.u8() & 0x7F;
+                uses_[item].push_back(number);
+            }
+        }
+    }
+
+    /// Pixels that are made for an item alone, once more for each time that it is turned or cut;
+    /// none where it has several sizes.
+    std::optional<std::uint64_t> pixelsOf(std::uint32_t item) const {
+        constexpr std::uint64_t kLeastPixels = 1024;  // an item costs something itself
+        std::optional<std::uint64_t> size;
+        std::uint64_t times = 1;
+        const auto uses = uses_.find(item);
+        if (uses == uses_.end()) return kLeastPixels;
+        for (const int number : uses->second) {
+            if (number < 1 || static_cast<std::size_t>(number) > kinds_.size()) continue;
+            const Kind& kind = kinds_[static_cast<std::size_t>(number) - 1];
+            if (kind.type == "ispe") {
+                if (size && *size != kind.size) return std::nullopt;
+                size = kind.size;
+            }
+            if (kind.type == "irot" || kind.type == "imir" || kind.type == "clap") ++times;
+        }
+        constexpr std::uint64_t kMostSide = 1U << 16U;  // the library takes no larger one
+        const std::uint64_t width = std::min(size.value_or(0) >> 32, kMostSide);
+        const std::uint64_t height = std::min(size.value_or(0) & 0xFFFFFFFFU, kMostSide);
+        return std::max(width * height, kLeastPixels) * times;
+    }
+
+  private:
+    struct Kind {
+        std::string type;
+        std::uint64_t size = 0;  // of an `ispe`: the width above the height
+    };
+    std::vector<Kind> kinds_;  // by number, from 1 on
+    std::map<std::uint32_t, std::vector<int>> uses_;
+};
+
 class Items {
   public:
-    explicit Items(std::uint64_t most) : most_(most) {}
+    /// Adds up what `weigh` says of an item, none for too much.
+    using Weigh = std::function<std::optional<std::uint64_t>(std::uint32_t item)>;
+    Items(std::uint64_t most, Weigh weigh) : most_(most), weigh_(std::move(weigh)) {}
 
     void addPictures(ByteView box) {
         ByteReader head(box, ByteOrder::Big);
@@ -81,6 +156,7 @@ class Items {
             const std::size_t start = in.position();
             const std::uint32_t size = in.u32();
             const std::string_view type = textOf(in.take(4));
+            if (type == "uuid") return false;  // and its name is sixteen bytes more
             const auto number = [&] { return isShort ? in.u16() : in.u32(); };
             const std::uint32_t from = number();
             const int count = in.u16();
@@ -99,11 +175,11 @@ class Items {
         constexpr int kMostDepth = 16;
         if (depth > kMostDepth) return most_ + 1;
         if (const auto known = decoded_.find(item); known != decoded_.end()) return known->second;
-        std::uint64_t sum = 1;
+        std::uint64_t sum = std::min(weigh_(item).value_or(most_ + 1), most_ + 1);
         if (const auto parts = parts_.find(item); parts != parts_.end()) {
             for (const std::uint32_t part : parts->second) {
-                sum += pictures_.contains(part) ? decodedFor(part, depth + 1) : most_ + 1;
                 if (sum > most_) break;
+                sum += pictures_.contains(part) ? decodedFor(part, depth + 1) : most_ + 1;
             }
         }
         return decoded_[item] = std::min(sum, most_ + 1);
@@ -111,25 +187,58 @@ class Items {
 
   private:
     std::uint64_t most_;
+    Weigh weigh_;
     std::set<std::uint32_t> pictures_;
     std::map<std::uint32_t, std::vector<std::uint32_t>> parts_;
     std::map<std::uint32_t, std::uint64_t> decoded_;
 };
 
-}  // namespace
-
-std::uint64_t decodedItems(ByteView file, std::uint32_t item, std::uint64_t most) {
-    Items items(most);
+/// The boxes that say what the items are, behind version and flags.
+std::optional<ByteView> contentOfMeta(ByteView file) {
     const auto meta = findBox(file, "meta");
-    if (meta && meta->size() >= kKindBytes) {
-        if (const auto infos = findBox(meta->subspan(kKindBytes), "iinf")) {
-            items.addPictures(*infos);
-        }
-        if (const auto references = findBox(meta->subspan(kKindBytes), "iref")) {
+    if (!meta || meta->size() < kKindBytes) return std::nullopt;
+    return meta->subspan(kKindBytes);
+}
+
+std::uint64_t sumFor(ByteView file, std::uint32_t item, std::uint64_t most, Items::Weigh weigh) {
+    Items items(most, std::move(weigh));
+    if (const auto meta = contentOfMeta(file)) {
+        if (const auto infos = findBox(*meta, "iinf")) items.addPictures(*infos);
+        if (const auto references = findBox(*meta, "iref")) {
             if (!items.addReferences(*references)) return most + 1;
         }
     }
     return items.decodedFor(item);
+}
+
+}  // namespace
+
+bool hasOneMeaning(ByteView file) {
+    if (!hasAtMostOne(file, "meta")) return false;
+    const auto meta = contentOfMeta(file);
+    if (!meta) return true;
+    for (const char* box : {"pitm", "iinf", "iref", "iprp"}) {
+        if (!hasAtMostOne(*meta, box)) return false;
+    }
+    const auto properties = findBox(*meta, "iprp");
+    return !properties || hasAtMostOne(*properties, "ipco");
+}
+
+std::uint64_t decodedItems(ByteView file, std::uint32_t item, std::uint64_t most) {
+    return sumFor(file, item, most, [](std::uint32_t) { return std::optional<std::uint64_t>(1); });
+}
+
+std::uint64_t decodedPixels(ByteView file, std::uint32_t item, std::uint64_t most) {
+    Properties properties;
+    if (const auto meta = contentOfMeta(file)) {
+        forEachBox(findBox(*meta, "iprp").value_or(ByteView()),
+                   [&](std::string_view type, ByteView content) {
+                       if (type == "ipco") properties.addKinds(content);
+                       if (type == "ipma") properties.addUses(content);
+                       return false;
+                   });
+    }
+    return sumFor(file, item, most, [&](std::uint32_t of) { return properties.pixelsOf(of); });
 }
 
 }  // namespace skarnel::io

@@ -209,7 +209,8 @@ Result<SourcePicture> copyPixels(const heif_image* image, const DecodeLimits& li
 /// own, and memory is taken for that. None may be larger than what the file says of the picture,
 /// before it is cropped or turned; fails when that alone is too large.
 std::optional<Error> boundCanvases(heif_context* context, const heif_image_handle* handle,
-                                   const DecodeLimits& limits) {
+                                   DecodeLimits limits) {
+    limits.maxUnprovenPixels = std::min(limits.maxUnprovenPixels, kMaxUnprovenItemPixels);
     const int width = api()->width(handle);
     const int height = api()->height(handle);
     if (auto tooLarge = checkPictureSize(width, height, limits, kMaxPixels)) return tooLarge;
@@ -229,15 +230,24 @@ std::optional<Error> boundItems(heif_context* context, const heif_image_handle* 
     // Tiles have 64 pixels a side at least, and transparency of their own.
     constexpr std::uint64_t kLeastPixels = 1024;
     constexpr std::uint64_t kSpareItems = 64;
+    // A picture and its tiles, as much again for its transparency and for what else a camera adds;
+    // a small picture may have large tiles.
+    constexpr std::uint64_t kMostTimes = 8;
+    constexpr std::uint64_t kSparePixels = 8'000'000;
+    const Error damaged{ErrorCode::Damaged, "The HEIF picture is damaged"};
+    if (!hasOneMeaning(bytes)) return damaged;
     heif_item_id item = 0;
     if (const heif_error error = api()->primaryItem(context, &item); error.code != heif_error_Ok) {
         return failureOf(error);
     }
-    const auto pixels = static_cast<std::uint64_t>(api()->width(handle)) *
-                        static_cast<std::uint64_t>(api()->height(handle));
-    const std::uint64_t most = kSpareItems + pixels / kLeastPixels;
-    if (decodedItems(bytes, item, most) <= most) return std::nullopt;
-    return Error{ErrorCode::Damaged, "The HEIF picture is damaged"};
+    // Before it is cropped: the whole of it is decoded all the same.
+    const auto pixels = static_cast<std::uint64_t>(std::max(api()->statedWidth(handle), 1)) *
+                        static_cast<std::uint64_t>(std::max(api()->statedHeight(handle), 1));
+    const std::uint64_t mostItems = kSpareItems + pixels / kLeastPixels;
+    const std::uint64_t mostPixels = kSparePixels + pixels * kMostTimes;
+    if (decodedItems(bytes, item, mostItems) > mostItems) return damaged;
+    if (decodedPixels(bytes, item, mostPixels) > mostPixels) return damaged;
+    return std::nullopt;
 }
 
 }  // namespace

@@ -3,8 +3,9 @@
 
 Honest ones put the coded picture into a grid or an overlay. The others state the size of that
 picture and are larger in another place: in a grid's or an overlay's own data, before a crop, or
-in the header inside the coded picture; or they are made of themselves, or of the same picture a
-million times. `-alpha` says that the picture's transparency is so.
+in the header inside the coded picture; or they are made of themselves, of the same picture a
+million times, or turned two hundred times; or they say two things of which only one can be true.
+`-alpha` says that the picture's transparency is so.
 """
 import pathlib
 import struct
@@ -269,13 +270,66 @@ class Maker:
         out.refer(b"auxl", item, tile)
         self.save(name, out, tile)
 
-    def nested(self, name):
-        """Six times an overlay of ten of what is below it."""
-        out, item = self.container()
-        for _ in range(6):
+    def nest(self, out, item, sides, levels):
+        """So many times an overlay of ten of what is below it."""
+        for _ in range(levels):
             below = item
-            item = out.add(b"iovl", overlay(*self.sides, 10), [stated(*self.sides)])
+            item = out.add(b"iovl", overlay(*sides, 10), [stated(*sides)])
             out.refer(b"dimg", item, *[below] * 10)
+        return item
+
+    def nested(self, name):
+        out, item = self.container()
+        self.save(name, out, self.nest(out, item, self.sides, 6))
+        out, item = self.container()
+        self.save(name + "-large", out, self.nest(out, item, (2000, 2000), 3))
+
+    def turned(self, name):
+        out, tile = self.container()
+        item = out.add(b"iovl", overlay(2000, 2000), [stated(2000, 2000), box(b"irot", b"\1")])
+        used = out.items[-1][2]
+        used[1:] *= 200
+        out.refer(b"dimg", item, tile)
+        self.save(name, out, item)
+
+    def of_two_sizes(self, name):
+        coded, configuration = self.larger(self.coded, self.configuration, 9000, 9000)
+        configuration = box(self.configuration_kind, configuration)
+        sizes = [stated(*self.sides), stated(2800, 2800)]
+        for order, suffix in ((1, ""), (-1, "-reversed")):
+            out = Container(self.brand)
+            item = out.add(self.kind, coded, sizes[::order] + [configuration])
+            self.save(name + suffix, out, item)
+
+    def of_two_heads(self, name):
+        """The first box of its kind has the one coded picture, the second one the nest."""
+        out, tile = self.container()
+        first = out.meta(tile, 0)
+        primary = self.nest(out, tile, self.sides, 6)
+        start = box(b"ftyp", self.brand + bytes(4) + b"mif1" + self.brand) + first
+        data_at = len(start) + len(out.meta(primary, 0)) + 8
+        content = start + out.meta(primary, data_at) + box(b"mdat", self.coded)
+        (HERE / f"{name}.{self.extension}").write_bytes(content)
+
+    def of_hidden_references(self, name):
+        """A box of type `uuid` has sixteen bytes more of head for who knows that."""
+        out, tile = self.container()
+        primary = self.nest(out, tile, self.sides, 6)
+        body = bytes(16) + bytes(4) + out.references
+        count = (len(body) - 4) // 2
+        body = struct.pack(">HH", 0x7777, count) + body[4:]
+        out.references = struct.pack(">I", 8 + len(body)) + b"uuid" + body
+        self.save(name, out, primary)
+
+    def tiles(self, name, columns, rows, *more):
+        """A grid as cameras make them, each tile an item of its own."""
+        out, tile = self.container()
+        sides = (self.sides[0] * columns, self.sides[1] * rows)
+        others = [out.add(self.kind, self.coded, out.properties[:2])
+                  for _ in range(columns * rows - 1)]
+        content = bytes([0, 1, rows - 1, columns - 1]) + struct.pack(">II", *sides)
+        item = out.add(b"grid", content, [stated(*sides), *more])
+        out.refer(b"dimg", item, tile, *others)
         self.save(name, out, item)
 
     def cropped(self, name):
@@ -303,6 +357,13 @@ class Maker:
             self.derived_alpha(name + "-larger-alpha", kind, content(*SIDES))
             self.of_itself(name + "-of-itself", kind, content(*self.sides))
         self.nested("overlay-nested")
+        self.turned("overlay-turned")
+        self.of_two_sizes("two-sizes")
+        self.of_two_heads("two-heads")
+        self.of_hidden_references("hidden-references")
+        if min(self.sides) >= 64:  # no honest tile is smaller
+            self.tiles("grid-of-many", 8, 9)
+            self.tiles("grid-of-many-cropped", 8, 9, crop(*self.sides))
         self.cropped("overlay-cropped")
         self.coded_larger("coded-larger")
 

@@ -5,6 +5,7 @@
 
 #include <initializer_list>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "imaging/io/file_builders.h"
@@ -52,7 +53,8 @@ Bytes infosOf(Width width) {
     return box("iinf", all.bytes);
 }
 
-Bytes fileOf(std::initializer_list<Reference> references, Width width = Width::Short) {
+Bytes fileOf(std::initializer_list<Reference> references, Width width = Width::Short,
+             const Bytes& more = {}) {
     ByteSink all(true);
     all.u32(static_cast<std::uint32_t>(width));
     for (const Reference& reference : references) {
@@ -70,7 +72,7 @@ Bytes fileOf(std::initializer_list<Reference> references, Width width = Width::S
         all.raw(box(reference.type, content.bytes));
     }
     ByteSink meta(true);
-    meta.u32(0).raw(infosOf(width)).raw(box("iref", all.bytes));
+    meta.u32(0).raw(infosOf(width)).raw(box("iref", all.bytes)).raw(more);
     return ByteSink(true).raw(box("ftyp", {})).raw(box("meta", meta.bytes)).bytes;
 }
 
@@ -152,6 +154,105 @@ TEST(HeifItems, AreFoundInBoxesOfAnySize) {
         decodedItems(box("meta", ByteSink(true).u32(0).raw(box("iref", {0})).bytes), 5, kMost),
         kMost + 1);
     EXPECT_EQ(decodedItems({}, 5, kMost), 1);
+}
+
+/// Of item i the properties that `uses` lists for it, in the wide or the narrow form.
+Bytes propertiesOf(const std::vector<Bytes>& kinds,
+                   const std::vector<std::pair<std::uint32_t, std::vector<int>>>& uses,
+                   bool wide = false) {
+    ByteSink all(true);
+    for (const Bytes& kind : kinds) all.raw(kind);
+    ByteSink entries(true);
+    entries.u32(wide ? (1U << 24U) + 1 : 0).u32(uses.size());
+    for (const auto& [item, numbers] : uses) {
+        if (wide) {
+            entries.u32(item);
+        } else {
+            entries.u16(item);
+        }
+        entries.u8(static_cast<std::uint8_t>(numbers.size()));
+        for (const int number : numbers) {
+            if (wide) {
+                entries.u16(static_cast<std::uint16_t>(0x8000 | number));
+            } else {
+                entries.u8(static_cast<std::uint8_t>(0x80 | number));
+            }
+        }
+    }
+    return box("iprp",
+               ByteSink(true).raw(box("ipco", all.bytes)).raw(box("ipma", entries.bytes)).bytes);
+}
+
+Bytes sizeBox(std::uint32_t width, std::uint32_t height) {
+    return box("ispe", ByteSink(true).u32(0).u32(width).u32(height).bytes);
+}
+
+const std::vector<Bytes> kKinds{sizeBox(100, 50), sizeBox(200, 60), box("irot", {1}),
+                                box("imir", {1}), box("clap", {}),  box("colr", {})};
+constexpr std::uint64_t kMany = 1'000'000;
+
+TEST(HeifItems, HaveThePixelsThatAreStatedOnceMoreForEachTurn) {
+    for (const bool wide : {false, true}) {
+        const auto pixelsOf = [&](std::uint32_t item) {
+            const Bytes file = fileOf(
+                {{"dimg", 5, {1, 2, 2}}}, Width::Short,
+                propertiesOf(kKinds, {{1, {1}}, {2, {2, 3, 4, 5, 6}}, {5, {3, 2, 0, 7}}, {6, {}}},
+                             wide));
+            return decodedPixels(file, item, kMany);
+        };
+        EXPECT_EQ(pixelsOf(1), 5000U);
+        EXPECT_EQ(pixelsOf(2), 4 * 12000U) << "turned, mirrored and cut; a profile costs nothing";
+        EXPECT_EQ(pixelsOf(3), 1024U) << "states nothing";
+        EXPECT_EQ(pixelsOf(6), 1024U);
+        EXPECT_EQ(pixelsOf(5), 2 * 12000 + 5000 + 2 * 4 * 12000U);
+    }
+}
+
+TEST(HeifItems, OfSeveralSizesHaveTooManyPixels) {
+    const auto file = [](std::vector<int> used) {
+        return fileOf({}, Width::Short, propertiesOf(kKinds, {{1, std::move(used)}}));
+    };
+    EXPECT_EQ(decodedPixels(file({1, 1}), 1, kMany), 5000U);
+    EXPECT_EQ(decodedPixels(file({1, 2}), 1, kMany), kMany + 1);
+    EXPECT_EQ(decodedPixels(file({2, 1}), 1, kMany), kMany + 1);
+    const Bytes twice = fileOf(
+        {}, Width::Short,
+        box("iprp", ByteSink(true)
+                        .raw(box("ipco", ByteSink(true).raw(kKinds[0]).raw(kKinds[1]).bytes))
+                        .raw(box("ipma", ByteSink(true).u32(0).u32(1).u16(1).u8(1).u8(1).bytes))
+                        .raw(box("ipma", ByteSink(true).u32(0).u32(1).u16(1).u8(1).u8(2).bytes))
+                        .bytes));
+    EXPECT_EQ(decodedPixels(twice, 1, kMany), kMany + 1);
+}
+
+TEST(HeifItems, OfVastSizesDoNotOverflow) {
+    const Bytes file = fileOf({{"dimg", 5, {1, 1, 1}}}, Width::Short,
+                              propertiesOf({sizeBox(0xFFFFFFFFU, 0xFFFFFFFFU), box("irot", {1})},
+                                           {{1, {1, 2, 2, 2}}, {5, {1}}}));
+    EXPECT_EQ(decodedPixels(file, 5, kMany), kMany + 1);
+    EXPECT_EQ(decodedPixels(file, 1, UINT64_MAX / 8), 4 * (std::uint64_t{1} << 32U));
+}
+
+TEST(HeifItems, OfReferencesThatReadersSeeDifferentlyAreTooMany) {
+    EXPECT_EQ(decodedItems(fileOf({{"uuid", 5, {1}}}), 1, kMost), kMost + 1);
+    EXPECT_EQ(decodedItems(fileOf({{"free", 5, {1}}}), 1, kMost), 1);
+}
+
+TEST(HeifItems, HaveOneMeaningUnlessThereAreTwoOfABox) {
+    const Bytes plain = fileOf({{"dimg", 5, {1}}}, Width::Short, propertiesOf(kKinds, {}));
+    EXPECT_TRUE(hasOneMeaning(plain));
+    EXPECT_TRUE(hasOneMeaning({}));
+    EXPECT_TRUE(hasOneMeaning(box("meta", {0})));
+    EXPECT_FALSE(hasOneMeaning(ByteSink(true).raw(plain).raw(box("meta", {0, 0, 0, 0})).bytes));
+    const auto with = [](std::string_view first, std::string_view second) {
+        return box("meta", ByteSink(true).u32(0).raw(box(first, {})).raw(box(second, {})).bytes);
+    };
+    for (const char* kind : {"pitm", "iinf", "iref", "iprp"}) {
+        EXPECT_FALSE(hasOneMeaning(with(kind, kind))) << kind;
+        EXPECT_TRUE(hasOneMeaning(with(kind, "free"))) << kind;
+    }
+    const Bytes two = ByteSink(true).raw(box("ipco", {})).raw(box("ipco", {})).bytes;
+    EXPECT_FALSE(hasOneMeaning(box("meta", ByteSink(true).u32(0).raw(box("iprp", two)).bytes)));
 }
 
 }  // namespace
