@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <random>
+#include <tuple>
 
 #include "cli/pictures.h"
 #include "cli/process.h"
@@ -41,6 +42,11 @@ const std::vector<std::vector<std::string>>& looks() {
         {"--perspective-height", "-70", "--alpha", "255", "--gradient", "0", "--image-perspective",
          "25"},
         {"--preview", "90x70", "--perspective-width", "35", "--image-perspective", "60"},
+        // Halved to 320 x 200 pixels, whose last column is made of the canvas's last two.
+        {"--preview", "320x200"},
+        // Stretches by a little, where the last columns want pixels that lie before their own.
+        {"--perspective-width", "-1"},
+        {"--perspective-width", "-3", "--image-perspective", "30"},
     };
     return all;
 }
@@ -73,8 +79,11 @@ TEST(Targets, GiveTheSameFiles) {
                            (std::to_string(width) + "x" + std::to_string(height) + ".png"));
         test::putPicture(pictures.back(), width, height);
     }
-    pictures.push_back(folder / "photo.png");
-    test::putBytes(pictures.back(), *encodeImage(photo(611, 397), kUTTypePNG));
+    for (const auto& [name, width, height] :
+         {std::tuple{"photo", 611, 397}, {"even", 320, 200}, {"wide", 512, 40}}) {
+        pictures.push_back(folder / (std::string(name) + ".png"));
+        test::putBytes(pictures.back(), *encodeImage(photo(width, height), kUTTypePNG));
+    }
 
     const std::vector<std::string> expected = renderAll(pictures, "scalar");
     // A picture of one row has no reflection at 70 percent; all others have a file.

@@ -67,6 +67,31 @@ TEST(ColumnCombiner, EveryWidthToEveryOtherIsTheSumOfItsTaps) {
     }
 }
 
+/// Of a row that is transparent beside some columns.
+TEST(ColumnCombiner, OfContentAloneIsTheSumOfItsTaps) {
+    std::vector<Target> targets = kernels::supportedTargets();
+    targets.push_back(kernels::kScalarTarget);
+    for (const auto& [from, to] : {std::pair{64, 32}, {130, 48}, {96, 31}, {50, 64}, {33, 32}}) {
+        const AxisPlan plan = planOf(from, to);
+        for (int first = 0; first <= from; first += 3) {
+            for (int end = first; end <= from; end += end > from - 4 ? 1 : 5) {
+                auto row = noise(from, static_cast<std::uint32_t>(from + end));
+                std::fill(row.begin(), row.begin() + 4 * first, std::uint8_t{0});
+                std::fill(row.begin() + 4 * end, row.end(), std::uint8_t{0});
+                const auto expected = sumsOf(plan, row);
+                for (const Target target : targets) {
+                    const ScopedTarget only(target);
+                    const ColumnCombiner combiner(plan, from);
+                    std::vector<std::uint8_t> made(expected.size(), 0xA5);
+                    combiner.combineContent(made.data(), row.data(), first, end);
+                    ASSERT_EQ(made, expected) << from << " to " << to << ", " << first << " to "
+                                              << end << ", " << kernels::targetName(target);
+                }
+            }
+        }
+    }
+}
+
 /// A group of four neighbours cannot begin with the row's last two pixels: it is moved back, and
 /// they are its third and fourth.
 TEST(ColumnCombiner, TheLastColumnOfAHalvedRowIsTheMeanOfTheLastTwo) {
