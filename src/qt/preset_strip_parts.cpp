@@ -2,10 +2,13 @@
 
 #include <QApplication>
 #include <QEvent>
+#include <QLineEdit>
 #include <QLinearGradient>
 #include <QListView>
 #include <QPainter>
 #include <QScrollBar>
+
+#include "qt/user_presets.h"
 
 namespace skarnel {
 namespace {
@@ -39,6 +42,14 @@ void PresetTile::paint(QPainter* painter, const QStyleOptionViewItem& option,
     painter->setBrush(Qt::NoBrush);
     painter->drawRoundedRect(picture, kRounding, kRounding);
     painter->restore();
+}
+
+QWidget* PresetTile::createEditor(QWidget* parent, const QStyleOptionViewItem& option,
+                                  const QModelIndex& index) const {
+    QWidget* editor = QStyledItemDelegate::createEditor(parent, option, index);
+    if (auto* line = qobject_cast<QLineEdit*>(editor))
+        line->setMaxLength(UserPresets::kLongestName);
+    return editor;
 }
 
 void PresetTile::setEditorData(QWidget* editor, const QModelIndex& index) const {

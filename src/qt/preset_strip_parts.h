@@ -15,6 +15,9 @@ class PresetTile final : public QStyledItemDelegate {
     using QStyledItemDelegate::QStyledItemDelegate;
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
+    /// As long as a look's name may be, pasted ones too.
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
+                          const QModelIndex& index) const override;
     /// Once for each editor: a thumbnail that is ready while a name is typed changes its look, too.
     void setEditorData(QWidget* editor, const QModelIndex& index) const override;
 };

@@ -2,6 +2,7 @@
 
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QPointer>
 #include <algorithm>
 #include <cmath>
 #include <optional>
@@ -56,6 +57,13 @@ QString freeName(const QJsonArray& entries, const QString& wanted) {
     return free;
 }
 
+/// A look that another one of the list may have the name of.
+QJsonValue withFreeName(const QJsonArray& entries, const QJsonValue& added) {
+    QJsonObject entry = added.toObject();
+    entry.insert(kNameKey, freeName(entries, entry.value(kNameKey).toString()));
+    return entry;
+}
+
 }  // namespace
 
 UserPresets::UserPresets(WindowState& state, QObject* parent) : QObject(parent), state_(state) {
@@ -74,11 +82,18 @@ void UserPresets::load() {
 /// Another window may have looks of its own by now, and an entry that cannot be read here may be of
 /// a later version: all of them stay.
 void UserPresets::change(const std::function<void(QJsonArray& entries)>& how) {
-    state_.update(kStateName, [&](const QJsonValue& stored) {
+    const auto changeStored = [&](const QJsonValue& stored) {
         QJsonArray entries = stored.toArray();
         how(entries);
         return QJsonValue(entries);
-    });
+    };
+    const auto showMerged = [self = QPointer(this)] {
+        if (!self) return;
+        const QList<UserPreset> before = self->presets_;
+        self->load();
+        if (self->presets_ != before) emit self->changed();
+    };
+    state_.update(kStateName, changeStored, {withFreeName, showMerged});
     load();
     emit changed();
 }

@@ -27,10 +27,15 @@ struct RemovedPreset {
     qsizetype place;
 };
 
-/// Names are trimmed, not empty, and differ from each other in more than letter case.
+/// Names are trimmed, not empty, and differ from each other in more than letter case. Of a look
+/// that comes to the disk later than another one of its name, since it could not be written at
+/// once, the name gets a number behind it.
 class UserPresets final : public QObject {
     Q_OBJECT
   public:
+    /// Letters (UTF-16 units) that whoever types a name may give it.
+    static constexpr int kLongestName = 200;
+
     /// The state is borrowed. Entries that cannot be read are left out.
     explicit UserPresets(WindowState& state, QObject* parent = nullptr);
 

@@ -36,13 +36,14 @@ QString name(const char* key) {
 
 /// The list on disk without what was taken out of `before` and with what was added to it, to become
 /// `after`.
-QJsonArray mergedList(const QJsonArray& stored, const QJsonArray& before, const QJsonArray& after) {
+QJsonArray mergedList(const QJsonArray& stored, const QJsonArray& before, const QJsonArray& after,
+                      const WindowState::Join& join) {
     if (stored == before) return after;
     QJsonArray merged;
     for (const QJsonValue& each : stored)
         if (after.contains(each) || !before.contains(each)) merged.append(each);
     for (const QJsonValue& each : after)
-        if (!before.contains(each) && !stored.contains(each)) merged.append(each);
+        if (!before.contains(each) && !stored.contains(each)) merged.append(join(merged, each));
     return merged;
 }
 
@@ -77,7 +78,8 @@ WindowState::OnDisk WindowState::read() const {
         const ErrorCode code = bytes.error().code;
         struct stat status = {};
         const bool isFile = fileSystem_.stat(path.c_str(), status) == 0 && S_ISREG(status.st_mode);
-        if (code == ErrorCode::CannotRead && isFile) return {{}, true, bytes.error()};
+        const bool maybeLater = code == ErrorCode::CannotRead || code == ErrorCode::OutOfMemory;
+        if (maybeLater && isFile) return {{}, true, bytes.error()};
         return {{}, code == ErrorCode::NotFound, std::nullopt};
     }
     const QByteArray text(reinterpret_cast<const char*>(bytes->data()),
@@ -108,7 +110,7 @@ void WindowState::removeLeftOvers() const {
 }
 
 void WindowState::update(const QString& key,
-                         const std::function<QJsonValue(const QJsonValue&)>& change) {
+                         const std::function<QJsonValue(const QJsonValue&)>& change, Merge merge) {
     QJsonValue merged;
     const bool written = !path_.isEmpty() && write([&](QJsonObject& values) {
                                                  merged = change(values.value(key));
@@ -119,6 +121,7 @@ void WindowState::update(const QString& key,
         return;
     }
     if (!changed_.contains(key)) before_.insert(key, values_.value(key).toArray());
+    merges_[key] = std::move(merge);
     setValue(key, change(values_.value(key)));
 }
 
@@ -203,7 +206,10 @@ QJsonArray WindowState::withAddedRecent(const QJsonValue& list) const {
 
 bool WindowState::save() {
     if (changed_.isEmpty() || path_.isEmpty()) return true;
-    return write([](QJsonObject&) {}).hasValue();
+    const auto merges = merges_;
+    if (!write([](QJsonObject&) {})) return false;
+    for (const auto& [key, merge] : merges) merge.done();
+    return true;
 }
 
 void WindowState::mergeInto(QJsonObject& stored) {
@@ -215,8 +221,8 @@ void WindowState::mergeInto(QJsonObject& stored) {
     }
     for (const QString& key : before_.keys()) {
         const QJsonArray others = stored.value(key).toArray();
-        values_.insert(
-            key, mergedList(others, before_.value(key).toArray(), values_.value(key).toArray()));
+        values_.insert(key, mergedList(others, before_.value(key).toArray(),
+                                       values_.value(key).toArray(), merges_.at(key).join));
         // The write may fail again, and then the others are part of the list already.
         before_.insert(key, others);
     }
@@ -236,20 +242,23 @@ Result<void> WindowState::write(const std::function<void(QJsonObject&)>& change)
         return logged(std::move(locked));
     OnDisk now = read();
     if (now.unread) return logged(*now.unread);
-    if (foundDamaged_ || !now.whole) {
-        if (auto kept = keepDamagedCopy(path, fileSystem_); !kept) return logged(std::move(kept));
-        systemLog(path + ": What could not be read is kept beside it");
-        foundDamaged_ = false;
-    }
     mergeInto(now.values);
     change(now.values);
     const QByteArray text = QJsonDocument(now.values).toJson();
     const std::span bytes(reinterpret_cast<const std::uint8_t*>(text.constData()),
                           static_cast<std::size_t>(text.size()));
+    if (bytes.size() > kLargestFile)
+        return logged({ErrorCode::TooLarge, "It would be larger than what is read again"});
+    if (foundDamaged_ || !now.whole) {
+        if (auto kept = keepDamagedCopy(path, fileSystem_); !kept) return logged(std::move(kept));
+        systemLog(path + ": What could not be read is kept beside it");
+        foundDamaged_ = false;
+    }
     auto written = writeFileSafely(path, bytes, Overwrite::Allow, fileSystem_);
     if (written) {
         changed_.clear();
         before_ = {};
+        merges_.clear();
         addedRecent_.clear();
         clearedRecent_ = false;
     }

@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include <map>
 #include <optional>
 #include <utility>
 
@@ -18,9 +19,10 @@ namespace skarnel {
 
 /// One small JSON file. Nothing here is worth an error message: what cannot be read counts as not
 /// there, and is kept beside as "window.json.damaged" before anything is written; a file that the
-/// system cannot read at the moment is left as it is; what cannot be written is logged and tried
-/// again with the next change. Windows that run at the same time write
-/// only what they changed, each over what the others left.
+/// system cannot read at the moment, for want of memory for instance, is left as it is; what cannot
+/// be written is logged and tried again with the next change, and so is what would be larger than
+/// the 1 MB that are read. Windows that run at the same time write only what they changed, each
+/// over what the others left.
 class WindowState {
   public:
     /// $XDG_STATE_HOME/skarnel/window.json, with ~/.local/state where that is not set; empty when
@@ -33,6 +35,13 @@ class WindowState {
     void removeLeftOvers() const;
 
     static constexpr int kMostRecent = 10;
+
+    /// The form in which an entry that was added here comes into a list that others have changed.
+    using Join = std::function<QJsonValue(const QJsonArray& list, const QJsonValue& added)>;
+    struct Merge {
+        Join join;
+        std::function<void()> done;  // after a later save has written the list
+    };
 
     QByteArray geometry() const;
     void setGeometry(const QByteArray& geometry);
@@ -66,8 +75,10 @@ class WindowState {
     void setValue(const QString& name, const QJsonValue& value);
 
     /// Sets a value to `change` of what lies on disk, at once and while no other program writes;
-    /// for lists to which each program adds its own.
-    void update(const QString& name, const std::function<QJsonValue(const QJsonValue&)>& change);
+    /// for lists to which each program adds its own. What cannot be written now is merged later, as
+    /// `merge` says.
+    void update(const QString& name, const std::function<QJsonValue(const QJsonValue&)>& change,
+                Merge merge);
 
     /// Called after every change, so that somebody can save a little later.
     void onChange(std::function<void()> told) { told_ = std::move(told); }
@@ -97,8 +108,9 @@ class WindowState {
     QSet<QString> changed_;  // names that are not yet written
     /// What lists were before they were updated here, of those that could not be written then.
     QJsonObject before_;
-    QStringList addedRecent_;     // since the last write, the latest first
-    bool clearedRecent_ = false;  // before these
+    std::map<QString, Merge> merges_;  // of the same lists
+    QStringList addedRecent_;          // since the last write, the latest first
+    bool clearedRecent_ = false;       // before these
 };
 
 }  // namespace skarnel

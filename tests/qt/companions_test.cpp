@@ -253,6 +253,18 @@ TEST_F(CompanionsTest, FromRightToLeftMoreLooksFollowOnTheLeft) {
     EXPECT_TRUE(left->isVisible());
 }
 
+TEST_F(CompanionsTest, APastedNameIsCutToTheLongestThatALookMayHave) {
+    start();
+    QApplication::setActiveWindow(&window());
+    strip().saveCurrent();
+    auto* editor = strip().list().viewport()->findChild<QLineEdit*>();
+    ASSERT_NE(editor, nullptr);
+    editor->selectAll();
+    editor->insert(QString(30'000, u'x'));
+    strip().finishTyping();
+    EXPECT_EQ(strip().list().item(12)->text(), QString(200, u'x'));
+}
+
 TEST_F(CompanionsTest, ALookOfTheProgramsCannotBeRemoved) {
     start();
     strip().list().setCurrentRow(0);

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <cerrno>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -139,6 +141,24 @@ TEST_F(WindowStateFaults, AFileThatCannotBeReadIsNotReplaced) {
     EXPECT_NE(log.text().find(describeError(EIO)), std::string::npos) << log.text();
 }
 
+/// There is no memory for what is read.
+class WithoutMemory final : public test::InterceptedFileSystem {
+    int before(const std::string& call, const std::string&) override {
+        if (call == "read") throw std::bad_alloc();
+        return 0;
+    }
+};
+
+TEST_F(WindowStateFaults, AFileForWhichThereIsNoMemoryIsNotReplaced) {
+    const ScopedLogCapture log;
+    const QByteArray before = bytes();
+    WithoutMemory empty;
+    EXPECT_FALSE(changeThrough(path, empty));
+    EXPECT_EQ(bytes(), before);
+    EXPECT_FALSE(QFile::exists(path + QStringLiteral(".damaged")));
+    EXPECT_NE(log.text().find("window.json: Out of memory"), std::string::npos) << log.text();
+}
+
 /// Reads fail, or the disk is full, for as long as it is told.
 class Weather final : public test::InterceptedFileSystem {
   public:
@@ -175,6 +195,75 @@ TEST_F(WindowStateFaults, ALaterTryWritesBesideWhatOthersWroteMeanwhile) {
         EXPECT_EQ(names.count(theirs), 1);
         EXPECT_FALSE(names.contains(QStringLiteral("Soon gone")));
     }
+}
+
+TEST_F(WindowStateFaults, OfTwoLooksOfOneNameTheLaterGetsAFreeOne) {
+    const ScopedLogCapture log;
+    Weather weather;
+    weather.bad = "write";
+    WindowState state(path, weather);
+    UserPresets looks(state);
+    constexpr SettingNumbers kOwn{7, 6, 5, 4, 3, 2, 1};
+    for (const char* name : {"Fog", "Fog 2"}) looks.add(QLatin1String(name), kOwn);
+    {
+        WindowState other(path);
+        UserPresets(other).add(QStringLiteral("fog"), kSome);
+    }
+    QSignalSpy changes(&looks, &UserPresets::changed);
+    for (int i = 0; i < 2; ++i) EXPECT_FALSE(state.save());
+    weather.bad.clear();
+    EXPECT_TRUE(state.save());
+    EXPECT_EQ(changes.size(), 1);
+    WindowState next(path);
+    const QList<UserPreset> all = UserPresets(next).all();
+    EXPECT_EQ(looks.all(), all) << "this window shows what lies there";
+    EXPECT_EQ(all, (QList<UserPreset>{{QStringLiteral("Old"), kSome},
+                                      {QStringLiteral("fog"), kSome},
+                                      {QStringLiteral("Fog 2"), kOwn},
+                                      {QStringLiteral("Fog 2 2"), kOwn}}));
+}
+
+TEST_F(WindowStateFaults, WhatWouldBeTooLargeToBeReadAgainIsNotWritten) {
+    const ScopedLogCapture log;
+    const QByteArray before = bytes();
+    WindowState state(path);
+    UserPresets looks(state);
+    looks.add(QString(1 << 20, u'x'), kSome);
+    state.setCueMuted(true);
+    EXPECT_FALSE(state.save());
+    EXPECT_EQ(bytes(), before);
+    EXPECT_NE(log.text().find("window.json: It would be larger"), std::string::npos);
+    ASSERT_TRUE(looks.remove(1));
+    EXPECT_TRUE(WindowState(path).cueMuted());
+    EXPECT_EQ(namesOf(WindowState(path)), QStringList{QStringLiteral("Old")});
+}
+
+TEST_F(WindowStateFaults, TheLargestFileIsReadAgain) {
+    constexpr qsizetype kLargest = 1 << 20;
+    const qsizetype rest = bytes().size();
+    for (const qsizetype more : {0, 1}) {
+        const ScopedLogCapture log;
+        WindowState state(path);
+        // The name, its quotes, and what else stands in a line of the file.
+        constexpr qsizetype kLine = sizeof(R"(    "openFolder": "",)");
+        state.setOpenFolder(QString(kLargest - rest - kLine + more, u'x'));
+        EXPECT_EQ(state.save(), more == 0);
+        EXPECT_EQ(bytes().size(), kLargest);
+        EXPECT_EQ(namesOf(WindowState(path)), QStringList{QStringLiteral("Old")});
+    }
+}
+
+TEST_F(WindowStateFaults, ADamagedFileStaysInItsPlaceWhenNothingIsWritten) {
+    put("{");
+    const ScopedLogCapture log;
+    WindowState state(path);
+    state.setOpenFolder(QString(1 << 20, u'x'));
+    EXPECT_FALSE(state.save());
+    EXPECT_EQ(bytes(), "{");
+    EXPECT_FALSE(QFile::exists(path + QStringLiteral(".damaged")));
+    state.setOpenFolder({});
+    EXPECT_TRUE(state.save());
+    EXPECT_TRUE(QFile::exists(path + QStringLiteral(".damaged")));
 }
 
 TEST_F(WindowStateFaults, WhatWasRemovedWhileTheDiskWasFullStaysAway) {
