@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     std::size_t reads = 0;
     const auto read = [&](std::uint64_t place, std::span<std::uint8_t> target) -> std::size_t {
         ++reads;
-        if (place >= size) return 0;
+        if (place >= size || target.empty()) return 0;
         const auto at = static_cast<std::size_t>(place);
         const std::size_t count = std::min(target.size(), size - at);
         std::memcpy(target.data(), bytes + at, count);

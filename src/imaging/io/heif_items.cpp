@@ -5,7 +5,6 @@
 #include <map>
 #include <optional>
 #include <set>
-#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -70,8 +69,9 @@ class Properties {
     void addKinds(ByteView box) {
         forEachBox(box, [&](std::string_view type, ByteView content) {
             ByteReader in(content, ByteOrder::Big);
-            in.skip(type == "ispe" ? kKindBytes : 0);
-            kinds_.push_back({std::string(type), type == "ispe" ? in.u64() : 0});
+            in.skip(kKindBytes);
+            const bool isTurn = type == "irot" || type == "imir" || type == "clap";
+            kinds_.push_back({isTurn, type == "ispe", in.u64()});
             return false;
         });
     }
@@ -103,11 +103,11 @@ class Properties {
         for (const int number : uses->second) {
             if (number < 1 || static_cast<std::size_t>(number) > kinds_.size()) continue;
             const Kind& kind = kinds_[static_cast<std::size_t>(number) - 1];
-            if (kind.type == "ispe") {
+            if (kind.isSize) {
                 if (size && *size != kind.size) return std::nullopt;
                 size = kind.size;
             }
-            if (kind.type == "irot" || kind.type == "imir" || kind.type == "clap") ++times;
+            if (kind.isTurn) ++times;
         }
         constexpr std::uint64_t kMostSide = 1U << 16U;  // the library takes no larger one
         const std::uint64_t width = std::min(size.value_or(0) >> 32, kMostSide);
@@ -117,8 +117,9 @@ class Properties {
 
   private:
     struct Kind {
-        std::string type;
-        std::uint64_t size = 0;  // of an `ispe`: the width above the height
+        bool isTurn = false;
+        bool isSize = false;
+        std::uint64_t size = 0;  // where it is one: the width above the height
     };
     std::vector<Kind> kinds_;  // by number, from 1 on
     std::map<std::uint32_t, std::vector<int>> uses_;

@@ -225,6 +225,19 @@ TEST(HeifItems, OfSeveralSizesHaveTooManyPixels) {
     EXPECT_EQ(decodedPixels(twice, 1, kMany), kMany + 1);
 }
 
+TEST(HeifItems, OfPropertiesThatAreCutHaveThePixelsOfWhatIsThere) {
+    const Bytes whole = ByteSink(true).u32(0).u32(2).u16(1).u8(2).u8(1).u8(3).u16(2).bytes;
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        const Bytes uses(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
+        const Bytes kinds =
+            box("ipco", ByteSink(true).raw(kKinds[0]).raw(kKinds[1]).raw(kKinds[2]).bytes);
+        const Bytes file = fileOf(
+            {}, Width::Short, box("iprp", ByteSink(true).raw(kinds).raw(box("ipma", uses)).bytes));
+        const std::uint64_t expected = size < 12 ? 1024 : size < 13 ? 5000 : 10000;
+        EXPECT_EQ(decodedPixels(file, 1, kMany), expected) << size;
+    }
+}
+
 TEST(HeifItems, OfVastSizesDoNotOverflow) {
     const Bytes file = fileOf({{"dimg", 5, {1, 1, 1}}}, Width::Short,
                               propertiesOf({sizeBox(0xFFFFFFFFU, 0xFFFFFFFFU), box("irot", {1})},

@@ -177,6 +177,27 @@ TEST_F(LateCodecFailures, AHeifLibraryThatFailsIsAnErrorOfItsOwnKind) {
     EXPECT_EQ(grown.error().code, ErrorCode::TooLarge);
 }
 
+TEST_F(LateCodecFailures, AHeifThatWouldCostTooMuchIsDamagedBeforeItIsDecoded) {
+    const Told words("");
+    const auto box = [](std::string_view type, const Bytes& content) {
+        return ByteSink(true).u32(8 + content.size()).text(type).raw(content).bytes;
+    };
+    const auto withSide = [&](std::uint32_t side) {
+        const Bytes size = box("ispe", ByteSink(true).u32(0).u32(side).u32(side).bytes);
+        const Bytes use = ByteSink(true).u32(0).u32(1).u16(1).u8(1).u8(1).bytes;
+        const Bytes both = ByteSink(true).raw(box("ipco", size)).raw(box("ipma", use)).bytes;
+        return box("meta", ByteSink(true).u32(0).raw(box("iprp", both)).bytes);
+    };
+    // The library says that the picture has two pixels: eight million are granted to its parts.
+    EXPECT_TRUE(io::readHeif(withSide(2828), {}));
+    const auto tooLarge = io::readHeif(withSide(2829), {});
+    ASSERT_FALSE(tooLarge);
+    EXPECT_EQ(tooLarge.error().code, ErrorCode::Damaged);
+    const auto twoHeads = io::readHeif(ByteSink(true).raw(withSide(9)).raw(withSide(9)).bytes, {});
+    ASSERT_FALSE(twoHeads);
+    EXPECT_EQ(twoHeads.error().code, ErrorCode::Damaged);
+}
+
 TEST_F(LateCodecFailures, ABlockOfAHeifThatCannotBeHadIsDoneWithout) {
     for (const char* told :
          {"no-block", "block=3", "block=1048577", "block-fails=2", "far-block", "block=4"}) {
