@@ -46,9 +46,9 @@ CellLimits limitsForItems(const DecodeLimits& limits, std::optional<HeadSize> st
     constexpr std::uint64_t kThread = std::uint64_t{3} << 20U;
     cell.dataBytes = kLibraries + processors * kThread + pixels * 48 + coded * 4;
 
-    // A microsecond for a pixel and two for a byte are ten times what a slow machine needs.
+    // Half a microsecond for a pixel and two for a byte are eight times what they took at most.
     constexpr std::uint64_t kMicroseconds = 1'000'000;
-    const std::uint64_t seconds = 1 + (pixels + coded * 2) / kMicroseconds;
+    const std::uint64_t seconds = 1 + (pixels / 2 + coded * 2) / kMicroseconds;
     cell.seconds = static_cast<unsigned>(std::min<std::uint64_t>(seconds, kMostSeconds));
     return cell;
 }

@@ -63,6 +63,11 @@ bool isPicture(std::string_view type) {
     return type == "hvc1" || type == "av01" || type == "grid" || type == "iovl" || type == "iden";
 }
 
+/// Of those the ones whose size stands in their own data, whatever else the file says of it.
+bool isCanvas(std::string_view type) {
+    return type == "grid" || type == "iovl";
+}
+
 /// What the file says of each item: its size, and how often it is turned or cut.
 class Properties {
   public:
@@ -93,7 +98,7 @@ class Properties {
     }
 
     /// Pixels that are made for an item alone, once more for each time that it is turned or cut;
-    /// none where it has several sizes.
+    /// none where it has several sizes, or is turned more than a few times.
     std::optional<std::uint64_t> pixelsOf(std::uint32_t item) const {
         constexpr std::uint64_t kLeastPixels = 1024;  // an item costs something itself
         std::optional<std::uint64_t> size;
@@ -109,6 +114,8 @@ class Properties {
             }
             if (kind.isTurn) ++times;
         }
+        constexpr std::uint64_t kMostTimes = 9;  // whatever size it states
+        if (times > kMostTimes) return std::nullopt;
         constexpr std::uint64_t kMostSide = 1U << 16U;  // the library takes no larger one
         const std::uint64_t width = std::min(size.value_or(0) >> 32, kMostSide);
         const std::uint64_t height = std::min(size.value_or(0) & 0xFFFFFFFFU, kMostSide);
@@ -142,7 +149,9 @@ class Items {
             in.skip(kKindBytes - 1);
             const std::uint32_t item = version == 2 ? in.u16() : in.u32();
             in.skip(2);  // its protection
-            if (isPicture(textOf(in.take(4)))) pictures_.insert(item);
+            const std::string_view kind = textOf(in.take(4));
+            if (isPicture(kind)) pictures_.insert(item);
+            if (isCanvas(kind)) canvases_.insert(item);
             return false;
         });
     }
@@ -164,7 +173,7 @@ class Items {
             for (int i = 0; i < count && !in.failed(); ++i) {
                 const std::uint32_t to = number();
                 if (type == "dimg") parts_[from].push_back(to);
-                if (type == "auxl" && pictures_.contains(from)) parts_[to].push_back(from);
+                if (type == "auxl" && pictures_.contains(from)) additions_[to].push_back(from);
             }
             if (in.failed() || in.position() - start != size) return false;
         }
@@ -180,7 +189,19 @@ class Items {
         if (const auto parts = parts_.find(item); parts != parts_.end()) {
             for (const std::uint32_t part : parts->second) {
                 if (sum > most_) break;
-                sum += pictures_.contains(part) ? decodedFor(part, depth + 1) : most_ + 1;
+                // No camera makes canvases of canvases, and how large the inner ones are nobody
+                // knows before they are made.
+                const bool isTooDeep = canvases_.contains(item) && canvases_.contains(part);
+                sum += pictures_.contains(part) && !isTooDeep ? decodedFor(part, depth + 1)
+                                                              : most_ + 1;
+            }
+        }
+        if (const auto more = additions_.find(item); more != additions_.end()) {
+            for (const std::uint32_t addition : more->second) {
+                if (sum > most_) break;
+                // A tile may have transparency of its own, but that is coded.
+                const bool isTooDeep = depth > 0 && canvases_.contains(addition);
+                sum += isTooDeep ? most_ + 1 : decodedFor(addition, depth + 1);
             }
         }
         return decoded_[item] = std::min(sum, most_ + 1);
@@ -190,7 +211,10 @@ class Items {
     std::uint64_t most_;
     Weigh weigh_;
     std::set<std::uint32_t> pictures_;
+    std::set<std::uint32_t> canvases_;  // of the pictures
     std::map<std::uint32_t, std::vector<std::uint32_t>> parts_;
+    std::map<std::uint32_t, std::vector<std::uint32_t>>
+        additions_;  // its transparency and the like
     std::map<std::uint32_t, std::uint64_t> decoded_;
 };
 

@@ -17,12 +17,13 @@ bool hasOneMeaning(ByteView file);
 
 /// How many items are decoded for that one: itself, what it is derived from, and what it has for
 /// transparency, each as often as it is met; one in a file without references. `most` + 1 for more
-/// than `most`, where an item is made of itself or of what is no picture, and where references are
+/// than `most`, where an item is made of itself or of what is no picture, or a canvas of another one, and where references are
 /// damaged.
 std::uint64_t decodedItems(ByteView file, std::uint32_t item, std::uint64_t most);
 
 /// The same of the pixels that the file states for each of them, at least 1024, once more for each
-/// time that an item is turned, mirrored or cut; also `most` + 1 where an item has several sizes.
+/// time that an item is turned, mirrored or cut; also `most` + 1 where an item has several sizes or is turned
+/// more than eight times.
 std::uint64_t decodedPixels(ByteView file, std::uint32_t item, std::uint64_t most);
 
 }  // namespace skarnel::io

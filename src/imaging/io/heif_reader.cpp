@@ -209,8 +209,7 @@ Result<SourcePicture> copyPixels(const heif_image* image, const DecodeLimits& li
 /// own, and memory is taken for that. None may be larger than what the file says of the picture,
 /// before it is cropped or turned; fails when that alone is too large.
 std::optional<Error> boundCanvases(heif_context* context, const heif_image_handle* handle,
-                                   DecodeLimits limits) {
-    limits.maxUnprovenPixels = std::min(limits.maxUnprovenPixels, kMaxUnprovenItemPixels);
+                                   const DecodeLimits& limits) {
     const int width = api()->width(handle);
     const int height = api()->height(handle);
     if (auto tooLarge = checkPictureSize(width, height, limits, kMaxPixels)) return tooLarge;
@@ -256,7 +255,9 @@ bool loadHeif() {
     return api().has_value();
 }
 
-Result<SourcePicture> readHeif(ByteView bytes, const DecodeLimits& limits) {
+Result<SourcePicture> readHeif(ByteView bytes, const DecodeLimits& wanted) {
+    DecodeLimits limits = wanted;
+    limits.maxUnprovenPixels = std::min(limits.maxUnprovenPixels, kMaxUnprovenItemPixels);
     if (!loadHeif()) {
         return {ErrorCode::Unsupported,
                 filled("The library for HEIF and AVIF (%1) is not installed", {heifSoname()})};

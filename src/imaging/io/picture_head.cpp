@@ -342,9 +342,15 @@ std::optional<HeadSize> sizeOfPrimaryItem(const ReadAt& read) {
     const auto item = primaryItem(read, *meta);
     const auto properties = findProperties(read, *meta);
     const auto outer = findBox(read, *meta, "iprp");
-    const auto uses = outer ? findBox(read, *outer, "ipma") : std::nullopt;
-    if (!item || !properties || !uses) return std::nullopt;
-    const std::vector<int> numbers = propertiesOfItem(read, *uses, *item);
+    if (!item || !properties || !outer) return std::nullopt;
+    // One for few properties and one for many may stand side by side.
+    std::vector<int> numbers;
+    forEachBox(read, *outer, [&](const Piece& piece, Box uses) {
+        if (!piece.has("ipma", 4)) return false;
+        const std::vector<int> more = propertiesOfItem(read, uses, *item);
+        numbers.insert(numbers.end(), more.begin(), more.end());
+        return false;
+    });
     std::optional<HeadSize> largest;
     forEachSize(read, *properties, [&](int number, HeadSize size) {
         if (std::ranges::find(numbers, number) != numbers.end()) keepLarger(largest, size);

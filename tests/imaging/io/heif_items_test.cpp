@@ -208,6 +208,33 @@ TEST(HeifItems, HaveThePixelsThatAreStatedOnceMoreForEachTurn) {
     }
 }
 
+TEST(HeifItems, ThatAreCanvasesOfCanvasesAreTooMany) {
+    for (const Width width : {Width::Short, Width::Long}) {
+        // 5 and 8 are grids, 6 an overlay, 7 stands for another picture as it is.
+        const Bytes file = fileOf({{"dimg", 5, {6}}, {"dimg", 6, {1}}, {"dimg", 7, {6}}}, width);
+        EXPECT_EQ(decodedItems(file, 5, kMost), kMost + 1);
+        EXPECT_EQ(decodedItems(file, 6, kMost), 2);
+        EXPECT_EQ(decodedItems(file, 7, kMost), 3);
+        // The picture's own transparency may be a grid, a tile's may not.
+        const Bytes tiles =
+            fileOf({{"dimg", 5, {1, 2}}, {"auxl", 6, {5}}, {"dimg", 6, {3}}}, width);
+        EXPECT_EQ(decodedItems(tiles, 5, kMost), 5);
+        const Bytes tile = fileOf({{"dimg", 5, {1, 2}}, {"auxl", 6, {2}}, {"dimg", 6, {3}}}, width);
+        EXPECT_EQ(decodedItems(tile, 5, kMost), kMost + 1);
+        const Bytes coded = fileOf({{"dimg", 5, {1, 2}}, {"auxl", 3, {2}}}, width);
+        EXPECT_EQ(decodedItems(coded, 5, kMost), 4);
+    }
+}
+
+TEST(HeifItems, ThatAreTurnedOftenHaveTooManyPixelsWhateverTheirSize) {
+    const auto turned = [](std::size_t times) {
+        return fileOf({}, Width::Short,
+                      propertiesOf({box("irot", {1})}, {{1, std::vector<int>(times, 1)}}));
+    };
+    EXPECT_EQ(decodedPixels(turned(8), 1, kMany), 9 * 1024U);
+    EXPECT_EQ(decodedPixels(turned(9), 1, kMany), kMany + 1);
+}
+
 TEST(HeifItems, OfSeveralSizesHaveTooManyPixels) {
     const auto file = [](std::vector<int> used) {
         return fileOf({}, Width::Short, propertiesOf(kKinds, {{1, std::move(used)}}));

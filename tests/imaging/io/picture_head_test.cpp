@@ -268,6 +268,21 @@ TEST(PictureHead, OfThePrimaryItemIsTheSizeThatItHas) {
     }
 }
 
+TEST(PictureHead, OfThePrimaryItemIsFoundInTheSecondListOfProperties) {
+    const auto box = [](std::string_view type, const Bytes& contents) {
+        return ByteSink(true).u32(8 + contents.size()).text(type).raw(contents).bytes;
+    };
+    const Bytes kinds = box("ipco", box("ispe", ByteSink(true).u32(0).u32(30).u32(31).bytes));
+    const auto list = [&](unsigned item) {
+        return box("ipma", ByteSink(true).u32(0).u32(1).u16(item).u8(1).u8(1).bytes);
+    };
+    ByteSink meta(true);
+    meta.u32(0).raw(box("pitm", ByteSink(true).u32(0).u16(9).bytes));
+    meta.raw(box("iprp", ByteSink(true).raw(kinds).raw(list(7)).raw(list(9)).bytes));
+    const Bytes file = ByteSink(true).raw(box("ftyp", {})).raw(box("meta", meta.bytes)).bytes;
+    EXPECT_EQ(sizeOfPrimaryItem(readerOf(file)), (HeadSize{30, 31}));
+}
+
 TEST(PictureHead, OfThePrimaryItemIsNoneWhereTheFileIsCut) {
     const Bytes file = heifWithPrimary(9, false, false);
     for (std::size_t size = 0; size + 3 < file.size(); ++size) {
