@@ -340,9 +340,9 @@ std::optional<HeadSize> sizeOfPrimaryItem(const ReadAt& read) {
     const auto meta = findMeta(read);
     if (!meta) return std::nullopt;
     const auto item = primaryItem(read, *meta);
-    const auto properties = findProperties(read, *meta);
     const auto outer = findBox(read, *meta, "iprp");
-    if (!item || !properties || !outer) return std::nullopt;
+    const auto properties = outer ? findBox(read, *outer, "ipco") : std::nullopt;
+    if (!item || !properties) return std::nullopt;
     // One for few properties and one for many may stand side by side.
     std::vector<int> numbers;
     forEachBox(read, *outer, [&](const Piece& piece, Box uses) {

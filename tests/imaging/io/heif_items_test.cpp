@@ -223,6 +223,9 @@ TEST(HeifItems, ThatAreCanvasesOfCanvasesAreTooMany) {
         EXPECT_EQ(decodedItems(tile, 5, kMost), kMost + 1);
         const Bytes coded = fileOf({{"dimg", 5, {1, 2}}, {"auxl", 3, {2}}}, width);
         EXPECT_EQ(decodedItems(coded, 5, kMost), 4);
+        const Bytes two = fileOf({{"auxl", 2, {1}}, {"auxl", 3, {1}}}, width);
+        EXPECT_EQ(decodedItems(two, 1, kMost), 3);
+        EXPECT_EQ(decodedItems(two, 1, 1), 2) << "one is too many already";
     }
 }
 
