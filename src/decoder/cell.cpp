@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <ctime>
 #include <memory>
 
@@ -45,12 +46,29 @@ void boundThreadStacks() {
     ::pthread_attr_destroy(&attributes);
 }
 
+/// Whole seconds are coarse, so a timer ends the process before. It counts as a queued signal, of
+/// which there may be too many; the seconds hold without it.
+void limitProcessorTime(std::chrono::milliseconds limit) {
+    const auto seconds = std::chrono::ceil<std::chrono::seconds>(limit);
+    limitTo(RLIMIT_CPU, static_cast<std::uint64_t>(seconds.count()));
+    sigevent end{};
+    end.sigev_notify = SIGEV_SIGNAL;
+    end.sigev_signo = SIGKILL;
+    timer_t timer{};
+    if (::timer_create(CLOCK_PROCESS_CPUTIME_ID, &end, &timer) != 0) return;
+    const auto whole = std::chrono::floor<std::chrono::seconds>(limit);
+    itimerspec at{};
+    at.it_value.tv_sec = whole.count();
+    at.it_value.tv_nsec = std::chrono::nanoseconds(limit - whole).count();
+    ::timer_settime(timer, TIMER_ABSTIME, &at, nullptr);
+}
+
 void limitResources(const CellLimits& limits) {
     if (limits.threads == CellLimits::Threads::Many) boundThreadStacks();
     limitTo(RLIMIT_AS, limits.memoryBytes);
     limitTo(RLIMIT_DATA, limits.dataBytes);
     limitTo(RLIMIT_FSIZE, 0);
-    limitTo(RLIMIT_CPU, limits.seconds);
+    limitProcessorTime(limits.processorTime);
     limitTo(RLIMIT_CORE, 0);
     // Threads count as the user's processes, of which there are others.
     if (limits.threads == CellLimits::Threads::One) limitTo(RLIMIT_NPROC, 0);

@@ -1,6 +1,7 @@
 // The cell that a decoder is locked into: nothing can be reached but two descriptors and memory.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 
 #include "util/log/result.h"
@@ -9,7 +10,9 @@ namespace skarnel {
 
 struct CellLimits {
     std::uint64_t memoryBytes;  // address space
-    unsigned seconds;           // of processor time
+    /// Of processor time, that of all threads and of the start together, above 0. Where the kernel
+    /// has no timers of that it is rounded up to whole seconds.
+    std::chrono::milliseconds processorTime;
     /// Whether the decoder may start threads of its own; never processes.
     enum class Threads : std::uint8_t { One, Many } threads = Threads::One;
     std::uint64_t dataBytes = UINT64_MAX;  // of the address space, what can be written to

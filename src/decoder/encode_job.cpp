@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstdint>
 #include <new>
 #include <stdexcept>
@@ -86,8 +87,7 @@ Result<Bytes> encodeRequest() try {
 /// The library's picture and what it works with, 64 bytes a pixel at most, beside the program.
 CellLimits limitsFor(std::uint64_t pixels) {
     constexpr std::uint64_t kPrograms = std::uint64_t{1} << 30U;
-    constexpr unsigned kSeconds = 3600;
-    return {kPrograms + pixels * 64, kSeconds};
+    return {kPrograms + pixels * 64, std::chrono::hours{1}};
 }
 
 }  // namespace

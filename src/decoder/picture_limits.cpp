@@ -1,13 +1,14 @@
 #include "decoder/picture_limits.h"
 
 #include <algorithm>
+#include <chrono>
 
 #include "imaging/io/heif_items.h"
 
 namespace skarnel {
 namespace {
 
-constexpr unsigned kMostSeconds = 120;
+constexpr std::chrono::seconds kMostTime{120};
 
 /// Pixels that the picture may have; a larger one the reader refuses before it decodes any.
 std::uint64_t possiblePixels(const DecodeLimits& limits, HeadSize stated, std::uint64_t fileBytes) {
@@ -26,7 +27,7 @@ std::uint64_t possiblePixels(const DecodeLimits& limits, HeadSize stated, std::u
 CellLimits limitsForPictures(const DecodeLimits& limits) {
     constexpr std::uint64_t kPrograms = std::uint64_t{1} << 30U;
     const auto pixels = static_cast<std::uint64_t>(limits.maxPixels);
-    return {kPrograms + pixels * 24, kMostSeconds};
+    return {kPrograms + pixels * 24, kMostTime};
 }
 
 CellLimits limitsForItems(const DecodeLimits& limits, std::optional<HeadSize> stated,
@@ -48,8 +49,8 @@ CellLimits limitsForItems(const DecodeLimits& limits, std::optional<HeadSize> st
 
     // Half a microsecond for a pixel and two for a byte are eight times what they took at most.
     constexpr std::uint64_t kMicroseconds = 1'000'000;
-    const std::uint64_t seconds = 1 + (pixels / 2 + coded * 2) / kMicroseconds;
-    cell.seconds = static_cast<unsigned>(std::min<std::uint64_t>(seconds, kMostSeconds));
+    const std::chrono::seconds time(1 + (pixels / 2 + coded * 2) / kMicroseconds);
+    cell.processorTime = std::min<std::chrono::milliseconds>(time, kMostTime);
     return cell;
 }
 

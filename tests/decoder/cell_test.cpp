@@ -9,11 +9,13 @@
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstddef>
 #include <iterator>
 #include <string>
@@ -61,8 +63,10 @@ bool nothingElse() {
     return true;
 }
 
-/// Runs the probe after `prepare` in its process; its wait status.
-int runProbe(const std::vector<std::string>& arguments, bool (*prepare)() = nothingElse) {
+/// Runs the probe after `prepare` in its process; its wait status, and what it used where asked
+/// for.
+int runProbe(const std::vector<std::string>& arguments, bool (*prepare)() = nothingElse,
+             rusage* used = nullptr) {
     int answer[2];
     if (::pipe2(answer, O_CLOEXEC) != 0) return -1;
     const pid_t child = ::fork();
@@ -72,7 +76,7 @@ int runProbe(const std::vector<std::string>& arguments, bool (*prepare)() = noth
     }
     ::close(answer[1]);
     int status = 0;
-    ::waitpid(child, &status, 0);
+    ::wait4(child, &status, 0, used);
     ::close(answer[0]);
     return status;
 }
@@ -130,8 +134,9 @@ INSTANTIATE_TEST_SUITE_P(
                       "write to standard output", "write to the picture",
                       "read the answer's descriptor", "hand over pages", "map the picture",
                       "have executable memory", "make memory executable", "duplicate a descriptor",
-                      "ask for limits", "make a memory file", "change the folder",
-                      "set up kernel queues", "use an inherited descriptor", "start a thread"),
+                      "ask for limits", "set a timer", "put off a timer", "remove a timer",
+                      "make a memory file", "change the folder", "set up kernel queues",
+                      "use an inherited descriptor", "start a thread"),
     [](const auto& row) {
         std::string name = row.param;
         for (char& c : name) {
@@ -158,6 +163,9 @@ TEST(Cell, IsWhatDeniesTheActs) {
                             "have executable memory",
                             "duplicate a descriptor",
                             "ask for limits",
+                            "set a timer",
+                            "put off a timer",
+                            "remove a timer",
                             "make a memory file",
                             "change the folder",
                             "use an inherited descriptor",
@@ -198,6 +206,39 @@ TEST(Cell, HasWallsThatDoNotNeedSeccomp) {
     const int spun = runProbe({"OUTER", "spin for four seconds"});
     EXPECT_TRUE(WIFSIGNALED(spun) && (WTERMSIG(spun) == SIGKILL || WTERMSIG(spun) == SIGXCPU))
         << spun;
+}
+
+/// Of its own and of the kernel for it, all threads together.
+std::chrono::microseconds processorTime(const rusage& used) {
+    return std::chrono::seconds(used.ru_utime.tv_sec + used.ru_stime.tv_sec) +
+           std::chrono::microseconds(used.ru_utime.tv_usec + used.ru_stime.tv_usec);
+}
+
+TEST(Cell, EndsWhatTakesLongerToTheMillisecondsOfAllThreads) {
+    if (kSanitized) GTEST_SKIP() << "a sanitizer's run-time needs system calls of its own";
+    using std::chrono::milliseconds;
+    for (const char* act : {"spin for four seconds", "spin in eight threads"}) {
+        rusage used{};
+        const int status = runProbe({"BRIEF", act}, nothingElse, &used);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << act << " " << status;
+        // Whole seconds could not end it before 1,000. A processor looks at the time at each of its
+        // ticks, of ten milliseconds at most.
+        EXPECT_GE(processorTime(used), milliseconds(290)) << act;
+        EXPECT_LT(processorTime(used), milliseconds(800)) << act;
+    }
+}
+
+TEST(Cell, EndsWhatTakesLongerAfterWholeSecondsWhereThereMayBeNoTimer) {
+    if (kSanitized) GTEST_SKIP() << "a sanitizer's run-time needs system calls of its own";
+    const auto takeTimersAway = [] {
+        const rlimit none{0, 0};
+        return ::setrlimit(RLIMIT_SIGPENDING, &none) == 0;
+    };
+    rusage used{};
+    const int status = runProbe({"BRIEF", "spin in eight threads"}, takeTimersAway, &used);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+    EXPECT_GE(processorTime(used), std::chrono::milliseconds(900));
+    EXPECT_LT(processorTime(used), std::chrono::milliseconds(2500));
 }
 
 TEST(Cell, ClosesDescriptorsOneByOneWhereTheKernelClosesNoRange) {

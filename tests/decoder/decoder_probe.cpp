@@ -2,7 +2,8 @@
 // with 0 when the act succeeded, 10 when it was refused; a cell that kills ends it by a signal.
 // The act "nothing" does only what a decoder may. `FREE ACT` tries the act without the cell, to
 // show that it could succeed at all; `MANY ACT` tries it in the cell of a codec with threads;
-// `OUTER ACT` within the walls that stand where the kernel has no seccomp.
+// `BRIEF ACT` in one that has 300 milliseconds instead of a second; `OUTER ACT` within the walls
+// that stand where the kernel has no seccomp.
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <linux/futex.h>
@@ -21,7 +22,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
+#include <ctime>
 #include <map>
 #include <string>
 
@@ -129,6 +132,29 @@ bool spin() {
     } while (used.tv_sec < 4);
     return true;
 }
+bool spinInEightThreads() {
+    for (int i = 1; i < 8; ++i) {
+        pthread_t thread{};
+        const auto spinOn = [](void*) -> void* {
+            spin();
+            return nullptr;
+        };
+        if (::pthread_create(&thread, nullptr, spinOn, nullptr) != 0) return false;
+    }
+    return spin();
+}
+bool setATimer() {
+    timer_t timer{};
+    return ::timer_create(CLOCK_PROCESS_CPUTIME_ID, nullptr, &timer) == 0;
+}
+// The kernel numbers a process's timers from 0.
+bool putOffATimer() {
+    const itimerspec never{};
+    return ::syscall(SYS_timer_settime, 0, 0, &never, nullptr) == 0 || errno == EINVAL;
+}
+bool removeATimer() {
+    return ::syscall(SYS_timer_delete, 0) == 0 || errno == EINVAL;
+}
 bool openInAFreePlace() {
     ::close(2);  // no bound on descriptors stands in the way
     return ::open("/etc/passwd", O_RDONLY) >= 0;
@@ -212,10 +238,14 @@ const std::map<std::string, bool (*)()>& acts() {
         {"make memory executable", makeExecutable},
         {"duplicate a descriptor", duplicateDescriptor},
         {"ask for limits", raiseLimits},
+        {"set a timer", setATimer},
+        {"put off a timer", putOffATimer},
+        {"remove a timer", removeATimer},
         {"make a memory file", makeMemoryFile},
         {"change the folder", changeRoot},
         {"set up kernel queues", askForNames},
         {"use an inherited descriptor", useInheritedDescriptor},
+        {"spin in eight threads", spinInEightThreads},
         {"start a thread", startThread}};
     return all;
 }
@@ -225,13 +255,15 @@ const std::map<std::string, bool (*)()>& acts() {
 int main(int count, char** arguments) {
     const bool free = count == 3 && std::strcmp(arguments[1], "FREE") == 0;
     const bool many = count == 3 && std::strcmp(arguments[1], "MANY") == 0;
+    const bool brief = count == 3 && std::strcmp(arguments[1], "BRIEF") == 0;
     const bool outer = count == 3 && std::strcmp(arguments[1], "OUTER") == 0;
-    if (count != 2 && !free && !many && !outer) return 2;
+    if (count != 2 && !free && !many && !brief && !outer) return 2;
     const auto act = acts().find(arguments[count - 1]);
     if (act == acts().end()) return 2;
     if (!free) {
         using Threads = skarnel::CellLimits::Threads;
-        const skarnel::CellLimits limits{1U << 30U, 1, many ? Threads::Many : Threads::One};
+        const skarnel::CellLimits limits{1U << 30U, std::chrono::milliseconds(brief ? 300 : 1000),
+                                         many || brief ? Threads::Many : Threads::One};
         const auto raise = outer ? skarnel::raiseOuterWalls : skarnel::lockIn;
         if (!raise(kPicture, kAnswer, limits)) return 3;
     }
