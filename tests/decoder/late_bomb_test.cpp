@@ -94,6 +94,15 @@ INSTANTIATE_TEST_SUITE_P(Ambiguous, Bomb,
                          ::testing::ValuesIn(inBothFormats({"two-sizes", "two-sizes-reversed",
                                                             "two-heads", "hidden-references"})),
                          nameOf);
+// The coded data states more than the file does: for four million pixels, for which a decoder may
+// take its time, in units of its own, in each of a hundred parts, and sixty times over.
+INSTANTIATE_TEST_SUITE_P(Inside, Bomb,
+                         ::testing::ValuesIn(inBothFormats({"coded-larger-large", "tiles-larger",
+                                                            "tiles-larger-of-no-size"})),
+                         nameOf);
+INSTANTIATE_TEST_SUITE_P(InsideOfHevc, Bomb,
+                         ::testing::Values("coded-larger-inside.heic", "many-pictures.heic"),
+                         nameOf);
 // What a fuzzer found: the overlay is the transparency of the picture, or with 9,000 pixels a side
 // the picture itself.
 INSTANTIATE_TEST_SUITE_P(Found, Bomb, ::testing::Values("overlaid-alpha.heic", "overlaid.heic"),

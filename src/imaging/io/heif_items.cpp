@@ -4,12 +4,13 @@
 #include <functional>
 #include <map>
 #include <optional>
-#include <set>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "imaging/io/byte_reader.h"
+#include "imaging/io/coded_size.h"
+#include "imaging/io/item_data.h"
 
 namespace skarnel::io {
 namespace {
@@ -68,15 +69,20 @@ bool isCanvas(std::string_view type) {
     return type == "grid" || type == "iovl";
 }
 
-/// What the file says of each item: its size, and how often it is turned or cut.
+/// What the file says of each item: its size, how often it is turned or cut, and how it is coded.
 class Properties {
   public:
+    /// Of one item.
+    struct Facts {
+        std::uint64_t width = 0;  // 0 where it is not stated
+        std::uint64_t height = 0;
+        std::uint64_t times = 1;  // that its pixels are made, once more for each turn or cut
+        std::optional<ByteView> configuration;  // of its decoder
+    };
+
     void addKinds(ByteView box) {
         forEachBox(box, [&](std::string_view type, ByteView content) {
-            ByteReader in(content, ByteOrder::Big);
-            in.skip(kKindBytes);
-            const bool isTurn = type == "irot" || type == "imir" || type == "clap";
-            kinds_.push_back({isTurn, type == "ispe", in.u64()});
+            kinds_.push_back({type, content});
             return false;
         });
     }
@@ -97,48 +103,91 @@ class Properties {
         }
     }
 
-    /// Pixels that are made for an item alone, once more for each time that it is turned or cut;
-    /// none where it has several sizes, or is turned more than a few times.
-    std::optional<std::uint64_t> pixelsOf(std::uint32_t item) const {
-        constexpr std::uint64_t kLeastPixels = 1024;  // an item costs something itself
-        std::optional<std::uint64_t> size;
-        std::uint64_t times = 1;
+    /// None where it has several sizes or decoders, or is turned more than a few times.
+    std::optional<Facts> factsOf(std::uint32_t item) const {
+        Facts facts;
+        std::optional<ByteView> size;
         const auto uses = uses_.find(item);
-        if (uses == uses_.end()) return kLeastPixels;
+        if (uses == uses_.end()) return facts;
         for (const int number : uses->second) {
             if (number < 1 || static_cast<std::size_t>(number) > kinds_.size()) continue;
-            const Kind& kind = kinds_[static_cast<std::size_t>(number) - 1];
-            if (kind.isSize) {
-                if (size && *size != kind.size) return std::nullopt;
-                size = kind.size;
-            }
-            if (kind.isTurn) ++times;
+            const auto& [type, content] = kinds_[static_cast<std::size_t>(number) - 1];
+            if (type == "ispe" && !isTheOnly(size, content)) return std::nullopt;
+            const bool isDecoder = type == "hvcC" || type == "av1C";
+            if (isDecoder && !isTheOnly(facts.configuration, content)) return std::nullopt;
+            if (type == "irot" || type == "imir" || type == "clap") ++facts.times;
         }
         constexpr std::uint64_t kMostTimes = 9;  // whatever size it states
-        if (times > kMostTimes) return std::nullopt;
-        constexpr std::uint64_t kMostSide = 1U << 16U;  // the library takes no larger one
-        const std::uint64_t width = std::min(size.value_or(0) >> 32, kMostSide);
-        const std::uint64_t height = std::min(size.value_or(0) & 0xFFFFFFFFU, kMostSide);
-        return std::max(width * height, kLeastPixels) * times;
+        if (facts.times > kMostTimes) return std::nullopt;
+        constexpr std::uint32_t kMostSide = 1U << 16U;  // the library takes no larger one
+        ByteReader in(size.value_or(ByteView()), ByteOrder::Big);
+        in.skip(kKindBytes);
+        facts.width = std::min(in.u32(), kMostSide);
+        facts.height = std::min(in.u32(), kMostSide);
+        return facts;
     }
 
   private:
     struct Kind {
-        bool isTurn = false;
-        bool isSize = false;
-        std::uint64_t size = 0;  // where it is one: the width above the height
+        std::string_view type;
+        ByteView content;
     };
+
+    /// Keeps the first; false where this one says something else.
+    static bool isTheOnly(std::optional<ByteView>& kept, ByteView content) {
+        if (!kept) kept = content;
+        return std::ranges::equal(*kept, content);
+    }
+
     std::vector<Kind> kinds_;  // by number, from 1 on
     std::map<std::uint32_t, std::vector<int>> uses_;
 };
 
+/// What is inside the coded data; nothing of what is not coded. None where that is damaged.
+template <typename DataOf>
+std::optional<CodedSize> codedSizeOf(std::string_view type, ByteView configuration, DataOf dataOf) {
+    if (type != "hvc1" && type != "av01") return CodedSize();
+    const std::optional<ByteView> data = dataOf();
+    if (!data) return std::nullopt;
+    return type == "hvc1" ? sizeOfHevc(configuration, *data) : sizeOfAv1(configuration, *data);
+}
+
+/// An encoder codes whole blocks, the largest of 128 pixels; the sides may be exchanged.
+bool fitsInto(const CodedSize& coded, const Properties::Facts& stated) {
+    constexpr std::uint64_t kMostPadding = 128;
+    const auto [shortSide, longSide] =
+        std::minmax({std::uint64_t{coded.width}, std::uint64_t{coded.height}});
+    const auto [shortStated, longStated] = std::minmax({stated.width, stated.height});
+    return shortSide <= shortStated + kMostPadding && longSide <= longStated + kMostPadding;
+}
+
+/// Pixels that are made for an item alone, by the larger of what is stated outside its coded data
+/// and inside; none for too many, and where the two do not belong together.
+template <typename DataOf>
+std::optional<std::uint64_t> pixelsOf(const std::optional<Properties::Facts>& facts,
+                                      std::string_view type, DataOf dataOf) {
+    constexpr std::uint64_t kLeastPixels = 1024;  // an item costs something itself
+    if (!facts) return std::nullopt;
+    const auto coded = codedSizeOf(type, facts->configuration.value_or(ByteView()), dataOf);
+    if (!coded) return std::nullopt;
+    const std::uint64_t stated = facts->width * facts->height;
+    if (stated > 0 && !fitsInto(*coded, *facts)) return std::nullopt;
+    constexpr std::uint32_t kMostSide = 1U << 16U;
+    const std::uint64_t inside = std::uint64_t{std::min(coded->width, kMostSide)} *
+                                 std::min(coded->height, kMostSide) * std::max(coded->pictures, 1U);
+    return std::max({stated, inside, kLeastPixels}) * facts->times;
+}
+
 class Items {
   public:
-    /// Adds up what `weigh` says of an item, none for too much.
-    using Weigh = std::function<std::optional<std::uint64_t>(std::uint32_t item)>;
+    /// Adds up what `weigh` says of an item of a type, none for too much.
+    using Weigh =
+        std::function<std::optional<std::uint64_t>(std::uint32_t item, std::string_view type)>;
     Items(std::uint64_t most, Weigh weigh) : most_(most), weigh_(std::move(weigh)) {}
 
-    void addPictures(ByteView box) {
+    /// False where one is said to be of two types.
+    bool addTypes(ByteView box) {
+        bool hasOneEach = true;
         ByteReader head(box, ByteOrder::Big);
         const bool isShort = head.u8() == 0;
         head.skip(kKindBytes - 1 + (isShort ? 2 : 4));  // how many there are
@@ -150,10 +199,11 @@ class Items {
             const std::uint32_t item = version == 2 ? in.u16() : in.u32();
             in.skip(2);  // its protection
             const std::string_view kind = textOf(in.take(4));
-            if (isPicture(kind)) pictures_.insert(item);
-            if (isCanvas(kind)) canvases_.insert(item);
+            const auto [known, isNew] = types_.emplace(item, kind);
+            hasOneEach = hasOneEach && (isNew || known->second == kind);
             return false;
         });
+        return hasOneEach;
     }
 
     /// False where one is longer or shorter than what it holds: readers differ in where the next
@@ -173,7 +223,7 @@ class Items {
             for (int i = 0; i < count && !in.failed(); ++i) {
                 const std::uint32_t to = number();
                 if (type == "dimg") parts_[from].push_back(to);
-                if (type == "auxl" && pictures_.contains(from)) additions_[to].push_back(from);
+                if (type == "auxl" && isPicture(typeOf(from))) additions_[to].push_back(from);
             }
             if (in.failed() || in.position() - start != size) return false;
         }
@@ -185,22 +235,22 @@ class Items {
         constexpr int kMostDepth = 16;
         if (depth > kMostDepth) return most_ + 1;
         if (const auto known = decoded_.find(item); known != decoded_.end()) return known->second;
-        std::uint64_t sum = std::min(weigh_(item).value_or(most_ + 1), most_ + 1);
+        std::uint64_t sum = std::min(weigh_(item, typeOf(item)).value_or(most_ + 1), most_ + 1);
         if (const auto parts = parts_.find(item); parts != parts_.end()) {
             for (const std::uint32_t part : parts->second) {
                 if (sum > most_) break;
                 // No camera makes canvases of canvases, and how large the inner ones are nobody
                 // knows before they are made.
-                const bool isTooDeep = canvases_.contains(item) && canvases_.contains(part);
-                sum += pictures_.contains(part) && !isTooDeep ? decodedFor(part, depth + 1)
-                                                              : most_ + 1;
+                const bool isTooDeep = isCanvas(typeOf(item)) && isCanvas(typeOf(part));
+                sum +=
+                    isPicture(typeOf(part)) && !isTooDeep ? decodedFor(part, depth + 1) : most_ + 1;
             }
         }
         if (const auto more = additions_.find(item); more != additions_.end()) {
             for (const std::uint32_t addition : more->second) {
                 if (sum > most_) break;
                 // A tile may have transparency of its own, but that is coded.
-                const bool isTooDeep = depth > 0 && canvases_.contains(addition);
+                const bool isTooDeep = depth > 0 && isCanvas(typeOf(addition));
                 sum += isTooDeep ? most_ + 1 : decodedFor(addition, depth + 1);
             }
         }
@@ -208,10 +258,15 @@ class Items {
     }
 
   private:
+    /// Empty where it has none.
+    std::string_view typeOf(std::uint32_t item) const {
+        const auto found = types_.find(item);
+        return found == types_.end() ? std::string_view() : found->second;
+    }
+
     std::uint64_t most_;
     Weigh weigh_;
-    std::set<std::uint32_t> pictures_;
-    std::set<std::uint32_t> canvases_;  // of the pictures
+    std::map<std::uint32_t, std::string_view> types_;
     std::map<std::uint32_t, std::vector<std::uint32_t>> parts_;
     std::map<std::uint32_t, std::vector<std::uint32_t>>
         additions_;  // its transparency and the like
@@ -228,7 +283,9 @@ std::optional<ByteView> contentOfMeta(ByteView file) {
 std::uint64_t sumFor(ByteView file, std::uint32_t item, std::uint64_t most, Items::Weigh weigh) {
     Items items(most, std::move(weigh));
     if (const auto meta = contentOfMeta(file)) {
-        if (const auto infos = findBox(*meta, "iinf")) items.addPictures(*infos);
+        if (const auto infos = findBox(*meta, "iinf"); infos && !items.addTypes(*infos)) {
+            return most + 1;
+        }
         if (const auto references = findBox(*meta, "iref")) {
             if (!items.addReferences(*references)) return most + 1;
         }
@@ -242,7 +299,7 @@ bool hasOneMeaning(ByteView file) {
     if (!hasAtMostOne(file, "meta")) return false;
     const auto meta = contentOfMeta(file);
     if (!meta) return true;
-    for (const char* box : {"pitm", "iinf", "iref", "iprp"}) {
+    for (const char* box : {"pitm", "iinf", "iref", "iprp", "iloc", "idat"}) {
         if (!hasAtMostOne(*meta, box)) return false;
     }
     const auto properties = findBox(*meta, "iprp");
@@ -250,20 +307,24 @@ bool hasOneMeaning(ByteView file) {
 }
 
 std::uint64_t decodedItems(ByteView file, std::uint32_t item, std::uint64_t most) {
-    return sumFor(file, item, most, [](std::uint32_t) { return std::optional<std::uint64_t>(1); });
+    return sumFor(file, item, most,
+                  [](std::uint32_t, std::string_view) { return std::optional<std::uint64_t>(1); });
 }
 
 std::uint64_t decodedPixels(ByteView file, std::uint32_t item, std::uint64_t most) {
+    const ByteView meta = contentOfMeta(file).value_or(ByteView());
     Properties properties;
-    if (const auto meta = contentOfMeta(file)) {
-        forEachBox(findBox(*meta, "iprp").value_or(ByteView()),
-                   [&](std::string_view type, ByteView content) {
-                       if (type == "ipco") properties.addKinds(content);
-                       if (type == "ipma") properties.addUses(content);
-                       return false;
-                   });
-    }
-    return sumFor(file, item, most, [&](std::uint32_t of) { return properties.pixelsOf(of); });
+    forEachBox(findBox(meta, "iprp").value_or(ByteView()),
+               [&](std::string_view type, ByteView content) {
+                   if (type == "ipco") properties.addKinds(content);
+                   if (type == "ipma") properties.addUses(content);
+                   return false;
+               });
+    ItemData data(file, findBox(meta, "iloc").value_or(ByteView()),
+                  findBox(meta, "idat").value_or(ByteView()));
+    return sumFor(file, item, most, [&](std::uint32_t of, std::string_view type) {
+        return pixelsOf(properties.factsOf(of), type, [&] { return data.of(of); });
+    });
 }
 
 }  // namespace skarnel::io

@@ -7,8 +7,8 @@
 
 namespace skarnel::io {
 
-/// A HEIF or AVIF picture of more pixels must have a byte of its file for every kMaxPixelsPerByte: its
-/// library takes tens of bytes and nanoseconds a pixel before it looks at what is coded.
+/// A HEIF or AVIF picture of more pixels must have a byte of its file for every kMaxPixelsPerByte:
+/// its library takes tens of bytes and nanoseconds a pixel before it looks at what is coded.
 inline constexpr std::int64_t kMaxUnprovenItemPixels = 8'000'000;
 
 /// False where the file has several boxes of a kind of which only one can count: which one that is,
@@ -17,13 +17,15 @@ bool hasOneMeaning(ByteView file);
 
 /// How many items are decoded for that one: itself, what it is derived from, and what it has for
 /// transparency, each as often as it is met; one in a file without references. `most` + 1 for more
-/// than `most`, where an item is made of itself or of what is no picture, or a canvas of another one, and where references are
-/// damaged.
+/// than `most`, where an item is made of itself or of what is no picture, or a canvas of another
+/// one, where it is said to be of two types, and where references are damaged.
 std::uint64_t decodedItems(ByteView file, std::uint32_t item, std::uint64_t most);
 
-/// The same of the pixels that the file states for each of them, at least 1024, once more for each
-/// time that an item is turned, mirrored or cut; also `most` + 1 where an item has several sizes or is turned
-/// more than eight times.
+/// The same of the pixels of each of them, at least 1024, once more for each time that it is
+/// turned, mirrored or cut: those that the file states, or, if that is more, those that the headers
+/// inside its coded data state, for each picture that begins there. Also `most` + 1 where an item
+/// has several sizes or decoders, is turned more than eight times, or where the headers inside are
+/// damaged or state a larger picture than belongs to the stated one.
 std::uint64_t decodedPixels(ByteView file, std::uint32_t item, std::uint64_t most);
 
 }  // namespace skarnel::io

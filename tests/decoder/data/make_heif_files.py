@@ -5,7 +5,8 @@ Honest ones put the coded picture into a grid or an overlay. The others state th
 picture and are larger in another place: in a grid's or an overlay's own data, before a crop, or
 in the header inside the coded picture; or they are made of themselves, of the same picture a
 million times, or turned two hundred times; or they say two things of which only one can be true.
-`-alpha` says that the picture's transparency is so.
+`-alpha` says that the picture's transparency is so. flat.avif, of one colour and 6000 pixels a side,
+was written by libaom.
 """
 import pathlib
 import struct
@@ -41,11 +42,11 @@ def find(content, *path):
     return content
 
 
-def coded_picture(name):
+def coded_picture(path):
     """The coded bytes of the file's only picture and the property that configures the decoder."""
-    file = (SOURCES / name).read_bytes()
+    file = path.read_bytes()
     meta = find(file, b"meta")
-    kind = b"hvcC" if name.endswith(".heic") else b"av1C"
+    kind = b"hvcC" if path.suffix == ".heic" else b"av1C"
     configuration = find(meta, b"iprp", b"ipco", kind)
     return find(file, b"mdat"), configuration
 
@@ -147,6 +148,20 @@ def larger_sequence(content, width, height):
     return packed(before + "1111" * 2 + f"{width - 1:016b}{height - 1:016b}" + bits.rest())
 
 
+def parameters_inside(coded, configuration, larger):
+    """The larger configuration's units before the coded ones."""
+    out = b""
+    place = 23
+    for _ in range(larger[22]):
+        count = struct.unpack_from(">H", larger, place + 1)[0]
+        place += 3
+        for _ in range(count):
+            size = struct.unpack_from(">H", larger, place)[0]
+            out += bytes(2) + larger[place:place + 2 + size]
+            place += 2 + size
+    return out + coded, configuration
+
+
 def larger_av1(coded, configuration, width, height):
     out = b""
     place = 0
@@ -186,6 +201,7 @@ class Container:
         self.items = []
         self.references = b""
         self.properties = []
+        self.shares = False  # the place of what is coded alike
 
     def add(self, kind, content, properties):
         for each in properties:
@@ -201,10 +217,15 @@ class Container:
     def locations(self, data_at):
         out = struct.pack(">BBH", 0x44, 0, len(self.items))
         places = {True: 0, False: data_at}
+        known = {}
         for number, (kind, content, _) in enumerate(self.items, 1):
             inside = kind in DERIVED
-            out += struct.pack(">HHHHII", number, inside, 0, 1, places[inside], len(content))
-            places[inside] += len(content)
+            place = known.get(content, places[inside])
+            out += struct.pack(">HHHHII", number, inside, 0, 1, place, len(content))
+            if place == places[inside]:
+                places[inside] += len(content)
+                if self.shares and not inside:
+                    known[content] = place
         return full_box(b"iloc", 1, out)
 
     def meta(self, primary, data_at):
@@ -225,7 +246,10 @@ class Container:
     def file(self, primary):
         start = box(b"ftyp", self.brand + bytes(4) + b"mif1" + self.brand)
         data_at = len(start) + len(self.meta(primary, 0)) + 8
-        data = b"".join(content for kind, content, _ in self.items if kind not in DERIVED)
+        data = [content for kind, content, _ in self.items if kind not in DERIVED]
+        if self.shares:
+            data = dict.fromkeys(data)
+        data = b"".join(data)
         return start + self.meta(primary, data_at) + box(b"mdat", data)
 
 
@@ -235,7 +259,7 @@ class Maker:
         self.brand = brand
         self.kind = kind
         self.configuration_kind = configuration_kind
-        self.coded, self.configuration = coded_picture(source)
+        self.coded, self.configuration = coded_picture(SOURCES / source)
         self.sides = sides
         self.larger = larger
 
@@ -349,6 +373,40 @@ class Maker:
         out.refer(b"auxl", item, tile)
         self.save(name + "-alpha", out, tile)
 
+    def coded_larger_than_four_megapixels(self):
+        """States 2,000 pixels a side, for which a decoder may take its time."""
+        if self.extension == "heic":
+            coded, configuration = self.larger(self.coded, self.configuration, 6000, 6000)
+            inside = parameters_inside(coded, self.configuration, configuration)
+            out = Container(self.brand)
+            self.save("coded-larger-inside", out, out.add(self.kind, inside[0], [
+                stated(*self.sides), box(self.configuration_kind, inside[1])]))
+        else:
+            coded, configuration = coded_picture(HERE / "flat.avif")
+        configuration = box(self.configuration_kind, configuration)
+        out = Container(self.brand)
+        item = out.add(self.kind, coded, [stated(2000, 2000), configuration])
+        self.save("coded-larger-large", out, item)
+        self.overlay_of_many("tiles-larger", coded, [stated(*self.sides), configuration])
+        # Of what states no size the larger ones are weighed.
+        self.overlay_of_many("tiles-larger-of-no-size", coded, [configuration])
+
+    def overlay_of_many(self, name, coded, properties):
+        out = Container(self.brand)
+        out.shares = True
+        tiles = [out.add(self.kind, coded, properties) for _ in range(100)]
+        item = out.add(b"iovl", overlay(2000, 2000, len(tiles)), [stated(2000, 2000)])
+        out.refer(b"dimg", item, *tiles)
+        self.save(name, out, item)
+
+    def many_pictures(self):
+        """One behind the other in the data of a single one."""
+        coded, configuration = self.larger(self.coded, self.configuration, 2000, 2000)
+        out = Container(self.brand)
+        item = out.add(self.kind, coded * 60,
+                       [stated(2000, 2000), box(self.configuration_kind, configuration)])
+        self.save("many-pictures", out, item)
+
     def make(self):
         for name, kind, content in (("grid", b"grid", grid), ("overlay", b"iovl", overlay)):
             self.derived(name, kind, content(*self.sides))
@@ -366,6 +424,9 @@ class Maker:
             self.tiles("grid-of-many-cropped", 8, 9, crop(*self.sides))
         self.cropped("overlay-cropped")
         self.coded_larger("coded-larger")
+        self.coded_larger_than_four_megapixels()
+        if self.extension == "heic":  # the library looks at one of an AVIF
+            self.many_pictures()
 
 
 Maker("heic", b"heic", b"hvc1", b"hvcC", "lossy.heic", (80, 64), larger_hevc).make()

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "imaging/io/coded_builders.h"
 #include "imaging/io/file_builders.h"
 
 namespace skarnel::io {
@@ -276,6 +277,98 @@ TEST(HeifItems, OfVastSizesDoNotOverflow) {
     EXPECT_EQ(decodedPixels(file, 1, UINT64_MAX / 8), 4 * (std::uint64_t{1} << 32U));
 }
 
+/// Item 1 is HEVC and item 2 AV1, with these properties and data; the data lies inside the box.
+Bytes codedFile(const std::vector<Bytes>& kinds, const std::vector<int>& used, const Bytes& data) {
+    ByteSink more(true);
+    more.raw(propertiesOf(kinds, {{1, used}, {2, used}}));
+    ByteSink places(true);
+    places.u32(1U << 24U).u16(0x4400).u16(2);
+    for (const int item : {1, 2}) {
+        places.u16(static_cast<std::uint64_t>(item)).u16(1).u16(0).u16(1).u32(0).u32(data.size());
+    }
+    more.raw(box("iloc", places.bytes)).raw(box("idat", data));
+    return fileOf({}, Width::Short, more.bytes);
+}
+
+Bytes hevcOf(std::uint32_t width, std::uint32_t height) {
+    return testing::hevcUnit(testing::kParameters, testing::parameters(width, height));
+}
+const Bytes kSliceUnit = testing::hevcUnit(testing::kSlice, {0x80});
+
+TEST(HeifItems, HaveThePixelsThatTheirCodedDataState) {
+    const auto inConfiguration = [](std::uint32_t width, std::uint32_t height) {
+        const Bytes decoder = box("hvcC", testing::configurationOf({hevcOf(width, height)}));
+        const Bytes file =
+            codedFile({sizeBox(100, 50), decoder}, {1, 2}, testing::dataOf({kSliceUnit}));
+        return decodedPixels(file, 1, kMany);
+    };
+    EXPECT_EQ(inConfiguration(100, 50), 5000U);
+    EXPECT_EQ(inConfiguration(90, 40), 5000U) << "stated larger outside";
+    EXPECT_EQ(inConfiguration(228, 178), 228 * 178U) << "128 more on each side";
+    EXPECT_EQ(inConfiguration(229, 50), kMany + 1);
+    EXPECT_EQ(inConfiguration(228, 179), kMany + 1);
+    EXPECT_EQ(inConfiguration(178, 228), 228 * 178U) << "as it is seen when it is turned";
+    EXPECT_EQ(inConfiguration(179, 228), kMany + 1);
+    EXPECT_EQ(inConfiguration(0xFFFFFFFE, 0xFFFFFFFE), kMany + 1);
+}
+
+TEST(HeifItems, HaveThePixelsThatUnitsAmongTheirDataState) {
+    const std::vector<Bytes> kinds{sizeBox(100, 50)};
+    const auto hevc = [&](const std::vector<Bytes>& units) {
+        return decodedPixels(codedFile(kinds, {1}, testing::dataOf(units)), 1, kMany);
+    };
+    EXPECT_EQ(hevc({hevcOf(110, 60), kSliceUnit}), 6600U);
+    EXPECT_EQ(hevc({hevcOf(2000, 60), kSliceUnit}), kMany + 1);
+    EXPECT_EQ(hevc({hevcOf(110, 60), kSliceUnit, kSliceUnit, kSliceUnit}), 3 * 6600U);
+    EXPECT_EQ(hevc({testing::hevcUnit(testing::kParameters, {1})}), kMany + 1) << "damaged";
+    const auto av1 = [&](std::uint32_t width, std::uint32_t height) {
+        using namespace testing;
+        const Bytes header = av1Unit(kSequenceHeader, stillHeader(width, height));
+        return decodedPixels(codedFile(kinds, {1}, header), 2, kMany);
+    };
+    EXPECT_EQ(av1(110, 60), 6600U);
+    EXPECT_EQ(av1(2000, 60), kMany + 1);
+}
+
+TEST(HeifItems, WithoutASizeHaveThePixelsOfTheirData) {
+    const Bytes data = testing::dataOf({hevcOf(900, 800)});
+    EXPECT_EQ(decodedPixels(codedFile({}, {}, data), 1, kMany), 900 * 800U);
+    const Bytes vast = testing::dataOf({hevcOf(0xFFFFFFFE, 0xFFFFFFFE), kSliceUnit, kSliceUnit});
+    EXPECT_EQ(decodedPixels(codedFile({}, {}, vast), 1, UINT64_MAX / 8), 2 * (1ULL << 32U));
+}
+
+TEST(HeifItems, OfSeveralDecodersHaveTooManyPixels) {
+    const Bytes one = box("hvcC", testing::configurationOf({hevcOf(100, 50)}));
+    const Bytes other = box("hvcC", testing::configurationOf({hevcOf(90, 50)}));
+    const Bytes av1 = box("av1C", {0x81, 0, 0, 0});
+    const auto pixelsOf = [&](const std::vector<int>& used) {
+        return decodedPixels(codedFile({one, other, av1}, used, {}), 1, kMany);
+    };
+    EXPECT_EQ(pixelsOf({1, 1}), 5000U);
+    EXPECT_EQ(pixelsOf({1, 2}), kMany + 1);
+    EXPECT_EQ(pixelsOf({1, 3}), kMany + 1);
+}
+
+TEST(HeifItems, WhoseDataCannotBeFoundHaveTooManyPixels) {
+    const Bytes places = ByteSink(true).u32(1U << 24U).u16(0x1400).u16(0).bytes;
+    const Bytes file = fileOf({{"dimg", 5, {1}}}, Width::Short, box("iloc", places));
+    EXPECT_EQ(decodedPixels(file, 1, kMany), kMany + 1);
+    EXPECT_EQ(decodedPixels(file, 5, kMany), kMany + 1);
+    EXPECT_EQ(decodedPixels(file, 6, kMany), 1024U) << "is not coded";
+}
+
+TEST(HeifItems, OfTwoTypesAreTooMany) {
+    const auto fileWith = [](std::string_view again) {
+        const auto info = [](std::string_view type) {
+            return box("infe", ByteSink(true).u32(2U << 24U).u16(1).u16(0).text(type).u8(0).bytes);
+        };
+        const Bytes infos = ByteSink(true).u32(0).u16(2).raw(info("hvc1")).raw(info(again)).bytes;
+        return box("meta", ByteSink(true).u32(0).raw(box("iinf", infos)).bytes);
+    };
+    EXPECT_EQ(decodedItems(fileWith("hvc1"), 1, kMost), 1);
+    EXPECT_EQ(decodedItems(fileWith("grid"), 1, kMost), kMost + 1);
+}
+
 TEST(HeifItems, OfReferencesThatReadersSeeDifferentlyAreTooMany) {
     EXPECT_EQ(decodedItems(fileOf({{"uuid", 5, {1}}}), 1, kMost), kMost + 1);
     EXPECT_EQ(decodedItems(fileOf({{"free", 5, {1}}}), 1, kMost), 1);
@@ -290,7 +383,7 @@ TEST(HeifItems, HaveOneMeaningUnlessThereAreTwoOfABox) {
     const auto with = [](std::string_view first, std::string_view second) {
         return box("meta", ByteSink(true).u32(0).raw(box(first, {})).raw(box(second, {})).bytes);
     };
-    for (const char* kind : {"pitm", "iinf", "iref", "iprp"}) {
+    for (const char* kind : {"pitm", "iinf", "iref", "iprp", "iloc", "idat"}) {
         EXPECT_FALSE(hasOneMeaning(with(kind, kind))) << kind;
         EXPECT_TRUE(hasOneMeaning(with(kind, "free"))) << kind;
     }
