@@ -103,6 +103,13 @@ TEST(CodedSize, OfHevcDoesNotCountWhatNoDecoderLooksAt) {
     }
 }
 
+TEST(CodedSize, OfHevcCountsUnitsThatAreThereNotThoseThatAreStated) {
+    const Bytes one = ByteSink(true).u16(kFirstSlice.size()).raw(kFirstSlice).bytes;
+    const Bytes configuration =
+        ByteSink(true).raw(Bytes(22)).u8(9).u8(0).u16(1).raw(one).u8(0).u16(9).raw(one).bytes;
+    expectSize(sizeOfHevc(configuration, {}), 0, 0, 2);
+}
+
 TEST(CodedSize, OfHevcIsNoneWithDamagedParameters) {
     const Bytes whole = parameters(4000, 3000);
     for (std::size_t size = 1; size < whole.size() - 1; ++size) {

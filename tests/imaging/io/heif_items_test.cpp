@@ -88,6 +88,13 @@ TEST(HeifItems, AreThePictureAndWhatItIsMadeOfAndItsTransparency) {
     }
 }
 
+TEST(HeifItems, AreOfEveryTypeThatIsDecoded) {
+    for (const std::uint32_t item : {1U, 2U, 5U, 6U, 7U}) {
+        EXPECT_EQ(decodedItems(fileOf({{"dimg", 3, {item}}}), 3, kMost), 2) << item;
+        EXPECT_EQ(decodedItems(fileOf({{"auxl", item, {3}}}), 3, kMost), 2) << item;
+    }
+}
+
 TEST(HeifItems, ThatAreNotDecodedWithThePictureAreNotCounted) {
     const Bytes file = fileOf({{"thmb", 2, {1}}, {"cdsc", 3, {1}}, {"dimg", 4, {1}}});
     EXPECT_EQ(decodedItems(file, 1, kMost), 1);
@@ -362,7 +369,8 @@ TEST(HeifItems, OfTwoTypesAreTooMany) {
         const auto info = [](std::string_view type) {
             return box("infe", ByteSink(true).u32(2U << 24U).u16(1).u16(0).text(type).u8(0).bytes);
         };
-        const Bytes infos = ByteSink(true).u32(0).u16(2).raw(info("hvc1")).raw(info(again)).bytes;
+        const Bytes infos =
+            ByteSink(true).u32(0).u16(3).raw(info("hvc1")).raw(info(again)).raw(info("hvc1")).bytes;
         return box("meta", ByteSink(true).u32(0).raw(box("iinf", infos)).bytes);
     };
     EXPECT_EQ(decodedItems(fileWith("hvc1"), 1, kMost), 1);

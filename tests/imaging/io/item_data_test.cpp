@@ -144,6 +144,15 @@ TEST(ItemData, OfATableThatIsCutIsWhatIsThere) {
     }
 }
 
+TEST(ItemData, OfATableThatStatesMoreThanItHoldsIsWhatIsThere) {
+    Bytes items = tableOf(1, {}, {{1, {{0, 1}}}});
+    items[7] = 200;
+    EXPECT_EQ(textOf(ItemData(kFile, items, {}).of(1)), "a");
+    Bytes pieces = tableOf(1, {}, {{1, {{0, 1}, {1, 1}}}});
+    pieces[pieces.size() - 2 * 8 - 1] = 200;
+    EXPECT_EQ(textOf(ItemData(kFile, pieces, {}).of(1)), "ab");
+}
+
 TEST(ItemData, InPiecesIsNotMoreThanTheFileInAll) {
     const Bytes table = tableOf(1, {}, {{1, {{0, 5}, {0, 3}}}, {2, {{0, 1}, {1, 0}}}, {3, {}}});
     ItemData data(kFile, table, {});
