@@ -18,6 +18,11 @@ namespace {
 
 /// libjxl keeps every channel of the whole picture in 32-bit numbers, some of them twice.
 constexpr std::int64_t kMaxPixels = 100'000'000;
+/// More pixels a file must have a byte for every kMaxPixelsPerByte for, unless the user has said
+/// how many are to be believed: the library takes a hundred nanoseconds and twenty bytes for each.
+constexpr std::int64_t kMaxUnprovenPixels = 8'000'000;
+/// As many may be drawn besides the picture's own, and this many more for each byte of the file.
+constexpr std::int64_t kMaxLayerPixelsPerByte = 250;
 constexpr std::uint32_t kMaxExtraChannels = 8;
 constexpr std::size_t kMaxProfileBytes = std::size_t{4} << 20;
 constexpr std::size_t kMaxExifBytes = std::size_t{1} << 20;
@@ -25,13 +30,16 @@ constexpr std::size_t kMaxExifBytes = std::size_t{1} << 20;
 struct Api {
     decltype(JxlDecoderCreate)* create;
     decltype(JxlDecoderDestroy)* destroy;
+    decltype(JxlDecoderReset)* reset;
     decltype(JxlDecoderSubscribeEvents)* subscribe;
     decltype(JxlDecoderSetKeepOrientation)* keepOrientation;
     decltype(JxlDecoderSetDecompressBoxes)* decompressBoxes;
+    decltype(JxlDecoderSetCoalescing)* setCoalescing;
     decltype(JxlDecoderSetInput)* setInput;
     decltype(JxlDecoderCloseInput)* closeInput;
     decltype(JxlDecoderProcessInput)* process;
     decltype(JxlDecoderGetBasicInfo)* basicInfo;
+    decltype(JxlDecoderGetFrameHeader)* frameHeader;
     decltype(JxlDecoderGetExtraChannelInfo)* extraChannel;
     decltype(JxlDecoderGetICCProfileSize)* profileSize;
     decltype(JxlDecoderGetColorAsICCProfile)* profile;
@@ -47,13 +55,16 @@ std::optional<Api> loadApi() {
     CodecLibrary library(jpegXLSoname());
     library.bind(api.create, "JxlDecoderCreate");
     library.bind(api.destroy, "JxlDecoderDestroy");
+    library.bind(api.reset, "JxlDecoderReset");
     library.bind(api.subscribe, "JxlDecoderSubscribeEvents");
     library.bind(api.keepOrientation, "JxlDecoderSetKeepOrientation");
     library.bind(api.decompressBoxes, "JxlDecoderSetDecompressBoxes");
+    library.bind(api.setCoalescing, "JxlDecoderSetCoalescing");
     library.bind(api.setInput, "JxlDecoderSetInput");
     library.bind(api.closeInput, "JxlDecoderCloseInput");
     library.bind(api.process, "JxlDecoderProcessInput");
     library.bind(api.basicInfo, "JxlDecoderGetBasicInfo");
+    library.bind(api.frameHeader, "JxlDecoderGetFrameHeader");
     library.bind(api.extraChannel, "JxlDecoderGetExtraChannelInfo");
     library.bind(api.profileSize, "JxlDecoderGetICCProfileSize");
     library.bind(api.profile, "JxlDecoderGetColorAsICCProfile");
@@ -77,17 +88,74 @@ struct DestroyDecoder {
 
 constexpr JxlPixelFormat kRgba8{4, JXL_TYPE_UINT8, JXL_NATIVE_ENDIAN, 0};
 
+Error damaged() {
+    return {ErrorCode::Damaged, "The JPEG XL picture is damaged"};
+}
+
+/// The format has no larger sides, and the sum of some such areas fits 64 bits.
+std::int64_t areaOf(std::uint32_t width, std::uint32_t height) {
+    constexpr std::uint32_t kMaxSide = 1U << 30U;
+    return std::int64_t{std::min(width, kMaxSide)} * std::min(height, kMaxSide);
+}
+
+/// What drawing a layer takes, counted in pixels: its own, of which it may have more than the
+/// picture, and a quarter of the picture's, on which it is laid.
+std::int64_t workOf(std::int64_t layerPixels, std::int64_t picturePixels) {
+    return layerPixels + picturePixels / 4;
+}
+
+/// Nothing is decoded: only the layers' headers are read, up to the first picture that is shown.
+/// An Error where they have too many pixels for a file of so few bytes; any other failure is left
+/// to the decoding.
+std::optional<Error> boundLayers(JxlDecoder* decoder, ByteView bytes, const DecodeLimits& limits) {
+    if (api()->subscribe(decoder, JXL_DEC_BASIC_INFO | JXL_DEC_FRAME) != JXL_DEC_SUCCESS ||
+        api()->setCoalescing(decoder, JXL_FALSE) != JXL_DEC_SUCCESS ||
+        api()->setInput(decoder, bytes.data(), bytes.size()) != JXL_DEC_SUCCESS) {
+        return damaged();
+    }
+    api()->closeInput(decoder);
+    const std::int64_t most =
+        limits.maxUnprovenPixels + static_cast<std::int64_t>(bytes.size()) * kMaxLayerPixelsPerByte;
+    JxlBasicInfo info{};
+    JxlFrameHeader layer{};
+    std::int64_t picture = 0;
+    std::int64_t work = 0;
+    while (true) {
+        const JxlDecoderStatus status = api()->process(decoder);
+        if (status == JXL_DEC_BASIC_INFO) {
+            if (api()->basicInfo(decoder, &info) != JXL_DEC_SUCCESS) return damaged();
+            picture = areaOf(info.xsize, info.ysize);
+            work = -workOf(picture, picture);  // one of the picture's size is bounded with it
+            continue;
+        }
+        if (status != JXL_DEC_FRAME) return std::nullopt;
+        if (api()->frameHeader(decoder, &layer) != JXL_DEC_SUCCESS) return damaged();
+        work += workOf(areaOf(layer.layer_info.xsize, layer.layer_info.ysize), picture);
+        if (work > most) {
+            return Error{ErrorCode::TooLarge,
+                         "The layers of the JPEG XL picture are too large for so short a file"};
+        }
+        if (layer.is_last != 0 || layer.duration != 0) return std::nullopt;
+    }
+}
+
 /// One file's decoding, driven by the library's events.
 class Decoding {
   public:
     explicit Decoding(const DecodeLimits& limits)
-        : limits_(limits), decoder_(api()->create(nullptr)) {}
+        : limits_(limits), decoder_(api()->create(nullptr)) {
+        if (limits.maxUnprovenPixels == DecodeLimits{}.maxUnprovenPixels) {
+            limits_.maxUnprovenPixels = kMaxUnprovenPixels;
+        }
+    }
 
     Result<SourcePicture> run(ByteView bytes) {
         constexpr int kEvents =
             JXL_DEC_BASIC_INFO | JXL_DEC_COLOR_ENCODING | JXL_DEC_FULL_IMAGE | JXL_DEC_BOX;
         if (!decoder_) return {ErrorCode::OutOfMemory, "Not enough memory for the decoder"};
         JxlDecoder* decoder = decoder_.get();
+        if (auto error = boundLayers(decoder, bytes, limits_)) return *error;
+        api()->reset(decoder);
         // Without the decompression a packed EXIF block is passed over.
         (void)api()->decompressBoxes(decoder, JXL_TRUE);
         if (api()->subscribe(decoder, kEvents) != JXL_DEC_SUCCESS ||
@@ -104,8 +172,6 @@ class Decoding {
     }
 
   private:
-    static Error damaged() { return {ErrorCode::Damaged, "The JPEG XL picture is damaged"}; }
-
     std::optional<Error> take(JxlDecoderStatus status) {
         switch (status) {
             case JXL_DEC_BASIC_INFO:

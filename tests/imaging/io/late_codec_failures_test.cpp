@@ -92,6 +92,11 @@ TEST_F(LateCodecFailures, AJpegXLLibraryThatFailsIsAnErrorOfItsOwnKind) {
              Failure{"output-fails", "icofs", kDamaged},
              Failure{"width=100000001", "icofs", ErrorCode::TooLarge},
              Failure{"width=0", "icofs", kDamaged},
+             Failure{"counting-subscribe-fails", "icofs", kDamaged},
+             Failure{"coalescing-fails", "icofs", kDamaged},
+             Failure{"counting-input-fails", "icofs", kDamaged},
+             Failure{"counting-info-fails", "icofs", kDamaged},
+             Failure{"layer-fails", "ilcofs", kDamaged},
              // Events in an order that no library should report.
              Failure{"", "s", kDamaged},
              Failure{"", "fs", kDamaged},
@@ -105,6 +110,49 @@ TEST_F(LateCodecFailures, AJpegXLLibraryThatFailsIsAnErrorOfItsOwnKind) {
         ASSERT_FALSE(picture) << ::testing::PrintToString(row);
         EXPECT_EQ(picture.error().code, row.code) << ::testing::PrintToString(row);
     }
+}
+
+// Eight million pixels and 250 for each of the file's bytes, here the events, beside the picture's
+// own two. Each layer costs a quarter of the picture besides; one of the picture's size is free.
+TEST_F(LateCodecFailures, LayersOfAJpegXLAreCountedUntilTheFirstPictureIsShown) {
+    struct Row {
+        const char* told;
+        const char* events;
+        bool opens;
+    };
+    for (const Row& row : {
+             Row{"layer-width=8001502", "ilcofs", true},
+             Row{"layer-width=8001503", "ilcofs", false},
+             Row{"layer-width=4000876", "illcofs", true},
+             Row{"layer-width=4000877", "illcofs", false},
+             Row{"layer-width=4000877 animated", "illcofs", true},
+             Row{"layer-width=4000877 last", "illcofs", true},
+             Row{"layer-width=4294967295 layer-height=4294967295", "ilcofs", false},
+             // 1,750,000 a layer, of which 8,750,000 are free.
+             Row{"layer-width=0 width=7000 height=1000", "illlllllllcofs", true},
+             Row{"layer-width=0 width=7000 height=1000", "illllllllllcofs", false},
+         }) {
+        const auto picture = jxl(row.told, row.events);
+        ASSERT_EQ(static_cast<bool>(picture), row.opens) << row.told << " " << row.events;
+        if (row.opens) continue;
+        EXPECT_EQ(picture.error().code, ErrorCode::TooLarge) << row.told;
+    }
+}
+
+// The same for the picture itself, with 2,000 a byte, unless the user has named a number.
+TEST_F(LateCodecFailures, AJpegXLOfFewBytesIsBelievedEightMillionPixels) {
+    const auto open = [](const char* told, const DecodeLimits& limits) {
+        const Told words(told);
+        const std::string_view events = "icofs";
+        DecodeLimits ofFile = limits;
+        ofFile.fileBytes = events.size();
+        return io::readJpegXL(Bytes(events.begin(), events.end()), ofFile);
+    };
+    EXPECT_TRUE(open("width=8000 height=1000", {}));
+    const auto refused = open("width=8000 height=1002", {});
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().code, ErrorCode::TooLarge);
+    EXPECT_TRUE(open("width=8000 height=1002", {9'000'000, 9'000'000}));
 }
 
 TEST_F(LateCodecFailures, WhatBelongsToTheJpegXLButIsNotItsPixelsMayFail) {

@@ -2,12 +2,16 @@
 // a test decides what comes when, and every function fails when it is told to.
 //
 //     i basic information   c colours    o wants the room for the pixels    f the pixels are there
-//     b a box begins        m the box is too long for its room              s the end
+//     l a layer begins      b a box begins    m the box is too long for its room    s the end
 //     anything else, or nothing more: an error
+//
+// What was not asked for is passed over. The pass that only counts layers is told apart by
+// "counting-".
 #include <jxl/decode.h>
 
 #include <algorithm>
 #include <cstring>
+#include <string>
 
 #include "imaging/io/fakes/told.h"
 
@@ -20,12 +24,28 @@ struct JxlDecoderStruct {
     std::uint8_t* pixels = nullptr;
     std::size_t pixelBytes = 0;
     std::size_t boxLeft = 0;
+    int events = 0;
 };
 
 namespace {
 
 JxlDecoderStatus unless(const char* word) {
     return isTold(word) ? JXL_DEC_ERROR : JXL_DEC_SUCCESS;
+}
+
+bool counts(const JxlDecoder* decoder) {
+    return (decoder->events & JXL_DEC_FRAME) != 0;
+}
+
+JxlDecoderStatus unless(const JxlDecoder* decoder, const std::string& word) {
+    return unless(((counts(decoder) ? "counting-" : "") + word).c_str());
+}
+
+/// Errors and the end come unasked.
+bool isAskedFor(const JxlDecoder* decoder, JxlDecoderStatus status) {
+    if (status == JXL_DEC_NEED_IMAGE_OUT_BUFFER) status = JXL_DEC_FULL_IMAGE;
+    if (status == JXL_DEC_BOX_NEED_MORE_OUTPUT) status = JXL_DEC_BOX;
+    return status < JXL_DEC_BASIC_INFO || (decoder->events & status) != 0;
 }
 
 JxlDecoderStatus statusOf(std::uint8_t event) {
@@ -38,6 +58,8 @@ JxlDecoderStatus statusOf(std::uint8_t event) {
             return JXL_DEC_NEED_IMAGE_OUT_BUFFER;
         case 'f':
             return JXL_DEC_FULL_IMAGE;
+        case 'l':
+            return JXL_DEC_FRAME;
         case 'b':
             return JXL_DEC_BOX;
         case 'm':
@@ -59,8 +81,23 @@ JxlDecoder* JxlDecoderCreate(const JxlMemoryManager*) {
 void JxlDecoderDestroy(JxlDecoder* decoder) {
     delete decoder;
 }
-JxlDecoderStatus JxlDecoderSubscribeEvents(JxlDecoder*, int) {
-    return unless("subscribe-fails");
+void JxlDecoderReset(JxlDecoder* decoder) {
+    *decoder = {};
+}
+JxlDecoderStatus JxlDecoderSubscribeEvents(JxlDecoder* decoder, int events) {
+    decoder->events = events;
+    return unless(decoder, "subscribe-fails");
+}
+JxlDecoderStatus JxlDecoderSetCoalescing(JxlDecoder*, JXL_BOOL) {
+    return unless("coalescing-fails");
+}
+JxlDecoderStatus JxlDecoderGetFrameHeader(const JxlDecoder*, JxlFrameHeader* header) {
+    *header = {};
+    header->layer_info.xsize = static_cast<std::uint32_t>(toldNumber("layer-width", 2));
+    header->layer_info.ysize = static_cast<std::uint32_t>(toldNumber("layer-height", 1));
+    header->duration = isTold("animated") ? 1 : 0;
+    header->is_last = isTold("last") ? 1 : 0;
+    return unless("layer-fails");
 }
 JxlDecoderStatus JxlDecoderSetKeepOrientation(JxlDecoder*, JXL_BOOL) {
     return unless("orientation-fails");
@@ -72,13 +109,16 @@ JxlDecoderStatus JxlDecoderSetInput(JxlDecoder* decoder, const std::uint8_t* dat
                                     std::size_t size) {
     decoder->script = data;
     decoder->left = size;
-    return unless("input-fails");
+    return unless(decoder, "input-fails");
 }
 void JxlDecoderCloseInput(JxlDecoder*) {}
 JxlDecoderStatus JxlDecoderProcessInput(JxlDecoder* decoder) {
-    if (decoder->left == 0) return JXL_DEC_ERROR;
-    --decoder->left;
-    const std::uint8_t event = *decoder->script++;
+    std::uint8_t event = 0;
+    do {
+        if (decoder->left == 0) return JXL_DEC_ERROR;
+        --decoder->left;
+        event = *decoder->script++;
+    } while (!isAskedFor(decoder, statusOf(event)));
     // Two pixels: (10, 20, 30, 40) and (1, 2, 3, 255).
     constexpr std::uint8_t kPixels[8] = {10, 20, 30, 40, 1, 2, 3, 255};
     if (event == 'f' && decoder->pixels != nullptr) {
@@ -86,7 +126,7 @@ JxlDecoderStatus JxlDecoderProcessInput(JxlDecoder* decoder) {
     }
     return statusOf(event);
 }
-JxlDecoderStatus JxlDecoderGetBasicInfo(const JxlDecoder*, JxlBasicInfo* info) {
+JxlDecoderStatus JxlDecoderGetBasicInfo(const JxlDecoder* decoder, JxlBasicInfo* info) {
     *info = {};
     info->xsize = static_cast<std::uint32_t>(toldNumber("width", 2));
     info->ysize = static_cast<std::uint32_t>(toldNumber("height", 1));
@@ -96,7 +136,7 @@ JxlDecoderStatus JxlDecoderGetBasicInfo(const JxlDecoder*, JxlBasicInfo* info) {
     info->alpha_bits = isTold("alpha") ? 8 : 0;
     info->alpha_premultiplied = isTold("premultiplied") ? 1 : 0;
     info->orientation = static_cast<JxlOrientation>(toldNumber("orientation", 1));
-    return unless("info-fails");
+    return unless(decoder, "info-fails");
 }
 JxlDecoderStatus JxlDecoderGetExtraChannelInfo(const JxlDecoder*, std::size_t,
                                                JxlExtraChannelInfo* info) {
