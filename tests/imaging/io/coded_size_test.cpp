@@ -69,6 +69,16 @@ TEST(CodedSize, OfHevcIsReadWithoutTheBytesThatKeepStartCodesAway) {
     expectSize(sizeOfHevc(configurationOf({unit}), {}), 65535, 33, 0);
 }
 
+TEST(CodedSize, OfHevcKeepsWhatOnlyLooksLikeSuchAByte) {
+    // A three behind one zero, and behind the byte that was taken out and one zero more.
+    Bits out;
+    out.zeros(8).add(0x550003AA, 32).add(0x11000000, 32).add(0x03FF0003, 32);
+    const Bytes plain = out.golomb(0).golomb(1).golomb(4000).golomb(33).add(1, 1).bytes();
+    const Bytes unit = hevcUnit(kParameters, escaped(plain));
+    EXPECT_EQ(unit.size(), plain.size() + 2 + 1);
+    expectSize(sizeOfHevc(configurationOf({unit}), {}), 4000, 33, 0);
+}
+
 TEST(CodedSize, OfHevcIsTheLargestOfEachSide) {
     const Bytes wide = hevcUnit(kParameters, parameters(900, 10));
     const Bytes tall = hevcUnit(kParameters, parameters(20, 800));
@@ -300,6 +310,11 @@ TEST(CodedSize, OfAv1EndsWhereAUnitIsCut) {
     // A size of nine bytes is none; one of eight is larger than anything.
     const Bytes endless = ByteSink(true).u8(kFrame << 3U | 2U).raw(Bytes(9, 0xFF)).bytes;
     expectSize(sizeOfAv1({}, joined({header, endless})), 16, 9, 0);
+    // One of eight, and one of two.
+    const Bytes wide =
+        ByteSink(true).u8(kFrame << 3U | 2U).u8(0x81).raw(Bytes(6, 0x80)).u16(0).bytes;
+    const Bytes large = av1Unit(kFrame, Bytes(300));
+    expectSize(sizeOfAv1({}, joined({header, wide, large, large})), 16, 9, 3);
     // Behind a byte for its layer.
     const Bytes layered = ByteSink(true).u8(kFrame << 3U | 6U).u8(0).u8(1).u8(0).bytes;
     expectSize(sizeOfAv1({}, joined({header, layered})), 16, 9, 1);
