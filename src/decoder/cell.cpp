@@ -47,9 +47,10 @@ void boundThreadStacks() {
 }
 
 /// Whole seconds are coarse, so a timer ends the process before. It counts as a queued signal, of
-/// which there may be too many; the seconds hold without it.
+/// which there may be too many; the seconds hold without it. They are counted by the clock's ticks,
+/// which may run ahead of what was used, so there is one to spare.
 void limitProcessorTime(std::chrono::milliseconds limit) {
-    const auto seconds = std::chrono::ceil<std::chrono::seconds>(limit);
+    const auto seconds = std::chrono::ceil<std::chrono::seconds>(limit) + std::chrono::seconds(1);
     limitTo(RLIMIT_CPU, static_cast<std::uint64_t>(seconds.count()));
     sigevent end{};
     end.sigev_notify = SIGEV_SIGNAL;

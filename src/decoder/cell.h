@@ -11,7 +11,7 @@ namespace skarnel {
 struct CellLimits {
     std::uint64_t memoryBytes;  // address space
     /// Of processor time, that of all threads and of the start together, above 0. Where the kernel
-    /// has no timers of that it is rounded up to whole seconds.
+    /// has no timers of that it is rounded up to whole seconds, and one more.
     std::chrono::milliseconds processorTime;
     /// Whether the decoder may start threads of its own; never processes.
     enum class Threads : std::uint8_t { One, Many } threads = Threads::One;
