@@ -8,7 +8,8 @@
 namespace skarnel {
 namespace {
 
-constexpr std::chrono::seconds kMostTime{120};
+constexpr std::chrono::milliseconds kMostTime{120'000};
+constexpr auto kTrustedPixels = static_cast<std::uint64_t>(io::kMaxUnprovenItemPixels);
 
 /// Pixels that the picture may have; a larger one the reader refuses before it decodes any.
 std::uint64_t possiblePixels(const DecodeLimits& limits, HeadSize stated, std::uint64_t fileBytes) {
@@ -18,6 +19,43 @@ std::uint64_t possiblePixels(const DecodeLimits& limits, HeadSize stated, std::u
     const auto unproven =
         static_cast<std::uint64_t>(std::min(limits.maxUnprovenPixels, io::kMaxUnprovenItemPixels));
     return std::min({pixels, most, std::max(unproven, fileBytes * kMaxPixelsPerByte)});
+}
+
+/// What it takes for a picture that is taken on trust, and for what there is beyond.
+struct Costs {
+    std::uint64_t trusted;
+    std::uint64_t others;
+};
+
+std::uint64_t costOf(std::uint64_t count, std::uint64_t mostTrusted, Costs each) {
+    const std::uint64_t trusted = std::min(count, mostTrusted);
+    return trusted * each.trusted + (count - trusted) * each.others;
+}
+
+/// Twelve bits with colours of full size and transparency took 27 bytes a pixel at most, one for
+/// each that is coded, and 12 MB for the libraries. So four million pixels on trust, with little
+/// coded, stay below 300 MB. The threads' stacks are small, or few.
+std::uint64_t dataBytesForItems(std::uint64_t pixels, std::uint64_t coded, unsigned processors) {
+    constexpr Costs kPixelBytes{36, 48};
+    constexpr std::uint64_t kLibraries = std::uint64_t{72} << 20U;
+    constexpr std::uint64_t kThread = std::uint64_t{3} << 20U;
+    return kLibraries + processors * kThread + costOf(pixels, kTrustedPixels, kPixelBytes) +
+           coded * 4;
+}
+
+/// A pixel took 0.05 microseconds at most and a turned one twice that, a byte up to 1.5 where there
+/// are few and below 0.6 where there are many. What states four million pixels and has little coded
+/// ends within two seconds; that is four times what the dearest honest picture took, turned and
+/// with twelve bits, and more than six times for all others.
+std::chrono::milliseconds processorTimeForItems(std::uint64_t pixels, std::uint64_t coded) {
+    using std::chrono::nanoseconds;
+    constexpr std::chrono::milliseconds kStart{900};
+    constexpr Costs kPixelNanoseconds{200, 500};
+    constexpr Costs kByteNanoseconds{9000, 2500};
+    constexpr std::uint64_t kPixelsPerDearByte = 16;
+    const nanoseconds time(costOf(pixels, kTrustedPixels, kPixelNanoseconds) +
+                           costOf(coded, pixels / kPixelsPerDearByte, kByteNanoseconds));
+    return kStart + std::chrono::ceil<std::chrono::milliseconds>(time);
 }
 
 }  // namespace
@@ -39,18 +77,8 @@ CellLimits limitsForItems(const DecodeLimits& limits, std::optional<HeadSize> st
     // transparency have eight bytes a pixel.
     constexpr std::uint64_t kSpareBytes = std::uint64_t{1} << 20U;
     const std::uint64_t coded = std::min(fileBytes, pixels * 8 + kSpareBytes);
-
-    // A sixteen-bit picture with transparency in the codec, in the library and in its colours, and
-    // eight bytes a pixel of ours; a copy of what is coded in each of them. The threads' stacks
-    // are small, or few.
-    constexpr std::uint64_t kLibraries = std::uint64_t{96} << 20U;
-    constexpr std::uint64_t kThread = std::uint64_t{3} << 20U;
-    cell.dataBytes = kLibraries + processors * kThread + pixels * 48 + coded * 4;
-
-    // Half a microsecond for a pixel and two for a byte are eight times what they took at most.
-    constexpr std::uint64_t kMicroseconds = 1'000'000;
-    const std::chrono::seconds time(1 + (pixels / 2 + coded * 2) / kMicroseconds);
-    cell.processorTime = std::min<std::chrono::milliseconds>(time, kMostTime);
+    cell.dataBytes = dataBytesForItems(pixels, coded, processors);
+    cell.processorTime = std::min(processorTimeForItems(pixels, coded), kMostTime);
     return cell;
 }
 

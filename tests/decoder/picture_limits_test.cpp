@@ -18,15 +18,70 @@ TEST(PictureLimits, OfASmallPictureOfItemsAreSmallWhateverTheFileSays) {
     }
     const CellLimits unknown = limitsForItems({}, std::nullopt, 1500, 8);
     EXPECT_LT(unknown.dataBytes, 150 * kMegabyte);
-    EXPECT_EQ(unknown.processorTime, std::chrono::seconds(1));
+    EXPECT_EQ(unknown.processorTime, std::chrono::milliseconds(904));
 }
 
 TEST(PictureLimits, OfAPhotoAreSeveralTimesWhatItTakes) {
     // Ten bits, nothing packed: 30 MB were decoded with 133 MB in 1.5 seconds.
     const CellLimits limits = limitsForItems({}, HeadSize{2400, 1800}, 30'131'394, 2);
-    EXPECT_GT(limits.dataBytes, 3 * 133 * kMegabyte);
+    EXPECT_GT(limits.dataBytes, 5 * 133 * kMegabyte / 2);
     EXPECT_GT(limits.processorTime, std::chrono::seconds(30));
     EXPECT_EQ(limits.threads, CellLimits::Threads::Many);
+}
+
+TEST(PictureLimits, OfAPictureTakenOnTrustKeepToTwoSecondsAndThreeHundredMegabytes) {
+    // 900 + 4,194,304 * 0.0002 + 20,000 * 0.009 = 1918.9 milliseconds.
+    const CellLimits limits = limitsForItems({}, HeadSize{2048, 2048}, 20'000, 2);
+    EXPECT_EQ(limits.processorTime, std::chrono::milliseconds(1919));
+    // 72 + 2 * 3 + 36 * 4 = 222. The programs and libraries, which nobody can write to, are 20
+    // more.
+    EXPECT_EQ(limits.dataBytes, 222 * kMegabyte + 80'000);
+    // One that states more must have the bytes.
+    EXPECT_EQ(limitsForItems({}, HeadSize{3000, 3000}, 2'000, 2).dataBytes,
+              222 * kMegabyte + 8'000);
+}
+
+TEST(PictureLimits, GrowWithWhatIsStatedAndCoded) {
+    // The first 4,194,304 pixels take 0.2 microseconds and the others 0.5; 750,000 bytes 9, the
+    // others 2.5.
+    const CellLimits limits = limitsForItems({}, HeadSize{4000, 3000}, 1'000'000, 4);
+    EXPECT_EQ(limits.processorTime, std::chrono::milliseconds(900 + 839 + 3903 + 6750 + 625));
+    EXPECT_EQ(limits.dataBytes,
+              (72 + 12 + 36 * 4) * kMegabyte + (12'000'000 - 4'194'304) * 48 + 4'000'000);
+}
+
+struct Honest {
+    const char* what;
+    HeadSize size;
+    std::uint64_t fileBytes;
+    int milliseconds;  // of processor time that were measured
+    int megabytes;     // below which it was not decoded
+};
+
+TEST(PictureLimits, OfHonestPicturesHoldOnAMachineFourTimesSlower) {
+    constexpr HeadSize kSquare{2048, 2048};
+    for (const Honest& file : {
+             Honest{"HEIF, one colour", kSquare, 1'398, 83, 38},
+             Honest{"AVIF, one colour", kSquare, 385, 80, 50},
+             Honest{"AVIF, one colour, 12 bits, alpha", kSquare, 1'598, 223, 116},
+             Honest{"the same, turned", kSquare, 1'609, 394, 119},
+             Honest{"HEIF, photo", kSquare, 132'177, 146, 38},
+             Honest{"HEIF, turned photo, 10 bits, alpha, low quality", kSquare, 173'908, 592, 69},
+             Honest{"HEIF, photo, 10 bits, alpha, medium quality", kSquare, 1'779'501, 1194, 74},
+             Honest{"HEIF, noise, 10 bits, alpha, low quality", kSquare, 272'498, 531, 74},
+             Honest{"HEIF, noise, 10 bits, alpha, high quality", kSquare, 8'830'526, 1633, 88},
+             Honest{"AVIF, photo, 12 bits, alpha, low quality", kSquare, 49'745, 402, 119},
+             Honest{"AVIF, noise, 12 bits, alpha, nothing lost", kSquare, 39'882'933, 2035, 147},
+             Honest{"AVIF, noise, small", {1000, 1000}, 9'509'391, 483, 51},
+             Honest{"HEIF, photo, 12 megapixels", {4096, 3072}, 1'557'548, 464, 104},
+             Honest{"HEIF, a phone's grid", {4032, 3024}, 38'634'749, 1623, 140},
+         }) {
+        const CellLimits limits = limitsForItems({}, file.size, file.fileBytes, 2);
+        EXPECT_GT(limits.processorTime, 4 * std::chrono::milliseconds(file.milliseconds))
+            << file.what;
+        EXPECT_GT(limits.dataBytes, static_cast<std::uint64_t>(file.megabytes) * kMegabyte * 3 / 2)
+            << file.what;
+    }
 }
 
 TEST(PictureLimits, DoNotGrowWithPixelsThatAreRefused) {

@@ -9,7 +9,7 @@ namespace skarnel::io {
 
 /// A HEIF or AVIF picture of more pixels must have a byte of its file for every kMaxPixelsPerByte:
 /// its library takes tens of bytes and nanoseconds a pixel before it looks at what is coded.
-inline constexpr std::int64_t kMaxUnprovenItemPixels = 8'000'000;
+inline constexpr std::int64_t kMaxUnprovenItemPixels = 2048 * 2048;
 
 /// False where the file has several boxes of a kind of which only one can count: which one that is,
 /// readers decide differently.
