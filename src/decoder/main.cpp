@@ -52,18 +52,26 @@ io::CodecNeeds needsOf(int picture) {
     return io::prepareToDecode({bytes, read.size()}, whole ? restOf(read) : io::Rest::Unknown);
 }
 
+ReadAt readerOf(int picture) {
+    return [picture](std::uint64_t place, std::span<std::uint8_t> target) -> std::size_t {
+        if (place > std::uint64_t{std::numeric_limits<off_t>::max()}) return 0;
+        const ssize_t count =
+            ::pread(picture, target.data(), target.size(), static_cast<off_t>(place));
+        return count > 0 ? static_cast<std::size_t>(count) : 0;
+    };
+}
+
 CellLimits limitsFor(int picture, const DecodeLimits& limits) {
-    if (needsOf(picture) != io::CodecNeeds::Threads) return limitsForPictures(limits);
+    const io::CodecNeeds needs = needsOf(picture);
+    if (needs == io::CodecNeeds::Nothing) return limitsForPictures(limits);
     struct stat status {};
-    if (::fstat(picture, &status) != 0) return limitsForItems(limits, std::nullopt, 0, 1);
-    const auto stated = sizeOfPrimaryItem(
-        [picture](std::uint64_t place, std::span<std::uint8_t> target) -> std::size_t {
-            if (place > std::uint64_t{std::numeric_limits<off_t>::max()}) return 0;
-            const ssize_t count =
-                ::pread(picture, target.data(), target.size(), static_cast<off_t>(place));
-            return count > 0 ? static_cast<std::size_t>(count) : 0;
-        });
-    return limitsForItems(limits, stated, static_cast<std::uint64_t>(status.st_size),
+    const bool known = ::fstat(picture, &status) == 0;
+    const auto fileBytes = known ? static_cast<std::uint64_t>(status.st_size) : 0;
+    if (needs == io::CodecNeeds::Bounds) {
+        return limitsForJpegXL(limits, sizeInHead(readerOf(picture)), fileBytes);
+    }
+    if (!known) return limitsForItems(limits, std::nullopt, 0, 1);
+    return limitsForItems(limits, sizeOfPrimaryItem(readerOf(picture)), fileBytes,
                           std::max(1U, std::thread::hardware_concurrency()));
 }
 

@@ -20,4 +20,10 @@ CellLimits limitsForPictures(const DecodeLimits& limits);
 CellLimits limitsForItems(const DecodeLimits& limits, std::optional<HeadSize> stated,
                           std::uint64_t fileBytes, unsigned processors);
 
+/// For JPEG XL, whose files may hide layers, patches and curves of any size and number that only
+/// their library finds: by the stated size, and one thread. A picture of at most
+/// io::kMaxUnprovenJpegXLPixels in a file of 100 kB has less than two seconds.
+CellLimits limitsForJpegXL(const DecodeLimits& limits, std::optional<HeadSize> stated,
+                           std::uint64_t fileBytes);
+
 }  // namespace skarnel

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <optional>
 
 namespace skarnel {
 namespace {
@@ -106,6 +107,48 @@ TEST(PictureLimits, OfOtherFormatsAreTheMostThatAnyTakes) {
     // Nor may one of items take longer.
     EXPECT_EQ(limitsForItems({}, HeadSize{20000, 20000}, 400'000'000, 1).processorTime,
               std::chrono::seconds(120));
+}
+
+// Their files may hide anything, of which the goals are 2 seconds and 300 MB.
+TEST(PictureLimits, OfAJpegXLThatFewBytesSpeakForAreBelowTheGoals) {
+    const HeadSize trusted{2048, 2048};
+    for (const auto stated : {std::optional(trusted), std::optional<HeadSize>()}) {
+        const CellLimits limits = limitsForJpegXL({}, stated, 100'000);
+        EXPECT_LT(limits.dataBytes, 310'000'000U);
+        EXPECT_LT(limits.processorTime, std::chrono::seconds(2));
+        EXPECT_EQ(limits.threads, CellLimits::Threads::One);
+    }
+    const CellLimits tiny = limitsForJpegXL({}, HeadSize{30, 20}, 100'000);
+    EXPECT_LT(tiny.dataBytes, 80 * kMegabyte);
+    EXPECT_LT(tiny.processorTime, std::chrono::seconds(1));
+    // What is not believed does not count: 1,000 bytes speak for two million pixels.
+    EXPECT_EQ(limitsForJpegXL({}, HeadSize{30000, 30000}, 1000).processorTime,
+              limitsForJpegXL({}, trusted, 1000).processorTime);
+}
+
+TEST(PictureLimits, OfAnHonestJpegXLAreSeveralTimesWhatItTakes) {
+    struct Row {
+        HeadSize size;
+        std::uint64_t fileBytes;
+        int milliseconds;
+        std::uint64_t megabytes;
+    };
+    // A smooth picture, with and without loss; noise; sixteen bits; ten layers of noise.
+    for (const Row& row :
+         {Row{{4000, 3000}, 27'278, 1500, 236}, Row{{6000, 4000}, 34'583, 2700, 376},
+          Row{{4000, 3000}, 83'903, 370, 149}, Row{{4000, 3000}, 22'310'882, 2100, 187},
+          Row{{4000, 3000}, 64'685'710, 3500, 301}, Row{{2000, 1500}, 10'316'395, 2400, 281}}) {
+        const CellLimits limits = limitsForJpegXL({}, row.size, row.fileBytes);
+        EXPECT_GT(limits.processorTime, std::chrono::milliseconds(3 * row.milliseconds))
+            << row.fileBytes;
+        EXPECT_GT(limits.dataBytes, 2 * row.megabytes * kMegabyte) << row.fileBytes;
+    }
+    // Nor may one take longer than any other picture.
+    EXPECT_EQ(limitsForJpegXL({}, HeadSize{10000, 10000}, 400'000'000).processorTime,
+              std::chrono::seconds(120));
+    // Who names a number of pixels believes in it.
+    EXPECT_GT(limitsForJpegXL({64'000'001, 64'000'001}, HeadSize{8000, 8000}, 200).processorTime,
+              std::chrono::seconds(20));
 }
 
 }  // namespace

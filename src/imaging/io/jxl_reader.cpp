@@ -145,7 +145,7 @@ class Decoding {
     explicit Decoding(const DecodeLimits& limits)
         : limits_(limits), decoder_(api()->create(nullptr)) {
         if (limits.maxUnprovenPixels == DecodeLimits{}.maxUnprovenPixels) {
-            limits_.maxUnprovenPixels = kMaxUnprovenPixels;
+            limits_.maxUnprovenPixels = kMaxUnprovenJpegXLPixels;
         }
     }
 

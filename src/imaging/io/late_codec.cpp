@@ -77,7 +77,10 @@ CodecNeeds prepareToDecode(ByteView firstBytes, Rest rest) {
         (void)exifLibrary().load();
     }
 #ifdef SKARNEL_HAVE_JXL
-    if (type->identifier == kUTTypeJPEGXL) loadJpegXL();
+    if (type->identifier == kUTTypeJPEGXL) {
+        loadJpegXL();
+        return CodecNeeds::Bounds;
+    }
 #endif
 #ifdef SKARNEL_HAVE_HEIF
     if (type->identifier == kUTTypeHEIF || type->identifier == kUTTypeAVIF) {

@@ -294,16 +294,20 @@ class Bits {
 
 /// SizeHeader of ISO/IEC 18181-1: the height, then a ratio or the width.
 std::optional<HeadSize> jpegXLSize(const ReadAt& read, const Piece& head) {
-    std::uint64_t place = 0;
+    Box stream = kWholeFile;
     if (!head.has("\xFF\x0A", 0)) {
-        auto part = findBox(read, kWholeFile, "jxlc");
-        if (!part && (part = findBox(read, kWholeFile, "jxlp"))) part->content += 4;  // its number
-        if (!part) return std::nullopt;
-        place = part->content;
+        // Whichever comes first is what the library decodes.
+        forEachBox(read, kWholeFile, [&stream](const Piece& piece, Box box) {
+            const bool isPart = piece.has("jxlp", 4);
+            if (isPart) box.content += 4;  // its number
+            if (isPart || piece.has("jxlc", 4)) stream = box;
+            return stream.content != 0;
+        });
     }
-    const Piece piece(read, place);
-    if (!piece.has("\xFF\x0A", 0)) return std::nullopt;
-    Bits bits(piece.bytes().subspan(2));
+    const Piece piece(read, stream.content);
+    if (!piece.has("\xFF\x0A", 0) || stream.end < stream.content + 2) return std::nullopt;
+    const auto length = std::min<std::uint64_t>(piece.bytes().size(), stream.end - stream.content);
+    Bits bits(piece.bytes().subspan(2, length - 2));
     const bool isSmall = bits.take(1) == 1;
     const auto side = [&]() -> std::int64_t {
         constexpr std::array<unsigned, 4> kBits = {9, 13, 18, 30};

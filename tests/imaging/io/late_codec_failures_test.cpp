@@ -112,7 +112,7 @@ TEST_F(LateCodecFailures, AJpegXLLibraryThatFailsIsAnErrorOfItsOwnKind) {
     }
 }
 
-// Eight million pixels and 250 for each of the file's bytes, here the events, beside the picture's
+// 4,194,304 pixels and 250 for each of the file's bytes, here the events, beside the picture's
 // own two. Each layer costs a quarter of the picture besides; one of the picture's size is free.
 TEST_F(LateCodecFailures, LayersOfAJpegXLAreCountedUntilTheFirstPictureIsShown) {
     struct Row {
@@ -121,16 +121,16 @@ TEST_F(LateCodecFailures, LayersOfAJpegXLAreCountedUntilTheFirstPictureIsShown) 
         bool opens;
     };
     for (const Row& row : {
-             Row{"layer-width=8001502", "ilcofs", true},
-             Row{"layer-width=8001503", "ilcofs", false},
-             Row{"layer-width=4000876", "illcofs", true},
-             Row{"layer-width=4000877", "illcofs", false},
-             Row{"layer-width=4000877 animated", "illcofs", true},
-             Row{"layer-width=4000877 last", "illcofs", true},
+             Row{"layer-width=4195806", "ilcofs", true},
+             Row{"layer-width=4195807", "ilcofs", false},
+             Row{"layer-width=2098028", "illcofs", true},
+             Row{"layer-width=2098029", "illcofs", false},
+             Row{"layer-width=2098029 animated", "illcofs", true},
+             Row{"layer-width=2098029 last", "illcofs", true},
              Row{"layer-width=4294967295 layer-height=4294967295", "ilcofs", false},
-             // 1,750,000 a layer, of which 8,750,000 are free.
-             Row{"layer-width=0 width=7000 height=1000", "illlllllllcofs", true},
-             Row{"layer-width=0 width=7000 height=1000", "illllllllllcofs", false},
+             // 875,000 a layer, of which 4,375,000 are free.
+             Row{"layer-width=0 width=3500 height=1000", "illlllllllcofs", true},
+             Row{"layer-width=0 width=3500 height=1000", "illllllllllcofs", false},
          }) {
         const auto picture = jxl(row.told, row.events);
         ASSERT_EQ(static_cast<bool>(picture), row.opens) << row.told << " " << row.events;
@@ -140,7 +140,7 @@ TEST_F(LateCodecFailures, LayersOfAJpegXLAreCountedUntilTheFirstPictureIsShown) 
 }
 
 // The same for the picture itself, with 2,000 a byte, unless the user has named a number.
-TEST_F(LateCodecFailures, AJpegXLOfFewBytesIsBelievedEightMillionPixels) {
+TEST_F(LateCodecFailures, AJpegXLOfFewBytesIsBelievedFourMillionPixels) {
     const auto open = [](const char* told, const DecodeLimits& limits) {
         const Told words(told);
         const std::string_view events = "icofs";
@@ -148,11 +148,11 @@ TEST_F(LateCodecFailures, AJpegXLOfFewBytesIsBelievedEightMillionPixels) {
         ofFile.fileBytes = events.size();
         return io::readJpegXL(Bytes(events.begin(), events.end()), ofFile);
     };
-    EXPECT_TRUE(open("width=8000 height=1000", {}));
-    const auto refused = open("width=8000 height=1002", {});
+    EXPECT_TRUE(open("width=2048 height=2048", {}));
+    const auto refused = open("width=2049 height=2048", {});
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().code, ErrorCode::TooLarge);
-    EXPECT_TRUE(open("width=8000 height=1002", {9'000'000, 9'000'000}));
+    EXPECT_TRUE(open("width=2049 height=2048", {9'000'000, 9'000'000}));
 }
 
 TEST_F(LateCodecFailures, WhatBelongsToTheJpegXLButIsNotItsPixelsMayFail) {

@@ -303,6 +303,16 @@ TEST(PictureHead, OfJpegXLIsFoundInItsBoxesWholeOrInParts) {
     EXPECT_EQ(headOf(file("jxlp", ByteSink(true).u32(0).raw(stream).bytes)), (HeadSize{53, 40}));
     EXPECT_FALSE(headOf(file("jxlc", ByteSink(true).u32(0).raw(stream).bytes)));
     EXPECT_FALSE(headOf(file("free", stream)));
+    // The first box counts, and no byte behind it: 1 x 1 is what zeros say.
+    const Bytes part = ByteSink(true).u32(0).raw(stream).bytes;
+    const Bytes second = ByteSink(true).u32(18).text("jxlc").u16(0xFF0A).u64(0).bytes;
+    Bytes both = file("jxlp", part);
+    both.insert(both.end(), second.begin(), second.end());
+    EXPECT_EQ(headOf(both), (HeadSize{53, 40}));
+    Bytes cut = file("jxlp", ByteSink(true).u32(0).u16(0xFF0A).bytes);
+    cut.insert(cut.end(), 16, 0xFF);
+    EXPECT_EQ(headOf(cut), (HeadSize{1, 1}));
+    EXPECT_FALSE(headOf(file("jxlp", ByteSink(true).u32(0).bytes)));
 }
 
 TEST(PictureHead, OfALossyWebPThatIsCutIsNone) {
