@@ -1,4 +1,4 @@
-// Opens a file behind the decoder's wall and says what that cost.
+// Files for the decoder's wall, and what opening one behind it costs.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -18,6 +18,14 @@ inline constexpr bool kSanitized = true;
 inline constexpr bool kSanitized = false;
 #endif
 
+/// A file without a name that holds these bytes.
+inline io::FileDescriptor memoryFile(ByteView bytes) {
+    io::FileDescriptor file(::memfd_create("test", MFD_CLOEXEC));
+    EXPECT_EQ(::pwrite(file.number(), bytes.data(), bytes.size(), 0),
+              static_cast<ssize_t>(bytes.size()));
+    return file;
+}
+
 struct Outcome {
     bool opened = false;
     double processorSeconds = 0;  // of the opening process and its helper
@@ -26,9 +34,7 @@ struct Outcome {
 
 /// Opens these bytes, followed by holes up to that size.
 inline Outcome openWithHoles(ByteView head, std::uint64_t size) {
-    const io::FileDescriptor file(::memfd_create("sparse", MFD_CLOEXEC));
-    EXPECT_EQ(::pwrite(file.number(), head.data(), head.size(), 0),
-              static_cast<ssize_t>(head.size()));
+    const io::FileDescriptor file = memoryFile(head);
     EXPECT_EQ(::ftruncate(file.number(), static_cast<off_t>(size)), 0);
     const pid_t child = ::fork();
     if (child == 0) ::_exit(io::decodeBehindWall(DECODER_PROGRAM, file.number(), {}) ? 0 : 1);

@@ -7,6 +7,7 @@
 
 #include <fstream>
 
+#include "decoder/opened_file.h"
 #include "imaging/io/decoder_protocol.h"
 #include "imaging/io/decoder_wall.h"
 #include "imaging/io/pictures.h"
@@ -22,19 +23,6 @@ namespace {
 using namespace skarnel::testing;
 using io::RecordKind;
 using test::LimitedTo;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
-#endif
-
-io::FileDescriptor memoryFile(ByteView bytes) {
-    io::FileDescriptor file(::memfd_create("test", MFD_CLOEXEC));
-    EXPECT_EQ(::pwrite(file.number(), bytes.data(), bytes.size(), 0),
-              static_cast<ssize_t>(bytes.size()));
-    return file;
-}
 
 /// The records of an answer, one behind the other.
 class AnswerBytes {

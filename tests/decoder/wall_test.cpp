@@ -20,6 +20,7 @@
 #include <iterator>
 
 #include "decoder/kernel_without_seccomp.h"
+#include "decoder/opened_file.h"
 #include "imaging/io/color_profile.h"
 #include "imaging/io/file_builders.h"
 #include "imaging/io/pictures.h"
@@ -30,19 +31,6 @@ namespace skarnel {
 namespace {
 
 using namespace skarnel::testing;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
-#endif
-
-io::FileDescriptor memoryFile(ByteView bytes) {
-    io::FileDescriptor file(::memfd_create("test", MFD_CLOEXEC));
-    EXPECT_EQ(::pwrite(file.number(), bytes.data(), bytes.size(), 0),
-              static_cast<ssize_t>(bytes.size()));
-    return file;
-}
 
 Result<DecodedImage> throughHelper(ByteView bytes, const DecodeLimits& limits = {}) {
     return io::decodeBehindWall(DECODER_PROGRAM, memoryFile(bytes).number(), limits);
