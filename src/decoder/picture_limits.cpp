@@ -45,8 +45,8 @@ std::uint64_t dataBytesForItems(std::uint64_t pixels, std::uint64_t coded, unsig
 
 /// A pixel took 0.05 microseconds at most and a turned one twice that, a byte up to 1.5 where there
 /// are few and below 0.6 where there are many. What states four million pixels and has little coded
-/// ends within two seconds; that is four times what the dearest honest picture took, turned and
-/// with twelve bits, and more than six times for all others.
+/// ends within two seconds; that is four times what the dearest honest pictures took, turned and
+/// with twelve bits, and more than five times for all others.
 std::chrono::milliseconds processorTimeForItems(std::uint64_t pixels, std::uint64_t coded) {
     using std::chrono::nanoseconds;
     constexpr std::chrono::milliseconds kStart{900};
@@ -72,8 +72,7 @@ CellLimits limitsForItems(const DecodeLimits& limits, std::optional<HeadSize> st
                           std::uint64_t fileBytes, unsigned processors) {
     CellLimits cell = limitsForPictures(limits);
     cell.threads = CellLimits::Threads::Many;
-    const auto unproven =
-        static_cast<std::uint64_t>(std::min(limits.maxUnprovenPixels, io::kMaxUnprovenItemPixels));
+    const auto unproven = static_cast<std::uint64_t>(io::unprovenItemPixels(limits));
     const std::uint64_t pixels =
         possiblePixels(limits, stated.value_or(HeadSize{1, 1}), fileBytes, unproven);
     // A file need not be as long as it says. Samples of sixteen bits, not packed at all, and their

@@ -51,6 +51,12 @@ TEST(PictureLimits, GrowWithWhatIsStatedAndCoded) {
               (72 + 12 + 36 * 4) * kMegabyte + (12'000'000 - 4'194'304) * 48 + 4'000'000);
 }
 
+TEST(PictureLimits, GrowWithWhatIsTakenOnTrustWhenAskedTo) {
+    const DecodeLimits asked{500'000'000, 100'000'000};
+    EXPECT_EQ(limitsForItems(asked, HeadSize{8000, 8000}, 500, 2).dataBytes,
+              222 * kMegabyte + std::uint64_t{64'000'000 - 4'194'304} * 48 + 2'000);
+}
+
 struct Honest {
     const char* what;
     HeadSize size;

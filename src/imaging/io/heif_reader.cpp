@@ -257,7 +257,7 @@ bool loadHeif() {
 
 Result<SourcePicture> readHeif(ByteView bytes, const DecodeLimits& wanted) {
     DecodeLimits limits = wanted;
-    limits.maxUnprovenPixels = std::min(limits.maxUnprovenPixels, kMaxUnprovenItemPixels);
+    limits.maxUnprovenPixels = unprovenItemPixels(wanted);
     if (!loadHeif()) {
         return {ErrorCode::Unsupported,
                 filled("The library for HEIF and AVIF (%1) is not installed", {heifSoname()})};

@@ -225,6 +225,23 @@ TEST_F(LateCodecFailures, AHeifLibraryThatFailsIsAnErrorOfItsOwnKind) {
     EXPECT_EQ(grown.error().code, ErrorCode::TooLarge);
 }
 
+TEST_F(LateCodecFailures, AHeifOfFewBytesMayHaveFourMillionPixelsOrAsManyAsAreAskedFor) {
+    const auto isTooLarge = [](const std::string& told, const DecodeLimits& limits) {
+        const auto picture = heif(told, limits);
+        return !picture && picture.error().code == ErrorCode::TooLarge;
+    };
+    DecodeLimits limits;
+    limits.fileBytes = 100;
+    EXPECT_FALSE(isTooLarge("width=4194304", limits));
+    EXPECT_TRUE(isTooLarge("width=4194305", limits));
+    for (const std::int64_t asked : {5'000'000, 100'000'000}) {
+        limits.maxUnprovenPixels = asked;
+        EXPECT_FALSE(isTooLarge("width=4194305", limits)) << asked;
+    }
+    limits.maxUnprovenPixels = 1'000'000;
+    EXPECT_TRUE(isTooLarge("width=1000001", limits));
+}
+
 TEST_F(LateCodecFailures, AHeifThatWouldCostTooMuchIsDamagedBeforeItIsDecoded) {
     const Told words("");
     const auto box = [](std::string_view type, const Bytes& content) {
