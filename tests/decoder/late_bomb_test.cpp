@@ -65,7 +65,8 @@ INSTANTIATE_TEST_SUITE_P(
     Files, HonestFile,
     ::testing::ValuesIn(inBothFormats({"grid", "grid-alpha", "overlay", "overlay-alpha"})), nameOf);
 INSTANTIATE_TEST_SUITE_P(Cameras, HonestFile,
-                         ::testing::Values("grid-of-many.heic", "grid-of-many-cropped.heic"),
+                         ::testing::Values("grid-of-many.heic", "grid-of-many-cropped.heic",
+                                           "two-slices.heic"),
                          nameOf);
 
 // Most of them state 80 x 64 or 5 x 3 pixels, and 26,990 x 26,213 elsewhere, for which the
@@ -87,7 +88,8 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     Endless, Bomb,
     ::testing::ValuesIn(inBothFormats({"grid-of-itself", "overlay-of-itself", "overlay-nested",
-                                       "overlay-nested-large", "overlay-turned"})),
+                                       "overlay-nested-large", "overlay-turned",
+                                       "overlay-of-others", "overlay-turned-by-others"})),
     nameOf);
 // The library and a check before it may believe different halves of these.
 INSTANTIATE_TEST_SUITE_P(Ambiguous, Bomb,
@@ -101,8 +103,10 @@ INSTANTIATE_TEST_SUITE_P(Inside, Bomb,
                                                             "tiles-larger-of-no-size"})),
                          nameOf);
 INSTANTIATE_TEST_SUITE_P(InsideOfHevc, Bomb,
-                         ::testing::Values("coded-larger-inside.heic", "many-pictures.heic"),
+                         ::testing::Values("coded-larger-inside.heic", "many-pictures.heic",
+                                           "many-slices.heic"),
                          nameOf);
+INSTANTIATE_TEST_SUITE_P(InsideOfAv1, Bomb, ::testing::Values("configuration-cut.avif"), nameOf);
 // What a fuzzer found: the overlay is the transparency of the picture, or with 9,000 pixels a side
 // the picture itself.
 INSTANTIATE_TEST_SUITE_P(Found, Bomb, ::testing::Values("overlaid-alpha.heic", "overlaid.heic"),

@@ -102,8 +102,8 @@ bool addParameters(ByteView content, CodedSize& size) {
     return !in.failed();
 }
 
-/// False where it is damaged.
-bool addUnit(ByteView unit, CodedSize& size) {
+/// False where it is damaged. `slices` counts those of all pictures.
+bool addUnit(ByteView unit, CodedSize& size, std::uint32_t& slices) {
     constexpr std::size_t kHeadBytes = 2;
     if (unit.size() <= kHeadBytes) return true;  // no decoder looks at it
     const unsigned layer = (unit[0] & 1U) << 5U | unit[1] >> 3U;
@@ -112,8 +112,10 @@ bool addUnit(ByteView unit, CodedSize& size) {
     constexpr unsigned kFirstNonPicture = 32;
     constexpr unsigned kParameters = 33;
     if (type == kParameters) return addParameters(unit.subspan(kHeadBytes), size);
+    if (type >= kFirstNonPicture) return true;
+    ++slices;
     const bool beginsPicture = unit[kHeadBytes] >> 7U == 1;
-    if (type < kFirstNonPicture && beginsPicture) ++size.pictures;
+    if (beginsPicture) ++size.pictures;
     return true;
 }
 
@@ -220,8 +222,12 @@ bool addFrame(ByteView content, const Sequence& sequence, CodedSize& size) {
 
 class Av1Units {
   public:
-    /// open_bitstream_unit(), 5.3, one behind the other. False where one is damaged.
-    bool add(ByteView bytes, bool needSizes) {
+    enum class Part : std::uint8_t { Configuration, Picture };
+
+    /// open_bitstream_unit(), 5.3, one behind the other. False where one is damaged. The library
+    /// puts the picture's units behind those of the configuration, which must be whole so.
+    bool add(ByteView bytes, Part part) {
+        const bool mustBeWhole = part == Part::Configuration;
         ByteReader in(bytes, ByteOrder::Big);
         while (in.left() > 0) {
             if (++units_ > kMostUnits) return false;
@@ -229,11 +235,11 @@ class Av1Units {
             constexpr unsigned kHasExtension = 4;
             constexpr unsigned kHasSize = 2;
             if ((head & kHasExtension) != 0) in.skip(1);
-            if (needSizes && (head & kHasSize) == 0) return false;
+            if (mustBeWhole && (head & kHasSize) == 0) return false;
             const std::uint64_t count = (head & kHasSize) != 0 ? numberOf(in) : in.left();
             const ByteView content = in.take(count);
             // No decoder goes on behind a unit that is cut, nor begins with it.
-            if (in.failed()) return true;
+            if (in.failed()) return !mustBeWhole;
             if (!addUnit(head >> 3U & 15U, content)) return false;
         }
         return true;
@@ -271,12 +277,29 @@ class Av1Units {
     int units_ = 0;
 };
 
+// --- Canvases.
+
+/// Two sides of two or four bytes behind version, flags and what differs.
+std::optional<CodedSize> canvasSize(ByteView data, std::size_t between) {
+    ByteReader in(data, ByteOrder::Big);
+    in.skip(1);
+    const bool isLarge = (in.u8() & 1U) == 1;
+    in.skip(between);
+    const std::uint32_t width = isLarge ? in.u32() : in.u16();
+    const std::uint32_t height = isLarge ? in.u32() : in.u16();
+    if (in.failed()) return std::nullopt;
+    return CodedSize{width, height, 1};
+}
+
 }  // namespace
 
 std::optional<CodedSize> sizeOfHevc(ByteView configuration, ByteView coded) {
     CodedSize size;
     int units = 0;
-    const auto add = [&](ByteView unit) { return ++units <= kMostUnits && addUnit(unit, size); };
+    std::uint32_t slices = 0;
+    const auto add = [&](ByteView unit) {
+        return ++units <= kMostUnits && addUnit(unit, size, slices);
+    };
     ByteReader in(configuration, ByteOrder::Big);
     constexpr std::size_t kFixedBytes = 22;
     in.skip(kFixedBytes);
@@ -292,6 +315,9 @@ std::optional<CodedSize> sizeOfHevc(ByteView configuration, ByteView coded) {
     while (data.left() > 0) {
         if (!add(data.take(data.u32()))) return std::nullopt;
     }
+    // A slice may begin anywhere and reach to the picture's end, however few bytes it has.
+    constexpr std::uint32_t kSlicesOfAPicture = 8;
+    size.pictures = std::max(size.pictures, (slices + kSlicesOfAPicture - 1) / kSlicesOfAPicture);
     return size;
 }
 
@@ -299,11 +325,21 @@ std::optional<CodedSize> sizeOfAv1(ByteView configuration, ByteView coded) {
     constexpr std::size_t kFixedBytes = 4;
     Av1Units units;
     if (configuration.size() > kFixedBytes &&
-        !units.add(configuration.subspan(kFixedBytes), true)) {
+        !units.add(configuration.subspan(kFixedBytes), Av1Units::Part::Configuration)) {
         return std::nullopt;
     }
-    if (!units.add(coded, false)) return std::nullopt;
+    if (!units.add(coded, Av1Units::Part::Picture)) return std::nullopt;
     return units.size();
+}
+
+std::optional<CodedSize> sizeOfGrid(ByteView data) {
+    constexpr std::size_t kCounts = 2;  // of its rows and columns
+    return canvasSize(data, kCounts);
+}
+
+std::optional<CodedSize> sizeOfOverlay(ByteView data) {
+    constexpr std::size_t kColor = 8;  // below its parts
+    return canvasSize(data, kColor);
 }
 
 }  // namespace skarnel::io

@@ -59,9 +59,21 @@ bool hasAtMostOne(ByteView bytes, std::string_view wanted) {
 /// Version and flags of a box.
 constexpr std::size_t kKindBytes = 4;
 
+/// The boxes that describe an item each, behind their number.
+ByteView infosIn(ByteView box) {
+    ByteReader in(box, ByteOrder::Big);
+    const bool isShort = in.u8() == 0;
+    in.skip(kKindBytes - 1 + (isShort ? 2 : 4));
+    return in.take(in.left());
+}
+
+/// An item that is another one, turned or cut.
+constexpr std::string_view kStandsForAnother = "iden";
+
 /// Of the items that the library decodes; it ends the process where an item is made of any other.
 bool isPicture(std::string_view type) {
-    return type == "hvc1" || type == "av01" || type == "grid" || type == "iovl" || type == "iden";
+    return type == "hvc1" || type == "av01" || type == "grid" || type == "iovl" ||
+           type == kStandsForAnother;
 }
 
 /// Of those the ones whose size stands in their own data, whatever else the file says of it.
@@ -143,14 +155,42 @@ class Properties {
     std::map<std::uint32_t, std::vector<int>> uses_;
 };
 
-/// What is inside the coded data; nothing of what is not coded. None where that is damaged.
-template <typename DataOf>
-std::optional<CodedSize> codedSizeOf(std::string_view type, ByteView configuration, DataOf dataOf) {
-    if (type != "hvc1" && type != "av01") return CodedSize();
-    const std::optional<ByteView> data = dataOf();
-    if (!data) return std::nullopt;
-    return type == "hvc1" ? sizeOfHevc(configuration, *data) : sizeOfAv1(configuration, *data);
-}
+/// What is inside the items' data.
+class CodedSizes {
+  public:
+    CodedSizes(ByteView file, ByteView places, ByteView inside)
+        : data_(file, places, inside), left_(file.size() * 2 + kSpareBytes) {}
+
+    /// Of nothing where the item has no data; none where that is damaged, and where what there is
+    /// to look at is more than the file, as of items that share most of their data.
+    std::optional<CodedSize> of(std::uint32_t item, std::string_view type, ByteView configuration) {
+        const bool isCoded = type == "hvc1" || type == "av01";
+        if (!isCoded && !isCanvas(type)) return CodedSize();
+        const auto known = sizes_.find(item);
+        if (known != sizes_.end()) return known->second;
+        return sizes_[item] = read(item, type, configuration);
+    }
+
+  private:
+    static constexpr std::size_t kSpareBytes = std::size_t{1} << 20U;
+
+    std::optional<CodedSize> read(std::uint32_t item, std::string_view type,
+                                  ByteView configuration) {
+        const std::optional<ByteView> data = data_.of(item);
+        if (!data) return std::nullopt;
+        const std::size_t count = data->size() + configuration.size();
+        if (count > left_) return std::nullopt;
+        left_ -= count;
+        if (isCanvas(type) && data->empty()) return CodedSize();  // is never made
+        if (type == "grid") return sizeOfGrid(*data);
+        if (type == "iovl") return sizeOfOverlay(*data);
+        return type == "hvc1" ? sizeOfHevc(configuration, *data) : sizeOfAv1(configuration, *data);
+    }
+
+    ItemData data_;
+    std::size_t left_;  // bytes that may be looked at
+    std::map<std::uint32_t, std::optional<CodedSize>> sizes_;
+};
 
 /// An encoder codes whole blocks, the largest of 128 pixels; the sides may be exchanged.
 bool fitsInto(const CodedSize& coded, const Properties::Facts& stated) {
@@ -161,37 +201,35 @@ bool fitsInto(const CodedSize& coded, const Properties::Facts& stated) {
     return shortSide <= shortStated + kMostPadding && longSide <= longStated + kMostPadding;
 }
 
-/// Pixels that are made for an item alone, by the larger of what is stated outside its coded data
-/// and inside; none for too many, and where the two do not belong together.
-template <typename DataOf>
-std::optional<std::uint64_t> pixelsOf(const std::optional<Properties::Facts>& facts,
-                                      std::string_view type, DataOf dataOf) {
+struct Weight {
+    std::uint64_t pixels = 0;
+    std::uint64_t times = 1;  // that they are made
+};
+
+/// Of an item alone, by the larger of what is stated outside its data and inside; none for too
+/// much, and where the two do not belong together.
+std::optional<Weight> weightOf(const std::optional<Properties::Facts>& facts,
+                               const std::optional<CodedSize>& coded) {
     constexpr std::uint64_t kLeastPixels = 1024;  // an item costs something itself
-    if (!facts) return std::nullopt;
-    const auto coded = codedSizeOf(type, facts->configuration.value_or(ByteView()), dataOf);
-    if (!coded) return std::nullopt;
+    if (!facts || !coded) return std::nullopt;
     const std::uint64_t stated = facts->width * facts->height;
     if (stated > 0 && !fitsInto(*coded, *facts)) return std::nullopt;
     constexpr std::uint32_t kMostSide = 1U << 16U;
     const std::uint64_t inside = std::uint64_t{std::min(coded->width, kMostSide)} *
                                  std::min(coded->height, kMostSide) * std::max(coded->pictures, 1U);
-    return std::max({stated, inside, kLeastPixels}) * facts->times;
+    return Weight{std::max({stated, inside, kLeastPixels}), facts->times};
 }
 
 class Items {
   public:
     /// Adds up what `weigh` says of an item of a type, none for too much.
-    using Weigh =
-        std::function<std::optional<std::uint64_t>(std::uint32_t item, std::string_view type)>;
+    using Weigh = std::function<std::optional<Weight>(std::uint32_t item, std::string_view type)>;
     Items(std::uint64_t most, Weigh weigh) : most_(most), weigh_(std::move(weigh)) {}
 
     /// False where one is said to be of two types.
     bool addTypes(ByteView box) {
         bool hasOneEach = true;
-        ByteReader head(box, ByteOrder::Big);
-        const bool isShort = head.u8() == 0;
-        head.skip(kKindBytes - 1 + (isShort ? 2 : 4));  // how many there are
-        forEachBox(head.take(head.left()), [&](std::string_view type, ByteView content) {
+        forEachBox(infosIn(box), [&](std::string_view type, ByteView content) {
             if (type != "infe") return false;
             ByteReader in(content, ByteOrder::Big);
             const int version = in.u8();
@@ -230,34 +268,59 @@ class Items {
         return true;
     }
 
-    std::uint64_t decodedFor(std::uint32_t item, int depth = 0) {
+    std::uint64_t decodedFor(std::uint32_t item) { return decodedFor(item, 0, false); }
+
+  private:
+    /// `isOnCanvas`: as a part of one, or of a part's part.
+    std::uint64_t decodedFor(std::uint32_t item, int depth, bool isOnCanvas) {
         // No honest file derives from what is derived more than a few times.
         constexpr int kMostDepth = 16;
         if (depth > kMostDepth) return most_ + 1;
-        if (const auto known = decoded_.find(item); known != decoded_.end()) return known->second;
-        std::uint64_t sum = std::min(weigh_(item, typeOf(item)).value_or(most_ + 1), most_ + 1);
-        if (const auto parts = parts_.find(item); parts != parts_.end()) {
-            for (const std::uint32_t part : parts->second) {
-                if (sum > most_) break;
-                // No camera makes canvases of canvases, and how large the inner ones are nobody
-                // knows before they are made.
-                const bool isTooDeep = isCanvas(typeOf(item)) && isCanvas(typeOf(part));
-                sum +=
-                    isPicture(typeOf(part)) && !isTooDeep ? decodedFor(part, depth + 1) : most_ + 1;
-            }
+        const auto key = std::pair(item, isOnCanvas);
+        if (const auto known = decoded_.find(key); known != decoded_.end()) return known->second;
+        std::uint64_t sum = ownWeight(item);
+        const bool arePartsOnCanvas = isOnCanvas || isCanvas(typeOf(item));
+        for (const std::uint32_t part : partsOf(item)) {
+            if (sum > most_) break;
+            // No camera makes canvases of canvases.
+            const bool isTooDeep = arePartsOnCanvas && isCanvas(typeOf(part));
+            sum += isPicture(typeOf(part)) && !isTooDeep
+                       ? decodedFor(part, depth + 1, arePartsOnCanvas)
+                       : most_ + 1;
         }
         if (const auto more = additions_.find(item); more != additions_.end()) {
             for (const std::uint32_t addition : more->second) {
                 if (sum > most_) break;
                 // A tile may have transparency of its own, but that is coded.
                 const bool isTooDeep = depth > 0 && isCanvas(typeOf(addition));
-                sum += isTooDeep ? most_ + 1 : decodedFor(addition, depth + 1);
+                sum += isTooDeep ? most_ + 1 : decodedFor(addition, depth + 1, depth > 0);
             }
         }
-        return decoded_[item] = std::min(sum, most_ + 1);
+        return decoded_[key] = std::min(sum, most_ + 1);
     }
 
-  private:
+    /// What stands for another picture as it is has that one's pixels, whatever it states; it
+    /// turns or cuts them. What stands for such a one again is too much.
+    std::uint64_t ownWeight(std::uint32_t item) const {
+        const std::string_view type = typeOf(item);
+        auto weight = weigh_(item, type);
+        if (!weight) return most_ + 1;
+        if (type == kStandsForAnother) {
+            for (const std::uint32_t part : partsOf(item)) {
+                const auto other = weigh_(part, typeOf(part));
+                if (!other || typeOf(part) == kStandsForAnother) return most_ + 1;
+                weight->pixels = std::max(weight->pixels, other->pixels);
+            }
+        }
+        return std::min(weight->pixels * weight->times, most_ + 1);
+    }
+
+    const std::vector<std::uint32_t>& partsOf(std::uint32_t item) const {
+        static const std::vector<std::uint32_t> kNone;
+        const auto found = parts_.find(item);
+        return found == parts_.end() ? kNone : found->second;
+    }
+
     /// Empty where it has none.
     std::string_view typeOf(std::uint32_t item) const {
         const auto found = types_.find(item);
@@ -270,7 +333,7 @@ class Items {
     std::map<std::uint32_t, std::vector<std::uint32_t>> parts_;
     std::map<std::uint32_t, std::vector<std::uint32_t>>
         additions_;  // its transparency and the like
-    std::map<std::uint32_t, std::uint64_t> decoded_;
+    std::map<std::pair<std::uint32_t, bool>, std::uint64_t> decoded_;
 };
 
 /// The boxes that say what the items are, behind version and flags.
@@ -306,9 +369,30 @@ bool hasOneMeaning(ByteView file) {
     return !properties || hasAtMostOne(*properties, "ipco");
 }
 
+std::uint64_t tableSteps(ByteView file) {
+    const ByteView meta = contentOfMeta(file).value_or(ByteView());
+    std::uint64_t items = 0;
+    std::uint64_t bytes = 0;
+    for (const char* table : {"iinf", "iloc", "iref"}) {
+        bytes += findBox(meta, table).value_or(ByteView()).size();
+    }
+    forEachBox(findBox(meta, "iprp").value_or(ByteView()),
+               [&](std::string_view type, ByteView content) {
+                   if (type == "ipma") bytes += content.size();
+                   return false;
+               });
+    forEachBox(infosIn(findBox(meta, "iinf").value_or(ByteView())),
+               [&](std::string_view, ByteView) {
+                   ++items;
+                   return false;
+               });
+    return items * bytes;
+}
+
 std::uint64_t decodedItems(ByteView file, std::uint32_t item, std::uint64_t most) {
-    return sumFor(file, item, most,
-                  [](std::uint32_t, std::string_view) { return std::optional<std::uint64_t>(1); });
+    return sumFor(file, item, most, [](std::uint32_t, std::string_view) {
+        return std::optional(Weight{1, 1});
+    });
 }
 
 std::uint64_t decodedPixels(ByteView file, std::uint32_t item, std::uint64_t most) {
@@ -320,10 +404,12 @@ std::uint64_t decodedPixels(ByteView file, std::uint32_t item, std::uint64_t mos
                    if (type == "ipma") properties.addUses(content);
                    return false;
                });
-    ItemData data(file, findBox(meta, "iloc").value_or(ByteView()),
-                  findBox(meta, "idat").value_or(ByteView()));
+    CodedSizes sizes(file, findBox(meta, "iloc").value_or(ByteView()),
+                     findBox(meta, "idat").value_or(ByteView()));
     return sumFor(file, item, most, [&](std::uint32_t of, std::string_view type) {
-        return pixelsOf(properties.factsOf(of), type, [&] { return data.of(of); });
+        const auto facts = properties.factsOf(of);
+        const ByteView decoder = facts ? facts->configuration.value_or(ByteView()) : ByteView();
+        return weightOf(facts, sizes.of(of, type, decoder));
     });
 }
 

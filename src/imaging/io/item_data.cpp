@@ -42,7 +42,9 @@ ItemData::ItemData(ByteView file, ByteView places, ByteView inside) : file_(file
     const Widths of{widths >> 12U, widths >> 8U & 15U, widths >> 4U & 15U,
                     hasConstruction ? widths & 15U : 0};
     constexpr int kLastVersion = 2;
-    damaged_ = !places.empty() && (version > kLastVersion || !of.valid());
+    // The library overlooks the second version's index.
+    const bool hasOddIndex = version < kLastVersion && of.index > 0;
+    damaged_ = !places.empty() && (version > kLastVersion || hasOddIndex || !of.valid());
     const bool isShort = version < kLastVersion;
     const std::uint32_t items = isShort ? in.u16() : in.u32();
     for (std::uint32_t i = 0; i < items && !in.failed() && !damaged_; ++i) {

@@ -208,10 +208,11 @@ std::optional<Box> findProperties(const ReadAt& read, Box meta) {
 template <typename Each>
 void forEachSize(const ReadAt& read, Box properties, Each each) {
     int number = 0;
-    forEachBox(read, properties, [&](const Piece& piece, Box) {
+    forEachBox(read, properties, [&](const Piece& piece, Box box) {
         ++number;
         if (!piece.has("ispe", 4)) return false;
-        ByteReader in = piece.reader(ByteOrder::Big, 12);
+        const Piece content(read, box.content);
+        ByteReader in = content.reader(ByteOrder::Big, 4);  // version and flags
         const std::int64_t width = in.u32();
         if (const auto size = checked(width, in.u32())) each(number, *size);
         return false;

@@ -6,7 +6,7 @@ picture and are larger in another place: in a grid's or an overlay's own data, b
 in the header inside the coded picture; or they are made of themselves, of the same picture a
 million times, or turned two hundred times; or they say two things of which only one can be true.
 `-alpha` says that the picture's transparency is so. flat.avif, of one colour and 6000 pixels a side,
-was written by libaom.
+was written by libaom, the coded data of two-slices.heic, 2000 pixels a side in two slices, by x265.
 """
 import pathlib
 import struct
@@ -399,6 +399,49 @@ class Maker:
         out.refer(b"dimg", item, *tiles)
         self.save(name, out, item)
 
+    def standing_for_canvases(self):
+        """An overlay of two hundred overlays, which another item stands for each time."""
+        out, tile = self.container()
+        inner = out.add(b"iovl", overlay(2000, 2000), [stated(1, 1)])
+        out.refer(b"dimg", inner, tile)
+        other = out.add(b"iden", b"", [stated(1, 1)])
+        out.refer(b"dimg", other, inner)
+        item = out.add(b"iovl", overlay(2000, 2000, 200), [stated(2000, 2000)])
+        out.refer(b"dimg", item, *[other] * 200)
+        self.save("overlay-of-others", out, item)
+
+    def turned_by_others(self):
+        """Thirteen items that stand for each other, each of which turns the overlay eight times."""
+        out, tile = self.container()
+        item = out.add(b"iovl", overlay(2000, 2000), [stated(2000, 2000)])
+        out.refer(b"dimg", item, tile)
+        for _ in range(13):
+            below = item
+            item = out.add(b"iden", b"", [stated(1, 1), box(b"irot", b"\1")])
+            out.items[-1][2][1:] *= 8
+            out.refer(b"dimg", item, below)
+        below = item
+        item = out.add(b"iden", b"", [stated(2000, 2000)])
+        out.refer(b"dimg", item, below)
+        self.save("overlay-turned-by-others", out, item)
+
+    def cut_configuration(self):
+        """Its last unit swallows the first of the picture's, so that the sizes are read behind."""
+        coded, configuration = coded_picture(HERE / "flat.avif")
+        configuration = box(self.configuration_kind, configuration[:4] + b"\x7a\4")
+        count = len(coded)  # of what nobody need look at, as it seems from there
+        hidden = bytes([0x7A, count & 127 | 128, count >> 7 & 127 | 128, count >> 14]) + coded
+        self.overlay_of_many("configuration-cut", hidden, [stated(*self.sides), configuration])
+
+    def many_slices(self):
+        """The second slice of a picture over and over."""
+        coded, configuration = coded_picture(HERE / "two-slices.heic")
+        first = 4 + struct.unpack_from(">I", coded)[0]
+        out = Container(self.brand)
+        item = out.add(self.kind, coded[:first] + coded[first:] * 200,
+                       [stated(2000, 2000), box(self.configuration_kind, configuration)])
+        self.save("many-slices", out, item)
+
     def many_pictures(self):
         """One behind the other in the data of a single one."""
         coded, configuration = self.larger(self.coded, self.configuration, 2000, 2000)
@@ -425,8 +468,13 @@ class Maker:
         self.cropped("overlay-cropped")
         self.coded_larger("coded-larger")
         self.coded_larger_than_four_megapixels()
+        self.standing_for_canvases()
+        self.turned_by_others()
+        if self.extension == "avif":
+            self.cut_configuration()
         if self.extension == "heic":  # the library looks at one of an AVIF
             self.many_pictures()
+            self.many_slices()
 
 
 Maker("heic", b"heic", b"hvc1", b"hvcC", "lossy.heic", (80, 64), larger_hevc).make()

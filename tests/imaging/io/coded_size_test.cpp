@@ -90,6 +90,11 @@ TEST(CodedSize, OfHevcCountsThePicturesThatBegin) {
     const Bytes other = hevcUnit(39, {0x80});
     const Bytes data = dataOf({kFirstSlice, kNextSlice, other, kFirstSlice, kNextSlice});
     expectSize(sizeOfHevc(configurationOf({kFirstSlice}), data), 0, 0, 3);
+    // Eight slices may take as long as a picture.
+    std::vector<Bytes> slices(8, kNextSlice);
+    expectSize(sizeOfHevc(configurationOf({kFirstSlice}), dataOf(slices)), 0, 0, 2);
+    slices.pop_back();
+    expectSize(sizeOfHevc(configurationOf({kFirstSlice}), dataOf(slices)), 0, 0, 1);
     // The last kind of a slice, and the first that is none.
     expectSize(sizeOfHevc({}, dataOf({hevcUnit(31, {0x80}), hevcUnit(32, {0x80})})), 0, 0, 1);
 }
@@ -101,6 +106,7 @@ TEST(CodedSize, OfHevcDoesNotCountWhatNoDecoderLooksAt) {
     expectSize(sizeOfHevc({}, dataOf({otherView, farView, headAlone, {}, {1}})), 0, 0, 0);
     // Cut within a unit, or its size.
     const Bytes data = dataOf({kFirstSlice, kFirstSlice});
+    expectSize(sizeOfHevc({}, data), 0, 0, 2);
     for (std::size_t size = 0; size < data.size(); ++size) {
         expectSize(sizeOfHevc({}, ByteView(data).first(size)), 0, 0, size < data.size() / 2 ? 0 : 1,
                    std::to_string(size));
@@ -138,7 +144,7 @@ TEST(CodedSize, OfHevcIsNoneWithDamagedParameters) {
 
 TEST(CodedSize, OfHevcIsNoneWithMoreUnitsThanAPictureHas) {
     const std::vector<Bytes> most(4096, kNextSlice);
-    expectSize(sizeOfHevc({}, dataOf(most)), 0, 0, 0);
+    expectSize(sizeOfHevc({}, dataOf(most)), 0, 0, 4096 / 8);
     EXPECT_FALSE(sizeOfHevc(configurationOf({kNextSlice}), dataOf(most)));
 }
 
@@ -299,6 +305,11 @@ TEST(CodedSize, OfAv1IsNoneWithADamagedHeader) {
     EXPECT_FALSE(sizeOfAv1({}, joined({header, av1Unit(kFrame, {})})));
     EXPECT_FALSE(sizeOfAv1(joined({Bytes(4), av1UnitToTheEnd(kFrame, {0})}), {}))
         << "the library puts the picture's units behind it";
+    const Bytes frame = av1Unit(kFrame, Bytes(3));
+    for (std::size_t size = 1; size < frame.size(); ++size) {
+        const Bytes cut(frame.begin(), frame.begin() + static_cast<std::ptrdiff_t>(size));
+        EXPECT_FALSE(sizeOfAv1(joined({Bytes(4), cut}), {})) << size;
+    }
 }
 
 TEST(CodedSize, OfAv1EndsWhereAUnitIsCut) {
@@ -318,6 +329,22 @@ TEST(CodedSize, OfAv1EndsWhereAUnitIsCut) {
     // Behind a byte for its layer.
     const Bytes layered = ByteSink(true).u8(kFrame << 3U | 6U).u8(0).u8(1).u8(0).bytes;
     expectSize(sizeOfAv1({}, joined({header, layered})), 16, 9, 1);
+}
+
+TEST(CodedSize, OfACanvasStandsBehindWhatIsSaidOfItsParts) {
+    const Bytes grid = {0, 0, 3, 4, 0x12, 0x34, 0x56, 0x78};
+    expectSize(sizeOfGrid(grid), 0x1234, 0x5678, 1);
+    const Bytes largeGrid = {0, 1, 3, 4, 0, 0x12, 0x34, 0x56, 0x78, 0, 0, 1};
+    expectSize(sizeOfGrid(largeGrid), 0x123456, 0x78000001, 1);
+    const Bytes overlay = {0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 0x12, 0x34, 0x56, 0x78, 9};
+    expectSize(sizeOfOverlay(overlay), 0x1234, 0x5678, 1);
+    const Bytes largeOverlay = {0, 1, 1, 1, 2, 2, 3, 3, 4, 4, 0, 0x12, 0x34, 0x56, 0, 0, 0, 5};
+    expectSize(sizeOfOverlay(largeOverlay), 0x123456, 5, 1);
+    for (const Bytes& whole : {grid, largeGrid}) {
+        EXPECT_FALSE(sizeOfGrid(ByteView(whole).first(whole.size() - 1)));
+    }
+    EXPECT_FALSE(sizeOfOverlay(ByteView(largeOverlay).first(largeOverlay.size() - 1)));
+    EXPECT_FALSE(sizeOfOverlay({}));
 }
 
 TEST(CodedSize, OfAv1IsNoneWithMoreUnitsThanAPictureHas) {

@@ -284,16 +284,20 @@ TEST(HeifItems, OfVastSizesDoNotOverflow) {
     EXPECT_EQ(decodedPixels(file, 1, UINT64_MAX / 8), 4 * (std::uint64_t{1} << 32U));
 }
 
-/// Item 1 is HEVC and item 2 AV1, with these properties and data; the data lies inside the box.
+/// These items share data that lies inside the box, from that place on.
+Bytes placesOf(const std::vector<std::uint32_t>& items, const Bytes& data, std::size_t from = 0) {
+    ByteSink places(true);
+    places.u32(1U << 24U).u16(0x4400).u16(items.size());
+    for (const std::uint32_t item : items) {
+        places.u16(item).u16(1).u16(0).u16(1).u32(from).u32(data.size() - from);
+    }
+    return ByteSink(true).raw(box("iloc", places.bytes)).raw(box("idat", data)).bytes;
+}
+
+/// Item 1 is HEVC and item 2 AV1, with these properties and data.
 Bytes codedFile(const std::vector<Bytes>& kinds, const std::vector<int>& used, const Bytes& data) {
     ByteSink more(true);
-    more.raw(propertiesOf(kinds, {{1, used}, {2, used}}));
-    ByteSink places(true);
-    places.u32(1U << 24U).u16(0x4400).u16(2);
-    for (const int item : {1, 2}) {
-        places.u16(static_cast<std::uint64_t>(item)).u16(1).u16(0).u16(1).u32(0).u32(data.size());
-    }
-    more.raw(box("iloc", places.bytes)).raw(box("idat", data));
+    more.raw(propertiesOf(kinds, {{1, used}, {2, used}})).raw(placesOf({1, 2}, data));
     return fileOf({}, Width::Short, more.bytes);
 }
 
@@ -361,7 +365,103 @@ TEST(HeifItems, WhoseDataCannotBeFoundHaveTooManyPixels) {
     const Bytes file = fileOf({{"dimg", 5, {1}}}, Width::Short, box("iloc", places));
     EXPECT_EQ(decodedPixels(file, 1, kMany), kMany + 1);
     EXPECT_EQ(decodedPixels(file, 5, kMany), kMany + 1);
-    EXPECT_EQ(decodedPixels(file, 6, kMany), 1024U) << "is not coded";
+    EXPECT_EQ(decodedPixels(file, 7, kMany), 1024U) << "has no data";
+}
+
+TEST(HeifItems, ThatAreCanvasesHaveThePixelsOfTheirData) {
+    // 5 is a grid, 6 an overlay; both of 300 x 200.
+    const Bytes grid = {0, 0, 0, 0, 1, 44, 0, 200};
+    const Bytes overlay = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 44, 0, 200};
+    const auto pixelsOf = [&](std::uint32_t item, const Bytes& data, const Bytes& size) {
+        const Bytes more = ByteSink(true)
+                               .raw(propertiesOf({size}, {{item, {1}}}))
+                               .raw(placesOf({item}, data))
+                               .bytes;
+        return decodedPixels(fileOf({}, Width::Short, more), item, kMany);
+    };
+    EXPECT_EQ(pixelsOf(5, grid, sizeBox(200, 300)), 60000U);
+    EXPECT_EQ(pixelsOf(6, overlay, sizeBox(300, 200)), 60000U);
+    EXPECT_EQ(pixelsOf(5, grid, {}), 60000U);
+    EXPECT_EQ(pixelsOf(5, grid, sizeBox(1, 1)), kMany + 1);
+    EXPECT_EQ(pixelsOf(6, overlay, sizeBox(300, 71)), kMany + 1);
+    EXPECT_EQ(pixelsOf(6, grid, sizeBox(300, 200)), kMany + 1) << "cut";
+}
+
+TEST(HeifItems, ThatStandForOthersHaveTheirPixels) {
+    // 7 stands for 5, and says that it is small.
+    const auto pixelsOf = [](const std::vector<int>& used, std::uint32_t of, std::uint32_t item) {
+        return decodedPixels(fileOf({{"dimg", 5, {1}}, {"dimg", 7, {of}}}, Width::Short,
+                                    propertiesOf(kKinds, {{1, {1}}, {5, {2}}, {7, used}})),
+                             item, kMany);
+    };
+    EXPECT_EQ(pixelsOf({1}, 5, 7), 12000 + 12000 + 5000U);
+    EXPECT_EQ(pixelsOf({1, 3, 4}, 5, 7), 3 * 12000 + 12000 + 5000U);
+    EXPECT_EQ(pixelsOf({2}, 1, 7), 12000 + 5000U);
+    EXPECT_EQ(pixelsOf({2}, 7, 7), kMany + 1);
+    const Bytes again = fileOf({{"dimg", 4, {7}}, {"dimg", 7, {7}}});
+    EXPECT_EQ(decodedItems(again, 7, kMost), kMost + 1) << "of such a one";
+    // The one that is stood for has two sizes.
+    const Bytes two = fileOf({{"dimg", 7, {1}}}, Width::Short, propertiesOf(kKinds, {{1, {1, 2}}}));
+    EXPECT_EQ(decodedPixels(two, 7, kMany), kMany + 1);
+}
+
+TEST(HeifItems, ThatStandForCanvasesAreNotLaidOnOthers) {
+    const auto itemsOf = [](std::initializer_list<Reference> references) {
+        return decodedItems(fileOf(references), 5, kMost);
+    };
+    EXPECT_EQ(itemsOf({{"dimg", 5, {7}}, {"dimg", 7, {6}}, {"dimg", 6, {1}}}), kMost + 1);
+    EXPECT_EQ(itemsOf({{"dimg", 5, {7}}, {"dimg", 7, {1}}}), 3);
+    EXPECT_EQ(itemsOf({{"dimg", 5, {1}}, {"auxl", 7, {1}}, {"dimg", 7, {6}}}), kMost + 1)
+        << "nor in a part's transparency";
+    EXPECT_EQ(itemsOf({{"dimg", 5, {1}}, {"auxl", 7, {5}}, {"dimg", 7, {6}}, {"dimg", 6, {1}}}), 5)
+        << "but in that of the whole";
+    // 6 is met outside of a canvas first, then on one.
+    EXPECT_EQ(decodedItems(fileOf({{"auxl", 6, {4}},
+                                   {"dimg", 6, {1}},
+                                   {"auxl", 5, {4}},
+                                   {"dimg", 5, {7}},
+                                   {"dimg", 7, {6}}}),
+                           4, kMost),
+              kMost + 1);
+}
+
+TEST(HeifItems, ThatShareTheirDataAreLookedAtNoMoreThanTwiceTheFile) {
+    // A unit that says nothing, of 600 kB: with one to spare, three items may look at it.
+    const Bytes data = testing::dataOf({testing::hevcUnit(40, Bytes(600'000))});
+    const auto pixelsOf = [&](const std::vector<std::uint32_t>& parts) {
+        const Bytes file = fileOf({{"dimg", 5, parts}}, Width::Short, placesOf({1, 3, 4}, data));
+        return decodedPixels(file, 5, kMany);
+    };
+    EXPECT_EQ(pixelsOf({1, 3}), 3 * 1024U);
+    EXPECT_EQ(pixelsOf({1, 3, 1, 3, 1}), 6 * 1024U) << "each once";
+    EXPECT_EQ(pixelsOf({1, 3, 4}), 4 * 1024U);
+    const Bytes larger = testing::dataOf({testing::hevcUnit(40, Bytes(1'100'000))});
+    const auto file = [&](const std::vector<std::uint32_t>& parts) {
+        return fileOf({{"dimg", 5, parts}}, Width::Short, placesOf({1, 3, 4}, larger));
+    };
+    EXPECT_EQ(decodedPixels(file({1, 3}), 5, kMany), 3 * 1024U);
+    EXPECT_EQ(decodedPixels(file({1, 3, 4}), 5, kMany), kMany + 1) << "3.3 MB of 2.2 and one";
+}
+
+TEST(HeifItems, HaveTablesThatAreLookedThroughForEach) {
+    const Bytes none = box("meta", ByteSink(true).u32(0).bytes);
+    EXPECT_EQ(tableSteps({}), 0U);
+    EXPECT_EQ(tableSteps(none), 0U);
+    for (const Width width : {Width::Short, Width::Long}) {
+        // Nine descriptions and what has another type.
+        const std::uint64_t infos = infosOf(width).size() - 8;
+        const std::uint64_t references = 4;
+        EXPECT_EQ(tableSteps(fileOf({}, width)), 10 * (infos + references));
+        const Bytes more = ByteSink(true)
+                               .raw(box("iloc", Bytes(100)))
+                               .raw(box("iprp", ByteSink(true)
+                                                    .raw(box("ipma", Bytes(20)))
+                                                    .raw(box("ipco", Bytes(300)))
+                                                    .raw(box("ipma", Bytes(30)))
+                                                    .bytes))
+                               .bytes;
+        EXPECT_EQ(tableSteps(fileOf({}, width, more)), 10 * (infos + references + 100 + 20 + 30));
+    }
 }
 
 TEST(HeifItems, OfTwoTypesAreTooMany) {

@@ -52,7 +52,7 @@ Bytes tableOf(unsigned version, const Widths& widths, const std::vector<Place>& 
         add(widths.base, place.base);
         out.u16(place.pieces.size());
         for (const Piece& piece : place.pieces) {
-            if (version > 0) add(widths.index, 1);
+            if (version > 1) add(widths.index, 1);
             add(widths.offset, piece.offset);
             add(widths.length, piece.length);
         }
@@ -69,7 +69,7 @@ TEST(ItemData, IsFoundWithNumbersOfEveryWidth) {
         for (const unsigned offset : {4U, 8U}) {
             for (const unsigned base : {4U, 8U}) {
                 for (const unsigned index : {0U, 4U, 8U}) {
-                    const Widths widths{offset, 12 - offset, base, version > 0 ? index : 0};
+                    const Widths widths{offset, 12 - offset, base, version > 1 ? index : 0};
                     const Bytes table =
                         tableOf(version, widths, {{7, {{1, 2}}, 0, 3}, {9, {{0, 3}, {1, 1}}}});
                     ItemData data(kFile, table, {});
@@ -132,6 +132,11 @@ TEST(ItemData, IsNoneInATableThatNobodyKnows) {
             const Bytes table = tableOf(1, widths, {{1, {{0, 1}}}});
             EXPECT_EQ(textOf(ItemData(kFile, table, {}).of(1)), "none") << wrong;
         }
+    }
+    for (const unsigned index : {4U, 8U}) {
+        const Bytes table = tableOf(1, {4, 4, 4, index}, {{1, {{0, 1}}}});
+        EXPECT_EQ(textOf(ItemData(kFile, table, {}).of(1)), "none")
+            << "some readers overlook the index";
     }
     EXPECT_EQ(textOf(ItemData(kFile, {}, {}).of(1)), "") << "there is none";
 }

@@ -261,6 +261,22 @@ TEST_F(LateCodecFailures, AHeifThatWouldCostTooMuchIsDamagedBeforeItIsDecoded) {
     const auto twoHeads = io::readHeif(ByteSink(true).raw(withSide(9)).raw(withSide(9)).bytes, {});
     ASSERT_FALSE(twoHeads);
     EXPECT_EQ(twoHeads.error().code, ErrorCode::Damaged);
+    // A thousand items: what is said of them may have half a megabyte.
+    const auto withTable = [&](std::size_t bytes) {
+        ByteSink infos(true);
+        infos.u32(1U << 24U).u32(1000);
+        for (int i = 0; i < 1000; ++i) infos.raw(box("infe", {}));
+        const std::size_t others = infos.bytes.size();
+        return box("meta", ByteSink(true)
+                               .u32(0)
+                               .raw(box("iinf", infos.bytes))
+                               .raw(box("iloc", Bytes(bytes - others)))
+                               .bytes);
+    };
+    EXPECT_TRUE(io::readHeif(withTable(500'000), {}));
+    const auto tangled = io::readHeif(withTable(500'001), {});
+    ASSERT_FALSE(tangled);
+    EXPECT_EQ(tangled.error().code, ErrorCode::Damaged);
 }
 
 TEST_F(LateCodecFailures, ABlockOfAHeifThatCannotBeHadIsDoneWithout) {

@@ -205,6 +205,10 @@ TEST(PictureHead, OfHeifIsTheLargestOfItsSizes) {
     EXPECT_EQ(headOf(sizes({{64, 64}, {300, 70}, {0, 9}, {32, 32}})), (HeadSize{300, 70}));
     const Bytes cut = ByteSink(true).raw(ispe(300, 70)).u32(999).text("free").bytes;
     EXPECT_EQ(headOf(described(cut)), (HeadSize{300, 70}));
+    // A box of a long size.
+    const Bytes wide =
+        ByteSink(true).u32(1).text("ispe").u64(28).u32(0).u32(300).u32(70).raw(ispe(9, 8)).bytes;
+    EXPECT_EQ(headOf(described(wide)), (HeadSize{300, 70}));
     EXPECT_FALSE(headOf(sizes({{0, 9}})));
     EXPECT_FALSE(headOf(heif(box("free", {}))));
     EXPECT_FALSE(headOf(heif(box("meta", ByteSink(true).u32(0).bytes))));
