@@ -1,5 +1,6 @@
 #include "decoder/cell.h"
 
+#include <malloc.h>
 #include <pthread.h>
 #include <sched.h>
 #include <seccomp.h>
@@ -46,6 +47,13 @@ void boundThreadStacks() {
     ::pthread_attr_destroy(&attributes);
 }
 
+/// The C library gives each thread a heap of its own. For the ninth it looks how many processors
+/// there are, and before it returns part of one to the kernel how that counts memory: in files,
+/// which ends a process in the cell.
+void shareTheHeap() {
+    ::mallopt(M_ARENA_MAX, 1);
+}
+
 /// Whole seconds are coarse, so a timer ends the process before. It counts as a queued signal, of
 /// which there may be too many; the seconds hold without it. They are counted by the clock's ticks,
 /// which may run ahead of what was used, so there is one to spare.
@@ -65,7 +73,10 @@ void limitProcessorTime(std::chrono::milliseconds limit) {
 }
 
 void limitResources(const CellLimits& limits) {
-    if (limits.threads == CellLimits::Threads::Many) boundThreadStacks();
+    if (limits.threads == CellLimits::Threads::Many) {
+        boundThreadStacks();
+        shareTheHeap();
+    }
     limitTo(RLIMIT_AS, limits.memoryBytes);
     limitTo(RLIMIT_DATA, limits.dataBytes);
     limitTo(RLIMIT_FSIZE, 0);

@@ -21,8 +21,10 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <map>
@@ -94,6 +96,26 @@ bool startThread() {
     const auto nothing = [](void*) -> void* { return nullptr; };
     return ::pthread_create(&thread, nullptr, nothing, nullptr) == 0 &&
            ::pthread_join(thread, nullptr) == 0;
+}
+// The C library may look how many processors and how much memory there are for it.
+bool freeTheMemoryOfThreads() {
+    constexpr std::size_t kThreads = 20;
+    static pthread_barrier_t all{};
+    if (::pthread_barrier_init(&all, nullptr, kThreads) != 0) return false;
+    const auto takeAndFree = [](void*) -> void* {
+        std::array<void*, 20> blocks{};
+        for (void*& block : blocks) block = ::calloc(1, 60'000);
+        ::pthread_barrier_wait(&all);
+        for (std::size_t i = blocks.size(); i > 0; --i) ::free(blocks[i - 1]);
+        return nullptr;
+    };
+    std::array<pthread_t, kThreads> threads{};
+    for (pthread_t& thread : threads) {
+        if (::pthread_create(&thread, nullptr, takeAndFree, nullptr) != 0) return false;
+    }
+    bool ended = true;
+    for (const pthread_t thread : threads) ended = ::pthread_join(thread, nullptr) == 0 && ended;
+    return ended;
 }
 bool killParent() {
     return ::kill(::getppid(), 0) == 0;
@@ -246,6 +268,7 @@ const std::map<std::string, bool (*)()>& acts() {
         {"set up kernel queues", askForNames},
         {"use an inherited descriptor", useInheritedDescriptor},
         {"spin in eight threads", spinInEightThreads},
+        {"free the memory of threads", freeTheMemoryOfThreads},
         {"start a thread", startThread}};
     return all;
 }
