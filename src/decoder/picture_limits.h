@@ -26,4 +26,9 @@ CellLimits limitsForItems(const DecodeLimits& limits, std::optional<HeadSize> st
 CellLimits limitsForJpegXL(const DecodeLimits& limits, std::optional<HeadSize> stated,
                            std::uint64_t fileBytes);
 
+/// For JPEG 2000, of which a few bytes may state 65,535 tiles or blocks of 16 pixels, with a
+/// kilobyte or more for each: the same for as many pixels as are believed of any format.
+CellLimits limitsForJpeg2000(const DecodeLimits& limits, std::optional<HeadSize> stated,
+                             std::uint64_t fileBytes);
+
 }  // namespace skarnel

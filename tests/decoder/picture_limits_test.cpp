@@ -157,5 +157,15 @@ TEST(PictureLimits, OfAnHonestJpegXLAreSeveralTimesWhatItTakes) {
               std::chrono::seconds(20));
 }
 
+TEST(PictureLimits, OfAJpeg2000GoByItsPixelsAndAsManyAreBelievedAsOfAny) {
+    const CellLimits tiny = limitsForJpeg2000({}, HeadSize{250, 250}, 84'000);
+    EXPECT_LT(tiny.dataBytes, 80 * kMegabyte);
+    EXPECT_LT(tiny.processorTime, std::chrono::seconds(1));
+    // Flat colours without loss took 3.7 s and 973 MB.
+    const CellLimits vast = limitsForJpeg2000({}, HeadSize{7900, 7900}, 202);
+    EXPECT_GT(vast.dataBytes, 2 * 973 * kMegabyte);
+    EXPECT_GT(vast.processorTime, std::chrono::seconds(4 * 4));
+}
+
 }  // namespace
 }  // namespace skarnel

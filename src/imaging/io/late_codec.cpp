@@ -79,7 +79,7 @@ CodecNeeds prepareToDecode(ByteView firstBytes, Rest rest) {
 #ifdef SKARNEL_HAVE_JXL
     if (type->identifier == kUTTypeJPEGXL) {
         loadJpegXL();
-        return CodecNeeds::Bounds;
+        return CodecNeeds::TightBounds;
     }
 #endif
 #ifdef SKARNEL_HAVE_HEIF
@@ -89,7 +89,7 @@ CodecNeeds prepareToDecode(ByteView firstBytes, Rest rest) {
         return CodecNeeds::Threads;
     }
 #endif
-    return CodecNeeds::Nothing;
+    return type->identifier == kUTTypeJPEG2000 ? CodecNeeds::Bounds : CodecNeeds::Nothing;
 }
 
 }  // namespace skarnel::io
