@@ -211,13 +211,15 @@ void PresetStrip::nameSaved(QString& called, const QString& name) {
 void PresetStrip::rename(qsizetype index, const QString& name) {
     const QString old = user_.all().value(index).name;
     if (!user_.rename(index, name)) return fill();
-    const auto renamed = [this](const QString& from, const QString& to) {
-        user_.rename(user_.placeOf(from), to);
-    };
     const QString now = user_.all().value(index).name;
     if (now == old) return;
+    const auto called = std::make_shared<QString>(now);
+    user_.follow(called);
+    const auto renamed = [=, this](const QString& to) {
+        if (user_.rename(user_.placeOf(*called), to)) *called = to;
+    };
     model_.recordAction(
-        tr("Rename “%1”").arg(old), [=] { renamed(now, old); }, [=] { renamed(old, now); });
+        tr("Rename “%1”").arg(old), [=] { renamed(old); }, [=] { renamed(now); });
 }
 
 void PresetStrip::removeItem(QListWidgetItem& item) {
@@ -225,6 +227,7 @@ void PresetStrip::removeItem(QListWidgetItem& item) {
     const QString name = user_.all().value(item.data(kIndexRole).toLongLong()).name;
     const auto kept = std::make_shared<std::optional<RemovedPreset>>();
     const auto called = std::make_shared<QString>(name);
+    user_.follow(called);
     model_.recordAction(
         tr("Remove “%1”").arg(name),
         [=, this] {
@@ -246,9 +249,16 @@ void PresetStrip::finishTyping() {
 void PresetStrip::saveCurrent() {
     const auto kept = std::make_shared<std::optional<RemovedPreset>>();
     const auto called = std::make_shared<QString>();
+    user_.follow(called);
+    const SettingNumbers now = currentSettings();
     model_.recordAction(
-        tr("Save as Look"), [=, this] { *kept = user_.remove(user_.placeOf(*called)); },
-        [=, this, now = currentSettings()] {
+        tr("Save as Look"),
+        [=, this] {
+            // Another window may have removed it and have another look of its name.
+            const qsizetype place = user_.placeOf(*called);
+            if (user_.all().value(place).settings == now) *kept = user_.remove(place);
+        },
+        [=, this] {
             if (*kept)
                 *called = user_.restore(**kept);
             else if (called->isEmpty())

@@ -40,6 +40,12 @@ QJsonObject jsonOf(const UserPreset& preset) {
     return json;
 }
 
+/// Looks of one name are two looks where another window has removed the one and saved the other.
+bool isStill(const UserPreset& preset, const QJsonValue& entry) {
+    const auto stored = presetOf(entry.toObject());
+    return stored && stored->settings == preset.settings;
+}
+
 /// The first entry that is a look of that name; -1 when there is none.
 qsizetype indexOf(const QJsonArray& entries, const QString& name) {
     for (qsizetype i = 0; i < entries.size(); ++i) {
@@ -57,13 +63,6 @@ QString freeName(const QJsonArray& entries, const QString& wanted) {
     return free;
 }
 
-/// A look that another one of the list may have the name of.
-QJsonValue withFreeName(const QJsonArray& entries, const QJsonValue& added) {
-    QJsonObject entry = added.toObject();
-    entry.insert(kNameKey, freeName(entries, entry.value(kNameKey).toString()));
-    return entry;
-}
-
 }  // namespace
 
 UserPresets::UserPresets(WindowState& state, QObject* parent) : QObject(parent), state_(state) {
@@ -79,21 +78,52 @@ void UserPresets::load() {
     }
 }
 
+/// A look that another one of the list may have the name of.
+QJsonValue UserPresets::withFreeName(const QJsonArray& entries, const QJsonValue& added) {
+    QJsonObject entry = added.toObject();
+    const QString before = entry.value(kNameKey).toString();
+    const QString free = freeName(entries, before);
+    entry.insert(kNameKey, free);
+    if (free != before) newNames_.emplace_back(before, free);
+    return entry;
+}
+
+/// All at once: one look may have got the name that another one had.
+void UserPresets::tellNewNames() {
+    for (const std::weak_ptr<QString>& each : followed_) {
+        const std::shared_ptr<QString> name = each.lock();
+        if (!name) continue;
+        const auto found = std::ranges::find(newNames_, *name, &std::pair<QString, QString>::first);
+        if (found != newNames_.end()) *name = found->second;
+    }
+    newNames_.clear();
+}
+
+void UserPresets::follow(const std::shared_ptr<QString>& name) {
+    std::erase_if(followed_, [](const auto& each) { return each.expired(); });
+    followed_.push_back(name);
+}
+
 /// Another window may have looks of its own by now, and an entry that cannot be read here may be of
 /// a later version: all of them stay.
 void UserPresets::change(const std::function<void(QJsonArray& entries)>& how) {
     const auto changeStored = [&](const QJsonValue& stored) {
         QJsonArray entries = stored.toArray();
+        tellNewNames();
         how(entries);
         return QJsonValue(entries);
     };
     const auto showMerged = [self = QPointer(this)] {
         if (!self) return;
         const QList<UserPreset> before = self->presets_;
+        self->tellNewNames();
         self->load();
         if (self->presets_ != before) emit self->changed();
     };
-    state_.update(kStateName, changeStored, {withFreeName, showMerged});
+    const auto join = [self = QPointer(this)](const QJsonArray& list, const QJsonValue& added) {
+        return self ? self->withFreeName(list, added) : added;
+    };
+    state_.update(kStateName, changeStored, {join, showMerged});
     load();
     emit changed();
 }
@@ -117,11 +147,13 @@ bool UserPresets::rename(qsizetype index, const QString& name) {
     const QString wanted = name.trimmed();
     const bool there = index >= 0 && index < presets_.size();
     if (!there || wanted.isEmpty() || isTaken(wanted, index)) return false;
-    const QString before = presets_[index].name;
-    if (before == wanted) return true;
+    const UserPreset preset = presets_[index];
+    if (preset.name == wanted) return true;
+    const auto called = std::make_shared<QString>(preset.name);
+    follow(called);
     change([&](QJsonArray& entries) {
-        const qsizetype at = indexOf(entries, before);
-        if (at < 0) return;  // another window has removed it
+        const qsizetype at = indexOf(entries, *called);
+        if (at < 0 || !isStill(preset, entries[at])) return;  // another window has removed it
         QJsonObject entry = entries[at].toObject();
         entry.insert(kNameKey, wanted);
         entries[at] = entry;
@@ -131,11 +163,14 @@ bool UserPresets::rename(qsizetype index, const QString& name) {
 
 std::optional<RemovedPreset> UserPresets::remove(qsizetype index) {
     if (index < 0 || index >= presets_.size()) return std::nullopt;
-    const QString name = presets_[index].name;
+    const UserPreset preset = presets_[index];
+    const auto name = std::make_shared<QString>(preset.name);
+    follow(name);
     std::optional<RemovedPreset> removed;
     change([&](QJsonArray& entries) {
-        const qsizetype at = indexOf(entries, name);
-        if (at >= 0) removed = RemovedPreset{entries.takeAt(at).toObject(), at};
+        const qsizetype at = indexOf(entries, *name);
+        if (at >= 0 && isStill(preset, entries[at]))
+            removed = RemovedPreset{entries.takeAt(at).toObject(), at};
     });
     return removed;
 }

@@ -7,7 +7,10 @@
 #include <QObject>
 #include <QString>
 #include <functional>
+#include <memory>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "recipe/presets.h"
 
@@ -46,13 +49,17 @@ class UserPresets final : public QObject {
     qsizetype add(const QString& name, const SettingNumbers& settings);
     /// False, and nothing changes, for an empty name, one that another look has, or no such place.
     bool rename(qsizetype index, const QString& name);
-    /// The look is kept for whoever wants it back; none where there is no such place.
+    /// The look is kept for whoever wants it back; none where there is no such place, or where
+    /// another window has another look of that name there by now.
     std::optional<RemovedPreset> remove(qsizetype index);
     /// Puts it back to where it was, under a name with a number where another has its own by now.
     /// The name that it has then.
     QString restore(const RemovedPreset& removed);
     /// The place of the look with this name in any letter case; -1 without one.
     qsizetype placeOf(const QString& name) const;
+    /// Keeps the name of a look that was just added or renamed up to date for as long as somebody
+    /// holds it: what cannot be written at once may get a number behind it later.
+    void follow(const std::shared_ptr<QString>& name);
 
   signals:
     void changed();
@@ -60,10 +67,15 @@ class UserPresets final : public QObject {
   private:
     bool isTaken(const QString& name, qsizetype except) const;
     void load();
+    QJsonValue withFreeName(const QJsonArray& entries, const QJsonValue& added);
+    void tellNewNames();
     void change(const std::function<void(QJsonArray& entries)>& how);
 
     WindowState& state_;
     QList<UserPreset> presets_;
+    std::vector<std::weak_ptr<QString>> followed_;
+    /// The names that looks had and got where they came to others of their name, not yet told.
+    std::vector<std::pair<QString, QString>> newNames_;
 };
 
 }  // namespace skarnel

@@ -127,6 +127,25 @@ TEST_F(UserPresetsTest, WhatAnotherWindowRemovedIsNeitherRenamedNorKept) {
     EXPECT_TRUE(presets.all().isEmpty());
 }
 
+TEST_F(UserPresetsTest, WhatAnotherWindowSavedUnderTheSameNameIsNeitherRenamedNorRemoved) {
+    presets.add(QStringLiteral("One"), kSome);
+    const QList<UserPreset> theirs{{QStringLiteral("One"), kOther}};
+    const auto replace = [&] {
+        WindowState stateOfOther(folder.filePath(QStringLiteral("window.json")));
+        UserPresets other(stateOfOther);
+        other.remove(0);
+        other.add(QStringLiteral("One"), kOther);
+    };
+    replace();
+    EXPECT_TRUE(presets.rename(0, QStringLiteral("Uno")));
+    EXPECT_EQ(presets.all(), theirs);
+    presets.remove(0);
+    presets.add(QStringLiteral("One"), kSome);
+    replace();
+    EXPECT_EQ(presets.remove(0), std::nullopt);
+    EXPECT_EQ(presets.all(), theirs);
+}
+
 TEST_F(UserPresetsTest, WhatCannotBeReadIsLeftOut) {
     QJsonObject good{{QStringLiteral("name"), QStringLiteral("Good")}};
     for (const ReflectionSetting& setting : kReflectionSettings) {

@@ -223,6 +223,40 @@ TEST_F(WindowStateFaults, OfTwoLooksOfOneNameTheLaterGetsAFreeOne) {
                                       {QStringLiteral("Fog 2 2"), kOwn}}));
 }
 
+TEST_F(WindowStateFaults, ALookThatGetsAnotherNameIsFollowedByWhoHoldsItsName) {
+    for (const bool isWritten : {true, false}) {
+        SCOPED_TRACE(isWritten);
+        const ScopedLogCapture log;
+        Weather weather;
+        weather.bad = "write";
+        WindowState state(path, weather);
+        UserPresets looks(state);
+        const QString rain = QString::fromLatin1(isWritten ? "Rain" : "Snow");
+        const auto first = std::make_shared<QString>(rain);
+        const auto second = std::make_shared<QString>(rain + QStringLiteral(" 2"));
+        for (const auto& name : {first, second}) {
+            looks.add(*name, kSome);
+            looks.follow(name);
+        }
+        {
+            WindowState other(path);
+            UserPresets(other).add(rain, {7, 6, 5, 4, 3, 2, 1});
+        }
+        weather.bad.clear();
+        if (isWritten) {
+            EXPECT_TRUE(state.save());
+            EXPECT_EQ(*first, rain + QStringLiteral(" 2"));
+            EXPECT_EQ(*second, rain + QStringLiteral(" 2 2"));
+        }
+        ASSERT_TRUE(looks.remove(looks.placeOf(*first)));
+        EXPECT_EQ(*second, rain + QStringLiteral(" 2 2"));
+        const QStringList names = namesOf(WindowState(path));
+        EXPECT_TRUE(names.contains(rain)) << "the other window's";
+        EXPECT_TRUE(names.contains(*second));
+        EXPECT_FALSE(names.contains(rain + QStringLiteral(" 2")));
+    }
+}
+
 TEST_F(WindowStateFaults, WhatWouldBeTooLargeToBeReadAgainIsNotWritten) {
     const ScopedLogCapture log;
     const QByteArray before = bytes();
