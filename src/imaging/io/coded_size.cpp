@@ -127,6 +127,7 @@ struct Sequence {
     unsigned timeBits = 0;
     unsigned widthBits = 0;
     unsigned heightBits = 0;
+    std::uint64_t pixels = 1;
     unsigned frameNumberBits = 0;
     // 2: each frame says so itself.
     std::uint32_t screenContent = 2;
@@ -185,6 +186,7 @@ std::optional<Sequence> readSequence(ByteView content, CodedSize& size) {
     const std::uint32_t width = in.take(sequence.widthBits) + 1;
     const std::uint32_t height = in.take(sequence.heightBits) + 1;
     enlarge(size, width, height);
+    sequence.pixels = std::uint64_t{width} * height;
     if (!sequence.isReduced) {
         if (in.flag()) {
             const unsigned difference = in.take(4) + 2;
@@ -201,6 +203,7 @@ std::optional<Sequence> readSequence(ByteView content, CodedSize& size) {
 /// it is cut.
 bool addFrame(ByteView content, const Sequence& sequence, CodedSize& size) {
     BitReader in(content);
+    std::uint64_t pixels = sequence.pixels;
     constexpr std::uint32_t kKeyFrame = 0;
     constexpr std::uint32_t kSwitchFrame = 3;
     if (!sequence.isReduced) {
@@ -214,9 +217,11 @@ bool addFrame(ByteView content, const Sequence& sequence, CodedSize& size) {
         if (isScreen && sequence.wholeMotion > 1) in.skip(1);
         in.skip(sequence.frameNumberBits);
         const bool hasOwnSize = type == kSwitchFrame || in.flag();
-        if (hasOwnSize) enlarge(size, 1U << sequence.widthBits, 1U << sequence.heightBits);
+        if (hasOwnSize) pixels = std::uint64_t{1} << (sequence.widthBits + sequence.heightBits);
     }
-    ++size.pictures;
+    const std::uint64_t pictures = size.pictures + (pixels - 1) / sequence.pixels + 1;
+    constexpr std::uint64_t kMostPictures = 1U << 30U;
+    size.pictures = static_cast<std::uint32_t>(std::min(pictures, kMostPictures));
     return !in.failed();
 }
 
@@ -316,7 +321,7 @@ std::optional<CodedSize> sizeOfHevc(ByteView configuration, ByteView coded) {
         if (!add(data.take(data.u32()))) return std::nullopt;
     }
     // A slice may begin anywhere and reach to the picture's end, however few bytes it has.
-    constexpr std::uint32_t kSlicesOfAPicture = 8;
+    constexpr std::uint32_t kSlicesOfAPicture = 4;
     size.pictures = std::max(size.pictures, (slices + kSlicesOfAPicture - 1) / kSlicesOfAPicture);
     return size;
 }

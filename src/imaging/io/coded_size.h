@@ -13,11 +13,11 @@ namespace skarnel::io {
 struct CodedSize {
     std::uint32_t width = 0;
     std::uint32_t height = 0;
-    std::uint32_t pictures = 0;  // that are made of the data
+    std::uint32_t pictures = 0;  // that are made of the data, 2^30 at most
 };
 
 /// Of HEVC: `configuration` is the content of the file's `hvcC` box (ISO/IEC 14496-15), `coded` the
-/// units, each behind its size in four bytes. Eight slices count as a picture. None where a
+/// units, each behind its size in four bytes. Four slices count as a picture. None where a
 /// header is damaged, and where there are more units than any picture has.
 std::optional<CodedSize> sizeOfHevc(ByteView configuration, ByteView coded);
 

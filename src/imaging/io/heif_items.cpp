@@ -9,42 +9,11 @@
 #include <vector>
 
 #include "imaging/io/byte_reader.h"
-#include "imaging/io/coded_size.h"
-#include "imaging/io/item_data.h"
+#include "imaging/io/item_boxes.h"
+#include "imaging/io/item_weight.h"
 
 namespace skarnel::io {
 namespace {
-
-std::string_view textOf(ByteView bytes) {
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
-/// Calls `each` with the type and the content of the boxes that lie side by side, until it says
-/// that it is done.
-template <typename Each>
-void forEachBox(ByteView bytes, Each each) {
-    ByteReader in(bytes, ByteOrder::Big);
-    while (in.left() > 0) {
-        const std::size_t start = in.position();
-        std::uint64_t size = in.u32();
-        const std::string_view type = textOf(in.take(4));
-        if (size == 1) size = in.u64();
-        const std::size_t headBytes = in.position() - start;
-        if (size == 0) size = headBytes + in.left();
-        if (in.failed() || size < headBytes) return;
-        const ByteView content = in.take(std::min<std::uint64_t>(size - headBytes, in.left()));
-        if (each(type, content)) return;
-    }
-}
-
-std::optional<ByteView> findBox(ByteView bytes, std::string_view wanted) {
-    std::optional<ByteView> found;
-    forEachBox(bytes, [&](std::string_view type, ByteView content) {
-        if (type == wanted) found = content;
-        return found.has_value();
-    });
-    return found;
-}
 
 /// Where there are several, readers differ in which one counts.
 bool hasAtMostOne(ByteView bytes, std::string_view wanted) {
@@ -56,9 +25,6 @@ bool hasAtMostOne(ByteView bytes, std::string_view wanted) {
     return count <= 1;
 }
 
-/// Version and flags of a box.
-constexpr std::size_t kKindBytes = 4;
-
 /// The boxes that describe an item each, behind their number.
 ByteView infosIn(ByteView box) {
     ByteReader in(box, ByteOrder::Big);
@@ -67,157 +33,10 @@ ByteView infosIn(ByteView box) {
     return in.take(in.left());
 }
 
-/// An item that is another one, turned or cut.
-constexpr std::string_view kStandsForAnother = "iden";
-
 /// Of the items that the library decodes; it ends the process where an item is made of any other.
 bool isPicture(std::string_view type) {
     return type == "hvc1" || type == "av01" || type == "grid" || type == "iovl" ||
            type == kStandsForAnother;
-}
-
-/// Of those the ones whose size stands in their own data, whatever else the file says of it.
-bool isCanvas(std::string_view type) {
-    return type == "grid" || type == "iovl";
-}
-
-/// What the file says of each item: its size, how often it is turned or cut, and how it is coded.
-class Properties {
-  public:
-    /// Of one item.
-    struct Facts {
-        std::uint64_t width = 0;  // 0 where it is not stated
-        std::uint64_t height = 0;
-        std::uint64_t times = 1;  // that its pixels are made, once more for each turn or cut
-        std::optional<ByteView> configuration;  // of its decoder
-    };
-
-    void addKinds(ByteView box) {
-        forEachBox(box, [&](std::string_view type, ByteView content) {
-            kinds_.push_back({type, content});
-            return false;
-        });
-    }
-
-    void addUses(ByteView box) {
-        ByteReader in(box, ByteOrder::Big);
-        const std::uint32_t kind = in.u32();
-        const bool isShort = kind >> 24 == 0;
-        const std::uint32_t entries = in.u32();
-        for (std::uint32_t entry = 0; entry < entries && !in.failed(); ++entry) {
-            const std::uint32_t item = isShort ? in.u16() : in.u32();
-            const int count = in.u8();
-            for (int i = 0; i < count && !in.failed(); ++i) {
-                // The highest bit says whether a reader must know the property.
-                const int number = (kind & 1U) != 0 ? in.u16() & 0x7FFF : in.u8() & 0x7F;
-                uses_[item].push_back(number);
-            }
-        }
-    }
-
-    /// None where it has several sizes or decoders, or is turned more than a few times.
-    std::optional<Facts> factsOf(std::uint32_t item) const {
-        Facts facts;
-        std::optional<ByteView> size;
-        const auto uses = uses_.find(item);
-        if (uses == uses_.end()) return facts;
-        for (const int number : uses->second) {
-            if (number < 1 || static_cast<std::size_t>(number) > kinds_.size()) continue;
-            const auto& [type, content] = kinds_[static_cast<std::size_t>(number) - 1];
-            if (type == "ispe" && !isTheOnly(size, content)) return std::nullopt;
-            const bool isDecoder = type == "hvcC" || type == "av1C";
-            if (isDecoder && !isTheOnly(facts.configuration, content)) return std::nullopt;
-            if (type == "irot" || type == "imir" || type == "clap") ++facts.times;
-        }
-        constexpr std::uint64_t kMostTimes = 9;  // whatever size it states
-        if (facts.times > kMostTimes) return std::nullopt;
-        constexpr std::uint32_t kMostSide = 1U << 16U;  // the library takes no larger one
-        ByteReader in(size.value_or(ByteView()), ByteOrder::Big);
-        in.skip(kKindBytes);
-        facts.width = std::min(in.u32(), kMostSide);
-        facts.height = std::min(in.u32(), kMostSide);
-        return facts;
-    }
-
-  private:
-    struct Kind {
-        std::string_view type;
-        ByteView content;
-    };
-
-    /// Keeps the first; false where this one says something else.
-    static bool isTheOnly(std::optional<ByteView>& kept, ByteView content) {
-        if (!kept) kept = content;
-        return std::ranges::equal(*kept, content);
-    }
-
-    std::vector<Kind> kinds_;  // by number, from 1 on
-    std::map<std::uint32_t, std::vector<int>> uses_;
-};
-
-/// What is inside the items' data.
-class CodedSizes {
-  public:
-    CodedSizes(ByteView file, ByteView places, ByteView inside)
-        : data_(file, places, inside), left_(file.size() * 2 + kSpareBytes) {}
-
-    /// Of nothing where the item has no data; none where that is damaged, and where what there is
-    /// to look at is more than the file, as of items that share most of their data.
-    std::optional<CodedSize> of(std::uint32_t item, std::string_view type, ByteView configuration) {
-        const bool isCoded = type == "hvc1" || type == "av01";
-        if (!isCoded && !isCanvas(type)) return CodedSize();
-        const auto known = sizes_.find(item);
-        if (known != sizes_.end()) return known->second;
-        return sizes_[item] = read(item, type, configuration);
-    }
-
-  private:
-    static constexpr std::size_t kSpareBytes = std::size_t{1} << 20U;
-
-    std::optional<CodedSize> read(std::uint32_t item, std::string_view type,
-                                  ByteView configuration) {
-        const std::optional<ByteView> data = data_.of(item);
-        if (!data) return std::nullopt;
-        const std::size_t count = data->size() + configuration.size();
-        if (count > left_) return std::nullopt;
-        left_ -= count;
-        if (isCanvas(type) && data->empty()) return CodedSize();  // is never made
-        if (type == "grid") return sizeOfGrid(*data);
-        if (type == "iovl") return sizeOfOverlay(*data);
-        return type == "hvc1" ? sizeOfHevc(configuration, *data) : sizeOfAv1(configuration, *data);
-    }
-
-    ItemData data_;
-    std::size_t left_;  // bytes that may be looked at
-    std::map<std::uint32_t, std::optional<CodedSize>> sizes_;
-};
-
-/// An encoder codes whole blocks, the largest of 128 pixels; the sides may be exchanged.
-bool fitsInto(const CodedSize& coded, const Properties::Facts& stated) {
-    constexpr std::uint64_t kMostPadding = 128;
-    const auto [shortSide, longSide] =
-        std::minmax({std::uint64_t{coded.width}, std::uint64_t{coded.height}});
-    const auto [shortStated, longStated] = std::minmax({stated.width, stated.height});
-    return shortSide <= shortStated + kMostPadding && longSide <= longStated + kMostPadding;
-}
-
-struct Weight {
-    std::uint64_t pixels = 0;
-    std::uint64_t times = 1;  // that they are made
-};
-
-/// Of an item alone, by the larger of what is stated outside its data and inside; none for too
-/// much, and where the two do not belong together.
-std::optional<Weight> weightOf(const std::optional<Properties::Facts>& facts,
-                               const std::optional<CodedSize>& coded) {
-    constexpr std::uint64_t kLeastPixels = 1024;  // an item costs something itself
-    if (!facts || !coded) return std::nullopt;
-    const std::uint64_t stated = facts->width * facts->height;
-    if (stated > 0 && !fitsInto(*coded, *facts)) return std::nullopt;
-    constexpr std::uint32_t kMostSide = 1U << 16U;
-    const std::uint64_t inside = std::uint64_t{std::min(coded->width, kMostSide)} *
-                                 std::min(coded->height, kMostSide) * std::max(coded->pictures, 1U);
-    return Weight{std::max({stated, inside, kLeastPixels}), facts->times};
 }
 
 class Items {
@@ -301,18 +120,24 @@ class Items {
 
     /// What stands for another picture as it is has that one's pixels, whatever it states; it
     /// turns or cuts them. What stands for such a one again is too much.
-    std::uint64_t ownWeight(std::uint32_t item) const {
+    std::uint64_t ownWeight(std::uint32_t item) {
         const std::string_view type = typeOf(item);
-        auto weight = weigh_(item, type);
+        auto weight = knownWeight(item);
         if (!weight) return most_ + 1;
         if (type == kStandsForAnother) {
             for (const std::uint32_t part : partsOf(item)) {
-                const auto other = weigh_(part, typeOf(part));
+                const auto other = knownWeight(part);
                 if (!other || typeOf(part) == kStandsForAnother) return most_ + 1;
                 weight->pixels = std::max(weight->pixels, other->pixels);
             }
         }
-        return std::min(weight->pixels * weight->times, most_ + 1);
+        return std::min(std::min(weight->pixels, most_ + 1) * weight->times, most_ + 1);
+    }
+
+    std::optional<Weight> knownWeight(std::uint32_t item) {
+        const auto known = weights_.find(item);
+        if (known != weights_.end()) return known->second;
+        return weights_[item] = weigh_(item, typeOf(item));
     }
 
     const std::vector<std::uint32_t>& partsOf(std::uint32_t item) const {
@@ -333,6 +158,7 @@ class Items {
     std::map<std::uint32_t, std::vector<std::uint32_t>> parts_;
     std::map<std::uint32_t, std::vector<std::uint32_t>>
         additions_;  // its transparency and the like
+    std::map<std::uint32_t, std::optional<Weight>> weights_;
     std::map<std::pair<std::uint32_t, bool>, std::uint64_t> decoded_;
 };
 
@@ -396,21 +222,9 @@ std::uint64_t decodedItems(ByteView file, std::uint32_t item, std::uint64_t most
 }
 
 std::uint64_t decodedPixels(ByteView file, std::uint32_t item, std::uint64_t most) {
-    const ByteView meta = contentOfMeta(file).value_or(ByteView());
-    Properties properties;
-    forEachBox(findBox(meta, "iprp").value_or(ByteView()),
-               [&](std::string_view type, ByteView content) {
-                   if (type == "ipco") properties.addKinds(content);
-                   if (type == "ipma") properties.addUses(content);
-                   return false;
-               });
-    CodedSizes sizes(file, findBox(meta, "iloc").value_or(ByteView()),
-                     findBox(meta, "idat").value_or(ByteView()));
-    return sumFor(file, item, most, [&](std::uint32_t of, std::string_view type) {
-        const auto facts = properties.factsOf(of);
-        const ByteView decoder = facts ? facts->configuration.value_or(ByteView()) : ByteView();
-        return weightOf(facts, sizes.of(of, type, decoder));
-    });
+    ItemWeights weights(file, contentOfMeta(file).value_or(ByteView()));
+    return sumFor(file, item, most,
+                  [&](std::uint32_t of, std::string_view type) { return weights.of(of, type); });
 }
 
 }  // namespace skarnel::io

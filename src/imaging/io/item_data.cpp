@@ -53,8 +53,10 @@ ItemData::ItemData(ByteView file, ByteView places, ByteView inside) : file_(file
         if (hasConstruction) place.construction = in.u16() & 15U;
         in.skip(2);  // the file it lies in, of which there is one
         const std::uint64_t base = numberOf(in, of.base);
-        const int pieces = in.u16();
-        for (int piece = 0; piece < pieces && !in.failed(); ++piece) {
+        const unsigned pieces = in.u16();
+        // Without lengths there is nothing in them.
+        if (of.length == 0) in.skip(pieces * std::uint64_t{of.index + of.offset});
+        for (unsigned piece = 0; of.length > 0 && piece < pieces && !in.failed(); ++piece) {
             numberOf(in, of.index);
             const std::uint64_t offset = base + numberOf(in, of.offset);
             place.pieces.push_back({offset, numberOf(in, of.length)});

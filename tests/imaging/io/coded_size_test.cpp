@@ -90,8 +90,8 @@ TEST(CodedSize, OfHevcCountsThePicturesThatBegin) {
     const Bytes other = hevcUnit(39, {0x80});
     const Bytes data = dataOf({kFirstSlice, kNextSlice, other, kFirstSlice, kNextSlice});
     expectSize(sizeOfHevc(configurationOf({kFirstSlice}), data), 0, 0, 3);
-    // Eight slices may take as long as a picture.
-    std::vector<Bytes> slices(8, kNextSlice);
+    // Four slices may take as long as a picture.
+    std::vector<Bytes> slices(4, kNextSlice);
     expectSize(sizeOfHevc(configurationOf({kFirstSlice}), dataOf(slices)), 0, 0, 2);
     slices.pop_back();
     expectSize(sizeOfHevc(configurationOf({kFirstSlice}), dataOf(slices)), 0, 0, 1);
@@ -144,7 +144,7 @@ TEST(CodedSize, OfHevcIsNoneWithDamagedParameters) {
 
 TEST(CodedSize, OfHevcIsNoneWithMoreUnitsThanAPictureHas) {
     const std::vector<Bytes> most(4096, kNextSlice);
-    expectSize(sizeOfHevc({}, dataOf(most)), 0, 0, 4096 / 8);
+    expectSize(sizeOfHevc({}, dataOf(most)), 0, 0, 4096 / 4);
     EXPECT_FALSE(sizeOfHevc(configurationOf({kNextSlice}), dataOf(most)));
 }
 
@@ -258,7 +258,7 @@ TEST(CodedSize, OfAv1CountsTheFramesBehindASequence) {
     expectSize(sizeOfAv1({}, joined({header, frame, frame, frame})), 16, 9, 3);
 }
 
-TEST(CodedSize, OfAFrameOfAv1IsItsOwnWhereItSaysSo) {
+TEST(CodedSize, OfAFrameOfAv1CountsAsMorePicturesWhereItHasItsOwn) {
     using Clock = Whole::Clock;
     const std::vector<Whole> wholes = {
         {},
@@ -281,11 +281,21 @@ TEST(CodedSize, OfAFrameOfAv1IsItsOwnWhereItSaysSo) {
                 const Bytes frame = frameOf(wholes[i], frames[j], hasOwnSize);
                 return sizeOfAv1({}, joined({header, av1Unit(kFrame, frame)}));
             };
-            expectSize(with(true), 1024, 1024, 1, what);
+            // 1024 x 1024 pixels are more than two of 1000 x 500.
+            expectSize(with(true), 1000, 500, 3, what);
             const bool isSwitch = frames[j].type == 3;
-            expectSize(with(false), isSwitch ? 1024 : 1000, isSwitch ? 1024 : 500, 1, what);
+            expectSize(with(false), 1000, 500, isSwitch ? 3 : 1, what);
         }
     }
+}
+
+TEST(CodedSize, OfAv1HasABoundOfPictures) {
+    Bits out;
+    out.zeros(3 + 1 + 1 + 1 + 1 + 5 + 12 + 5).add(15, 4).add(15, 4).zeros(16 + 16);
+    const Bytes header = av1Unit(kSequenceHeader, out.zeros(1 + 3 + 4 + 1 + 2 + 8).bytes());
+    const Bytes frame = av1Unit(kFrame, frameOf({}, {}, true));
+    const Bytes two = joined({header, frame, frame});
+    expectSize(sizeOfAv1({}, two), 1, 1, 1U << 30U);
 }
 
 TEST(CodedSize, OfAv1HasNoFrameWhereOneIsShownAgain) {

@@ -91,6 +91,23 @@ TEST(ItemData, OfTheFirstVersionHasNoIndexWhateverItsWidth) {
     EXPECT_EQ(textOf(ItemData(kFile, table, {}).of(7)), "bc");
 }
 
+TEST(ItemData, InPiecesWithoutLengthsIsNothing) {
+    for (const unsigned offset : {0U, 4U, 8U}) {
+        const Bytes table =
+            tableOf(2, {offset, 0, 0, 4}, {{7, {{1, 0}, {2, 0}, {3, 0}}}, {9, {{0, 0}}}});
+        ItemData data(kFile, table, {});
+        EXPECT_EQ(textOf(data.of(7)), "");
+        EXPECT_EQ(textOf(data.of(9)), "");
+        EXPECT_EQ(textOf(data.of(8)), "");
+    }
+    // A table of 64 kB in which 4,000 items have 65,535 such pieces each takes no gigabytes.
+    ByteSink out(true);
+    out.u32(1U << 24U).u16(0).u16(4000);
+    for (std::uint64_t item = 0; item < 4000; ++item) out.u16(item).u16(0).u16(0).u16(0xFFFF);
+    ItemData data(kFile, out.bytes, {});
+    EXPECT_EQ(textOf(data.of(3999)), "");
+}
+
 TEST(ItemData, MayLieInsideTheBox) {
     const Bytes table = tableOf(1, {}, {{1, {{1, 2}}, 1}, {2, {{0, 2}}}, {3, {{1, 2}}, 2}});
     ItemData data(kFile, table, kInside);
