@@ -18,10 +18,7 @@ namespace {
 
 /// libjxl keeps every channel of the whole picture in 32-bit numbers, some of them twice.
 constexpr std::int64_t kMaxPixels = 100'000'000;
-/// More pixels a file must have a byte for every kMaxPixelsPerByte for, unless the user has said
-/// how many are to be believed: the library takes a hundred nanoseconds and twenty bytes for each.
-constexpr std::int64_t kMaxUnprovenPixels = 8'000'000;
-/// As many may be drawn besides the picture's own, and this many more for each byte of the file.
+/// Besides its own a picture may draw as many as are believed, and these for each byte of the file.
 constexpr std::int64_t kMaxLayerPixelsPerByte = 250;
 constexpr std::uint32_t kMaxExtraChannels = 8;
 constexpr std::size_t kMaxProfileBytes = std::size_t{4} << 20;
