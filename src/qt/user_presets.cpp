@@ -78,16 +78,6 @@ void UserPresets::load() {
     }
 }
 
-/// A look that another one of the list may have the name of.
-QJsonValue UserPresets::withFreeName(const QJsonArray& entries, const QJsonValue& added) {
-    QJsonObject entry = added.toObject();
-    const QString before = entry.value(kNameKey).toString();
-    const QString free = freeName(entries, before);
-    entry.insert(kNameKey, free);
-    if (free != before) newNames_.emplace_back(before, free);
-    return entry;
-}
-
 /// All at once: one look may have got the name that another one had.
 void UserPresets::tellNewNames() {
     for (const std::weak_ptr<QString>& each : followed_) {
@@ -121,7 +111,12 @@ void UserPresets::change(const std::function<void(QJsonArray& entries)>& how) {
         if (self->presets_ != before) emit self->changed();
     };
     const auto join = [self = QPointer(this)](const QJsonArray& list, const QJsonValue& added) {
-        return self ? self->withFreeName(list, added) : added;
+        QJsonObject entry = added.toObject();
+        const QString before = entry.value(kNameKey).toString();
+        const QString free = freeName(list, before);
+        entry.insert(kNameKey, free);
+        if (self && free != before) self->newNames_.emplace_back(before, free);
+        return QJsonValue(entry);
     };
     state_.update(kStateName, changeStored, {join, showMerged});
     load();

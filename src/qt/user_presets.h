@@ -67,7 +67,6 @@ class UserPresets final : public QObject {
   private:
     bool isTaken(const QString& name, qsizetype except) const;
     void load();
-    QJsonValue withFreeName(const QJsonArray& entries, const QJsonValue& added);
     void tellNewNames();
     void change(const std::function<void(QJsonArray& entries)>& how);
 

@@ -257,6 +257,22 @@ TEST_F(WindowStateFaults, ALookThatGetsAnotherNameIsFollowedByWhoHoldsItsName) {
     }
 }
 
+TEST_F(WindowStateFaults, ALookGetsAFreeNameAlsoWhenTheListItWasAddedToIsGone) {
+    const ScopedLogCapture log;
+    Weather weather;
+    weather.bad = "write";
+    WindowState state(path, weather);
+    UserPresets(state).add(QStringLiteral("Fog"), {7, 6, 5, 4, 3, 2, 1});
+    {
+        WindowState other(path);
+        UserPresets(other).add(QStringLiteral("Fog"), kSome);
+    }
+    weather.bad.clear();
+    EXPECT_TRUE(state.save());
+    EXPECT_EQ(namesOf(WindowState(path)),
+              (QStringList{QStringLiteral("Old"), QStringLiteral("Fog"), QStringLiteral("Fog 2")}));
+}
+
 TEST_F(WindowStateFaults, WhatWouldBeTooLargeToBeReadAgainIsNotWritten) {
     const ScopedLogCapture log;
     const QByteArray before = bytes();
