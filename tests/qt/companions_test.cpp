@@ -156,14 +156,14 @@ TEST_F(CompanionsTest, UndoLeavesALookOfTheSameNameThatAnotherWindowSaved) {
     start();
     strip().saveCurrent();
     strip().finishTyping();
-    constexpr SettingNumbers theirs{77};
+    constexpr SettingNumbers kTheirs{77};
     {
         UserPresets otherWindow(app->state());
         ASSERT_TRUE(otherWindow.remove(0));
-        otherWindow.add(QStringLiteral("My Look"), theirs);
+        otherWindow.add(QStringLiteral("My Look"), kTheirs);
     }
     app->model().undo();
-    const QList<UserPreset> left{{QStringLiteral("My Look"), theirs}};
+    const QList<UserPreset> left{{QStringLiteral("My Look"), kTheirs}};
     EXPECT_EQ(UserPresets(app->state()).all(), left);
     // The strip has seen it by now; undo is still not its business.
     app->model().redo();
