@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -140,10 +141,10 @@ class Items {
         return weights_[item] = weigh_(item, typeOf(item));
     }
 
-    const std::vector<std::uint32_t>& partsOf(std::uint32_t item) const {
-        static const std::vector<std::uint32_t> kNone;
+    std::span<const std::uint32_t> partsOf(std::uint32_t item) const {
         const auto found = parts_.find(item);
-        return found == parts_.end() ? kNone : found->second;
+        if (found == parts_.end()) return {};
+        return found->second;
     }
 
     /// Empty where it has none.

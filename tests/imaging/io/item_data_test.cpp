@@ -146,8 +146,10 @@ TEST(ItemData, IsNoneInATableThatNobodyKnows) {
     for (const unsigned wrong : {1U, 2U, 3U, 5U, 7U, 9U, 15U}) {
         for (const Widths& widths : {Widths{wrong, 4, 4, 0}, Widths{4, wrong, 4, 0},
                                      Widths{4, 4, wrong, 0}, Widths{4, 4, 4, wrong}}) {
-            const Bytes table = tableOf(1, widths, {{1, {{0, 1}}}});
-            EXPECT_EQ(textOf(ItemData(kFile, table, {}).of(1)), "none") << wrong;
+            for (const unsigned version : {1U, 2U}) {
+                const Bytes table = tableOf(version, widths, {{1, {{0, 1}}}});
+                EXPECT_EQ(textOf(ItemData(kFile, table, {}).of(1)), "none") << wrong;
+            }
         }
     }
     for (const unsigned index : {4U, 8U}) {
