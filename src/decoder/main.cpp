@@ -67,11 +67,8 @@ CellLimits limitsFor(int picture, const DecodeLimits& limits) {
     struct stat status {};
     const bool known = ::fstat(picture, &status) == 0;
     const auto fileBytes = known ? static_cast<std::uint64_t>(status.st_size) : 0;
-    if (needs == io::CodecNeeds::TightBounds) {
-        return limitsForJpegXL(limits, sizeInHead(readerOf(picture)), fileBytes);
-    }
     if (needs == io::CodecNeeds::Bounds) {
-        return limitsForJpeg2000(limits, sizeInHead(readerOf(picture)), fileBytes);
+        return limitsByStatedSize(limits, sizeInHead(readerOf(picture)), fileBytes);
     }
     if (!known) return limitsForItems(limits, std::nullopt, 0, 1);
     return limitsForItems(limits, sizeOfPrimaryItem(readerOf(picture)), fileBytes,

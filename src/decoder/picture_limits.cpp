@@ -3,21 +3,20 @@
 #include <algorithm>
 #include <chrono>
 
-#include "imaging/io/heif_items.h"
 #include "imaging/io/readers.h"
 
 namespace skarnel {
 namespace {
 
 constexpr std::chrono::milliseconds kMostTime{120'000};
-constexpr auto kTrustedPixels = static_cast<std::uint64_t>(io::kMaxUnprovenItemPixels);
+constexpr auto kTrustedPixels = static_cast<std::uint64_t>(io::kMaxDearUnprovenPixels);
 
 /// Pixels that the picture may have; a larger one the reader refuses before it decodes any.
-std::uint64_t possiblePixels(const DecodeLimits& limits, HeadSize stated, std::uint64_t fileBytes,
-                             std::uint64_t unproven) {
+std::uint64_t possiblePixels(const DecodeLimits& limits, HeadSize stated, std::uint64_t fileBytes) {
     const auto pixels =
         static_cast<std::uint64_t>(stated.width) * static_cast<std::uint64_t>(stated.height);
     const auto most = static_cast<std::uint64_t>(limits.maxPixels);
+    const auto unproven = static_cast<std::uint64_t>(io::dearUnprovenPixels(limits));
     return std::min({pixels, most, std::max(unproven, fileBytes * kMaxPixelsPerByte)});
 }
 
@@ -58,35 +57,6 @@ std::chrono::milliseconds processorTimeForItems(std::uint64_t pixels, std::uint6
     return kStart + std::chrono::ceil<std::chrono::milliseconds>(time);
 }
 
-/// By the pixels that the file states, of which so many are `believed` however short it is.
-CellLimits limitsByStatedSize(const DecodeLimits& limits, std::optional<HeadSize> stated,
-                              std::uint64_t fileBytes, std::uint64_t believed) {
-    CellLimits cell = limitsForPictures(limits);
-    constexpr HeadSize kUnknown{2048, 2048};  // as many as are believed of a short file
-    const std::uint64_t pixels =
-        possiblePixels(limits, stated.value_or(kUnknown), fileBytes, believed);
-    constexpr auto kTrusted = static_cast<std::uint64_t>(io::kMaxUnprovenJpegXLPixels);
-    const std::uint64_t trusted = std::min(pixels, kTrusted);
-    // A file need not be as long as it says; ten layers of sixteen bits that nothing packs are.
-    constexpr std::uint64_t kSpareBytes = std::uint64_t{1} << 20U;
-    const std::uint64_t coded = std::min(fileBytes, pixels * 80 + kSpareBytes);
-
-    // Layers of a JPEG XL picture with transparency take a hundred bytes a pixel; their bytes tell
-    // of them. Five components of JPEG 2000 take 24, and up to 50 in blocks of 64 pixels.
-    constexpr std::uint64_t kLibraries = std::uint64_t{64} << 20U;
-    cell.dataBytes = kLibraries + pixels * 56 + coded * 64;
-
-    // Flat colours of JPEG XL without loss take up to 0.18 microseconds a pixel, with the slowest
-    // of encoders 0.35 and a byte for 30 of them; a byte by itself takes 0.17, as in JPEG 2000. On
-    // trust so little more is given that two seconds are not reached; twice as much for further
-    // pixels, which the file's length speaks for.
-    const std::uint64_t microseconds =
-        700'000 + trusted * 26 / 100 + (pixels - trusted) / 2 + coded * 2;
-    cell.processorTime = std::min<std::chrono::milliseconds>(
-        std::chrono::milliseconds(microseconds / 1000), kMostTime);
-    return cell;
-}
-
 }  // namespace
 
 /// Four bytes a pixel for the picture, four for its turned form, and up to sixteen for a codec
@@ -101,9 +71,7 @@ CellLimits limitsForItems(const DecodeLimits& limits, std::optional<HeadSize> st
                           std::uint64_t fileBytes, unsigned processors) {
     CellLimits cell = limitsForPictures(limits);
     cell.threads = CellLimits::Threads::Many;
-    const auto unproven = static_cast<std::uint64_t>(io::unprovenItemPixels(limits));
-    const std::uint64_t pixels =
-        possiblePixels(limits, stated.value_or(HeadSize{1, 1}), fileBytes, unproven);
+    const std::uint64_t pixels = possiblePixels(limits, stated.value_or(HeadSize{1, 1}), fileBytes);
     // A file need not be as long as it says. Samples of sixteen bits, not packed at all, and their
     // transparency have eight bytes a pixel.
     constexpr std::uint64_t kSpareBytes = std::uint64_t{1} << 20U;
@@ -113,17 +81,34 @@ CellLimits limitsForItems(const DecodeLimits& limits, std::optional<HeadSize> st
     return cell;
 }
 
-CellLimits limitsForJpegXL(const DecodeLimits& limits, std::optional<HeadSize> stated,
-                           std::uint64_t fileBytes) {
-    const bool isAsked = limits.maxUnprovenPixels != DecodeLimits{}.maxUnprovenPixels;
-    const std::int64_t believed = isAsked ? limits.maxUnprovenPixels : io::kMaxUnprovenJpegXLPixels;
-    return limitsByStatedSize(limits, stated, fileBytes, static_cast<std::uint64_t>(believed));
-}
+CellLimits limitsByStatedSize(const DecodeLimits& limits, std::optional<HeadSize> stated,
+                              std::uint64_t fileBytes) {
+    CellLimits cell = limitsForPictures(limits);
+    constexpr HeadSize kUnknown{2048, 2048};  // as many as are believed of a short file
+    const std::uint64_t pixels = possiblePixels(limits, stated.value_or(kUnknown), fileBytes);
+    // A file need not be as long as it says; ten layers of sixteen bits that nothing packs are.
+    constexpr std::uint64_t kSpareBytes = std::uint64_t{1} << 20U;
+    const std::uint64_t coded = std::min(fileBytes, pixels * 80 + kSpareBytes);
 
-CellLimits limitsForJpeg2000(const DecodeLimits& limits, std::optional<HeadSize> stated,
-                             std::uint64_t fileBytes) {
-    return limitsByStatedSize(limits, stated, fileBytes,
-                              static_cast<std::uint64_t>(limits.maxUnprovenPixels));
+    // Layers of a JPEG XL picture with transparency take a hundred bytes a pixel; their bytes tell
+    // of them. Five components of JPEG 2000 take 24, and up to 50 in blocks of 64 pixels.
+    constexpr std::uint64_t kLibraries = std::uint64_t{64} << 20U;
+    cell.dataBytes = kLibraries + pixels * 56 + coded * 64;
+
+    // Flat colours of JPEG XL without loss take up to 0.18 microseconds a pixel, with the slowest
+    // of encoders 0.35 and a byte for 30 of them; a byte by itself takes 0.17, as in JPEG 2000. On
+    // trust so little more is given that two seconds are not reached. The file's length speaks for
+    // further pixels, and its bytes for slow processors.
+    using std::chrono::nanoseconds;
+    constexpr std::chrono::milliseconds kStart{700};
+    constexpr Costs kPixelNanoseconds{260, 1000};
+    constexpr Costs kByteNanoseconds{9000, 2000};
+    constexpr std::uint64_t kPixelsPerDearByte = 16;
+    const nanoseconds time(costOf(pixels, kTrustedPixels, kPixelNanoseconds) +
+                           costOf(coded, pixels / kPixelsPerDearByte, kByteNanoseconds));
+    cell.processorTime =
+        std::min(kStart + std::chrono::ceil<std::chrono::milliseconds>(time), kMostTime);
+    return cell;
 }
 
 }  // namespace skarnel

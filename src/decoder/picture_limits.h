@@ -21,14 +21,10 @@ CellLimits limitsForItems(const DecodeLimits& limits, std::optional<HeadSize> st
                           std::uint64_t fileBytes, unsigned processors);
 
 /// For JPEG XL, whose files may hide layers, patches and curves of any size and number that only
-/// their library finds: by the stated size, and one thread. A picture of at most
-/// io::kMaxUnprovenJpegXLPixels in a file of 100 kB has less than two seconds.
-CellLimits limitsForJpegXL(const DecodeLimits& limits, std::optional<HeadSize> stated,
-                           std::uint64_t fileBytes);
-
-/// For JPEG 2000, of which a few bytes may state 65,535 tiles or blocks of 16 pixels, with a
-/// kilobyte or more for each: the same for as many pixels as are believed of any format.
-CellLimits limitsForJpeg2000(const DecodeLimits& limits, std::optional<HeadSize> stated,
-                             std::uint64_t fileBytes);
+/// their library finds, and JPEG 2000, of which a few bytes may state 65,535 tiles or blocks of 16
+/// pixels, with a kilobyte or more for each: by the stated size, and one thread. A picture of at
+/// most io::kMaxDearUnprovenPixels in a file of 20 kB has less than two seconds.
+CellLimits limitsByStatedSize(const DecodeLimits& limits, std::optional<HeadSize> stated,
+                              std::uint64_t fileBytes);
 
 }  // namespace skarnel

@@ -2,10 +2,12 @@
 // library takes kilobytes: refused behind the wall without much memory.
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <utility>
 
 #include "decoder/opened_file.h"
 #include "imaging/io/file_builders.h"
+#include "imaging/io/readers.h"
 
 namespace skarnel {
 namespace {
@@ -41,6 +43,20 @@ TEST_F(Jpeg2000Bomb, OfTensOfThousandsOfTilesIsRefusedAtLittleCost) {
         EXPECT_FALSE(outcome.opened) << side;
         expectLittleWork(outcome);
     }
+}
+
+TEST_F(Jpeg2000Bomb, OfMorePixelsThanAreBelievedIsRefused) {
+    const auto opened = [](std::uint32_t side, std::int64_t believed) {
+        const Bytes file = streamOfTiles(side, side);
+        DecodeLimits limits;
+        limits.fileBytes = file.size();
+        if (believed > 0) limits.maxUnprovenPixels = believed;
+        const auto picture = io::readJpeg2000(file, limits);
+        return picture ? std::nullopt : std::optional(picture.error().code);
+    };
+    EXPECT_EQ(opened(2048, 0), std::nullopt);
+    EXPECT_EQ(opened(2049, 0), ErrorCode::TooLarge);
+    EXPECT_EQ(opened(2049, 5'000'000), std::nullopt) << "who asks for them has them";
 }
 
 TEST_F(Jpeg2000Bomb, IsNoneWithOneTile) {

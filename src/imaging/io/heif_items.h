@@ -7,16 +7,6 @@
 
 namespace skarnel::io {
 
-/// A HEIF or AVIF picture of more pixels must have a byte of its file for every kMaxPixelsPerByte:
-/// its library takes tens of bytes and nanoseconds a pixel before it looks at what is coded.
-inline constexpr std::int64_t kMaxUnprovenItemPixels = 2048 * 2048;
-
-/// That number, unless somebody has asked for another one than the usual.
-inline std::int64_t unprovenItemPixels(const DecodeLimits& limits) {
-    const bool asked = limits.maxUnprovenPixels != DecodeLimits{}.maxUnprovenPixels;
-    return asked ? limits.maxUnprovenPixels : kMaxUnprovenItemPixels;
-}
-
 /// False where the file has several boxes of a kind of which only one can count: which one that is,
 /// readers decide differently.
 bool hasOneMeaning(ByteView file);

@@ -256,7 +256,7 @@ bool loadHeif() {
 
 Result<SourcePicture> readHeif(ByteView bytes, const DecodeLimits& wanted) {
     DecodeLimits limits = wanted;
-    limits.maxUnprovenPixels = unprovenItemPixels(wanted);
+    limits.maxUnprovenPixels = dearUnprovenPixels(wanted);
     if (!loadHeif()) {
         return {ErrorCode::Unsupported,
                 filled("The library for HEIF and AVIF (%1) is not installed", {heifSoname()})};

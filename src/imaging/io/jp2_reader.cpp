@@ -223,7 +223,9 @@ Result<JpImage> decode(ByteView bytes, const DecodeLimits& limits) {
 
 }  // namespace
 
-Result<SourcePicture> readJpeg2000(ByteView bytes, const DecodeLimits& limits) {
+Result<SourcePicture> readJpeg2000(ByteView bytes, const DecodeLimits& wanted) {
+    DecodeLimits limits = wanted;
+    limits.maxUnprovenPixels = dearUnprovenPixels(wanted);
     auto image = decode(bytes, limits);
     if (!image) return image.error();
     const opj_image_t& decoded = **image;

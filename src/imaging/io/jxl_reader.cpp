@@ -141,9 +141,7 @@ class Decoding {
   public:
     explicit Decoding(const DecodeLimits& limits)
         : limits_(limits), decoder_(api()->create(nullptr)) {
-        if (limits.maxUnprovenPixels == DecodeLimits{}.maxUnprovenPixels) {
-            limits_.maxUnprovenPixels = kMaxUnprovenJpegXLPixels;
-        }
+        limits_.maxUnprovenPixels = dearUnprovenPixels(limits);
     }
 
     Result<SourcePicture> run(ByteView bytes) {

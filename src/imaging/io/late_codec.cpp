@@ -79,7 +79,7 @@ CodecNeeds prepareToDecode(ByteView firstBytes, Rest rest) {
 #ifdef SKARNEL_HAVE_JXL
     if (type->identifier == kUTTypeJPEGXL) {
         loadJpegXL();
-        return CodecNeeds::TightBounds;
+        return CodecNeeds::Bounds;
     }
 #endif
 #ifdef SKARNEL_HAVE_HEIF

@@ -12,10 +12,9 @@
 
 namespace skarnel::io {
 
-/// What decoding a file needs for the decoder's cell: threads of the codec's own, or bounds by the
-/// picture's size since the codec has none, tight ones where a short file is believed few pixels.
-/// Those of Threads are bounded, too.
-enum class CodecNeeds { Nothing, Threads, Bounds, TightBounds };
+/// What decoding a file needs for the decoder's cell: bounds by the picture's size, since the codec
+/// has none of its own, or these and threads of the codec's.
+enum class CodecNeeds { Nothing, Bounds, Threads };
 
 /// Whether the rest of a file may name colours or a camera's facts, for which there are libraries.
 enum class Rest { Unknown, HasNeither };

@@ -89,10 +89,16 @@ Result<SourcePicture> readGif(ByteView bytes, const DecodeLimits& limits);
 Result<SourcePicture> readJpegXL(ByteView bytes, const DecodeLimits& limits);
 Result<SourcePicture> readHeif(ByteView bytes, const DecodeLimits& limits);
 
-/// A JPEG XL picture of more pixels must have a byte of its file for every kMaxPixelsPerByte,
-/// unless the user has said how many are to be believed: its library takes up to 200 nanoseconds
-/// and twenty bytes for each, and nothing in the file tells what it hides.
-inline constexpr std::int64_t kMaxUnprovenJpegXLPixels = 4'194'304;
+/// A HEIF, AVIF, JPEG XL or JPEG 2000 picture of more pixels must have a byte of its file for every
+/// kMaxPixelsPerByte: their libraries take tens of bytes and up to 200 nanoseconds for each before
+/// they look at what is coded.
+inline constexpr std::int64_t kMaxDearUnprovenPixels = 2048 * 2048;
+
+/// That number, unless somebody has asked for another one than the usual.
+inline std::int64_t dearUnprovenPixels(const DecodeLimits& limits) {
+    const bool asked = limits.maxUnprovenPixels != DecodeLimits{}.maxUnprovenPixels;
+    return asked ? limits.maxUnprovenPixels : kMaxDearUnprovenPixels;
+}
 
 /// An Error when a size is below 1, a side is above what 32-bit rows can hold, or the area is
 /// above the limit (`formatPixels` is a format's own lower one) or not to be believed of a file
