@@ -85,15 +85,24 @@ CellLimits limitsByStatedSize(const DecodeLimits& limits, std::optional<HeadSize
                               std::uint64_t fileBytes) {
     CellLimits cell = limitsForPictures(limits);
     constexpr HeadSize kUnknown{2048, 2048};  // as many as are believed of a short file
-    const std::uint64_t pixels = possiblePixels(limits, stated.value_or(kUnknown), fileBytes);
+    std::uint64_t pixels = possiblePixels(limits, stated.value_or(kUnknown), fileBytes);
+    // Who asks for so many has them, whatever the file says: a small picture may have large layers.
+    const bool isAsked = limits.maxUnprovenPixels != DecodeLimits{}.maxUnprovenPixels;
+    const auto asked =
+        static_cast<std::uint64_t>(std::min(limits.maxUnprovenPixels, limits.maxPixels));
+    if (isAsked) pixels = std::max(pixels, asked);
     // A file need not be as long as it says; ten layers of sixteen bits that nothing packs are.
     constexpr std::uint64_t kSpareBytes = std::uint64_t{1} << 20U;
     const std::uint64_t coded = std::min(fileBytes, pixels * 80 + kSpareBytes);
 
+    // A picture of layers may be small. Below 300 MB and two seconds there is nothing to save.
+    constexpr std::uint64_t kLeastBytes = std::uint64_t{256} << 20U;
+    constexpr std::chrono::milliseconds kLeastTime{1750};
+
     // Layers of a JPEG XL picture with transparency take a hundred bytes a pixel; their bytes tell
     // of them. Five components of JPEG 2000 take 24, and up to 50 in blocks of 64 pixels.
     constexpr std::uint64_t kLibraries = std::uint64_t{64} << 20U;
-    cell.dataBytes = kLibraries + pixels * 56 + coded * 64;
+    cell.dataBytes = std::max(kLeastBytes, kLibraries + pixels * 56) + coded * 64;
 
     // Flat colours of JPEG XL without loss take up to 0.18 microseconds a pixel, with the slowest
     // of encoders 0.35 and a byte for 30 of them; a byte by itself takes 0.17, as in JPEG 2000. On
@@ -106,8 +115,8 @@ CellLimits limitsByStatedSize(const DecodeLimits& limits, std::optional<HeadSize
     constexpr std::uint64_t kPixelsPerDearByte = 16;
     const nanoseconds time(costOf(pixels, kTrustedPixels, kPixelNanoseconds) +
                            costOf(coded, pixels / kPixelsPerDearByte, kByteNanoseconds));
-    cell.processorTime =
-        std::min(kStart + std::chrono::ceil<std::chrono::milliseconds>(time), kMostTime);
+    cell.processorTime = std::clamp(kStart + std::chrono::ceil<std::chrono::milliseconds>(time),
+                                    kLeastTime, kMostTime);
     return cell;
 }
 

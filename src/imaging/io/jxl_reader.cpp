@@ -18,8 +18,9 @@ namespace {
 
 /// libjxl keeps every channel of the whole picture in 32-bit numbers, some of them twice.
 constexpr std::int64_t kMaxPixels = 100'000'000;
-/// Besides its own a picture may draw as many as are believed, and these for each byte of the file.
-constexpr std::int64_t kMaxLayerPixelsPerByte = 250;
+/// Besides its own a picture may draw as many as are believed, and these for each byte of the file:
+/// not more than the decoder's cell has time for.
+constexpr std::int64_t kMaxLayerPixelsPerByte = 60;
 constexpr std::uint32_t kMaxExtraChannels = 8;
 constexpr std::size_t kMaxProfileBytes = std::size_t{4} << 20;
 constexpr std::size_t kMaxExifBytes = std::size_t{1} << 20;
@@ -130,7 +131,8 @@ std::optional<Error> boundLayers(JxlDecoder* decoder, ByteView bytes, const Deco
         work += workOf(areaOf(layer.layer_info.xsize, layer.layer_info.ysize), picture);
         if (work > most) {
             return Error{ErrorCode::TooLarge,
-                         "The layers of the JPEG XL picture are too large for so short a file"};
+                         "The layers of the JPEG XL picture are too large for so short a file "
+                         "(skarnel-render --max-pixels allows them)"};
         }
         if (layer.is_last != 0 || layer.duration != 0) return std::nullopt;
     }

@@ -112,7 +112,7 @@ TEST_F(LateCodecFailures, AJpegXLLibraryThatFailsIsAnErrorOfItsOwnKind) {
     }
 }
 
-// 4,194,304 pixels and 250 for each of the file's bytes, here the events, beside the picture's
+// 4,194,304 pixels and 60 for each of the file's bytes, here the events, beside the picture's
 // own two. Each layer costs a quarter of the picture besides; one of the picture's size is free.
 TEST_F(LateCodecFailures, LayersOfAJpegXLAreCountedUntilTheFirstPictureIsShown) {
     struct Row {
@@ -121,12 +121,12 @@ TEST_F(LateCodecFailures, LayersOfAJpegXLAreCountedUntilTheFirstPictureIsShown) 
         bool opens;
     };
     for (const Row& row : {
-             Row{"layer-width=4195806", "ilcofs", true},
-             Row{"layer-width=4195807", "ilcofs", false},
-             Row{"layer-width=2098028", "illcofs", true},
-             Row{"layer-width=2098029", "illcofs", false},
-             Row{"layer-width=2098029 animated", "illcofs", true},
-             Row{"layer-width=2098029 last", "illcofs", true},
+             Row{"layer-width=4194666", "ilcofs", true},
+             Row{"layer-width=4194667", "ilcofs", false},
+             Row{"layer-width=2097363", "illcofs", true},
+             Row{"layer-width=2097364", "illcofs", false},
+             Row{"layer-width=2097364 animated", "illcofs", true},
+             Row{"layer-width=2097364 last", "illcofs", true},
              Row{"layer-width=4294967295 layer-height=4294967295", "ilcofs", false},
              // 875,000 a layer, of which 4,375,000 are free.
              Row{"layer-width=0 width=3500 height=1000", "illlllllllcofs", true},
