@@ -40,12 +40,6 @@ QJsonObject jsonOf(const UserPreset& preset) {
     return json;
 }
 
-/// Looks of one name are two looks where another window has removed the one and saved the other.
-bool isStill(const UserPreset& preset, const QJsonValue& entry) {
-    const auto stored = presetOf(entry.toObject());
-    return stored && stored->settings == preset.settings;
-}
-
 /// The first entry that is a look of that name; -1 when there is none.
 qsizetype indexOf(const QJsonArray& entries, const QString& name) {
     for (qsizetype i = 0; i < entries.size(); ++i) {
@@ -53,6 +47,15 @@ qsizetype indexOf(const QJsonArray& entries, const QString& name) {
         if (preset && preset->name.compare(name, Qt::CaseInsensitive) == 0) return i;
     }
     return -1;
+}
+
+/// The place of that look, which may be called otherwise by now; -1 when another window has removed
+/// it, even if it has saved other numbers under that name: looks of one name are two looks then.
+qsizetype indexOf(const QJsonArray& entries, const QString& name, const SettingNumbers& settings) {
+    const qsizetype at = indexOf(entries, name);
+    if (at < 0) return -1;
+    const auto stored = presetOf(entries[at].toObject());
+    return stored->settings == settings ? at : -1;
 }
 
 /// The name, with a number behind it where it is taken.
@@ -147,8 +150,8 @@ bool UserPresets::rename(qsizetype index, const QString& name) {
     const auto called = std::make_shared<QString>(preset.name);
     follow(called);
     change([&](QJsonArray& entries) {
-        const qsizetype at = indexOf(entries, *called);
-        if (at < 0 || !isStill(preset, entries[at])) return;  // another window has removed it
+        const qsizetype at = indexOf(entries, *called, preset.settings);
+        if (at < 0) return;
         QJsonObject entry = entries[at].toObject();
         entry.insert(kNameKey, wanted);
         entries[at] = entry;
@@ -163,9 +166,8 @@ std::optional<RemovedPreset> UserPresets::remove(qsizetype index) {
     follow(name);
     std::optional<RemovedPreset> removed;
     change([&](QJsonArray& entries) {
-        const qsizetype at = indexOf(entries, *name);
-        if (at >= 0 && isStill(preset, entries[at]))
-            removed = RemovedPreset{entries.takeAt(at).toObject(), at};
+        const qsizetype at = indexOf(entries, *name, preset.settings);
+        if (at >= 0) removed = RemovedPreset{entries.takeAt(at).toObject(), at};
     });
     return removed;
 }

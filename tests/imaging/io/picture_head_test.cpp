@@ -317,6 +317,9 @@ TEST(PictureHead, OfJpegXLIsFoundInItsBoxesWholeOrInParts) {
     cut.insert(cut.end(), 16, 0xFF);
     EXPECT_EQ(headOf(cut), (HeadSize{1, 1}));
     EXPECT_FALSE(headOf(file("jxlp", ByteSink(true).u32(0).bytes)));
+    Bytes half = file("jxlc", Bytes{0xFF});  // the second byte of its mark is behind it
+    half.insert(half.end(), stream.begin() + 1, stream.end());
+    EXPECT_FALSE(headOf(half));
 }
 
 TEST(PictureHead, OfALossyWebPThatIsCutIsNone) {
