@@ -6,9 +6,10 @@
 
 namespace skarnel {
 
-/// Writes all bytes. A file that is not there yet is created exclusively, never through a link,
-/// with permissions for the user alone; one that is there is written over in place and keeps its
-/// permissions. The message of an error is the cause alone.
+/// Writes all bytes, never through a link: to a file of another name beside it, which then takes
+/// the place of `path` in one step. On failure what was there stays and nothing is left beside it.
+/// A file that was not there has permissions for the user alone; one that was keeps its own. The
+/// message of an error is the cause alone.
 Result<void> writePrivateFile(const std::string& path, ByteView bytes, FileSystem& fileSystem);
 
 /// For the temporary files of text imaging: nothing is flushed to the disk. What is to be written

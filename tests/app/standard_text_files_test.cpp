@@ -5,8 +5,13 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
+
 #include "platform/attributed_text.h"
+#include "storage/every_fault.h"
+#include "storage/left_overs.h"
 #include "storage/temporary_folder.h"
+#include "util/log/system_error.h"
 #include "util/log/system_log.h"
 
 namespace skarnel {
@@ -29,7 +34,7 @@ TEST(StandardTextFiles, ANewFileIsForTheUserAloneWhateverTheMask) {
     EXPECT_EQ(test::fileText(folder / "a.html"), "caf\xC3\xA9");
 }
 
-TEST(StandardTextFiles, AFileThatIsThereIsWrittenOverInPlaceAndKeepsItsPermissions) {
+TEST(StandardTextFiles, AFileThatIsThereIsReplacedAndKeepsItsPermissions) {
     const test::TemporaryFolder folder;
     test::putFile(folder / "a", "12345");
     ASSERT_EQ(::chmod((folder / "a").c_str(), 0640), 0);
@@ -67,54 +72,11 @@ TEST(StandardTextFiles, ATextThatTheEncodingCannotHoldIsAnErrorAndLeavesNoFile) 
     EXPECT_TRUE(folder.names().empty());
 }
 
-/// The operating system with one call that fails.
-class FailingWrites final : public FileSystem {
-  public:
-    int open(const char* path, int flags, mode_t mode) override {
-        return real().open(path, flags, mode);
-    }
-    int close(int descriptor) override {
-        const int result = real().close(descriptor);
-        return closeError != 0 ? -closeError : result;
-    }
-    ssize_t read(int d, void* bytes, std::size_t n) override { return real().read(d, bytes, n); }
-    ssize_t write(int d, const void* bytes, std::size_t n) override {
-        return writeError != 0 ? -writeError : real().write(d, bytes, n);
-    }
-    int fsync(int d) override { return real().fsync(d); }
-    int fstat(int d, struct stat& s) override { return real().fstat(d, s); }
-    int fchmod(int d, mode_t m) override { return real().fchmod(d, m); }
-    int fchown(int d, uid_t u, gid_t g) override { return real().fchown(d, u, g); }
-    int flock(int d, int o) override { return real().flock(d, o); }
-    int setBlocking(int d) override { return real().setBlocking(d); }
-    int stat(const char* p, struct stat& s) override { return real().stat(p, s); }
-    int lstat(const char* p, struct stat& s) override { return real().lstat(p, s); }
-    int canWrite(const char* p) override { return real().canWrite(p); }
-    int readlink(const char* p, std::string& t) override { return real().readlink(p, t); }
-    int list(const char* f, std::vector<std::string>& n) override { return real().list(f, n); }
-    int mkdir(const char* p, mode_t m) override { return real().mkdir(p, m); }
-    int link(const char* a, const char* b) override { return real().link(a, b); }
-    int unlink(const char* p) override { return real().unlink(p); }
-    int rename(const char* a, const char* b) override { return real().rename(a, b); }
-    int renameNoReplace(const char* a, const char* b) override {
-        return real().renameNoReplace(a, b);
-    }
-    mode_t umask() override { return real().umask(); }
-    void pause(std::chrono::milliseconds time) override { real().pause(time); }
-
-    int writeError = 0;
-    int closeError = 0;
-
-  private:
-    static FileSystem& real() { return systemFileSystem(); }
-};
-
 TEST(StandardTextFiles, AFailedWriteLeavesNoNewFileBehind) {
     const test::TemporaryFolder folder;
     const ScopedLogCapture log;
     for (const bool inWrite : {true, false}) {
-        FailingWrites failing;
-        (inWrite ? failing.writeError : failing.closeError) = ENOSPC;
+        test::RefusingFileSystem failing({{inWrite ? "write" : "close", ENOSPC}});
         const TextWriteOutcome outcome = StandardTextFiles(failing).writeStringToFile(
             u"a", folder / "a", Atomically::No, kEncodingUTF8);
         EXPECT_FALSE(outcome.written);
@@ -122,6 +84,66 @@ TEST(StandardTextFiles, AFailedWriteLeavesNoNewFileBehind) {
         EXPECT_EQ(outcome.error->message, "No space left on device");
         EXPECT_TRUE(folder.names().empty());
     }
+}
+
+const std::string kUntrimmed(5000, 'u');
+const std::string kTrimmed(3000, 't');
+
+/// The file as it was or as it shall be, whatever fails, and nothing beside it after a cleaning.
+void failEveryCall(const std::string& before) {
+    const auto write = [](const std::string& path, FileSystem& fileSystem) {
+        return StandardTextFiles(fileSystem)
+            .writeDataToFile(test::bytesOf(kTrimmed), path, Atomically::No);
+    };
+    const int calls = test::callsOf([&](FileSystem& healthy) {
+        const test::TemporaryFolder folder;
+        if (!before.empty()) test::putFile(folder / "page.tif", before);
+        EXPECT_TRUE(write(folder / "page.tif", healthy));
+    });
+    ASSERT_GE(calls, 6);  // look, open, lock, write, close, rename
+    test::forEachFault(calls, [&](const test::Fault& fault) {
+        const test::TemporaryFolder folder;
+        const std::string path = folder / "page.tif";
+        if (!before.empty()) test::putFile(path, before);
+        const ScopedLogCapture log;
+        test::FaultyFileSystem faulty(fault.call, fault.error, fault.repeat);
+        const bool written = write(path, faulty);
+        const std::string old = before.empty() ? "(none)" : before;
+        EXPECT_EQ(test::fileText(path), written ? kTrimmed : old);
+        if (!written) {
+            const int cause = fault.error > 0 ? fault.error : ENOSPC;
+            EXPECT_EQ(log.text(), "Couldn't write " + path + ": " + describeError(cause) + "\n");
+        }
+        removeLeftOvers(folder.path());
+        EXPECT_EQ(folder.names().size(), written || !before.empty() ? 1U : 0U);
+    });
+}
+
+TEST(StandardTextFiles, WhicheverCallFailsAFileThatIsThereIsWhole) {
+    failEveryCall(kUntrimmed);
+}
+
+TEST(StandardTextFiles, WhicheverCallFailsANewFileIsWholeOrNotThere) {
+    failEveryCall("");
+}
+
+TEST(StandardTextFiles, OnAFileSystemWithoutLocksOrSomebodyElsesLockTheFileIsWritten) {
+    const test::TemporaryFolder folder;
+    for (const int error : {ENOLCK, EWOULDBLOCK}) {
+        test::RefusingFileSystem noLocks({{"flock", error}});
+        EXPECT_TRUE(
+            StandardTextFiles(noLocks).writeDataToFile(Bytes{'4'}, folder / "a", Atomically::No));
+    }
+}
+
+TEST(StandardTextFiles, AFolderInPlaceOfTheFileStays) {
+    const test::TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "a");
+    const ScopedLogCapture log;
+    EXPECT_FALSE(StandardTextFiles().writeDataToFile(Bytes{'4'}, folder / "a", Atomically::No));
+    EXPECT_NE(log.text().find("It is not an ordinary file"), std::string::npos);
+    EXPECT_TRUE(std::filesystem::is_directory(folder / "a"));
+    EXPECT_EQ(folder.names().size(), 1U);
 }
 
 TEST(StandardTextFiles, AtomicWritesReplaceTheFile) {

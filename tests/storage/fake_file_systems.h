@@ -113,11 +113,18 @@ class InterceptedFileSystem : public FileSystem {
 
 enum class Repeat { Once, FromThenOn };
 
-/// Fails the call of a given number (from 0), and with FromThenOn all later ones too.
+/// In place of an error number: a write takes half of its bytes. Other calls do their work.
+inline constexpr int kShortWrite = -1;
+/// The same, and then there is no space for the rest, as on a disk that fills up.
+inline constexpr int kShortWriteThenNoSpace = -2;
+
+/// Fails the call of a given number (from 0), and with FromThenOn all later ones too. The calls of
+/// `lacking` are refused always, each with its own error, as a file system without them does.
 class FaultyFileSystem final : public InterceptedFileSystem {
   public:
-    FaultyFileSystem(int failingCall, int error, Repeat repeat)
-        : failingCall_(failingCall), error_(error), repeat_(repeat) {}
+    FaultyFileSystem(int failingCall, int error, Repeat repeat,
+                     std::map<std::string, int> lacking = {})
+        : failingCall_(failingCall), error_(error), repeat_(repeat), lacking_(std::move(lacking)) {}
 
     const std::vector<std::string>& calls() const { return calls_; }
 
@@ -125,15 +132,27 @@ class FaultyFileSystem final : public InterceptedFileSystem {
     int before(const std::string& call, const std::string&) override {
         const int number = static_cast<int>(calls_.size());
         calls_.push_back(call);
-        const bool fails =
+        const bool isChosen =
             repeat_ == Repeat::Once ? number == failingCall_ : number >= failingCall_;
-        return failingCall_ >= 0 && fails ? -error_ : 0;
+        fails_ = failingCall_ >= 0 && isChosen;
+        if (error_ == kShortWriteThenNoSpace && call == "write" && halved_) return -ENOSPC;
+        if (fails_ && error_ > 0) return -error_;
+        const auto lacks = lacking_.find(call);
+        return lacks == lacking_.end() ? 0 : -lacks->second;
+    }
+    std::size_t writable(std::size_t count) override {
+        if (!fails_) return count;
+        halved_ = true;
+        return (count + 1) / 2;
     }
 
     int failingCall_;
     int error_;
     Repeat repeat_;
+    std::map<std::string, int> lacking_;
     std::vector<std::string> calls_;
+    bool fails_ = false;   // the call that is being made
+    bool halved_ = false;  // a write
 };
 
 /// Fails every call of one name.
