@@ -52,7 +52,8 @@ Result<int> sendNextRows(io::UprightPicture& picture, io::RowRing* ring) {
 }
 
 /// What ends the answer well; an Error to be sent instead, or false inside when sending failed.
-Result<bool> sendPicture(io::UprightPicture& picture, io::RowRing* ring) {
+Result<bool> sendPicture(io::UprightPicture& picture, io::RowRing* ring,
+                         WasRefusedMemory wasRefused) {
     const int height = picture.height();
     if (!send(RecordKind::Picture, static_cast<std::size_t>(picture.width()),
               static_cast<std::size_t>(height))) {
@@ -67,13 +68,15 @@ Result<bool> sendPicture(io::UprightPicture& picture, io::RowRing* ring) {
     const auto properties = picture.finish();
     if (!properties) return properties.error();
     const Bytes text = io::packProperties(picture.type(), *properties);
+    if (wasRefused != nullptr && wasRefused()) return {ErrorCode::OutOfMemory, io::kNoMemory};
     return send(RecordKind::Done, text.size(), 0, text.data(), text.size());
 }
 
-Result<bool> decodeAndSend(ByteView bytes, const DecodeLimits& limits, io::RowRing* ring) try {
+Result<bool> decodeAndSend(ByteView bytes, const DecodeLimits& limits, io::RowRing* ring,
+                           WasRefusedMemory wasRefused) try {
     auto picture = io::openUpright(bytes, limits);
     if (!picture) return picture.error();
-    return sendPicture(*picture, ring);
+    return sendPicture(*picture, ring, wasRefused);
 } catch (const std::bad_alloc&) {
     return {ErrorCode::OutOfMemory, io::kNoMemory};
 } catch (const std::length_error&) {
@@ -92,8 +95,9 @@ bool sendEncoded(ByteView file) {
                 file.size());
 }
 
-bool decodeIntoAnswer(ByteView bytes, const DecodeLimits& limits, io::RowRing* ring) {
-    const auto sent = decodeAndSend(bytes, limits, ring);
+bool decodeIntoAnswer(ByteView bytes, const DecodeLimits& limits, io::RowRing* ring,
+                      WasRefusedMemory wasRefused) {
+    const auto sent = decodeAndSend(bytes, limits, ring, wasRefused);
     return sent ? *sent : sendError(sent.error());
 }
 

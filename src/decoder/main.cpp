@@ -1,6 +1,6 @@
 // skarnel-decode encode,PIXELS,TYPE: see encode_job.h.
-// skarnel-decode MAXPIXELS,MAXUNPROVENPIXELS: decodes the picture on descriptor 3 into the pipe on
-// descriptor 4, locked into a cell. Started by the programs, of no use by itself.
+// skarnel-decode MAXPIXELS[,MAXUNPROVENPIXELS]: decodes the picture on descriptor 3 into the pipe
+// on descriptor 4, locked into a cell. Started by the programs, of no use by itself.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,6 +19,7 @@
 #include "decoder/answer.h"
 #include "decoder/cell.h"
 #include "decoder/encode_job.h"
+#include "decoder/memory_watch.h"
 #include "decoder/picture_limits.h"
 #include "imaging/io/decoder_protocol.h"
 #include "imaging/io/encoder_protocol.h"
@@ -63,10 +64,12 @@ ReadAt readerOf(int picture) {
 
 CellLimits limitsFor(int picture, const DecodeLimits& limits) {
     const io::CodecNeeds needs = needsOf(picture);
-    if (needs == io::CodecNeeds::Nothing) return limitsForPictures(limits);
     struct stat status {};
     const bool known = ::fstat(picture, &status) == 0;
     const auto fileBytes = known ? static_cast<std::uint64_t>(status.st_size) : 0;
+    if (needs == io::CodecNeeds::Nothing) {
+        return limitsForPictures(limits, sizeInHead(readerOf(picture)), fileBytes);
+    }
     if (needs == io::CodecNeeds::Bounds) {
         return limitsByStatedSize(limits, sizeInHead(readerOf(picture)), fileBytes);
     }
@@ -87,8 +90,9 @@ int decode(const DecodeLimits& limits) {
         return io::kNoWallsStatus;
     }
     const auto bytes = file.read();
-    const bool sent = bytes ? decodeIntoAnswer(*bytes, limits, ring ? &*ring : nullptr)
-                            : sendError(bytes.error());
+    const bool sent =
+        bytes ? decodeIntoAnswer(*bytes, limits, ring ? &*ring : nullptr, wasRefusedMemory)
+              : sendError(bytes.error());
     return sent ? 0 : 1;
 }
 
@@ -103,7 +107,9 @@ std::optional<std::int64_t> takePixels(std::string_view& text) {
 
 std::optional<DecodeLimits> parseLimits(std::string_view text) {
     const auto maxPixels = takePixels(text);
-    if (!maxPixels || !text.starts_with(',')) return std::nullopt;
+    if (!maxPixels) return std::nullopt;
+    if (text.empty()) return DecodeLimits{*maxPixels};
+    if (!text.starts_with(',')) return std::nullopt;
     text.remove_prefix(1);
     const auto maxUnproven = takePixels(text);
     if (!maxUnproven || !text.empty()) return std::nullopt;

@@ -10,13 +10,16 @@
 
 namespace skarnel {
 
-/// For any format: its reader bounds itself, these are far above.
-CellLimits limitsForPictures(const DecodeLimits& limits);
+/// For formats whose readers bound themselves: a second wall, several times what an honest picture
+/// takes. `stated` is the size in the file's head, none where that cannot be found. A small picture
+/// in a file of 100 kB has less than two seconds and 300 MB.
+CellLimits limitsForPictures(const DecodeLimits& limits, std::optional<HeadSize> stated,
+                             std::uint64_t fileBytes);
 
 /// For HEIF and AVIF, where the files' parts may state other sizes than the picture, or be made of
 /// each other without end, and only their library knows: not much more than an honest picture
-/// takes. `stated` is what the file says of its picture, none where that cannot be found;
-/// `processors` is how many threads a codec may start, at least 1.
+/// takes. `stated` is what the file says of its picture; `processors` is how many threads a codec
+/// may start, at least 1.
 CellLimits limitsForItems(const DecodeLimits& limits, std::optional<HeadSize> stated,
                           std::uint64_t fileBytes, unsigned processors);
 

@@ -22,7 +22,8 @@ int decode(long order, const DecodeLimits& limits) {
     const auto refusal =
         (order - 1) % 2 == 0 ? testing::Refusal::Once : testing::Refusal::FromThenOn;
     testing::refuseMemory(order == 0 ? -1 : (order - 1) / 2, refusal);
-    if (order != 0) return decodeIntoAnswer(*bytes, limits) ? 0 : 1;
+    if (order != 0)
+        return decodeIntoAnswer(*bytes, limits, nullptr, testing::wasRefusedMemory) ? 0 : 1;
     static_cast<void>(decodeImage(*bytes, limits));
     const long requests = testing::allowMemory();
     return sendError({ErrorCode::Failed, std::to_string(requests)}) ? 0 : 1;

@@ -104,15 +104,81 @@ TEST(PictureLimits, DoNotGrowWithPixelsThatAreRefused) {
               limitsForItems(some, HeadSize{1000, 1000}, 10, 1).dataBytes);
 }
 
-TEST(PictureLimits, OfOtherFormatsAreTheMostThatAnyTakes) {
-    const CellLimits limits = limitsForPictures({1'000'000});
-    EXPECT_EQ(limits.memoryBytes, 1024 * kMegabyte + 24'000'000);
-    EXPECT_EQ(limits.dataBytes, UINT64_MAX);
+TEST(PictureLimits, OfOtherFormatsAreBelowTheGoalsForASmallPictureInFewBytes) {
+    // 1,700 + 40,000 * 0.0002 + 100,000 * 0.002 milliseconds.
+    const CellLimits limits = limitsForPictures({}, HeadSize{200, 200}, 100'000);
+    EXPECT_EQ(limits.processorTime, std::chrono::milliseconds(1700 + 8 + 200));
+    EXPECT_EQ(limits.dataBytes, 270 * kMegabyte + 40'000 * 48 + 400'000);
     EXPECT_EQ(limits.threads, CellLimits::Threads::One);
-    EXPECT_EQ(limits.processorTime, std::chrono::seconds(120));
-    // Nor may one of items take longer.
-    EXPECT_EQ(limitsForItems({}, HeadSize{20000, 20000}, 400'000'000, 1).processorTime,
-              std::chrono::seconds(120));
+    EXPECT_EQ(limitsForPictures({1'000'000}, HeadSize{200, 200}, 1).memoryBytes,
+              1024 * kMegabyte + 24'000'000);
+}
+
+TEST(PictureLimits, OfOtherFormatsGrowWithWhatIsStatedAsFarAsItIsBelieved) {
+    const auto ofPixels = [](std::uint64_t pixels, std::uint64_t fileBytes) {
+        return 270 * kMegabyte + pixels * 48 + fileBytes * 4;
+    };
+    EXPECT_EQ(limitsForPictures({}, HeadSize{8000, 8000}, 500).dataBytes,
+              ofPixels(64'000'000, 500));
+    EXPECT_EQ(limitsForPictures({}, HeadSize{20000, 20000}, 500).dataBytes,
+              ofPixels(64'000'000, 500));
+    EXPECT_EQ(limitsForPictures({}, HeadSize{10000, 8000}, 40'000).dataBytes,
+              ofPixels(80'000'000, 40'000))
+        << "2,000 pixels a byte";
+    EXPECT_EQ(limitsForPictures({90'000'000, 70'000'000}, HeadSize{20000, 20000}, 500).dataBytes,
+              ofPixels(70'000'000, 500))
+        << "asked for";
+    // The file may be longer than its picture: 80 bytes a pixel, and a megabyte.
+    EXPECT_EQ(limitsForPictures({}, HeadSize{1000, 1000}, 400'000'000).dataBytes,
+              ofPixels(1'000'000, 80'000'000 + kMegabyte));
+}
+
+TEST(PictureLimits, OfAnUnusualHeadGoByTheFilesLength) {
+    const auto timeOf = [](std::optional<HeadSize> stated, std::uint64_t fileBytes) {
+        return limitsForPictures({}, stated, fileBytes).processorTime;
+    };
+    EXPECT_EQ(timeOf(std::nullopt, 10'000), timeOf(HeadSize{400, 400}, 10'000));
+    EXPECT_EQ(timeOf(std::nullopt, UINT64_MAX), std::chrono::seconds(120));
+    EXPECT_EQ(limitsForPictures({1'000'000}, std::nullopt, UINT64_MAX).dataBytes,
+              270 * kMegabyte + 48'000'000 + (80'000'000 + kMegabyte) * 4);
+}
+
+// Measured with the processor of the other rows; nothing that is opened comes near.
+TEST(PictureLimits, OfOtherFormatsAreSeveralTimesWhatHonestPicturesTake) {
+    struct Row {
+        const char* what;
+        HeadSize size;
+        std::uint64_t fileBytes;
+        int milliseconds;
+        std::uint64_t megabytes;
+    };
+    constexpr HeadSize kMany{7900, 7900};
+    for (const Row& row : {
+             Row{"PNG, 8 bits", {8000, 6250}, 68'290'284, 1364, 68},
+             Row{"PNG, one colour, 16 bits with alpha", kMany, 506'612, 1412, 12},
+             Row{"the same, interlaced", kMany, 521'316, 2177, 243},
+             Row{"PNG of one pixel a row", {1, 60'000'000}, 233'390, 2674, 13},
+             Row{"PNG of three", {3, 20'000'000}, 1'212'917, 1365, 11},
+             Row{"JPEG of one colour, progressive", kMany, 366'982, 347, 182},
+             Row{"JPEG of inks with a profile", {2000, 1500}, 5'822'644, 303, 12},
+             Row{"TIFF of inks with a profile", {2000, 1500}, 10'510'498, 291, 29},
+             Row{"TIFF of floats", {2000, 1500}, 18'826'710, 158, 36},
+             Row{"WebP, nothing lost", {2000, 1500}, 7'333'094, 69, 34},
+             Row{"Photoshop", {2000, 1500}, 17'242'784, 56, 23},
+         }) {
+        const CellLimits limits = limitsForPictures({}, row.size, row.fileBytes);
+        EXPECT_GT(limits.processorTime, std::chrono::milliseconds(5 * row.milliseconds))
+            << row.what;
+        EXPECT_GT(limits.dataBytes, row.megabytes * kMegabyte * 3 / 2) << row.what;
+    }
+}
+
+TEST(PictureLimits, NoneMayTakeLongerThanTwoMinutes) {
+    const HeadSize vast{20000, 20000};
+    for (const CellLimits& limits :
+         {limitsForItems({}, vast, 400'000'000, 1), limitsForPictures({}, vast, 400'000'000)}) {
+        EXPECT_EQ(limits.processorTime, std::chrono::seconds(120));
+    }
 }
 
 // Their files may hide anything, of which the goals are 2 seconds and 300 MB.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "decoder/opened_file.h"
+#include "imaging/io/file_builders.h"
 #include "imaging/io/pictures.h"
 
 namespace skarnel {
@@ -44,6 +45,35 @@ INSTANTIATE_TEST_SUITE_P(Formats, SparseFile,
                              return std::string(
                                  imageTypeWithIdentifier(row.param)->preferredExtension);
                          });
+
+/// One pixel of grey, and tags that nobody knows with 60 million bytes each behind all others.
+Bytes tiffOfLongTags(std::uint16_t tags) {
+    ByteSink out(false);
+    out.text("II").u16(42).u32(10).u8(5).u8(0).u16(std::uint64_t{9} + tags);
+    const auto entry = [&out](std::uint16_t tag, std::uint16_t type, std::uint32_t count,
+                              std::uint32_t value) {
+        out.u16(tag).u16(type).u32(count).u32(value);
+    };
+    constexpr std::uint16_t kByte = 1, kShort = 3, kLong = 4;
+    for (const std::uint16_t tag : {256, 257}) entry(tag, kShort, 1, 1);
+    entry(258, kShort, 1, 8);
+    for (const std::uint16_t tag : {259, 262}) entry(tag, kShort, 1, 1);
+    entry(273, kLong, 1, 8);
+    for (const std::uint16_t tag : {277, 278}) entry(tag, kShort, 1, 1);
+    entry(279, kLong, 1, 1);
+    for (std::uint16_t i = 0; i < tags; ++i)
+        entry(static_cast<std::uint16_t>(65000 + i), kByte, 60'000'000, 4096);
+    return out.u32(0).bytes;
+}
+
+// libtiff leaves out a tag that it finds no memory for, which might have been of the picture.
+TEST(LongTags, ThatTheLibraryDidWithoutForLackOfMemoryMakeNoPicture) {
+    if (kSanitized) GTEST_SKIP() << "a sanitizer's run-time needs system calls of its own";
+    EXPECT_TRUE(openWithHoles(tiffOfLongTags(1), 70'000'000).opened);
+    const Outcome tooMany = openWithHoles(tiffOfLongTags(6), 70'000'000);
+    EXPECT_FALSE(tooMany.opened);
+    expectLittleWork(tooMany);
+}
 
 }  // namespace
 }  // namespace skarnel

@@ -18,6 +18,9 @@ void refuseMemory(long, Refusal) {}
 long allowMemory() {
     return 0;
 }
+bool wasRefusedMemory() {
+    return false;
+}
 long liveBlocks() {
     return 0;
 }
@@ -40,13 +43,16 @@ std::atomic<bool> counting = false;
 std::atomic<long> requests = 0;
 std::atomic<long> firstRefused = -1;
 std::atomic<bool> refusesOnwards = false;
+std::atomic<bool> hasRefused = false;
 std::atomic<long> live = 0;
 
 bool mustRefuse() {
     if (!counting) return false;
     const long number = requests++;
-    return firstRefused >= 0 &&
-           (number == firstRefused || (refusesOnwards && number > firstRefused));
+    const bool refuses = firstRefused >= 0 &&
+                         (number == firstRefused || (refusesOnwards && number > firstRefused));
+    if (refuses) hasRefused = true;
+    return refuses;
 }
 
 void* counted(void* block) {
@@ -106,6 +112,7 @@ bool canRefuseMemory() {
 
 void refuseMemory(long first, Refusal refusal) {
     requests = 0;
+    hasRefused = false;
     firstRefused = first;
     refusesOnwards = refusal == Refusal::FromThenOn;
     counting = true;
@@ -114,6 +121,10 @@ void refuseMemory(long first, Refusal refusal) {
 long allowMemory() {
     counting = false;
     return requests;
+}
+
+bool wasRefusedMemory() {
+    return hasRefused;
 }
 
 long liveBlocks() {

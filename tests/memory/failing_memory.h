@@ -19,6 +19,8 @@ inline std::string nameOf(Refusal refusal) {
 void refuseMemory(long first, Refusal refusal);
 /// Ends that; the number of requests meanwhile.
 long allowMemory();
+/// Whether any was refused since refuseMemory.
+bool wasRefusedMemory();
 /// Blocks that are not given back yet.
 long liveBlocks();
 

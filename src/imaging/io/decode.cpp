@@ -25,7 +25,7 @@ std::optional<Error> checkPictureSize(std::int64_t width, std::int64_t height,
             filled("The picture says it has %1 x %2 pixels, above the limit of %3",
                    {std::to_string(width), std::to_string(height), std::to_string(maxPixels)})};
     }
-    if (width * height > limits.maxUnprovenPixels &&
+    if (width * height > limits.maxUnprovenPixels.value_or(kMaxUnprovenPixels) &&
         static_cast<std::uint64_t>(width * height) / kMaxPixelsPerByte >= limits.fileBytes) {
         return Error{ErrorCode::TooLarge,
                      filled("The picture says it has %1 x %2 pixels, too many for a file of %3 "

@@ -123,10 +123,10 @@ Result<DecodedImage> decodeBehindWall(const std::string& program, int descriptor
     // Fewer changes between the two processes where the system allows it.
     ::fcntl(answer.number(), F_SETPIPE_SZ, kPipeBytes);
     const std::optional<FileDescriptor> ring = makeRingFile();
-    auto helper = HelperProcess::start(
-        program, descriptor, helperEnd.number(),
-        std::to_string(limits.maxPixels) + "," + std::to_string(limits.maxUnprovenPixels),
-        ring ? ring->number() : -1);
+    std::string numbers = std::to_string(limits.maxPixels);
+    if (limits.maxUnprovenPixels) numbers += "," + std::to_string(*limits.maxUnprovenPixels);
+    auto helper = HelperProcess::start(program, descriptor, helperEnd.number(), numbers,
+                                       ring ? ring->number() : -1);
     // As long as this process holds it too, the pipe has no end.
     helperEnd = FileDescriptor();
     if (!helper) return helper.error();

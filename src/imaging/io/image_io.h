@@ -78,10 +78,12 @@ std::optional<std::string> preferredExtensionOfType(std::string_view identifier)
 struct DecodeLimits {
     std::int64_t maxPixels = 500'000'000;
     /// A picture of more pixels must have a byte of its file for every `kMaxPixelsPerByte`: photos
-    /// have one for a few pixels, files that are made to fill memory one for many thousands.
-    std::int64_t maxUnprovenPixels = 64'000'000;
+    /// have one for a few pixels, files that are made to fill memory one for many thousands. Set by
+    /// who asks for so many; otherwise it is kMaxUnprovenPixels, and less for some formats.
+    std::optional<std::int64_t> maxUnprovenPixels = {};
     std::uint64_t fileBytes = UINT64_MAX;  // set by who has the bytes
 };
+inline constexpr std::int64_t kMaxUnprovenPixels = 64'000'000;
 inline constexpr std::uint64_t kMaxPixelsPerByte = 2000;
 
 struct DecodedImage {

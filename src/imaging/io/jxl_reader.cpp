@@ -112,8 +112,8 @@ std::optional<Error> boundLayers(JxlDecoder* decoder, ByteView bytes, const Deco
         return damaged();
     }
     api()->closeInput(decoder);
-    const std::int64_t most =
-        limits.maxUnprovenPixels + static_cast<std::int64_t>(bytes.size()) * kMaxLayerPixelsPerByte;
+    const std::int64_t most = dearUnprovenPixels(limits) +
+                              static_cast<std::int64_t>(bytes.size()) * kMaxLayerPixelsPerByte;
     JxlBasicInfo info{};
     JxlFrameHeader layer{};
     std::int64_t picture = 0;

@@ -94,10 +94,9 @@ Result<SourcePicture> readHeif(ByteView bytes, const DecodeLimits& limits);
 /// they look at what is coded.
 inline constexpr std::int64_t kMaxDearUnprovenPixels = 2048 * 2048;
 
-/// That number, unless somebody has asked for another one than the usual.
+/// That number, unless somebody has asked for another one.
 inline std::int64_t dearUnprovenPixels(const DecodeLimits& limits) {
-    const bool asked = limits.maxUnprovenPixels != DecodeLimits{}.maxUnprovenPixels;
-    return asked ? limits.maxUnprovenPixels : kMaxDearUnprovenPixels;
+    return limits.maxUnprovenPixels.value_or(kMaxDearUnprovenPixels);
 }
 
 /// An Error when a size is below 1, a side is above what 32-bit rows can hold, or the area is

@@ -14,11 +14,11 @@ LateLibraries& tiffLibrary();
         each(TIFFOpenOptionsSetMaxSingleMemAlloc) each(TIFFOpenOptionsSetErrorHandlerExtR)        \
             each(TIFFOpenOptionsSetWarningHandlerExtR) each(TIFFClientOpenExt) each(TIFFGetField) \
                 each(TIFFGetFieldDefaulted) each(TIFFSetField) each(TIFFIsTiled)                  \
-                    each(TIFFScanlineSize) each(TIFFStripSize) each(TIFFComputeStrip)             \
-                        each(TIFFReadEncodedStrip) each(TIFFReadScanline) each(TIFFTileSize)      \
-                            each(TIFFTileRowSize) each(TIFFComputeTile) each(TIFFReadEncodedTile) \
-                                each(TIFFReadRGBAImageOriented) each(TIFFWriteRawStrip)           \
-                                    each(TIFFWriteEncodedStrip) each(TIFFWriteDirectory)
+                    each(TIFFScanlineSize) each(TIFFComputeStrip) each(TIFFReadEncodedStrip)      \
+                        each(TIFFReadScanline) each(TIFFTileRowSize) each(TIFFComputeTile)        \
+                            each(TIFFReadEncodedTile) each(TIFFReadRGBAImageOriented)             \
+                                each(TIFFWriteRawStrip) each(TIFFWriteEncodedStrip)               \
+                                    each(TIFFWriteDirectory)
 SKARNEL_TIFF(SKARNEL_LATE)
 
 }  // namespace skarnel::io

@@ -10,6 +10,7 @@
 #include "imaging/io/exif_block.h"
 #include "imaging/io/readers.h"
 #include "imaging/io/tiff_common.h"
+#include "imaging/io/tiff_layout.h"
 #include "util/log/message.h"
 
 namespace skarnel::io {
@@ -17,8 +18,6 @@ namespace {
 
 /// Strips above this are read row by row, so that a picture in one strip needs no second copy.
 constexpr tmsize_t kMaxStripBytes = 4 << 20;
-/// A tile has to be had whole.
-constexpr tmsize_t kMaxTileBytes = 256 << 20;
 
 struct MemoryFile {
     ByteView bytes;
@@ -62,78 +61,6 @@ TiffHandle openMemory(MemoryFile& file, TiffErrors& errors) {
     return openTiff(client, "rm", errors, cap);
 }
 
-struct Layout {
-    std::uint32_t width = 0;
-    std::uint32_t height = 0;
-    std::uint16_t bits = 1;
-    std::uint16_t samples = 1;
-    std::uint16_t photometric = PHOTOMETRIC_MINISBLACK;
-    std::uint16_t planar = PLANARCONFIG_CONTIG;
-    std::uint16_t format = SAMPLEFORMAT_UINT;
-    std::uint16_t compression = COMPRESSION_NONE;
-    std::uint16_t orientation = 1;
-    Alpha alpha = Alpha::Opaque;
-
-    int colors() const {
-        if (photometric == PHOTOMETRIC_RGB) return 3;
-        return photometric == PHOTOMETRIC_SEPARATED ? 4 : 1;
-    }
-    bool hasAlpha() const { return alpha != Alpha::Opaque; }
-};
-
-/// An extra sample of unstated meaning is a stored selection or the like, not transparency.
-Alpha alphaOf(TIFF* tiff, const Layout& layout) {
-    std::uint16_t count = 0;
-    const std::uint16_t* kinds = nullptr;
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds);
-    if (count == 0 || layout.samples <= layout.colors()) return Alpha::Opaque;
-    if (kinds[0] == EXTRASAMPLE_ASSOCALPHA) return Alpha::Premultiplied;
-    return kinds[0] == EXTRASAMPLE_UNASSALPHA ? Alpha::Straight : Alpha::Opaque;
-}
-
-Layout readLayout(TIFF* tiff) {
-    Layout layout;
-    TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &layout.width);
-    TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &layout.height);
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_BITSPERSAMPLE, &layout.bits);
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_SAMPLESPERPIXEL, &layout.samples);
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_PLANARCONFIG, &layout.planar);
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_SAMPLEFORMAT, &layout.format);
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_COMPRESSION, &layout.compression);
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_ORIENTATION, &layout.orientation);
-    TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &layout.photometric);
-    if (layout.photometric == PHOTOMETRIC_YCBCR && layout.compression == COMPRESSION_JPEG &&
-        layout.planar == PLANARCONFIG_CONTIG) {
-        // The JPEG codec converts by itself when it is asked to.
-        TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
-        layout.photometric = PHOTOMETRIC_RGB;
-    }
-    layout.alpha = alphaOf(tiff, layout);
-    return layout;
-}
-
-bool isReadDirectly(TIFF* tiff, const Layout& layout) {
-    const bool whole = layout.format == SAMPLEFORMAT_UINT || layout.format == SAMPLEFORMAT_VOID;
-    const bool bitsFit = whole ? (layout.bits >= 1 && layout.bits <= 16) || layout.bits == 32
-                               : layout.format == SAMPLEFORMAT_IEEEFP && layout.bits == 32;
-    if (!bitsFit || layout.samples < layout.colors()) return false;
-    switch (layout.photometric) {
-        case PHOTOMETRIC_MINISBLACK:
-        case PHOTOMETRIC_MINISWHITE:
-        case PHOTOMETRIC_RGB:
-            return true;
-        case PHOTOMETRIC_PALETTE:
-            return layout.bits <= 8;  // no float is that short
-        case PHOTOMETRIC_SEPARATED: {
-            std::uint16_t inks = INKSET_CMYK;
-            TIFFGetFieldDefaulted(tiff, TIFFTAG_INKSET, &inks);
-            return inks == INKSET_CMYK;
-        }
-        default:
-            return false;
-    }
-}
-
 std::uint8_t byteOfFloat(float value) {
     if (!(value > 0)) return 0;  // also for NaN
     return value >= 1 ? 255 : static_cast<std::uint8_t>(value * 255 + 0.5F);
@@ -142,7 +69,7 @@ std::uint8_t byteOfFloat(float value) {
 /// Takes one sample of each pixel out of a row of `count` pixels into every `step`th byte.
 class SampleTaker {
   public:
-    explicit SampleTaker(const Layout& layout) : layout_(layout) {}
+    explicit SampleTaker(const TiffLayout& layout) : layout_(layout) {}
 
     void take(const std::uint8_t* row, std::size_t samplesInRow, std::size_t sample,
               std::size_t count, std::uint8_t* out, std::size_t step) const {
@@ -189,13 +116,13 @@ class SampleTaker {
         return static_cast<std::uint8_t>((value * 255 + maximum / 2) / maximum);
     }
 
-    const Layout& layout_;
+    const TiffLayout& layout_;
 };
 
 /// Reads the blocks of all planes and spreads their samples over the picture's four bytes.
 class DirectReader {
   public:
-    DirectReader(TIFF* tiff, const Layout& layout, SourcePicture& picture)
+    DirectReader(TIFF* tiff, const TiffLayout& layout, SourcePicture& picture)
         : tiff_(tiff), layout_(layout), picture_(picture), taker_(layout) {}
 
     bool run() {
@@ -254,7 +181,6 @@ class DirectReader {
         tileWidth = std::max(tileWidth, 1U);
         tileHeight = std::max(tileHeight, 1U);
         const tmsize_t rowBytes = TIFFTileRowSize(tiff_);
-        if (rowBytes > kMaxTileBytes / static_cast<tmsize_t>(tileHeight)) return false;
         if (!holds(rowBytes, tileWidth)) return false;
         block_.resize(static_cast<std::size_t>(rowBytes) * tileHeight);
         for (std::uint64_t y = 0; y < layout_.height; y += tileHeight) {
@@ -319,7 +245,7 @@ class DirectReader {
     }
 
     TIFF* tiff_;
-    const Layout& layout_;
+    const TiffLayout& layout_;
     SourcePicture& picture_;
     SampleTaker taker_;
     std::uint16_t plane_ = 0;
@@ -327,7 +253,7 @@ class DirectReader {
 };
 
 /// Black without a palette. Old files hold 8-bit palettes in the 16-bit entries.
-std::vector<std::uint8_t> readPalette(TIFF* tiff, const Layout& layout) {
+std::vector<std::uint8_t> readPalette(TIFF* tiff, const TiffLayout& layout) {
     std::uint16_t* channels[3] = {};
     const std::size_t count = std::size_t{1} << layout.bits;
     std::vector<std::uint8_t> palette(count * 3);
@@ -346,7 +272,7 @@ std::vector<std::uint8_t> readPalette(TIFF* tiff, const Layout& layout) {
 }
 
 /// Completes what the samples left open: grey three times, palette colours, full alpha.
-void completePixels(TIFF* tiff, const Layout& layout, SourcePicture& picture) {
+void completePixels(TIFF* tiff, const TiffLayout& layout, SourcePicture& picture) {
     if (layout.photometric == PHOTOMETRIC_SEPARATED) return;
     const bool paletted = layout.photometric == PHOTOMETRIC_PALETTE;
     std::vector<std::uint8_t> palette;
@@ -388,7 +314,7 @@ bool readThroughLibrary(TIFF* tiff, SourcePicture& picture) {
     return true;
 }
 
-void describe(TIFF* tiff, ByteView bytes, const Layout& layout, SourcePicture& picture) {
+void describe(TIFF* tiff, ByteView bytes, const TiffLayout& layout, SourcePicture& picture) {
     picture.orientation = layout.orientation;  // 1 to 8: the library takes others for 1
     std::uint32_t profileBytes = 0;
     const void* profile = nullptr;
@@ -429,9 +355,16 @@ Result<SourcePicture> readTiff(ByteView bytes, const DecodeLimits& limits) {
         return Error{ErrorCode::Damaged, *message != 0 ? message : marked("The TIFF is damaged")};
     };
     if (!tiff) return damaged();
-    const Layout layout = readLayout(tiff.get());
+    const TiffLayout layout = readTiffLayout(tiff.get());
     auto pixels = allocatePicture(layout.width, layout.height, limits);
     if (!pixels) return pixels.error();
+    if (layout.compression == COMPRESSION_JBIG) {
+        // Its strips have sizes of their own, which nobody looks at before they are unpacked.
+        return {ErrorCode::Unsupported, "TIFF with JBIG compression"};
+    }
+    if (unpacksToTooMuch(tiff.get(), layout, bytes.size())) {
+        return {ErrorCode::TooLarge, "The TIFF unpacks to too much for a picture of its size"};
+    }
     SourcePicture picture(*std::move(pixels));
     if (isReadDirectly(tiff.get(), layout)) {
         picture.alpha = layout.alpha;

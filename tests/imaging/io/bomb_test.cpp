@@ -61,6 +61,37 @@ Bytes tiffBomb(std::uint32_t width, std::uint32_t height, std::uint32_t compress
     return file;
 }
 
+/// One strip for each row, all of the same bytes, of pixels that have that many samples of 32 bits.
+Bytes tiffOfSamples(std::uint32_t width, std::uint32_t height, std::uint32_t samples,
+                    std::uint32_t compression, const Bytes& strip) {
+    TiffBuilder tiff(width, height, 1, {32});
+    tiff.tags[277] = {samples};
+    tiff.tags[259] = {compression};
+    tiff.tags[278] = {1};
+    tiff.tags[273].assign(height, 0);
+    tiff.tags[279].assign(height, static_cast<std::uint32_t>(strip.size()));
+    tiff.profile = strip;
+    Bytes file = tiff.build();
+    const auto place = std::search(file.begin(), file.end(), strip.begin(), strip.end());
+    tiff.tags[273].assign(height, static_cast<std::uint32_t>(place - file.begin()));
+    return tiff.build();
+}
+
+/// A bilevel picture whose only strip is one of `side` pixels a side, in JBIG. Bits of a byte are
+/// the other way round there.
+Bytes tiffOfJbig(std::uint32_t side) {
+    TiffBuilder tiff(16, 16, 0, {1});
+    tiff.tags[259] = {34661};
+    Bytes strip = ByteSink(true).u32(0x100).u32(side).u32(side).u32(side).u32(8).u16(0xFF02).bytes;
+    for (std::uint8_t& byte : strip) {
+        unsigned turned = 0;
+        for (unsigned bit = 0; bit < 8; ++bit) turned |= (byte >> bit & 1U) << (7 - bit);
+        byte = static_cast<std::uint8_t>(turned);
+    }
+    tiff.blocks = {strip};
+    return tiff.build();
+}
+
 /// Directories that follow one another, the last back to the first where `loop`.
 Bytes tiffOfDirectories(int count, bool loop) {
     ByteSink out(false);
@@ -227,31 +258,36 @@ TEST_P(Bombs, IsRefusedQuicklyAndInLittleMemory) {
 
 INSTANTIATE_TEST_SUITE_P(
     Files, Bombs,
-    ::testing::Values(Bomb{"JpegOf65500", [] { return jpegBomb(65500, 65500, 1); }},
-                      Bomb{"JpegOf3000Scans", [] { return jpegBomb(14000, 14000, 3000); }},
-                      Bomb{"JpegOf3000ScansSmall", [] { return jpegBomb(8, 8, 3000); }},
-                      Bomb{"JpegCutAfterItsHeader", [] { return jpegBomb(20000, 20000, 0); }},
-                      Bomb{"PngOf65500", [] { return pngBomb(65500, 65500); }},
-                      Bomb{"PngOf20000WithoutRows", [] { return pngBomb(20000, 20000); }},
-                      Bomb{"TiffOf65500", [] { return tiffBomb(65500, 65500, 1); }},
-                      Bomb{"TiffOf20000Raw", [] { return tiffBomb(20000, 20000, 1); }},
-                      Bomb{"TiffOf20000Lzw", [] { return tiffBomb(20000, 20000, 5); }},
-                      Bomb{"TiffOf20000Deflate", [] { return tiffBomb(20000, 20000, 8); }},
-                      Bomb{"TiffOf100000Directories",
-                           [] { return tiffOfDirectories(100000, false); }},
-                      Bomb{"TiffWithALoop", [] { return tiffOfDirectories(3, true); }},
-                      Bomb{"Jpeg2000Of65500", [] { return jp2Bomb(65500, 65500, 3, 65500); }},
-                      Bomb{"Jpeg2000OfManyComponents", [] { return jp2Bomb(64, 64, 16384, 64); }},
-                      Bomb{"Jpeg2000OfManyTiles", [] { return jp2Bomb(9000, 9000, 3, 1); }},
-                      Bomb{"Jpeg2000OfOneTile", [] { return jp2Bomb(9900, 9900, 3, 9900); }},
-                      Bomb{"GifOf65535", [] { return gifBomb(); }},
-                      Bomb{"PsdOf30000", [] { return psdBomb(30000, false, 0); }},
-                      Bomb{"PsdOf20000Runs", [] { return psdBomb(20000, false, 1); }},
-                      Bomb{"PsdOf20000Zip", [] { return psdBomb(20000, false, 2); }},
-                      Bomb{"PsbOf300000", [] { return psdBomb(300000, true, 1); }},
-                      Bomb{"BmpOf65500", [] { return bmpBomb(65500, 0); }},
-                      Bomb{"BmpOf20000Raw", [] { return bmpBomb(20000, 0); }},
-                      Bomb{"BmpOf20000Runs", [] { return bmpBomb(20000, 1); }}),
+    ::testing::Values(
+        Bomb{"JpegOf65500", [] { return jpegBomb(65500, 65500, 1); }},
+        Bomb{"JpegOf3000Scans", [] { return jpegBomb(14000, 14000, 3000); }},
+        Bomb{"JpegOf3000ScansSmall", [] { return jpegBomb(8, 8, 3000); }},
+        Bomb{"JpegCutAfterItsHeader", [] { return jpegBomb(20000, 20000, 0); }},
+        Bomb{"PngOf65500", [] { return pngBomb(65500, 65500); }},
+        Bomb{"PngOf20000WithoutRows", [] { return pngBomb(20000, 20000); }},
+        Bomb{"TiffOf65500", [] { return tiffBomb(65500, 65500, 1); }},
+        Bomb{"TiffOf20000Raw", [] { return tiffBomb(20000, 20000, 1); }},
+        Bomb{"TiffOf20000Lzw", [] { return tiffBomb(20000, 20000, 5); }},
+        Bomb{"TiffOf20000Deflate", [] { return tiffBomb(20000, 20000, 8); }},
+        Bomb{"TiffOf100000Directories", [] { return tiffOfDirectories(100000, false); }},
+        Bomb{"TiffWithALoop", [] { return tiffOfDirectories(3, true); }},
+        // A row of 4 GB; 47 GB in rows of the same 16 MB.
+        Bomb{"TiffOf65535Samples", [] { return tiffOfSamples(16000, 1, 65535, 1, Bytes(100)); }},
+        Bomb{"TiffOf3000RowsThatAreOne",
+             [] { return tiffOfSamples(60, 3000, 65535, 8, zlibBytes(Bytes(15'728'400))); }},
+        Bomb{"TiffOfJbig", [] { return tiffOfJbig(150'000); }},
+        Bomb{"Jpeg2000Of65500", [] { return jp2Bomb(65500, 65500, 3, 65500); }},
+        Bomb{"Jpeg2000OfManyComponents", [] { return jp2Bomb(64, 64, 16384, 64); }},
+        Bomb{"Jpeg2000OfManyTiles", [] { return jp2Bomb(9000, 9000, 3, 1); }},
+        Bomb{"Jpeg2000OfOneTile", [] { return jp2Bomb(9900, 9900, 3, 9900); }},
+        Bomb{"GifOf65535", [] { return gifBomb(); }},
+        Bomb{"PsdOf30000", [] { return psdBomb(30000, false, 0); }},
+        Bomb{"PsdOf20000Runs", [] { return psdBomb(20000, false, 1); }},
+        Bomb{"PsdOf20000Zip", [] { return psdBomb(20000, false, 2); }},
+        Bomb{"PsbOf300000", [] { return psdBomb(300000, true, 1); }},
+        Bomb{"BmpOf65500", [] { return bmpBomb(65500, 0); }},
+        Bomb{"BmpOf20000Raw", [] { return bmpBomb(20000, 0); }},
+        Bomb{"BmpOf20000Runs", [] { return bmpBomb(20000, 1); }}),
     [](const auto& row) { return std::string(row.param.name); });
 
 class WholeBombs : public ::testing::TestWithParam<Bomb> {};

@@ -234,7 +234,7 @@ TEST_F(LateCodecFailures, AHeifOfFewBytesMayHaveFourMillionPixelsOrAsManyAsAreAs
     limits.fileBytes = 100;
     EXPECT_FALSE(isTooLarge("width=4194304", limits));
     EXPECT_TRUE(isTooLarge("width=4194305", limits));
-    for (const std::int64_t asked : {5'000'000, 100'000'000}) {
+    for (const std::int64_t asked : {5'000'000, 64'000'000, 100'000'000}) {
         limits.maxUnprovenPixels = asked;
         EXPECT_FALSE(isTooLarge("width=4194305", limits)) << asked;
     }

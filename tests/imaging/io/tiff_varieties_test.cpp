@@ -151,6 +151,42 @@ TEST(TiffVarieties, TilesLargerThanAnyPictureNeedsAreRefused) {
     EXPECT_FALSE(decodedImage(tiff));
 }
 
+TEST(TiffVarieties, WhatUnpacksToMoreThanItsPixelsAndBytesAccountForIsTooLarge) {
+    // A spare of 64 MB, 16 bytes a pixel, and 1,032 for each byte of the file: 50 x 40 pixels of
+    // eight bits have 33,500 samples for 67,000,000 bytes, or some more.
+    const auto errorOf = [](std::uint32_t samples, std::size_t fileBytes) {
+        TiffBuilder tiff(50, 40, kBlackIsZero, {8});
+        tiff.tags[277] = {samples};
+        tiff.blocks = {Bytes(fileBytes)};
+        const auto picture = decodedImage(tiff);
+        return picture ? std::optional<ErrorCode>() : picture.error().code;
+    };
+    EXPECT_EQ(errorOf(33'560, 100), ErrorCode::Damaged) << "the samples are not there";
+    EXPECT_EQ(errorOf(34'500, 100), ErrorCode::TooLarge);
+    EXPECT_EQ(errorOf(34'500, 3'000), ErrorCode::Damaged) << "3 MB more";
+    // Of five planes at most, all of which count.
+    TiffBuilder planes(2000, 2000, kRgb, {8, 8, 8, 8, 8, 8});
+    planes.tags[284] = {2};
+    planes.blocks.assign(6, Bytes(4'000'000, 9));
+    EXPECT_EQ(decoded(planes).front(), (Rgba{9, 9, 9, 255}));
+}
+
+TEST(TiffVarieties, ManyBandsOpenWhereTheFileHasThem) {
+    TiffBuilder tiff(20, 10, kBlackIsZero, std::vector<std::uint32_t>(200, 16));
+    Bytes bands(std::size_t{20} * 10 * 200 * 2, 0x80);
+    tiff.blocks = {bands};
+    EXPECT_EQ(decoded(tiff).front(), grey(128));
+}
+
+TEST(TiffVarieties, JbigIsNotUnpacked) {
+    TiffBuilder tiff(16, 16, 0, {1});
+    tiff.tags[kCompression] = {34661};
+    tiff.blocks = {Bytes(22)};
+    const auto picture = decodedImage(tiff);
+    ASSERT_FALSE(picture);
+    EXPECT_EQ(picture.error().code, ErrorCode::Unsupported);
+}
+
 TEST(TiffVarieties, TilesThatEndEarlyOrHaveNoSizeAreRefused) {
     TiffBuilder tiff(20, 20, kBlackIsZero, {8});
     tiff.tags[322] = tiff.tags[323] = {16};
