@@ -7,6 +7,7 @@
 #include "imaging/io/encoder_protocol.h"
 #include "imaging/io/file_builders.h"
 #include "imaging/io/pictures.h"
+#include "imaging/io/profile_files.h"
 
 using namespace skarnel;
 using namespace skarnel::testing;
@@ -115,6 +116,23 @@ void saveBmps() {
     save("bmp", "runs4", runs.build());
 }
 
+/// A BMP, since a PNG packs its profile.
+void saveProfile() {
+    const Bytes curve =
+        curveOf({0, 1}, {formulaSegment(1), sampledSegment({0.5F, 1}), formulaSegment(1)});
+    const std::vector<Bytes> elements = {curvesElement(3, curve),
+                                         tableElement(3, 3, std::vector<float>(24, 0.5F)),
+                                         matrixElement(3, 3, {1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0})};
+    BmpBuilder bmp;
+    bmp.headerBytes = 124;
+    bmp.bits = 32;
+    bmp.compression = 3;
+    bmp.masks = {0xFF0000, 0xFF00, 0xFF, 0xFF000000};
+    bmp.pixels = {1, 2, 3, 255};
+    bmp.profile = profileOf({{"wtpt", whitePoint()}, {"D2B1", chainOf(3, 3, elements)}});
+    save("bmp", "profile", bmp.build());
+}
+
 void savePngs() {
     save("png", "rgba", encoded(kUTTypePNG));
     save("png", "palette",
@@ -206,6 +224,7 @@ int main(int count, char** arguments) {
     savePsds();
     saveBmps();
     savePngs();
+    saveProfile();
     for (const double quality : {0.3, 1.0}) {
         const std::string name = quality < 1 ? "lossy" : "best";
         save("jpeg", name, encoded(kUTTypeJPEG, with(kPropertyLossyQuality, quality)));

@@ -11,6 +11,7 @@
 #include "imaging/io/color_memory.h"
 #include "imaging/io/ink_profile.h"
 #include "imaging/io/pixel_rows.h"
+#include "imaging/io/profile_weight.h"
 
 namespace skarnel::io {
 namespace {
@@ -108,6 +109,7 @@ struct Prepared {
 };
 
 Prepared prepare(const Bytes& profileBytes, Samples samples) {
+    if (isHeavyProfile(profileBytes)) return {};
     const Profile profile(cmsOpenProfileFromMem(profileBytes.data(),
                                                 static_cast<cmsUInt32Number>(profileBytes.size())));
     if (!profile) return {};
@@ -136,6 +138,8 @@ Prepared preparedFor(const Bytes& profileBytes, Samples samples) {
     const ColorMemoryWatch memory;
     Prepared made = prepare(profileBytes, samples);
     memory.throwIfRefused();
+    // A transform that could not be simplified would be right, but slow for each pixel.
+    if (memory.hasAskedTooMuch()) return {};
     if (made.usable) {
         lastProfile = profileBytes;
         lastSamples = samples;
@@ -226,6 +230,7 @@ Bytes makeRgbProfile(const RgbPrimaries& primaries, RgbCurve curve) {
 
 std::string profileName(ByteView bytes) {
     if (bytes.empty() || !colorLibrary().load()) return {};
+    const ColorMemoryWatch memory;
     const Profile profile(
         cmsOpenProfileFromMem(bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
     if (!profile) return {};

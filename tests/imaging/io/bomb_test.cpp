@@ -12,6 +12,7 @@
 #include "imaging/io/file_builders.h"
 #include "imaging/io/late_bombs.h"
 #include "imaging/io/pictures.h"
+#include "imaging/io/profile_files.h"
 
 namespace skarnel {
 namespace {
@@ -34,6 +35,32 @@ Bytes jpegBomb(unsigned width, unsigned height, int scans) {
 
 Bytes pngBomb(std::uint32_t width, std::uint32_t height) {
     return buildPng(width, height, 8, 6, {}, {});
+}
+
+Bytes pngOfProfile(const Bytes& profile) {
+    const Bytes chunk = ByteSink(true).text("bomb").u8(0).u8(0).raw(zlibBytes(profile)).bytes;
+    return buildPng(1, 1, 8, 2, {1, 2, 3}, {{"iCCP", chunk}});
+}
+
+/// One table of two points a side, named 20,000 times.
+Bytes pngOfManyTables() {
+    const std::vector<Bytes> tables(20000, tableElement(3, 3, std::vector<float>(24)));
+    return pngOfProfile(profileOf({{"wtpt", whitePoint()}, {"D2B1", chainOf(3, 3, tables)}}));
+}
+
+/// A table of 255 x 255 x 255 colours of 15 inks, of which none is there.
+Bytes pngOfMissingTable() {
+    ByteSink table(true);
+    table.text("mAB ").u32(0).u8(3).u8(15).u16(0).u32(32).zeros(8).u32(32).u32(0);
+    table.raw(Bytes(3, 255)).zeros(13).u8(2).zeros(3);
+    return pngOfProfile(profileOf({{"wtpt", whitePoint()}, {"A2B0", table.bytes}}));
+}
+
+/// A description in 40 million languages, of which one is there.
+Bytes pngOfManyLanguages() {
+    const Bytes name =
+        ByteSink(true).text("mluc").u32(0).u32(40'000'000).u32(12).text("enUS").zeros(8).bytes;
+    return pngOfProfile(profileOf({{"wtpt", whitePoint()}, {"desc", name}}));
 }
 
 /// A compressed comment that unpacks to 500 MB.
@@ -344,6 +371,12 @@ TEST(Bombs, OfFormatsThatAreLoadedLateAreRefused) {
 TEST(Bombs, ACommentThatUnpacksToMuchIsNotUnpacked) {
     const int result = refuse(pngCommentBomb());
     EXPECT_TRUE(result == 0 || result == 1) << result;
+}
+
+TEST(Bombs, InProfilesLeaveThePictureWithoutOne) {
+    EXPECT_EQ(refuse(pngOfManyTables()), 1);
+    EXPECT_EQ(refuse(pngOfMissingTable()), 1);
+    EXPECT_EQ(refuse(pngOfManyLanguages()), 1);
 }
 
 TEST(Bombs, TheLimitOfPixelsIsKeptToThePixel) {

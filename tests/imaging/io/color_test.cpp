@@ -6,6 +6,7 @@
 #include "imaging/io/file_builders.h"
 #include "imaging/io/jp2_files.h"
 #include "imaging/io/pictures.h"
+#include "imaging/io/profile_files.h"
 
 namespace skarnel {
 namespace {
@@ -183,6 +184,116 @@ TEST(Color, AProfileInAPngCounts) {
     const auto decoded = decodeImage(buildPng(1, 1, 8, 2, {128, 128, 128}, {{"iCCP", chunk}}));
     ASSERT_TRUE(decoded) << decoded.error().message;
     expectNear(pixelAt(decoded->image, 0, 0), {188, 188, 188, 255}, 1);
+}
+
+/// From linear light to XYZ: sRGB's primaries for white D50 (IEC 61966-2-1, Bradford).
+Bytes lightToXyz() {
+    return matrixElement(
+        3, 3,
+        {0.4361F, 0.3851F, 0.1431F, 0.2225F, 0.7169F, 0.0606F, 0.0139F, 0.0971F, 0.7141F, 0, 0, 0});
+}
+
+const Bytes kIdentity = curveOf({}, {formulaSegment(1)});
+
+Bytes chainProfile(const std::vector<Bytes>& elements) {
+    return profileOf({{"wtpt", whitePoint()}, {"D2B1", chainOf(3, 3, elements)}});
+}
+
+TEST(Color, AChainOfElementsIsApplied) {
+    // Light of 128/255, as above, and of (128/255)^2 = 0.252, which is
+    // 1.055 * 0.252^(1/2.4) - 0.055 = 0.539 -> 137.
+    const Bytes sampled = curveOf(
+        {0, 1}, {formulaSegment(1), sampledSegment({0.25F, 0.5F, 0.75F, 1}), formulaSegment(1)});
+    // The corners of a cube, as they are.
+    std::vector<float> corners;
+    for (unsigned i = 0; i < 8; ++i) {
+        for (const unsigned bit : {2U, 1U, 0U}) corners.push_back(i >> bit & 1U ? 1.0F : 0.0F);
+    }
+    const std::vector<std::pair<Bytes, int>> rows = {
+        {curvesElement(3, kIdentity), 188},
+        {curvesElement(3, curveOf({}, {formulaSegment(2)})), 137},
+        {curvesElement(3, sampled), 188},
+        {tableElement(3, 3, corners), 188}};
+    for (const auto& [element, expected] : rows) {
+        const Bytes profile = chainProfile({element, lightToXyz()});
+        const auto v = static_cast<std::uint8_t>(expected);
+        expectNear(decodedWith(profile, {128, 128, 128, 255}), {v, v, v, 255}, 1);
+    }
+}
+
+TEST(Color, AChainThatIsABombCountsAsNone) {
+    // 32 elements are applied, most of which are one; 33 or 3,000 are not.
+    const auto chain = [](std::size_t count) {
+        std::vector<Bytes> elements(count - 1,
+                                    matrixElement(3, 3, {1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0}));
+        elements.push_back(lightToXyz());
+        return chainProfile(elements);
+    };
+    const Rgba pixel = {128, 128, 128, 255};
+    expectNear(decodedWith(chain(32), pixel), {188, 188, 188, 255}, 1);
+    EXPECT_EQ(decodedWith(chain(33), pixel), pixel);
+    EXPECT_EQ(decodedWith(chain(3000), pixel), pixel);
+}
+
+/// A scanner's table of `side` points a side, from three colours to Lab (ICC.1:2010, 10.9): the
+/// lightness is the mean of the colours, of 255.
+Bytes tableProfile(unsigned side) {
+    ByteSink table(true);
+    table.text("mft1").u32(0).u8(3).u8(3).u8(side).u8(0);
+    for (int i = 0; i < 9; ++i) table.u32(i % 4 == 0 ? 0x10000 : 0);
+    for (int curve = 0; curve < 3; ++curve) {
+        for (int v = 0; v < 256; ++v) table.u8(v);
+    }
+    for (unsigned r = 0; r < side; ++r) {
+        for (unsigned g = 0; g < side; ++g) {
+            for (unsigned b = 0; b < side; ++b) {
+                table.u8((r + g + b) * 255 / (3 * (side - 1))).u8(128).u8(128);
+            }
+        }
+    }
+    for (int curve = 0; curve < 3; ++curve) {
+        for (int v = 0; v < 256; ++v) table.u8(v);
+    }
+    return profileOf({{"wtpt", whitePoint()}, {"A2B0", table.bytes}}, "RGB ", "Lab ");
+}
+
+TEST(Color, CurvesOfTheFourthVersionAreApplied) {
+    // Three curves that change nothing (ICC.1:2010, 10.10): the picture's bytes are Lab, 128 for
+    // a and b is 0, and lightness 50.2 is 119, see below.
+    ByteSink curves(true);
+    curves.text("mAB ").u32(0).u8(3).u8(3).u16(0).u32(32).zeros(16);
+    for (int i = 0; i < 3; ++i) curves.text("curv").u32(0).u32(0);
+    const Bytes profile =
+        profileOf({{"wtpt", whitePoint()}, {"A2B0", curves.bytes}}, "RGB ", "Lab ");
+    expectNear(decodedWith(profile, {128, 128, 128, 255}), {119, 119, 119, 255}, 1);
+}
+
+TEST(Color, ATableOfMoreThanAnyProfileNeedsCountsAsNone) {
+    // Lightness 100 * 128 / 255 = 50.2 is ((50.2 + 16) / 116)^3 = 0.1858 of light, in sRGB
+    // 1.055 * 0.1858^(1/2.4) - 0.055 = 0.468 -> 119. The larger table has 24 MB, of which the
+    // library wants 48 five times.
+    const Rgba pixel = {128, 128, 128, 255};
+    expectNear(decodedWith(tableProfile(2), pixel), {119, 119, 119, 255}, 1);
+    EXPECT_EQ(decodedWith(tableProfile(200), pixel), pixel);
+    expectNear(decodedWith(tableProfile(2), pixel), {119, 119, 119, 255}, 1);
+}
+
+TEST(Color, ANameOfMillionsOfLanguagesIsNone) {
+    const auto named = [](std::uint32_t languages) {
+        const Bytes name = ByteSink(true)
+                               .text("mluc")
+                               .u32(0)
+                               .u32(languages)
+                               .u32(12)
+                               .text("enUS")
+                               .u32(2)
+                               .u32(28)
+                               .u16('x')
+                               .bytes;
+        return profileOf({{"desc", name}});
+    };
+    EXPECT_EQ(io::profileName(named(1)), "x");
+    EXPECT_EQ(io::profileName(named(30'000'000)), "");
 }
 
 TEST(Color, AProfileInAJpeg2000Counts) {
