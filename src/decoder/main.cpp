@@ -19,8 +19,8 @@
 #include "decoder/answer.h"
 #include "decoder/cell.h"
 #include "decoder/encode_job.h"
-#include "decoder/memory_watch.h"
 #include "decoder/picture_limits.h"
+#include "decoder/refusals.h"
 #include "imaging/io/decoder_protocol.h"
 #include "imaging/io/encoder_protocol.h"
 #include "imaging/io/late_codec.h"
@@ -62,18 +62,31 @@ ReadAt readerOf(int picture) {
     };
 }
 
+/// 0 where that cannot be found.
+std::uint64_t bytesOfFile(int picture) {
+    struct stat status {};
+    return ::fstat(picture, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+/// A GIF's frame may be larger than its head says the picture is.
+std::optional<HeadSize> mostSizeOf(const ReadAt& read) {
+    std::array<std::uint8_t, 4> start{};
+    constexpr std::string_view kGif = "GIF8";
+    if (read(0, start) == start.size() && std::ranges::equal(start, kGif))
+        return HeadSize{65535, 65535};
+    return sizeInHead(read);
+}
+
 CellLimits limitsFor(int picture, const DecodeLimits& limits) {
     const io::CodecNeeds needs = needsOf(picture);
-    struct stat status {};
-    const bool known = ::fstat(picture, &status) == 0;
-    const auto fileBytes = known ? static_cast<std::uint64_t>(status.st_size) : 0;
+    const std::uint64_t fileBytes = bytesOfFile(picture);
     if (needs == io::CodecNeeds::Nothing) {
-        return limitsForPictures(limits, sizeInHead(readerOf(picture)), fileBytes);
+        return limitsForPictures(limits, mostSizeOf(readerOf(picture)), fileBytes);
     }
     if (needs == io::CodecNeeds::Bounds) {
         return limitsByStatedSize(limits, sizeInHead(readerOf(picture)), fileBytes);
     }
-    if (!known) return limitsForItems(limits, std::nullopt, 0, 1);
+    if (fileBytes == 0) return limitsForItems(limits, std::nullopt, 0, 1);
     return limitsForItems(limits, sizeOfPrimaryItem(readerOf(picture)), fileBytes,
                           std::max(1U, std::thread::hardware_concurrency()));
 }
@@ -86,6 +99,10 @@ int decode(const DecodeLimits& limits) {
     io::MappedFile file(io::kPictureDescriptor);
     auto ring = io::RowRing::map(io::kRingDescriptor);
     cell.memoryBytes += file.mappedBytes();
+    // What could not be mapped is read.
+    if (file.mappedBytes() == 0 && cell.dataBytes != UINT64_MAX)
+        cell.dataBytes += std::min(bytesOfFile(io::kPictureDescriptor), io::kMaxFileBytes);
+    endWithoutThreads([] { sendError({ErrorCode::OutOfMemory, io::kNoMemory}); });
     if (auto locked = lockIn(io::kPictureDescriptor, io::kAnswerDescriptor, cell); !locked) {
         return io::kNoWallsStatus;
     }

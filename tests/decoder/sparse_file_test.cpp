@@ -1,6 +1,9 @@
 // Files that say they have gigabytes, most of them holes: no more of them is looked at than the
 // picture that their head promises can have.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+
+#include <chrono>
 
 #include "decoder/opened_file.h"
 #include "imaging/io/file_builders.h"
@@ -64,6 +67,37 @@ Bytes tiffOfLongTags(std::uint16_t tags) {
     for (std::uint16_t i = 0; i < tags; ++i)
         entry(static_cast<std::uint16_t>(65000 + i), kByte, 60'000'000, 4096);
     return out.u32(0).bytes;
+}
+
+// The decoder of HEVC waits for ever for a thread that could not be made. There is a size between
+// what it takes to be loaded and what its thread's stack takes, and it never sleeps.
+TEST(FewThreads, EndTheHelperInsteadOfItsSleep) {
+    if (kSanitized) GTEST_SKIP() << "a sanitizer's run-time needs system calls of its own";
+    if (!imageTypeWithIdentifier(kUTTypeHEIF)->canRead) GTEST_SKIP() << "no library for HEIF";
+    const Bytes file = *io::readAll(
+        io::FileDescriptor(::open(LATE_FILES "/lossy.heic", O_RDONLY | O_CLOEXEC)).number());
+    constexpr std::chrono::seconds kPatience{20};
+    int withoutMemory = 0;
+    for (std::uint64_t megabytes = 1; megabytes <= 16; ++megabytes) {
+        const io::FileDescriptor picture = memoryFile(file);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            const rlimit limit{megabytes << 20U, megabytes << 20U};
+            ::setrlimit(RLIMIT_DATA, &limit);
+            const auto start = std::chrono::steady_clock::now();
+            const auto decoded =
+                io::decodeBehindWall(DECODER_PROGRAM, picture.number(), {}, kPatience);
+            const bool slept = std::chrono::steady_clock::now() - start >= kPatience;
+            if (slept) ::_exit(3);
+            if (!decoded && decoded.error().code == ErrorCode::OutOfMemory) ::_exit(2);
+            ::_exit(decoded ? 0 : 1);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        EXPECT_NE(WEXITSTATUS(status), 3) << megabytes << " MB: it slept";
+        withoutMemory += WEXITSTATUS(status) == 2 ? 1 : 0;
+    }
+    EXPECT_GT(withoutMemory, 0);
 }
 
 // libtiff leaves out a tag that it finds no memory for, which might have been of the picture.

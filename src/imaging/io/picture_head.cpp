@@ -99,7 +99,11 @@ std::optional<HeadSize> tiffSize(const ReadAt& read) {
         const std::uint16_t type = entry.u16();
         entry.skip(big ? 8 : 4);
         constexpr std::uint16_t kShort = 3;
-        const std::int64_t value = type == kShort ? entry.u16() : entry.u32();
+        constexpr std::uint16_t kLong8 = 16;
+        const std::uint64_t stated = type == kShort   ? entry.u16()
+                                     : type == kLong8 ? entry.u64()
+                                                      : entry.u32();
+        const auto value = static_cast<std::int64_t>(std::min<std::uint64_t>(stated, INT64_MAX));
         if (entry.failed()) return std::nullopt;
         if (tag == 256) width = value;
         if (tag == 257) height = value;

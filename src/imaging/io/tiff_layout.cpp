@@ -89,7 +89,7 @@ bool isReadDirectly(TIFF* tiff, const TiffLayout& layout) {
 
 bool unpacksToTooMuch(TIFF* tiff, const TiffLayout& layout, std::uint64_t fileBytes) {
     constexpr double kMostBlockBytes = 128 << 20;
-    constexpr double kBytesAPixel = 16;       // red, green, blue and alpha, 32 bits each
+    constexpr double kBytesAPixel = 24;       // inks, alpha and another sample, 32 bits each
     constexpr double kBytesAFileByte = 1032;  // as much as deflate can pack into one
     constexpr double kSpareBytes = 64 << 20;
     const Unpacked unpacked = unpackedBytes(tiff, layout);

@@ -128,6 +128,17 @@ TEST(PictureHead, FindsADirectoryAtTheEndOfALargeTiff) {
     EXPECT_EQ(headOf(tiff.bytes), (HeadSize{70'000, 9}));
 }
 
+TEST(PictureHead, OfALargeTiffMayHaveSidesOfEightBytes) {
+    const auto tiff = [](std::uint64_t width) {
+        ByteSink out(true);
+        out.text("MM").u16(43).u16(8).u16(0).u64(16);
+        out.u64(2).u16(256).u16(16).u64(1).u64(width).u16(257).u16(16).u64(1).u64(9);
+        return out.bytes;
+    };
+    EXPECT_EQ(headOf(tiff(70'000)), (HeadSize{70'000, 9}));
+    EXPECT_FALSE(headOf(tiff(~std::uint64_t{0})));
+}
+
 TEST(PictureHead, OfAJpegStandsInItsFrameAlone) {
     ByteSink start(true);
     start.u16(0xFFD8);

@@ -152,8 +152,8 @@ TEST(TiffVarieties, TilesLargerThanAnyPictureNeedsAreRefused) {
 }
 
 TEST(TiffVarieties, WhatUnpacksToMoreThanItsPixelsAndBytesAccountForIsTooLarge) {
-    // A spare of 64 MB, 16 bytes a pixel, and 1,032 for each byte of the file: 50 x 40 pixels of
-    // eight bits have 33,500 samples for 67,000,000 bytes, or some more.
+    // A spare of 64 MB, 24 bytes a pixel, and 1,032 for each byte of the file: 50 x 40 pixels of
+    // eight bits may have 33,578 samples and some more.
     const auto errorOf = [](std::uint32_t samples, std::size_t fileBytes) {
         TiffBuilder tiff(50, 40, kBlackIsZero, {8});
         tiff.tags[277] = {samples};

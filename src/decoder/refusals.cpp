@@ -1,4 +1,8 @@
-#include "decoder/memory_watch.h"
+#include "decoder/refusals.h"
+
+#include <dlfcn.h>
+#include <pthread.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
@@ -10,6 +14,7 @@ namespace skarnel {
 bool wasRefusedMemory() {
     return false;
 }
+void endWithoutThreads(void (*)()) {}
 }  // namespace skarnel
 #else
 
@@ -24,6 +29,7 @@ void* __libc_memalign(std::size_t alignment, std::size_t size);
 namespace {
 
 std::atomic<bool> refused = false;
+std::atomic<void (*)()> lastWordsWithoutThreads = nullptr;
 
 void* watched(void* block, bool asked) {
     if (block == nullptr && asked) refused = true;
@@ -56,12 +62,29 @@ int posix_memalign(void** block, std::size_t alignment, std::size_t size) {
     *block = aligned;
     return 0;
 }
+
+int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*run)(void*),
+                   void* argument) {
+    static const auto create =
+        reinterpret_cast<decltype(&::pthread_create)>(::dlsym(RTLD_NEXT, "pthread_create"));
+    const int error = create(thread, attributes, run, argument);
+    if (auto* const lastWords = lastWordsWithoutThreads.load();
+        error != 0 && lastWords != nullptr) {
+        lastWords();
+        ::_exit(0);
+    }
+    return error;
+}
 }
 
 namespace skarnel {
 
 bool wasRefusedMemory() {
     return refused;
+}
+
+void endWithoutThreads(void (*lastWords)()) {
+    lastWordsWithoutThreads = lastWords;
 }
 
 }  // namespace skarnel
