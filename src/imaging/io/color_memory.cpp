@@ -24,7 +24,7 @@ thread_local Requests requests;
 bool mayHave(std::size_t size) {
     if (!requests.watched) return true;
     requests.bytes += size;
-    requests.tooMuch = requests.tooMuch || requests.bytes > kMostBytes;
+    if (requests.bytes > kMostBytes) requests.tooMuch = true;
     return !requests.tooMuch || size <= kSmallColorRequest;
 }
 

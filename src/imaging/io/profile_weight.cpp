@@ -91,7 +91,7 @@ class Chain {
         const std::uint32_t segments = curve.u16();
         curve.skip(2);
         work_ += kWorkOfCurve + segments;
-        tooLarge_ = tooLarge_ || segments > kMostSegments;
+        if (segments > kMostSegments) tooLarge_ = true;
         if (isHeavy() || segments == 0) return;
         curve.skip(std::uint64_t{segments - 1} * 4);  // where one ends and the next begins
         for (std::uint32_t i = 0; i < segments; ++i) addSegment(curve);
@@ -102,7 +102,7 @@ class Chain {
         curve.skip(4);
         if (kind == tagOf("samf")) {
             const std::uint32_t samples = curve.u32();
-            tooLarge_ = tooLarge_ || samples > kMostSamples;
+            if (samples > kMostSamples) tooLarge_ = true;
             samples_ += samples;
             curve.skip(std::uint64_t{samples} * kSampleBytes);
             return;

@@ -1,7 +1,9 @@
 // Profiles: pictures come out in sRGB.
 #include <gtest/gtest.h>
 #include <lcms2.h>
+#include <lcms2_plugin.h>
 
+#include "imaging/io/color_memory.h"
 #include "imaging/io/color_profile.h"
 #include "imaging/io/file_builders.h"
 #include "imaging/io/jp2_files.h"
@@ -276,6 +278,34 @@ TEST(Color, ATableOfMoreThanAnyProfileNeedsCountsAsNone) {
     expectNear(decodedWith(tableProfile(2), pixel), {119, 119, 119, 255}, 1);
     EXPECT_EQ(decodedWith(tableProfile(200), pixel), pixel);
     expectNear(decodedWith(tableProfile(2), pixel), {119, 119, 119, 255}, 1);
+}
+
+// 192 MB under one watch, given back or not; the smallest are granted all the same.
+TEST(Color, WhatTheLibraryAsksForIsCounted) {
+    constexpr cmsUInt32Number kSmall = 64 << 10;
+    // Loads the library.
+    ASSERT_EQ(io::profileName(Bytes(200, 7)), "");
+    const auto granted = [](cmsUInt32Number size) {
+        void* block = _cmsMalloc(nullptr, size);
+        if (block != nullptr) _cmsFree(nullptr, block);
+        return block != nullptr;
+    };
+    for (int twice = 0; twice < 2; ++twice) {
+        const io::ColorMemoryWatch watch;
+        for (int i = 0; i < 3; ++i) EXPECT_TRUE(granted(64 << 20));
+        EXPECT_FALSE(watch.hasAskedTooMuch());
+        void* small = _cmsMalloc(nullptr, 1);
+        ASSERT_NE(small, nullptr);
+        EXPECT_TRUE(watch.hasAskedTooMuch());
+        EXPECT_FALSE(granted(kSmall + 1));
+        EXPECT_TRUE(granted(kSmall));
+        EXPECT_EQ(_cmsRealloc(nullptr, small, kSmall + 1), nullptr);
+        small = _cmsRealloc(nullptr, small, kSmall);
+        EXPECT_NE(small, nullptr);
+        _cmsFree(nullptr, small);
+        EXPECT_NO_THROW(watch.throwIfRefused()) << "there is memory";
+    }
+    EXPECT_TRUE(granted(kSmall + 1)) << "nobody watches";
 }
 
 TEST(Color, ANameOfMillionsOfLanguagesIsNone) {
