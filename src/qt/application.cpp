@@ -4,6 +4,7 @@
 #include <QCheckBox>
 #include <QDialog>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QLineEdit>
 #include <QPointer>
 #include <QSplitter>
@@ -20,6 +21,7 @@
 #include "qt/text_bar.h"
 #include "qt/text_editor.h"
 #include "qt/viewer.h"
+#include "storage/left_overs.h"
 
 #ifndef SKARNEL_HELP_HOST
 #error "the build says on which host the help is"
@@ -212,6 +214,8 @@ void Application::start(const QStringList& pictures) {
             removeAbandonedFolders(*folder, kPastedPrefix);
         store_.removeLeftOvers();
         state_.removeLeftOvers();
+        if (const QString saved = state_.saveFolder(); !saved.isEmpty())
+            removeLeftOvers(QFile::encodeName(saved).toStdString());
         if (!qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
             motion_.follow(QDBusConnection::sessionBus());
     });

@@ -161,6 +161,7 @@ void QtSavePanel::ended(SaveDialog& dialog, int result, const DidEnd& didEnd, vo
     if (saved) {
         filename_ = dialog.chosen().toStdString();
         state_.setSaveFolder(QFileInfo(dialog.chosen()).absolutePath());
+        state_.save();  // what a killed save leaves there the next start removes
     }
     concluded(saved, didEnd, contextInfo);
 }

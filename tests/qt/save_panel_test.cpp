@@ -67,6 +67,23 @@ class SavePanelTest : public ApplicationTest {
     QStringList asked;
 };
 
+TEST_F(SavePanelTest, WhatAKilledSaveLeftIsGoneAfterTheNextStart) {
+    start({picture(QStringLiteral("some.png"), 30, 20, Qt::red)});
+    app->state().setSaveFolder(folder.filePath(QStringLiteral("elsewhere")));
+    ask();
+    press();
+    ASSERT_EQ(savedFiles().size(), 1);
+    // Nobody has saved the window's state since.
+    const WindowState next(folder.filePath(QStringLiteral("state/window.json")));
+    EXPECT_EQ(next.saveFolder(), saved());
+    QFile left(saved() + QStringLiteral("/.skarnel-0123456789abcdef.part"));
+    ASSERT_TRUE(left.open(QIODevice::WriteOnly));
+    left.close();
+    app.reset();
+    start();
+    EXPECT_EQ(savedFiles(), QStringList{QStringLiteral("some Reflection.tiff")});
+}
+
 TEST_F(SavePanelTest, QuotationMarksAreAPartOfTheName) {
     start({picture(QStringLiteral("12\" record.png"), 30, 20, Qt::red)});
     ask();
