@@ -12,13 +12,13 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 
 namespace skarnel {
 namespace {
 
 constexpr unsigned kRenameNoReplace = 1;  // RENAME_NOREPLACE of linux/fs.h
-constexpr mode_t kUsualMask = 022;
 
 template <typename Number>
 Number orError(Number result) {
@@ -97,7 +97,7 @@ class SystemFileSystem final : public FileSystem {
             orError(::syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, kRenameNoReplace)));
     }
 
-    mode_t umask() override {
+    std::optional<mode_t> umask() override {
         // The call of that name can only be read by changing it, which another thread that makes
         // a file just then would notice; the kernel's report has no such window.
         return maskInReport("/proc/self/status");
@@ -111,17 +111,16 @@ FileSystem& systemFileSystem() {
     return system;
 }
 
-mode_t maskInReport(const char* path) {
-    struct CloseFile {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
-    const std::unique_ptr<std::FILE, CloseFile> report(std::fopen(path, "re"));
-    std::array<char, 256> line;
-    while (report && std::fgets(line.data(), line.size(), report.get()) != nullptr) {
-        unsigned mask = 0;
-        if (std::sscanf(line.data(), "Umask: %o", &mask) == 1) return static_cast<mode_t>(mask);
-    }
-    return kUsualMask;
+std::optional<mode_t> maskInReport(const char* path) {
+    const int report = ::open(path, O_RDONLY | O_CLOEXEC);
+    if (report < 0) return std::nullopt;
+    std::array<char, 512> text{};  // a name and the mask stand before all else
+    const ssize_t count = ::read(report, text.data(), text.size() - 1);
+    ::close(report);
+    const char* line = count > 0 ? std::strstr(text.data(), "\nUmask:") : nullptr;
+    unsigned mask = 0;
+    if (line == nullptr || std::sscanf(line, " Umask: %o", &mask) != 1) return std::nullopt;
+    return static_cast<mode_t>(mask);
 }
 
 }  // namespace skarnel

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "storage/left_overs.h"
@@ -57,8 +58,8 @@ class TemporaryFile {
         if (descriptor_ >= 0) fileSystem_.close(descriptor_);
     }
 
-    Result<void> create(const std::string& folder);
-    Result<void> adopt(const struct stat* replaced);
+    Result<void> create(const std::string& folder, mode_t mode);
+    Result<void> adopt(mode_t mode, const struct stat* replaced);
     Result<void> fill(std::span<const std::uint8_t> bytes);
     Result<void> publish(const std::string& target, Overwrite overwrite);
 
@@ -72,12 +73,11 @@ class TemporaryFile {
     bool named_ = false;
 };
 
-Result<void> TemporaryFile::create(const std::string& folder) {
+Result<void> TemporaryFile::create(const std::string& folder, mode_t mode) {
     for (int attempt = 0; attempt < kMaxNameAttempts; ++attempt) {
         path_ = temporaryFilePath(folder);
         descriptor_ = uninterrupted([&] {
-            return fileSystem_.open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW,
-                                    kPrivateFileMode);
+            return fileSystem_.open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
         });
         if (descriptor_ == -EEXIST) continue;
         if (descriptor_ == -ENOENT) return {ErrorCode::NotFound, "The folder does not exist"};
@@ -105,11 +105,10 @@ int TemporaryFile::lockAndCheckName() {
     return status.st_nlink == 0 ? -EAGAIN : 0;
 }
 
-/// Gives the file the permissions that it shall have under its real name.
-Result<void> TemporaryFile::adopt(const struct stat* replaced) {
-    mode_t mode = kNewFileMode & ~fileSystem_.umask();
+/// Gives the file the permissions that it shall have under its real name, and where it replaces
+/// another one that one's owner and group.
+Result<void> TemporaryFile::adopt(mode_t mode, const struct stat* replaced) {
     if (replaced != nullptr) {
-        mode = replaced->st_mode & kPermissionBits;
         // Only root may give a file away, and a user only to one of their groups: an attempt.
         struct stat own = {};
         if (fileSystem_.fstat(descriptor_, own) == 0 &&
@@ -205,6 +204,22 @@ Result<void> writeStream(const std::string& path, const struct stat& status,
     return written;
 }
 
+/// Makes the file with the permissions for its real name.
+Result<void> giveTemporaryName(TemporaryFile& file, const std::string& folder,
+                               const struct stat* replaced, FileSystem& fileSystem) {
+    std::optional<mode_t> mode;
+    if (replaced != nullptr) {
+        mode = replaced->st_mode & kPermissionBits;
+    } else if (const std::optional<mode_t> mask = fileSystem.umask()) {
+        mode = kNewFileMode & ~*mask;
+    }
+    // Where nothing tells the mask the kernel applies it: whoever may open the file then, may
+    // afterwards, too.
+    if (!mode) return file.create(folder, kNewFileMode);
+    if (Result<void> done = file.create(folder, kPrivateFileMode); !done) return done;
+    return file.adopt(*mode, replaced);
+}
+
 Result<void> replaceInOneStep(const std::string& target, const struct stat* replaced,
                               std::span<const std::uint8_t> bytes, Overwrite overwrite,
                               FileSystem& fileSystem) {
@@ -212,8 +227,8 @@ Result<void> replaceInOneStep(const std::string& target, const struct stat* repl
     removeLeftOversOnce(folder, fileSystem);
     {
         TemporaryFile file(fileSystem);
-        if (Result<void> done = file.create(folder); !done) return done;
-        if (Result<void> done = file.adopt(replaced); !done) return done;
+        if (Result<void> done = giveTemporaryName(file, folder, replaced, fileSystem); !done)
+            return done;
         if (Result<void> done = file.fill(bytes); !done) return done;
         if (Result<void> done = file.publish(target, overwrite); !done) return done;
     }

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -100,7 +101,7 @@ class InterceptedFileSystem : public FileSystem {
         const int answer = before("renameNoReplace", from);
         return answer < 0 ? answer : real_.renameNoReplace(from, to);
     }
-    mode_t umask() override { return real_.umask(); }
+    std::optional<mode_t> umask() override { return real_.umask(); }
 
   protected:
     /// 0 to pass the call on, or the negative error number that it shall give.
@@ -127,6 +128,9 @@ class FaultyFileSystem final : public InterceptedFileSystem {
         : failingCall_(failingCall), error_(error), repeat_(repeat), lacking_(std::move(lacking)) {}
 
     const std::vector<std::string>& calls() const { return calls_; }
+
+    /// The disk itself is left alone: thousands of flushes would take minutes on a busy one.
+    int fsync(int) override { return before("fsync", ""); }
 
   private:
     int before(const std::string& call, const std::string&) override {

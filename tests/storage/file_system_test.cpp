@@ -39,13 +39,18 @@ TEST(FileSystem, TheMaskIsReadWithoutChangingIt) {
     EXPECT_EQ(::umask(before), 0127U);
 }
 
-TEST(MaskInReport, IsOctalAndTheUsualOneWhereThereIsNone) {
+TEST(MaskInReport, IsOctalAndNothingWhereThereIsNone) {
     const test::TemporaryFolder folder;
     test::putFile(folder / "whole", "Name:\tskarnel\nUmask:\t0027\nState:\tR\n");
     EXPECT_EQ(maskInReport((folder / "whole").c_str()), 027U);
     test::putFile(folder / "old kernel", "Name:\tskarnel\nState:\tR (running)\n");
-    EXPECT_EQ(maskInReport((folder / "old kernel").c_str()), 022U);
-    EXPECT_EQ(maskInReport((folder / "missing").c_str()), 022U);
+    EXPECT_EQ(maskInReport((folder / "old kernel").c_str()), std::nullopt);
+    test::putFile(folder / "cut", "Name:\tskarnel\nUmask:");
+    EXPECT_EQ(maskInReport((folder / "cut").c_str()), std::nullopt);
+    test::putFile(folder / "empty", "");
+    EXPECT_EQ(maskInReport((folder / "empty").c_str()), std::nullopt);
+    EXPECT_EQ(maskInReport((folder / "missing").c_str()), std::nullopt);
+    EXPECT_EQ(maskInReport(folder.path().c_str()), std::nullopt) << "it is opened, not read";
 }
 
 TEST(Uninterrupted, GivesUpAfterAHundredTries) {

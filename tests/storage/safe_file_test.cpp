@@ -147,14 +147,6 @@ TEST(WriteFileSafely, KeepsThePermissionsOfAReplacedFile) {
     EXPECT_EQ(modeOf(folder / "private"), 0640U);
 }
 
-TEST(WriteFileSafely, GivesANewFileWhatTheMaskLeaves) {
-    const TemporaryFolder folder;
-    const mode_t before = ::umask(027);
-    ASSERT_TRUE(writeFileSafely(folder / "new", bytesOf("x"), Overwrite::Refuse));
-    ::umask(before);
-    EXPECT_EQ(modeOf(folder / "new"), 0640U);
-}
-
 TEST(WriteFileSafely, KeepsTheOwnerWhenRootSaves) {
     if (::geteuid() != 0) GTEST_SKIP() << "only root may give a file away";
     const TemporaryFolder folder;
