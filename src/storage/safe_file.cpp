@@ -165,7 +165,8 @@ int TemporaryFile::giveNewName(const std::string& target) {
     }
     if (linked != -EPERM && !isNotOffered(linked)) return linked;
     struct stat status = {};
-    if (fileSystem_.lstat(target.c_str(), status) == 0) return -EEXIST;
+    const int found = fileSystem_.lstat(target.c_str(), status);
+    if (found != -ENOENT) return found == 0 ? -EEXIST : found;
     return fileSystem_.rename(path_.c_str(), target.c_str());
 }
 

@@ -86,6 +86,34 @@ TEST(WriteFileSafely, WithoutLinksEitherAFileThatCameMeanwhileIsNotReplaced) {
     }
 }
 
+TEST(WriteFileSafely, WithoutLinksEitherAFailingLookReplacesNothing) {
+    class Blind final : public test::InterceptedFileSystem {
+      public:
+        explicit Blind(std::string path) : path_(std::move(path)) {}
+
+      private:
+        int before(const std::string& call, const std::string&) override {
+            if (call == "renameNoReplace") {
+                putFile(path_, "theirs");
+                hasArrived_ = true;
+                return -EINVAL;
+            }
+            if (call == "link") return -EPERM;
+            return call == "lstat" && hasArrived_ ? -EIO : 0;
+        }
+        std::string path_;
+        bool hasArrived_ = false;
+    };
+    const TemporaryFolder folder;
+    Blind fileSystem(folder / "name");
+    const Result<void> refused =
+        writeFileSafely(folder / "name", bytesOf("ours"), Overwrite::Refuse, fileSystem);
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().message, "Input/output error");
+    EXPECT_EQ(fileText(folder / "name"), "theirs");
+    EXPECT_THAT(folder.names(), ElementsAre("name"));
+}
+
 TEST(WriteFileSafely, ASecondLinkThatFailsIsAFailureWithItsCause) {
     const TemporaryFolder folder;
     test::RefusingFileSystem broken({{"renameNoReplace", EINVAL}, {"link", EIO}});
