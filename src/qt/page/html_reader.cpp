@@ -61,6 +61,14 @@ QString withFractionsInPoints(QString html) {
     return html.replace(fraction, QStringLiteral("\\1pt"));
 }
 
+/// The toolkit does not know that this element has no end tag, and would hide all behind it.
+QString withoutLinkElements(QString html) {
+    static const QRegularExpression link(
+        QStringLiteral("<link(?=[\\s/>])(?:[^'\"<>]|\"[^\"]*+\"|'[^']*+')*+>"),
+        QRegularExpression::CaseInsensitiveOption);
+    return html.remove(link);
+}
+
 }  // namespace
 
 StyledText styledTextOfHtml(std::u16string_view html, const TextStyle& base) {
@@ -68,7 +76,7 @@ StyledText styledTextOfHtml(std::u16string_view html, const TextStyle& base) {
     if (isNestedTooDeeply(source.toStdString(), kMaxStyledHtmlDepth)) return {};
     ClosedDocument document;
     document.setUndoRedoEnabled(false);
-    document.setHtml(withFractionsInPoints(source));
+    document.setHtml(withFractionsInPoints(withoutLinkElements(source)));
     StyledText text;
     std::vector<TextAlignment> alignments;
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {

@@ -51,6 +51,26 @@ TEST(StyledTextOfHtml, PicturesScriptsAndLinksLeaveNothingButTheirText) {
     EXPECT_EQ(text.styleAt(1), styleOf(48));
 }
 
+TEST(StyledTextOfHtml, TextBehindALinkElementIsNotLost) {
+    for (const std::u16string_view html :
+         {u"<link rel=stylesheet href=x>text", u"<LINK title='a>b' href=\"'\"/><p>text",
+          u"<html><head><link href=x></head><body>text</body></html>",
+          u"te<span><link itemprop=url href=x>xt</span>"})
+        EXPECT_EQ(styledTextOfHtml(html, styleOf(48)).characters(), u"text");
+    // Neither another element of such a name, nor its name alone.
+    EXPECT_EQ(styledTextOfHtml(u"<linked>te</linked>xt &lt;link&gt;", styleOf(48)).characters(),
+              u"text <link>");
+}
+
+TEST(StyledTextOfHtml, LinkElementsThatHaveNoEndTakeNoTime) {
+    std::u16string html;
+    for (int i = 0; i < 100'000; ++i) html += i % 2 == 0 ? u"<link '" : u"<link \"";
+    EXPECT_TRUE(styledTextOfHtml(html, styleOf(48)).isEmpty());  // nested too deeply
+    std::u16string open = u"text<link ";
+    for (int i = 0; i < 500'000; ++i) open += u"a=\"\" ";
+    EXPECT_EQ(styledTextOfHtml(open, styleOf(48)).characters().substr(0, 4), u"text");
+}
+
 std::u16string nested(int depth) {
     std::u16string html;
     for (int i = 0; i < depth; ++i) html += u"<div>";

@@ -60,50 +60,71 @@ class Watch {
     int queue_;
 };
 
-// 25 ways to name an address, by 8 addresses.
-inline std::vector<std::string> payloads(const std::string& file, int port) {
+/// A hostile text, and what is read when it comes as HTML between two words.
+struct Payload {
+    std::string typed;
+    std::string pasted;
+};
+
+inline std::string pageOf(const std::string& payload) {
+    return "<html><body>before " + payload + " after</body></html>";
+}
+
+/// 25 ways to name an address, which stands for each ^, by 8 addresses. What is read of a way was
+/// written down by the rules of HTML: elements, comments and declarations are no text, white space
+/// is one space, a picture stands between two of them, and a second <body> begins a paragraph.
+inline std::vector<Payload> payloadsWithText(const std::string& file, int port) {
     const std::string host = "127.0.0.1:" + std::to_string(port);
     const std::vector<std::string> addresses{
         "http://" + host + "/x", "https://" + host + "/x",
         "//" + host + "/x",      "file://" + file,
         "ftp://" + host + "/x",  "ws://" + host + "/x",
         "../../../" + file,      "javascript:fetch('http://" + host + "/x')"};
-    const std::vector<std::string> ways{
-        "<script src='@'></script>",
-        "<script>location='@'</script>",
-        "</span></p></body><script src=@></script>",
-        "<img src='@'>",
-        "<img src=x onerror=\"location='@'\">",
-        "<svg onload=\"fetch('@')\"><image href='@'/></svg>",
-        "<link rel=stylesheet href='@'>",
-        "<style>@import '@';</style>",
-        "</style><style>body{background:url(@)}</style>",
-        "<iframe src='@'></iframe>",
-        "<object data='@'></object>",
-        "<embed src='@'>",
-        "<a href='@' ping='@'>press</a>",
-        "<meta http-equiv=refresh content='0;url=@'>",
-        "<base href='@'><img src=a>",
-        "<video poster='@' src='@' autoplay></video>",
-        "<form action='@'><input autofocus onfocus=submit()></form>",
-        "<!DOCTYPE x [<!ENTITY e SYSTEM '@'>]><x>&e;</x>",
-        "<?xml-stylesheet href='@'?>",
-        "&lt;img src=@&gt;&#60;img src=@&#62;&amp;",
-        "\xE2\x80\xAE<gmi crs='@'>\xE2\x80\xAC",
-        "\xE2\x81\xA6@\xE2\x81\xA9\xE2\x80\xAB@",
-        "<body background='@'><BODY onload=alert(1)>",
-        "%3Cscript src=@%3E <%= @ %> {{@}} ${@}",
-        "<template><math><mtext><img src=@></mtext></math></template>-->]]>",
+    const std::vector<Payload> ways{
+        {"<script src='^'></script>", "before after"},
+        {"<script>location='^'</script>", "before after"},
+        {"</span></p></body><script src=^></script>", "before after"},
+        {"<img src='^'>", "before  after"},
+        {"<img src=x onerror=\"location='^'\">", "before  after"},
+        {"<svg onload=\"fetch('^')\"><image href='^'/></svg>", "before after"},
+        {"<link rel=stylesheet href='^'>", "before after"},
+        {"<style>@import '^';</style>", "before after"},
+        {"</style><style>body{background:url(^)}</style>", "before after"},
+        {"<iframe src='^'></iframe>", "before after"},
+        {"<object data='^'></object>", "before after"},
+        {"<embed src='^'>", "before after"},
+        {"<a href='^' ping='^'>press</a>", "before press after"},
+        {"<meta http-equiv=refresh content='0;url=^'>", "before after"},
+        {"<base href='^'><img src=a>", "before  after"},
+        {"<video poster='^' src='^' autoplay></video>", "before after"},
+        {"<form action='^'><input autofocus onfocus=submit()></form>", "before after"},
+        {"<!DOCTYPE x [<!ENTITY e SYSTEM '^'>]><x>&e;</x>", "before ]>&e; after"},
+        {"<?xml-stylesheet href='^'?>", "before after"},
+        {"&lt;img src=^&gt;&#60;img src=^&#62;&amp;", "before <img src=^><img src=^>& after"},
+        {"\xE2\x80\xAE<gmi crs='^'>\xE2\x80\xAC", "before \xE2\x80\xAE\xE2\x80\xAC after"},
+        {"\xE2\x81\xA6^\xE2\x81\xA9\xE2\x80\xAB^",
+         "before \xE2\x81\xA6^\xE2\x81\xA9\xE2\x80\xAB^ after"},
+        {"<body background='^'><BODY onload=alert(1)>", "before \nafter"},
+        {"%3Cscript src=^%3E <%= ^ %> {{^}} ${^}", "before %3Cscript src=^%3E {{^}} ${^} after"},
+        {"<template><math><mtext><img src=^></mtext></math></template>-->]]>",
+         "before -->]]> after"},
     };
+    const auto filled = [](std::string way, const std::string& address) {
+        for (std::size_t at = way.find('^'); at != std::string::npos;
+             at = way.find('^', at + address.size()))
+            way.replace(at, 1, address);
+        return way;
+    };
+    std::vector<Payload> all;
+    for (const Payload& way : ways)
+        for (const std::string& address : addresses)
+            all.push_back({filled(way.typed, address), filled(way.pasted, address)});
+    return all;
+}
+
+inline std::vector<std::string> payloads(const std::string& file, int port) {
     std::vector<std::string> all;
-    for (std::string way : ways)
-        for (const std::string& address : addresses) {
-            std::string payload = way;
-            for (std::size_t at = payload.find('@'); at != std::string::npos;
-                 at = payload.find('@', at + address.size()))
-                payload.replace(at, 1, address);
-            all.push_back(payload);
-        }
+    for (Payload& payload : payloadsWithText(file, port)) all.push_back(std::move(payload.typed));
     return all;
 }
 
