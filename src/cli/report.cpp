@@ -11,6 +11,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/interrupt.h"
+#include "imaging/io/plain_text.h"
 #include "recipe/base64.h"
 #include "util/log/message.h"
 
@@ -93,6 +94,17 @@ bool hasVariable(const char* name) {
     return value != nullptr && *value != '\0';
 }
 
+/// By its first byte; what is none is one byte.
+std::size_t bytesOfCharacter(char first) {
+    const auto byte = static_cast<unsigned char>(first);
+    return byte < 0xC0 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+}
+
+bool isShownAsItIs(std::string_view character) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(character.data());
+    return io::plainText({bytes, character.size()}, character.size()) == character;
+}
+
 std::size_t terminalColumns() {
     winsize size = {};
     const bool known = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
@@ -101,21 +113,20 @@ std::size_t terminalColumns() {
 
 }  // namespace
 
-std::string forStream(int descriptor, std::string_view text) {
+std::string forStream(int descriptor, std::string_view text, LineEnds lineEnds) {
     if (::isatty(descriptor) != 1) return std::string(text);
     std::string shown;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
-        const bool wide = byte == 0xC2 && next >= 0x80 && next < 0xA0;  // U+0080 to U+009F
-        if ((byte >= 0x20 && byte != 0x7F && !wide) || byte == '\n') {
-            shown += text[i];
+    while (!text.empty()) {
+        const std::string_view character = text.substr(0, bytesOfCharacter(text.front()));
+        if (isShownAsItIs(character) || (character == "\n" && lineEnds == LineEnds::Kept)) {
+            shown += character;
+            text.remove_prefix(character.size());
             continue;
         }
-        char escape[8];
-        std::snprintf(escape, sizeof escape, "\\x%02x", wide ? unsigned{next} : unsigned{byte});
+        char escape[5];
+        std::snprintf(escape, sizeof escape, "\\x%02x", static_cast<unsigned char>(text.front()));
         shown += escape;
-        if (wide) ++i;
+        text.remove_prefix(1);
     }
     return shown;
 }
@@ -212,8 +223,8 @@ void Console::progress(std::size_t done, std::size_t total, std::string_view nam
     if (!style_.progress || total < 2) return;
     constexpr std::size_t kBarWidth = 24;
     const std::size_t filled = kBarWidth * done / total;
-    std::string shown = forStream(STDERR_FILENO, name);
-    std::replace(shown.begin(), shown.end(), '\n', '?');  // a bar of two lines could not be wiped
+    // A bar of two lines could not be wiped: line ends are escaped, too.
+    const std::string shown = forStream(STDERR_FILENO, name);
     std::string line = "[" + std::string(filled, '#') + std::string(kBarWidth - filled, '.') +
                        "] " + std::to_string(done) + "/" + std::to_string(total) + " " + shown;
     // A line that wraps could not be wiped. Cutting inside a UTF-8 sequence must not happen.

@@ -19,9 +19,13 @@ std::string jsonOfReport(const JobReport& report);
 std::string jsonOfVersion();
 std::string textOfVersion();
 
-/// `text` as it may go to that stream's descriptor. A file's name may hold what a terminal obeys;
-/// there it is shown as "\x1b". Into a file or a pipe it goes as it is.
-std::string forStream(int descriptor, std::string_view text);
+enum class LineEnds { Kept, Escaped };
+
+/// `text` as it may go to that stream's descriptor. A file's name may hold what a terminal obeys,
+/// or what turns the direction of writing around; there each byte of it, and each that belongs to
+/// no character, is shown as "\x1b", as a shell reads it in $'...'. Into a file or a pipe it goes
+/// as it is.
+std::string forStream(int descriptor, std::string_view text, LineEnds lineEnds = LineEnds::Escaped);
 
 /// Where the lines go. Standard output has the results, standard error everything else; with a
 /// picture on standard output the JSON goes to standard error too.

@@ -224,7 +224,7 @@ class Run {
 int run(const EarlyEnd& end, const Translator&) {
     const bool wanted = end.exitCode == kAllWell;
     std::FILE* stream = wanted ? stdout : stderr;
-    const std::string text = wanted ? end.text : forStream(STDERR_FILENO, end.text);
+    const std::string text = wanted ? end.text : forStream(STDERR_FILENO, end.text, LineEnds::Kept);
     const bool printed = std::fputs(text.c_str(), stream) >= 0 && std::fflush(stream) == 0;
     return printed ? end.exitCode : kSomeFailed;
 }

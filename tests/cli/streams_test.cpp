@@ -101,9 +101,9 @@ TEST(Streams, ClosedStreamsAreNoReasonToCrash) {
     EXPECT_TRUE(decodeImageFile(folder / "out.png"));
 }
 
-/// What the program shows on a terminal, with standard error on it.
+/// What the program shows on a terminal, with standard error or another of its streams on it.
 std::string onTerminal(const std::vector<std::string>& arguments, const char* noColor,
-                       unsigned short columns = 60) {
+                       unsigned short columns = 60, int stream = STDERR_FILENO) {
     int terminal = -1;
     int screen = -1;
     const winsize size = {20, columns, 0, 0};
@@ -113,7 +113,7 @@ std::string onTerminal(const std::vector<std::string>& arguments, const char* no
             ::setenv("TERM", "xterm", 1);
             ::unsetenv("NO_COLOR");
             if (noColor != nullptr) ::setenv("NO_COLOR", noColor, 1);
-            ::dup2(screen, 2);
+            ::dup2(screen, stream);
         });
         process.finish();
     }
@@ -132,9 +132,34 @@ std::string onTerminal(const std::vector<std::string>& arguments, const char* no
 TEST(Streams, ATerminalIsNotCommandedByTheNameOfAFile) {
     const std::string name = "/missing/a\x1b[31mb\x7f\xC2\x9B.png";
     const std::string shown = onTerminal({name}, "1");
-    EXPECT_THAT(shown, HasSubstr("/missing/a\\x1b[31mb\\x7f\\x9b.png: No such file"));
+    EXPECT_THAT(shown, HasSubstr("/missing/a\\x1b[31mb\\x7f\\xc2\\x9b.png: No such file"));
     EXPECT_EQ(shown.find('\x1b'), std::string::npos);
     EXPECT_THAT(render({name}).err, HasSubstr(name));
+}
+
+/// What the program writes to a terminal on its standard output.
+std::string outputOnTerminal(const std::vector<std::string>& arguments) {
+    return onTerminal(arguments, "1", 200, STDOUT_FILENO);
+}
+
+TEST(Streams, ANameNeitherTurnsALineOfATerminalAroundNorBeginsOne) {
+    // What turns a line around, an isolate, a mark, half a character, a control character as one
+    // byte, and a line that is none of the program's; letters of four languages stay.
+    const std::string letters = "\xC3\xA9\xD7\x90\xE6\x97\xA5\xF0\x9F\x8C\x84.png";
+    const TemporaryFolder folder;
+    const std::string name =
+        folder / ("a\xE2\x80\xAEgnp\xE2\x81\xA6\xD8\x9C\xE6\x97z\x9B\nskarnel-render: " + letters);
+    const std::string shown =
+        folder /
+        (R"(a\xe2\x80\xaegnp\xe2\x81\xa6\xd8\x9c\xe6\x97z\x9b\x0askarnel-render: )" + letters);
+    EXPECT_THAT(onTerminal({name}, "1", 200), HasSubstr(shown + ": No such file"));
+    EXPECT_THAT(render({name}).err, HasSubstr(name + ": No such file"));
+    test::putPicture(name, 3, 2);
+    const std::string out = folder / "\xE2\x80\xAE.png";
+    EXPECT_EQ(outputOnTerminal({name, "-o", out}), folder / "\\xe2\\x80\\xae.png\r\n");
+    EXPECT_EQ(render({name, "-o", out, "-f"}).out, out + "\n");
+    // Programs get the very name in JSON.
+    EXPECT_THAT(outputOnTerminal({name, "-o", out, "-f", "--json"}), HasSubstr(out));
 }
 
 TEST(Streams, ATerminalIsNotCommandedByArgumentsThatAreRefused) {
@@ -185,9 +210,9 @@ TEST(Streams, ANameSteersNeitherTheTerminalNorTheBar) {
     test::putPicture(folder / "a.png", 30, 20);
     test::putPicture(odd, 30, 20);
     const std::string bar = onTerminal({folder / "a.png", odd, "-f", "-j", "1"}, "1", 200);
-    EXPECT_THAT(bar, HasSubstr("q\\x1b[35m?z\\x1b]0;t\\x07\\x9b\xC3\xA9.png"));
+    EXPECT_THAT(bar, HasSubstr("q\\x1b[35m\\x0az\\x1b]0;t\\x07\\xc2\\x9b\xC3\xA9.png"));
     const std::string told = onTerminal({odd, "-f", "-v"}, "1", 200);
-    EXPECT_THAT(told, HasSubstr("z\\x1b]0;t\\x07\\x9b\xC3\xA9.png"));
+    EXPECT_THAT(told, HasSubstr("q\\x1b[35m\\x0az\\x1b]0;t\\x07\\xc2\\x9b\xC3\xA9.png"));
     for (const char* steers : {"\x1b[35m", "\x1b]", "\a", "\xC2\x9B"}) {
         EXPECT_THAT(bar + told, Not(HasSubstr(steers)));
     }
