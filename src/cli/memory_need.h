@@ -17,9 +17,11 @@ inline constexpr std::uint64_t kBytesAWorker = std::uint64_t{32} << 20;
 inline constexpr std::uint64_t kBytesOfUnknownSize = std::uint64_t{1} << 30;
 
 /// Bytes that a picture of this size takes at the most, all its processes together: while it is
-/// decoded twelve a pixel, eight of them in the helper; then its own four, and for each pixel of
-/// the largest picture of the render what the format to write needs, as measured.
-std::uint64_t memoryOfRender(PixelSize picture, const JobSettings& settings, std::string_view type);
+/// decoded twelve a pixel, eight of them in the helper, and more of formats whose codecs hold it in
+/// forms of their own (`source` is its format's identifier, if known); then its own four, and for
+/// each pixel of the largest picture of the render what the format to write needs, as measured.
+std::uint64_t memoryOfRender(PixelSize picture, const JobSettings& settings, std::string_view type,
+                             std::string_view source = {});
 
 /// What a frame is written as: the format's identifier, and the quality where it is to lose some.
 struct FrameFormat {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "cli/pictures.h"
 #include "storage/temporary_folder.h"
 
@@ -49,6 +51,34 @@ TEST(MemoryNeed, OfAPreviewIsThatOfDecoding) {
     JobSettings settings = defaults();
     settings.preview = PixelSize{100, 100};
     EXPECT_EQ(memoryOfRender({10'000, 5000}, settings, kUTTypePNG), kSmallest + 50'000'000 * 12);
+}
+
+TEST(MemoryNeed, OfFormatsWhoseDecoderHoldsThePictureIsMore) {
+    JobSettings settings = defaults();
+    settings.preview = PixelSize{100, 100};
+    const auto bytesAPixel = [&](std::string_view source) {
+        return (memoryOfRender({10'000, 5000}, settings, kUTTypePNG, source) - kSmallest) /
+               50'000'000;
+    };
+    EXPECT_EQ(bytesAPixel(kUTTypeJPEG), 12U);
+    EXPECT_EQ(bytesAPixel(kUTTypeJPEGXL), 48U);
+    EXPECT_EQ(bytesAPixel(kUTTypeJPEG2000), 96U);
+    EXPECT_EQ(bytesAPixel(kUTTypeHEIF), 36U);
+    EXPECT_EQ(bytesAPixel(kUTTypeAVIF), 36U);
+}
+
+TEST(MemoryNeed, OfAFileGoesByItsFormat) {
+    const TemporaryFolder folder;
+    JobSettings settings = defaults();
+    settings.preview = PixelSize{10, 10};
+    Job job;
+    job.type = kUTTypePNG;
+    job.input = folder / "picture";
+    const Bytes file = *encodeImage(CGImage(*PixelBuffer::zeroed(700, 300)), kUTTypeJPEG2000);
+    std::ofstream(job.input, std::ios::binary)
+        .write(reinterpret_cast<const char*>(file.data()),
+               static_cast<std::streamsize>(file.size()));
+    EXPECT_EQ(memoryOfJob(job, settings), kSmallest + 210'000 * 96);
 }
 
 TEST(MemoryNeed, OfSizesBeyondAllMeasureStaysANumber) {
