@@ -10,6 +10,7 @@
 #include "storage/safe_file.h"
 #include "storage/whole_file.h"
 #include "util/log/system_error.h"
+#include "util/log/system_log.h"
 
 namespace skarnel {
 namespace {
@@ -17,6 +18,7 @@ namespace {
 constexpr mode_t kPrivateFileMode = 0600;
 constexpr int kMaxCopies = 1000;
 constexpr std::chrono::milliseconds kLockPause{2};
+constexpr int kMaxOpenings = 8;  // of a lock that others make and move at the same time
 
 bool isSameFile(const std::string& path, const struct stat& status, FileSystem& fileSystem) {
     struct stat other = {};
@@ -31,6 +33,49 @@ std::string copyName(const std::string& target, int number) {
     return name;
 }
 
+/// What an opening gives for things that never become usable by waiting. All else (no descriptors
+/// left, a disk that fails) is no fault of what lies there.
+bool cannotBeALock(int opened) {
+    return opened == -EACCES || opened == -EISDIR || opened == -ELOOP || opened == -ENXIO;
+}
+
+/// Where the process may not give files away, it keeps them.
+void giveToOwnerOf(int descriptor, const std::string& folder, FileSystem& fileSystem) {
+    struct stat own = {};
+    struct stat theirs = {};
+    if (fileSystem.fstat(descriptor, own) == 0 && fileSystem.stat(folder.c_str(), theirs) == 0 &&
+        own.st_uid != theirs.st_uid) {
+        fileSystem.fchown(descriptor, theirs.st_uid, theirs.st_gid);
+    }
+}
+
+enum class Keep {
+    SecondName,  // costs no space and cannot be half done; the thing stays where it is
+    Moved,
+};
+
+Result<void> keepBeside(const std::string& path, const struct stat& status, Keep how,
+                        FileSystem& fileSystem) {
+    for (int number = 1; number <= kMaxCopies; ++number) {
+        const std::string copy = copyName(path, number);
+        int kept = how == Keep::SecondName ? fileSystem.link(path.c_str(), copy.c_str()) : -EPERM;
+        if (kept < 0 && kept != -EEXIST) {
+            kept = fileSystem.renameNoReplace(path.c_str(), copy.c_str());
+        }
+        if (kept == -EEXIST) {
+            if (how == Keep::Moved || !isSameFile(copy, status, fileSystem)) continue;
+            kept = 0;  // by an earlier try, whose write failed
+        }
+        if (kept < 0) return {ErrorCode::CannotWrite, describeError(-kept)};
+        // The copy's name must be on disk before the new file can take the old one's place.
+        return flushFolder(folderOfPath(path), fileSystem);
+    }
+    // No program may be kept from saving for ever: the youngest copy gives way.
+    const int moved = fileSystem.rename(path.c_str(), copyName(path, kMaxCopies).c_str());
+    if (moved < 0) return {ErrorCode::CannotWrite, describeError(-moved)};
+    return flushFolder(folderOfPath(path), fileSystem);
+}
+
 }  // namespace
 
 FileLock::~FileLock() {
@@ -38,21 +83,82 @@ FileLock::~FileLock() {
 }
 
 Result<void> FileLock::take(const std::string& path, std::chrono::milliseconds patience) {
-    descriptor_ = uninterrupted(
-        [&] { return fileSystem_.open(path.c_str(), O_RDWR | O_CREAT, kPrivateFileMode); });
+    descriptor_ = openOrdinary(path);
+    if (cannotBeALock(descriptor_)) return takeAfterMoving(path, descriptor_, patience);
+    return takeOpened(patience);
+}
+
+Result<void> FileLock::takeOpened(std::chrono::milliseconds patience) {
     if (descriptor_ < 0) return {ErrorCode::CannotWrite, describeError(-descriptor_)};
-    const auto end = std::chrono::steady_clock::now() + patience;
+    const int locked = lockWithin(patience);
+    // Without locks in the file system the merge alone has to do.
+    if (locked == 0 || locked == -ENOLCK || locked == -EOPNOTSUPP) return {};
+    if (locked == -EWOULDBLOCK) {
+        return {ErrorCode::CannotWrite, "Another program keeps the settings locked"};
+    }
+    return {ErrorCode::CannotWrite, describeError(-locked)};
+}
+
+/// 0, or the negative error number; -EWOULDBLOCK when somebody has the lock all that time.
+int FileLock::lockWithin(std::chrono::milliseconds time) {
+    const auto end = std::chrono::steady_clock::now() + time;
     for (;;) {
         const int locked =
             uninterrupted([&] { return fileSystem_.flock(descriptor_, LOCK_EX | LOCK_NB); });
-        // Without locks in the file system the merge alone has to do.
-        if (locked == 0 || locked == -ENOLCK || locked == -EOPNOTSUPP) return {};
-        if (locked != -EWOULDBLOCK) return {ErrorCode::CannotWrite, describeError(-locked)};
-        if (std::chrono::steady_clock::now() >= end) {
-            return {ErrorCode::CannotWrite, "Another program keeps the settings locked"};
-        }
+        if (locked != -EWOULDBLOCK || std::chrono::steady_clock::now() >= end) return locked;
         std::this_thread::sleep_for(kLockPause);
     }
+}
+
+/// The descriptor of an ordinary file, or the negative error number; -EISDIR stands for all that
+/// can be opened and is none.
+int FileLock::openOrdinary(const std::string& path) {
+    const int opened = openOrMake(path);
+    if (opened < 0) return opened;
+    struct stat status = {};
+    const int found = fileSystem_.fstat(opened, status);
+    if (found == 0 && S_ISREG(status.st_mode)) return opened;
+    fileSystem_.close(opened);
+    return found < 0 ? found : -EISDIR;
+}
+
+/// A new lock is made by a call that follows no link and takes nothing that is there already: only
+/// then may root give it away.
+int FileLock::openOrMake(const std::string& path) {
+    const std::string folder = folderOfPath(path);
+    for (int attempt = 0; attempt < kMaxOpenings; ++attempt) {
+        const int opened = uninterrupted(
+            [&] { return fileSystem_.open(path.c_str(), O_RDWR | O_NONBLOCK | O_NOCTTY, 0); });
+        if (opened != -ENOENT) return opened;
+        const int made = uninterrupted([&] {
+            return fileSystem_.open(path.c_str(), O_RDWR | O_CREAT | O_EXCL, kPrivateFileMode);
+        });
+        if (made >= 0) giveToOwnerOf(made, folder, fileSystem_);
+        if (made != -EEXIST) return made;
+    }
+    return -ELOOP;  // a link to nothing
+}
+
+/// Programs that find the same thing in the way take turns by a lock on the folder, or the later
+/// one would move the earlier one's new lock. A folder that cannot be locked has to do without.
+Result<void> FileLock::takeAfterMoving(const std::string& path, int refusal,
+                                       std::chrono::milliseconds patience) {
+    const std::string folder = folderOfPath(path);
+    FileLock turn(fileSystem_);
+    turn.descriptor_ =
+        uninterrupted([&] { return fileSystem_.open(folder.c_str(), O_RDONLY | O_DIRECTORY, 0); });
+    if (turn.descriptor_ >= 0 && turn.lockWithin(patience) == -EWOULDBLOCK) {
+        return {ErrorCode::CannotWrite, "Another program keeps the settings locked"};
+    }
+    descriptor_ = openOrdinary(path);
+    if (cannotBeALock(descriptor_)) {
+        descriptor_ = refusal;
+        if (moveAside(path, fileSystem_)) {
+            systemLog(path + ": It cannot be used as a lock, and is kept beside the new one");
+            descriptor_ = openOrdinary(path);
+        }
+    }
+    return takeOpened(patience);
 }
 
 Result<std::vector<std::uint8_t>> readSharedFile(const std::string& path, std::uint64_t maxBytes,
@@ -64,33 +170,19 @@ Result<std::vector<std::uint8_t>> readSharedFile(const std::string& path, std::u
     return readWholeFile(path, maxBytes, fileSystem);
 }
 
-/// A second name for what lies there costs no space and cannot be half done. Where that is not
-/// possible (a folder, a loop of links, a file system without hard links) the thing itself moves
-/// aside.
+/// Where a second name is not possible (a folder, a loop of links, a file system without hard
+/// links) the thing itself moves aside.
 Result<void> keepDamagedCopy(const std::string& path, FileSystem& fileSystem) {
     struct stat status = {};
     const int found = fileSystem.lstat(path.c_str(), status);
     if (found == -ENOENT) return {};  // gone meanwhile: nothing to keep
     if (found < 0) return {ErrorCode::CannotWrite, describeError(-found)};
-    const bool ordinary = S_ISREG(status.st_mode);
-    for (int number = 1; number <= kMaxCopies; ++number) {
-        const std::string copy = copyName(path, number);
-        int kept = ordinary ? fileSystem.link(path.c_str(), copy.c_str()) : -EPERM;
-        if (kept < 0 && kept != -EEXIST) {
-            kept = fileSystem.renameNoReplace(path.c_str(), copy.c_str());
-        }
-        if (kept == -EEXIST) {
-            if (!ordinary || !isSameFile(copy, status, fileSystem)) continue;
-            kept = 0;  // by an earlier try, whose write failed
-        }
-        if (kept < 0) return {ErrorCode::CannotWrite, describeError(-kept)};
-        // The copy's name must be on disk before the new file can take the old one's place.
-        return flushFolder(folderOfPath(path), fileSystem);
-    }
-    // No program may be kept from saving for ever: the youngest copy gives way.
-    const int moved = fileSystem.rename(path.c_str(), copyName(path, kMaxCopies).c_str());
-    if (moved < 0) return {ErrorCode::CannotWrite, describeError(-moved)};
-    return flushFolder(folderOfPath(path), fileSystem);
+    const Keep how = S_ISREG(status.st_mode) ? Keep::SecondName : Keep::Moved;
+    return keepBeside(path, status, how, fileSystem);
+}
+
+Result<void> moveAside(const std::string& path, FileSystem& fileSystem) {
+    return keepBeside(path, {}, Keep::Moved, fileSystem);
 }
 
 }  // namespace skarnel

@@ -23,9 +23,20 @@ class FileLock {
     /// Makes the lock file at `path` where it is missing, and takes its lock. CannotWrite when
     /// another program keeps it for longer than the patience. A file system without locks counts
     /// as taken.
+    ///
+    /// A lock that root makes in somebody's folder is given to them. What cannot be a lock (a
+    /// folder, a loop of links, another user's file) is moved aside as "path.damaged" where the
+    /// folder allows it, and the log says so.
     Result<void> take(const std::string& path, std::chrono::milliseconds patience);
 
   private:
+    int openOrMake(const std::string& path);
+    int openOrdinary(const std::string& path);
+    int lockWithin(std::chrono::milliseconds time);
+    Result<void> takeOpened(std::chrono::milliseconds patience);
+    Result<void> takeAfterMoving(const std::string& path, int refusal,
+                                 std::chrono::milliseconds patience);
+
     FileSystem& fileSystem_;
     int descriptor_ = -1;
 };
@@ -38,5 +49,8 @@ Result<std::vector<std::uint8_t>> readSharedFile(const std::string& path, std::u
 /// Keeps what lies at `path` beside it, as "path.damaged", ".damaged-2" and so on, before a new
 /// file takes its place. Nothing there is nothing to keep.
 Result<void> keepDamagedCopy(const std::string& path, FileSystem& fileSystem = systemFileSystem());
+
+/// Gives what lies at `path` such a name too, and leaves nothing there.
+Result<void> moveAside(const std::string& path, FileSystem& fileSystem = systemFileSystem());
 
 }  // namespace skarnel
