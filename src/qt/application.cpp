@@ -10,6 +10,7 @@
 #include <QSplitter>
 #include <QWindow>
 #include <algorithm>
+#include <chrono>
 
 #include "qt/appearance.h"
 #include "qt/color_well.h"
@@ -33,6 +34,8 @@ namespace {
 constexpr int kStoreDelay = 1000;     // milliseconds after the last change ...
 constexpr int kStoreAtMost = 3000;    // ... and after the first, however many follow
 constexpr int kExposePatience = 300;  // milliseconds that start-up waits for the window manager
+// A start waits no longer for settings that another program keeps locked; they are stored later.
+constexpr std::chrono::milliseconds kLockPatience{500};
 
 }  // namespace
 
@@ -40,7 +43,7 @@ Application::Application(const ApplicationParts& parts)
     : catalogue_(parts.catalogue),
       state_(parts.statePath),
       store_(parts.settingsPath),
-      defaults_(store_),
+      defaults_((store_.setLockPatience(kLockPatience), store_)),
       toolkit_({defaults_, state_, parts.attributedText, parts.textFiles, parts.makeWebView}),
       controller_(toolkit_, operations_, SKARNEL_HELP_HOST),
       model_((controller_.init(), defaults_), [this] { controller_.sliderChanged(nullptr); }),
@@ -121,7 +124,7 @@ void Application::connectWindow() {
     connect(&window_, &MainWindow::dropRefused, this, [this] {
         window_.tell(tr("Only a picture file of this computer can be dropped here."));
     });
-    connect(QApplication::instance(), &QApplication::aboutToQuit, this, &Application::persist);
+    connect(QApplication::instance(), &QApplication::aboutToQuit, this, &Application::persistAtEnd);
     window_.textEditor().setMayEdit(
         [this](const std::vector<NSRange>& ranges, const std::vector<std::u16string>& texts) {
             return controller_.textViewShouldChangeTextInRanges(textView_, ranges, texts);
@@ -134,6 +137,7 @@ void Application::connectSettings() {
     // end.
     connect(&storeTimer_, &QTimer::timeout, this, &Application::persist);
     const auto storeSoon = [this] {
+        triedAtEnd_ = false;
         if (!storeTimer_.isActive()) storeBy_.setRemainingTime(kStoreAtMost);
         const qint64 left = std::max<qint64>(storeBy_.remainingTime(), 0);
         storeTimer_.start(static_cast<int>(std::min<qint64>(left, kStoreDelay)));
@@ -249,22 +253,31 @@ void Application::end() {
         dialog->reject();
     }
     takeTyped();
-    persist();
+    persistAtEnd();
     QApplication::quit();
 }
 
+/// Closing the window is followed by the toolkit's own notice of the end. What could not be stored
+/// is not tried again then, unless it changed: the session may grant a few seconds only.
+void Application::persistAtEnd() {
+    if (triedAtEnd_) return;
+    persist();
+    triedAtEnd_ = true;
+}
+
+/// The window's own first: it has the user's looks, and nobody else writes it for long.
 void Application::persist() {
     model_.flush();
-    defaults_.synchronize();
     state_.setGeometry(window_.saveGeometry());
     state_.setSplitter(window_.splitter().saveState());
     state_.save();
+    defaults_.synchronize();
     storeTimer_.stop();
 }
 
 void Application::persistWithoutWindow() {
-    defaults_.synchronize();
     state_.save();
+    defaults_.synchronize();
 }
 
 void Application::tellRefusedPage(const QUrl& page) {

@@ -104,6 +104,7 @@ class Application final : public QObject {
     void connectColors();
     void restoreWindow();
     void laidOut();
+    void persistAtEnd();
 
     // commands.cpp: what the actions do
     void connectFile();
@@ -154,6 +155,7 @@ class Application final : public QObject {
     bool awake_ = false;                     // the logo is installed: pictures may come
     std::unique_ptr<PrivateFolder> pasted_;  // holds the pasted picture while it is the source
     QStringList waiting_;                    // pictures of calls that came before
+    bool triedAtEnd_ = false;                // nothing changed since all was stored for the end
     Companions* companions_ = nullptr;       // last: it holds on to all the others; a child
 };
 

@@ -6,11 +6,9 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <chrono>
 
 #include "storage/left_overs.h"
 #include "storage/safe_file.h"
-#include "storage/shared_file.h"
 #include "util/log/system_log.h"
 
 namespace skarnel {
@@ -28,7 +26,6 @@ constexpr auto kRecent = "recentFiles";
 constexpr auto kPresets = "presets";  // kept by the looks themselves
 constexpr const char* kLists[] = {kRecent, kPresets};
 constexpr std::uint64_t kLargestFile = 1 << 20;
-constexpr std::chrono::milliseconds kLockPatience{1000};
 
 QString name(const char* key) {
     return QString::fromLatin1(key);
@@ -238,7 +235,7 @@ Result<void> WindowState::write(const std::function<void(QJsonObject&)>& change)
     if (auto made = makeFolders(folderOfPath(path), fileSystem_); !made)
         return logged(std::move(made));
     FileLock lock(fileSystem_);
-    if (auto locked = lock.take(path + ".lock", kLockPatience); !locked)
+    if (auto locked = lock.take(path + ".lock", lockPatience_); !locked)
         return logged(std::move(locked));
     OnDisk now = read();
     if (now.unread) return logged(*now.unread);

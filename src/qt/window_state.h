@@ -7,12 +7,14 @@
 #include <QSet>
 #include <QString>
 #include <QStringList>
+#include <chrono>
 #include <functional>
 #include <map>
 #include <optional>
 #include <utility>
 
 #include "storage/file_system.h"
+#include "storage/shared_file.h"
 #include "util/log/result.h"
 
 namespace skarnel {
@@ -101,6 +103,7 @@ class WindowState {
 
     QString path_;
     FileSystem& fileSystem_;
+    LockPatience lockPatience_{std::chrono::milliseconds(500)};
     QJsonObject values_;
     bool foundDamaged_ = false;  // a copy is owed before the next write
     QStringList chosen_;

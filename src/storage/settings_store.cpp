@@ -10,7 +10,6 @@
 #include "storage/left_overs.h"
 #include "storage/safe_file.h"
 #include "storage/settings_json.h"
-#include "storage/shared_file.h"
 
 namespace skarnel {
 namespace {

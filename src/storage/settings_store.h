@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "storage/file_system.h"
+#include "storage/shared_file.h"
 #include "util/log/result.h"
 
 namespace skarnel {
@@ -78,8 +79,10 @@ class SettingsStore {
     bool hasUnsavedChanges() const { return !changes_.empty(); }
     const std::string& path() const { return path_; }
 
-    /// How long `synchronize` waits for other programs; five seconds unless set.
-    void setLockPatience(std::chrono::milliseconds patience) { lockPatience_ = patience; }
+    /// How long `synchronize` waits for other programs at first; five seconds unless set.
+    void setLockPatience(std::chrono::milliseconds patience) {
+        lockPatience_ = LockPatience(patience);
+    }
 
   private:
     enum class Readability { Whole, PartlyOrNot };
@@ -101,7 +104,7 @@ class SettingsStore {
     bool foundUnreadable_ = false;  // a copy is owed before the next write
     std::uint64_t keySetChanges_ = 0;
     std::function<void(const std::string&)> observer_;
-    std::chrono::milliseconds lockPatience_{5000};
+    LockPatience lockPatience_{std::chrono::milliseconds(5000)};
 };
 
 }  // namespace skarnel

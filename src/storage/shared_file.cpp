@@ -82,15 +82,16 @@ FileLock::~FileLock() {
     if (descriptor_ >= 0) fileSystem_.close(descriptor_);
 }
 
-Result<void> FileLock::take(const std::string& path, std::chrono::milliseconds patience) {
+Result<void> FileLock::take(const std::string& path, LockPatience& patience) {
     descriptor_ = openOrdinary(path);
     if (cannotBeALock(descriptor_)) return takeAfterMoving(path, descriptor_, patience);
     return takeOpened(patience);
 }
 
-Result<void> FileLock::takeOpened(std::chrono::milliseconds patience) {
+Result<void> FileLock::takeOpened(LockPatience& patience) {
     if (descriptor_ < 0) return {ErrorCode::CannotWrite, describeError(-descriptor_)};
-    const int locked = lockWithin(patience);
+    const int locked = lockWithin(patience.ofNextTry());
+    patience.noteTry(locked == -EWOULDBLOCK);
     // Without locks in the file system the merge alone has to do.
     if (locked == 0 || locked == -ENOLCK || locked == -EOPNOTSUPP) return {};
     if (locked == -EWOULDBLOCK) {
@@ -142,12 +143,13 @@ int FileLock::openOrMake(const std::string& path) {
 /// Programs that find the same thing in the way take turns by a lock on the folder, or the later
 /// one would move the earlier one's new lock. A folder that cannot be locked has to do without.
 Result<void> FileLock::takeAfterMoving(const std::string& path, int refusal,
-                                       std::chrono::milliseconds patience) {
+                                       LockPatience& patience) {
     const std::string folder = folderOfPath(path);
     FileLock turn(fileSystem_);
     turn.descriptor_ =
         uninterrupted([&] { return fileSystem_.open(folder.c_str(), O_RDONLY | O_DIRECTORY, 0); });
-    if (turn.descriptor_ >= 0 && turn.lockWithin(patience) == -EWOULDBLOCK) {
+    if (turn.descriptor_ >= 0 && turn.lockWithin(patience.ofNextTry()) == -EWOULDBLOCK) {
+        patience.noteTry(true);
         return {ErrorCode::CannotWrite, "Another program keeps the settings locked"};
     }
     descriptor_ = openOrdinary(path);

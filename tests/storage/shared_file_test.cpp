@@ -22,12 +22,16 @@ using test::TemporaryFolder;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-constexpr std::chrono::milliseconds kShort{20};
+using std::chrono::milliseconds;
+using std::chrono::minutes;
+
+constexpr milliseconds kShort{20};
 
 class FileLockTest : public testing::Test {
   protected:
     bool take(FileSystem& fileSystem = systemFileSystem()) const {
-        return bool(FileLock(fileSystem).take(lock_, kShort));
+        LockPatience patience(kShort);
+        return bool(FileLock(fileSystem).take(lock_, patience));
     }
 
     const TemporaryFolder folder_;
@@ -109,10 +113,11 @@ TEST_F(FileLockTest, InAFolderThatMayNotBeWrittenTheCauseIsGivenAndNothingMoves)
     std::filesystem::create_directory(lock_);
     ::chmod(folder_.path().c_str(), 0555);
     EXPECT_TRUE(test::holdsForAnOrdinaryUser([&] {
+        LockPatience patience(kShort);
         FileLock lock;
-        const Result<void> refused = lock.take(lock_, kShort);
+        const Result<void> refused = lock.take(lock_, patience);
         FileLock missing;
-        const Result<void> noNewOne = missing.take(folder_ / "b.lock", kShort);
+        const Result<void> noNewOne = missing.take(folder_ / "b.lock", patience);
         return !refused && refused.error().message == "Is a directory" && !noNewOne &&
                noNewOne.error().message == "Permission denied";
     }));
@@ -193,10 +198,12 @@ TEST_F(FileLockTest, WhileAnotherProgramMovesWhatIsInTheWayNothingIsTouched) {
     std::filesystem::create_directory(lock_);
     const int turn = ::open(folder_.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     ASSERT_EQ(::flock(turn, LOCK_EX), 0);
+    LockPatience patience(milliseconds(150));
     FileLock waiting;
-    const Result<void> refused = waiting.take(lock_, kShort);
+    const Result<void> refused = waiting.take(lock_, patience);
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().message, "Another program keeps the settings locked");
+    EXPECT_EQ(patience.ofNextTry(), LockPatience::kAfterRefusal);
     EXPECT_THAT(folder_.names(), ElementsAre("a.lock"));
     ::close(turn);
     EXPECT_TRUE(take());
@@ -205,6 +212,35 @@ TEST_F(FileLockTest, WhileAnotherProgramMovesWhatIsInTheWayNothingIsTouched) {
     std::filesystem::create_directory(lock_);
     EXPECT_TRUE(take(noLocks));
     EXPECT_THAT(folder_.names(), ElementsAre("a.lock", "a.lock.damaged", "a.lock.damaged-2"));
+}
+
+TEST(LockPatience, IsShortFromOneRefusalUntilALockIsHad) {
+    LockPatience patience(milliseconds(5000));
+    EXPECT_EQ(patience.ofNextTry(), milliseconds(5000));
+    patience.noteTry(true);
+    EXPECT_EQ(patience.ofNextTry(), milliseconds(100));
+    patience.noteTry(true);
+    EXPECT_EQ(patience.ofNextTry(), milliseconds(100));
+    patience.noteTry(false);
+    EXPECT_EQ(patience.ofNextTry(), milliseconds(5000));
+    LockPatience shorter(milliseconds(20));
+    shorter.noteTry(true);
+    EXPECT_EQ(shorter.ofNextTry(), milliseconds(20));
+}
+
+TEST_F(FileLockTest, WhoWasRefusedOnceHardlyWaitsTheNextTime) {
+    const int holder = ::open(lock_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    ASSERT_EQ(::flock(holder, LOCK_EX), 0);
+    LockPatience first(milliseconds(150));
+    EXPECT_FALSE(FileLock().take(lock_, first));
+    EXPECT_EQ(first.ofNextTry(), LockPatience::kAfterRefusal);
+    LockPatience patience(minutes(10));  // would end the test
+    patience.noteTry(true);
+    EXPECT_FALSE(FileLock().take(lock_, patience));
+    EXPECT_EQ(patience.ofNextTry(), LockPatience::kAfterRefusal);
+    ::close(holder);
+    EXPECT_TRUE(FileLock().take(lock_, patience));
+    EXPECT_EQ(patience.ofNextTry(), minutes(10));
 }
 
 TEST_F(FileLockTest, ProgramsThatFindAFolderInThePlaceOfTheLockMoveItOnceAndLoseNoKey) {
@@ -218,7 +254,7 @@ TEST_F(FileLockTest, ProgramsThatFindAFolderInThePlaceOfTheLockMoveItOnceAndLose
         if (child == 0) {
             setSystemLogSink([](std::string_view) {});
             SettingsStore store(path);
-            store.setLockPatience(std::chrono::minutes(1));  // a slow disk must not decide
+            store.setLockPatience(minutes(1));  // a slow disk must not decide
             store.setFloat("key" + std::to_string(i), 1);
             ::_exit(store.synchronize() ? 0 : 1);
         }
