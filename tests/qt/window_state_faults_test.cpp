@@ -2,6 +2,7 @@
 // do the recent files.
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -12,7 +13,7 @@
 
 #include "qt/user_presets.h"
 #include "qt/window_state.h"
-#include "storage/fake_file_systems.h"
+#include "storage/every_fault.h"
 #include "storage/left_overs.h"
 #include "storage/temporary_folder.h"
 #include "util/log/system_error.h"
@@ -65,59 +66,59 @@ class WindowStateFaults : public ::testing::Test {
 
 TEST_F(WindowStateFaults, WhicheverCallFailsTheFileIsWholeAndNothingIsLost) {
     const QByteArray before = bytes();
-    FaultyFileSystem healthy(-1, 0, Repeat::Once);
-    ASSERT_TRUE(changeThrough(path, healthy));
-    const int calls = static_cast<int>(healthy.calls().size());
+    const int calls =
+        test::callsOf([&](FileSystem& healthy) { ASSERT_TRUE(changeThrough(path, healthy)); });
     ASSERT_GT(calls, 20);
-    for (const auto& [error, repeat] : {std::pair{ENOSPC, Repeat::Once},
-                                        {EIO, Repeat::Once},
-                                        {EINTR, Repeat::Once},
-                                        {EIO, Repeat::FromThenOn}}) {
-        for (int call = 0; call < calls; ++call) {
-            SCOPED_TRACE("call " + std::to_string(call) + ", " + describeError(error));
-            put(before);
-            const ScopedLogCapture log;
-            FaultyFileSystem faulty(call, error, repeat);
-            const bool saved = changeThrough(path, faulty);
-            const WindowState next(path);
-            const QStringList looks = namesOf(next);
-            EXPECT_TRUE(looks.startsWith(QStringLiteral("Old"))) << bytes().toStdString();
-            EXPECT_LE(looks.count(QStringLiteral("New")), 1);
-            EXPECT_TRUE(next.recentFiles().contains(QStringLiteral("/p/old")));
-            if (saved) {
-                EXPECT_EQ(looks.size(), 2);
-                EXPECT_EQ(next.recentFiles().size(), 2);
-                EXPECT_TRUE(next.cueMuted());
-            } else {
-                EXPECT_NE(log.text().find("window.json: "), std::string::npos) << log.text();
-            }
-            removeLeftOvers(folder.path().toStdString());
-            EXPECT_FALSE(QFile::exists(path + QStringLiteral(".damaged"))) << "it was whole";
+    test::forEachFault(calls, [&](const test::Fault& fault) {
+        put(before);
+        const ScopedLogCapture log;
+        FaultyFileSystem faulty(fault.call, fault.error, fault.repeat);
+        const bool saved = changeThrough(path, faulty);
+        const WindowState next(path);
+        const QStringList looks = namesOf(next);
+        EXPECT_TRUE(looks.startsWith(QStringLiteral("Old"))) << bytes().toStdString();
+        EXPECT_LE(looks.count(QStringLiteral("New")), 1);
+        EXPECT_TRUE(next.recentFiles().contains(QStringLiteral("/p/old")));
+        if (saved) {
+            EXPECT_EQ(looks.size(), 2);
+            EXPECT_EQ(next.recentFiles().size(), 2);
+            EXPECT_TRUE(next.cueMuted());
+        } else {
+            const std::string cause = describeError(fault.error > 0 ? fault.error : ENOSPC);
+            EXPECT_NE(log.text().find("window.json: "), std::string::npos) << log.text();
+            EXPECT_NE(log.text().find(cause), std::string::npos) << log.text();
+            EXPECT_NE(fault.error, test::kShortWrite) << "the rest can be written";
         }
-    }
+        removeLeftOvers(folder.path().toStdString());
+        // It was whole, so there is no copy of a damaged one.
+        EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden),
+                  (QStringList{QStringLiteral("window.json"), QStringLiteral("window.json.lock")}));
+    });
 }
 
 TEST_F(WindowStateFaults, ADamagedFileIsKeptWhicheverCallFails) {
     const QByteArray damaged = bytes().chopped(9);
-    FaultyFileSystem healthy(-1, 0, Repeat::Once);
-    put(damaged);
-    ASSERT_TRUE(changeThrough(path, healthy));
     const QString kept = path + QStringLiteral(".damaged");
+    const auto putDamaged = [&] {
+        QFile::remove(kept);
+        QFile::remove(path);  // the copy may be a second name of it
+        put(damaged);
+    };
     const auto isKept = [&] {
         QFile copy(kept);
         return bytes() == damaged || (copy.open(QIODevice::ReadOnly) && copy.readAll() == damaged);
     };
-    for (const Repeat repeat : {Repeat::Once, Repeat::FromThenOn}) {
-        for (int call = 0; call < static_cast<int>(healthy.calls().size()); ++call) {
-            QFile::remove(kept);
-            QFile::remove(path);  // the copy may be a second name of it
-            put(damaged);
-            FaultyFileSystem faulty(call, EIO, repeat);
-            const ScopedLogCapture log;
-            changeThrough(path, faulty);
-            EXPECT_TRUE(isKept()) << "call " << call;
-        }
-    }
+    const ScopedLogCapture log;
+    const int calls = test::callsOf([&](FileSystem& healthy) {
+        putDamaged();
+        ASSERT_TRUE(changeThrough(path, healthy));
+    });
+    test::forEachFault(calls, [&](const test::Fault& fault) {
+        putDamaged();
+        FaultyFileSystem faulty(fault.call, fault.error, fault.repeat);
+        changeThrough(path, faulty);
+        EXPECT_TRUE(isKept());
+    });
 }
 
 TEST_F(WindowStateFaults, ShortWritesAreCompleted) {
