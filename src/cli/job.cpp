@@ -192,10 +192,6 @@ Result<void> encodeAndWrite(const CGImage& image, const Job& job, const ImagePro
                             Overwrite overwrite, JobReport& report) {
     const Result<Bytes> bytes = encodeWithRecipe(image, job.type, properties);
     if (!bytes) return bytes.error();
-    const ImageType* type = imageTypeOfContent(*bytes);
-    if (type == nullptr || type->identifier != job.type) {
-        return {ErrorCode::Failed, "The encoded picture is not of its format"};
-    }
     // A file or a stream that was begun is ended, and told.
     report.untilReported = std::make_shared<const UninterruptedScope>();
     if (job.output == kStandardStream) return writeDescriptor(STDOUT_FILENO, *bytes);

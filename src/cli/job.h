@@ -64,9 +64,9 @@ Result<ReflectionResult> renderWithin(const CGImage& picture, const JobSettings&
 /// (resolution and the camera's notes; the picture itself stands upright).
 ImageProperties outputProperties(const ImageProperties& source, const JobSettings& settings);
 
-/// Encodes, puts the recipe in where the properties ask for it, checks that the bytes are of that
-/// format, and writes them safely; "-" is standard output. From the writing on, signals wait for
-/// the end of `report`.
+/// Encodes, puts the recipe in where the properties ask for it, and writes what passed the check of
+/// `encodeImage` safely; "-" is standard output. From the writing on, signals wait for the end of
+/// `report`.
 Result<void> encodeAndWrite(const CGImage& image, const Job& job, const ImageProperties& properties,
                             Overwrite overwrite, JobReport& report);
 

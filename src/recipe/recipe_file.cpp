@@ -10,6 +10,7 @@
 #include <new>
 #include <utility>
 
+#include "imaging/io/encoded_file.h"
 #include "recipe/xmp_packet.h"
 #include "storage/whole_file.h"
 #include "util/log/system_error.h"
@@ -142,7 +143,7 @@ Result<void> roomForRecipe(std::string_view typeIdentifier, std::string_view rec
 }
 
 Result<Bytes> embedRecipe(ByteView picture, std::string_view recipeText) try {
-    return withXmpPacket(picture, packetOf(recipeText));
+    return checkedAddition(withXmpPacket(picture, packetOf(recipeText)), picture);
 } catch (const std::bad_alloc&) {
     return noMemory();
 }

@@ -21,7 +21,8 @@ bool canCarryRecipe(std::string_view typeIdentifier);
 /// a file; the reason where it has not.
 Result<void> roomForRecipe(std::string_view typeIdentifier, std::string_view recipeText);
 
-/// The encoded picture with the recipe's text in its XMP packet. Fails as `withXmpPacket` does.
+/// The encoded picture with the recipe's text in its XMP packet. Fails as `withXmpPacket` does, and
+/// where the picture would not be whole any more.
 Result<Bytes> embedRecipe(ByteView picture, std::string_view recipeText);
 
 /// The recipe in the bytes of a recipe file or of a picture that carries one. The bytes are

@@ -115,6 +115,7 @@ TEST_F(EncoderWall, OutlivesAHelperThatDiesOrAnswersAnythingElse) {
         EXPECT_EQ(encoded.error().code, ErrorCode::Failed) << body;
         EXPECT_NE(encoded.error().message.find("cannot be encoded"), std::string::npos) << body;
     }
+    // What the bytes of an honest answer are is for encodeImage to see.
     const Script right(R"(cat <&3 >/dev/null; printf '\005\104\113\123\001\0\0\0\0\0\0\0x' >&4)");
     const auto encoded = io::encodeBehindWall(right.path(), image, kUTTypeWebP, {});
     ASSERT_TRUE(encoded);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "imaging/cgimage.h"
+#include "imaging/io/encoded_file.h"
 #include "imaging/io/image_io.h"
 #include "recipe/recipe_file.h"
 #include "recipe/xmp_packet.h"
@@ -43,6 +44,26 @@ TEST(RecipePicture, CarryingARecipeChangesNoPixelAndNoProperty) {
             EXPECT_EQ(std::memcmp(after->image.pixels().row(y), before->image.pixels().row(y), 12),
                       0)
                 << type << " row " << y;
+        }
+    }
+}
+
+/// A resolution gives TIFF and JPEG entries of their own.
+TEST(RecipePicture, APictureOfAnySizeIsStillWholeAndNoPartOfItIs) {
+    for (const std::string_view type : {kUTTypeTIFF, kUTTypePNG, kUTTypeJPEG}) {
+        for (const int width : {1, 2, 7}) {
+            const Bytes samples(static_cast<std::size_t>(width) * 4, 255);
+            const CGImage image =
+                *CGImage::copyOf({samples.data(), width, 1, std::ptrdiff_t{4} * width, 4});
+            const auto with = embedRecipe(
+                *encodeImage(image, type, {{std::string(kPropertyDpiWidth), 72.0}}), someRecipe());
+            ASSERT_TRUE(with) << type << ": " << with.error().message;
+            EXPECT_TRUE(checkedFile(*with, type, {width, 1})) << type;
+            EXPECT_FALSE(checkedFile(*with, type, {width + 1, 1})) << type;
+            for (std::size_t size = 0; size < with->size(); ++size) {
+                const Bytes cut(with->begin(), with->begin() + static_cast<std::ptrdiff_t>(size));
+                ASSERT_FALSE(checkedFile(cut, type, {width, 1})) << type << " " << size;
+            }
         }
     }
 }

@@ -4,6 +4,7 @@
 
 #include <string_view>
 
+#include "imaging/io/encoded_file.h"
 #include "imaging/io/writers.h"
 
 namespace skarnel::io {
@@ -50,7 +51,7 @@ class AnimatedPngEncoder final : public AnimationEncoder {
             frame.pixels().samplesPerPixel != 4) {
             return {ErrorCode::InvalidArgument, "The frames differ in size or form"};
         }
-        return writePng(frame, properties_, PngColor::AlwaysWithAlpha);
+        return checked(writePng(frame, properties_, PngColor::AlwaysWithAlpha));
     }
 
     Result<void> add(ByteView encoded) override {
@@ -81,10 +82,14 @@ class AnimatedPngEncoder final : public AnimationEncoder {
         appendPngChunk(out, "acTL", control);
         out.insert(out.end(), body_.begin(), body_.end());
         appendPngChunk(out, "IEND", {});
-        return out;
+        return checked(std::move(out));
     }
 
   private:
+    Result<Bytes> checked(Result<Bytes> file) const {
+        return checkedFile(std::move(file), kUTTypePNG, {width_, height_});
+    }
+
     void appendFrameControl() {
         Bytes control;
         appendNumber(control, sequence_++);

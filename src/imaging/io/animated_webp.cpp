@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string>
 
+#include "imaging/io/encoded_file.h"
 #include "imaging/io/pixel_rows.h"
 #include "imaging/io/webp_library.h"
 #include "imaging/io/writers.h"
@@ -160,7 +161,8 @@ class AnimatedWebPEncoder final : public AnimationEncoder {
             WebPData data;
             ~Owner() { WebPFree(const_cast<std::uint8_t*>(data.bytes)); }
         } owner{data};
-        return Bytes(owner.data.bytes, owner.data.bytes + owner.data.size);
+        return checkedFile(Bytes(owner.data.bytes, owner.data.bytes + owner.data.size), kUTTypeWebP,
+                           {width_, height_});
     }
 
   private:

@@ -33,7 +33,8 @@ class AnimationEncoder {
     /// Whether frames are smaller for knowing the one before them.
     virtual bool usesFrameBefore() const = 0;
 
-    /// The whole file; InvalidArgument without any frame. The encoder is used up.
+    /// The whole file, looked at as by encodeImage; InvalidArgument without any frame. The encoder
+    /// is used up.
     virtual Result<Bytes> finish() = 0;
 };
 

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "imaging/io/decoder_wall.h"
+#include "imaging/io/encoded_file.h"
 #include "imaging/io/encoder_wall.h"
 #include "imaging/io/image_io.h"
 #include "imaging/io/read_file.h"
@@ -87,20 +88,25 @@ Result<Bytes> encodeBesides(const CGImage& image, std::string_view type,
     return writeWithLibrary(rows, type, properties);
 }
 
+Result<Bytes> encodeAs(std::string_view type, const CGImage& image,
+                       const ImageProperties& properties) {
+    if (type == kUTTypeTIFF) return writeTiff(image, properties);
+    if (type == kUTTypePNG) return writePng(image, properties);
+    if (type == kUTTypeJPEG) return writeJpeg(image, properties);
+    if (type == kUTTypeBMP) return writeBmp(image, properties);
+    if (type == kUTTypeJPEG2000 || type == kUTTypeWebP) {
+        return encodeBesides(image, type, properties);
+    }
+    return {ErrorCode::Unsupported, filled("Pictures of type %1 cannot be written", {type})};
+}
+
 }  // namespace
 }  // namespace io
 
 Result<Bytes> encodeImage(const CGImage& image, std::string_view typeIdentifier,
                           const ImageProperties& properties) try {
-    if (typeIdentifier == kUTTypeTIFF) return io::writeTiff(image, properties);
-    if (typeIdentifier == kUTTypePNG) return io::writePng(image, properties);
-    if (typeIdentifier == kUTTypeJPEG) return io::writeJpeg(image, properties);
-    if (typeIdentifier == kUTTypeBMP) return io::writeBmp(image, properties);
-    if (typeIdentifier == kUTTypeJPEG2000 || typeIdentifier == kUTTypeWebP) {
-        return io::encodeBesides(image, typeIdentifier, properties);
-    }
-    return {ErrorCode::Unsupported,
-            filled("Pictures of type %1 cannot be written", {typeIdentifier})};
+    return checkedFile(io::encodeAs(typeIdentifier, image, properties), typeIdentifier,
+                       {image.width(), image.height()});
 } catch (const std::bad_alloc&) {
     return {ErrorCode::OutOfMemory, io::kNoMemory};
 } catch (const std::length_error&) {

@@ -14,7 +14,8 @@ namespace skarnel::io {
 
 /// Has `program` encode the picture as `type`, JPEG 2000 or WebP. However the helper ends, the
 /// caller gets a file or an Error: Failed when it died or answers more than such a picture can
-/// take. `patience` bounds a helper that neither reads nor answers. Throws std::bad_alloc.
+/// take. What the file's bytes are is for `checkedFile` to see. `patience` bounds a helper that
+/// neither reads nor answers. Throws std::bad_alloc.
 Result<Bytes> encodeBehindWall(const std::string& program, const CGImage& image,
                                std::string_view type, const ImageProperties& properties,
                                std::chrono::seconds patience = std::chrono::minutes(30));

@@ -120,7 +120,8 @@ void setExifUpright(ImageProperties& properties);
 
 /// Encodes one picture. `properties` may hold options (quality, compression, matte) and facts to
 /// carry over (resolution, EXIF); keys that the format has no place for are left out.
-/// TIFF keeps every byte (associated alpha). Unsupported for a type that cannot be written.
+/// TIFF keeps every byte (associated alpha). Unsupported for a type that cannot be written, Failed
+/// where an encoder gave something else than the file (see `checkedFile`).
 Result<Bytes> encodeImage(const CGImage& image, std::string_view typeIdentifier,
                           const ImageProperties& properties = {});
 
