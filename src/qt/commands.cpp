@@ -31,6 +31,7 @@
 #include "qt/wait_cursor.h"
 #include "storage/file_system.h"
 #include "storage/safe_file.h"
+#include "util/log/system_log.h"
 
 namespace skarnel {
 namespace {
@@ -146,7 +147,7 @@ void Application::copyAsPng() {
     const auto result = source ? controller_.reflectedImage(*source) : std::nullopt;
     if (!result) return;
     const auto bytes = encodeImage(*result, kUTTypePNG);
-    if (!bytes) return;
+    if (!bytes) return systemLog("Couldn't copy as PNG: " + bytes.error().message);
     QtPasteboard::putOnly(QStringLiteral("image/png"), toQt(*bytes));
     window_.announce(tr("Copied as PNG"));
     if (const auto sound = controller_.completionSound()) sound->play();

@@ -21,6 +21,7 @@
 #include "qt/result_drag.h"
 #include "qt/viewer.h"
 #include "storage/safe_file.h"
+#include "util/log/system_log.h"
 
 namespace skarnel {
 namespace {
@@ -188,6 +189,7 @@ QString Companions::makeResultFile() {
 }
 
 QString Companions::dragFailed(const Error& error) {
+    systemLog("Couldn't make the file of a drag: " + error.message);
     application_.window().tell(tr("The result cannot be dragged: %1.").arg(causeText(error)));
     return {};
 }

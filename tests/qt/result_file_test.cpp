@@ -10,6 +10,7 @@
 #include "qt/companions.h"
 #include "qt/drag_folder.h"
 #include "qt/result_drag.h"
+#include "util/log/system_log.h"
 
 namespace skarnel {
 namespace {
@@ -84,7 +85,10 @@ TEST_F(ResultFileTest, AFailureIsToldAndLeavesNothing) {
     QFile block(folder.filePath(QStringLiteral("skarnel")));
     QDir(block.fileName()).removeRecursively();
     ASSERT_TRUE(block.open(QIODevice::WriteOnly));
+    const ScopedLogCapture captured;
     EXPECT_TRUE(drag().isEmpty());
+    EXPECT_EQ(captured.text().rfind("Couldn't make the file of a drag: ", 0), 0U)
+        << captured.text();
     bool told = false;
     const QList<QLabel*> labels = window().findChildren<QLabel*>();
     for (const QLabel* label : labels)
