@@ -10,6 +10,7 @@
 #include "storage/left_overs.h"
 #include "storage/safe_file.h"
 #include "storage/settings_json.h"
+#include "util/log/system_log.h"
 
 namespace skarnel {
 namespace {
@@ -158,6 +159,7 @@ Result<void> SettingsStore::mergeAndWrite(const std::string& target) {
     OnDisk onDisk = readFile();
     if (foundUnreadable_ || onDisk.readability != Readability::Whole) {
         if (Result<void> kept = keepDamagedCopy(target, fileSystem_); !kept) return kept;
+        systemLog(target + ": What could not be read is kept beside it");
         foundUnreadable_ = false;
     }
     for (const auto& [key, value] : changes_) {

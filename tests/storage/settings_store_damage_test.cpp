@@ -7,6 +7,7 @@
 #include "storage/run_as_nobody.h"
 #include "storage/settings_store.h"
 #include "storage/temporary_folder.h"
+#include "util/log/system_log.h"
 
 namespace skarnel {
 namespace {
@@ -27,9 +28,14 @@ TEST_F(DamagedSettings, ADamagedFileIsKeptBeforeAnythingIsWritten) {
     SettingsStore store(path_);
     EXPECT_THAT(folder_.names(), ElementsAre("settings.json"));  // reading never writes
     store.setFloat("alpha", 200);
+    const ScopedLogCapture log;
     ASSERT_TRUE(store.synchronize());
     EXPECT_EQ(fileText(path_ + ".damaged"), "{\"alpha\": 12");
-    EXPECT_EQ(SettingsStore(path_).floatForKey("alpha"), 200.0F);
+    EXPECT_EQ(log.text(), path_ + ": What could not be read is kept beside it\n");
+    store.setFloat("alpha", 201);
+    ASSERT_TRUE(store.synchronize());
+    EXPECT_EQ(log.text(), path_ + ": What could not be read is kept beside it\n") << "told once";
+    EXPECT_EQ(SettingsStore(path_).floatForKey("alpha"), 201.0F);
 }
 
 TEST_F(DamagedSettings, ASecondDamageIsKeptBesideTheFirst) {
