@@ -25,6 +25,7 @@
 #include "recipe/recipe_file.h"
 #include "storage/safe_file.h"
 #include "util/log/system_error.h"
+#include "util/log/system_log.h"
 
 namespace skarnel {
 namespace {
@@ -209,6 +210,7 @@ bool RecipeCommands::saveTo(const QString& path, Overwrite overwrite) {
                                overwrite)
              : Result<void>(text.error());
     if (!written) {
+        systemLog("Couldn't save " + path.toStdString() + ": " + written.error().message);
         application_.window().tell(
             tr("The recipe cannot be saved: %1.").arg(causeText(written.error())));
     }

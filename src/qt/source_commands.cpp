@@ -150,13 +150,21 @@ void Application::pastePicture() {
     const auto bytes = picture ? encodeImage(picture->image, kUTTypeTIFF, picture->properties)
                                : Result<Bytes>(picture.error());
     const auto folder = toolkit_.temporaryDirectory();
+    if (picture && !bytes) systemLog("Couldn't paste a picture: " + bytes.error().message);
+    if (!folder) systemLog("Couldn't paste a picture: There is no folder for temporary files");
     if (!bytes || !folder) return window_.tell(tr("There is no picture on the clipboard."));
     // A folder of its own lets the file have a name that suits the one proposed for saving.
     auto own = std::make_unique<PrivateFolder>(*folder, kPastedPrefix);
     const std::string path =
         own->path() + "/" + (tr("Pasted Picture") + QStringLiteral(".tiff")).toStdString();
-    if (own->path().empty() || !writeFileSafely(path, *bytes, Overwrite::Refuse))
+    const Result<void> written =
+        own->path().empty()
+            ? Result<void>(ErrorCode::CannotWrite, "No folder can be made in " + *folder)
+            : writeFileSafely(path, *bytes, Overwrite::Refuse);
+    if (!written) {
+        systemLog("Couldn't paste a picture: " + written.error().message);
         return window_.tell(tr("The picture cannot be pasted."));
+    }
     changingSource([&] { controller_.imagePathChanged(path); });
     pasted_ = std::move(own);
 }

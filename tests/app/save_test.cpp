@@ -152,22 +152,30 @@ TEST_F(Save, CancellingWritesNothing) {
 TEST_F(Save, StopsWhereThereIsNoSourceAnyMore) {
     beginSave();
     controller.image.reset();
+    const ScopedLogCapture captured;
     toolkit.lastSavePanel->end(NSOKButton);
     EXPECT_THAT(log.take(), IsEmpty());
+    EXPECT_EQ(captured.text(), "Couldn't save Beach Reflection: There is no picture any more\n");
 }
 
 TEST_F(Save, StopsWhereThePictureCannotBeConverted) {
     beginSave();
     log.failOn("getCGImageRef");
+    const ScopedLogCapture captured;
     toolkit.lastSavePanel->end(NSOKButton);
     EXPECT_THAT(log.take(), ElementsAre("savePanel.filename", "saveOptions.imageUTType",
                                         "getCGImageRef 40x30"));
+    EXPECT_EQ(captured.text(), "Couldn't save " + path +
+                                   ": The picture has no pixels, or there is no memory for them\n");
 }
 
 TEST_F(Save, StopsWhereTheRenderYieldsNothing) {
     beginSave();
     toolkit.defaults.values["perspectiveHeight"] = 0.0F;
+    const ScopedLogCapture captured;
     toolkit.lastSavePanel->end(NSOKButton);
+    EXPECT_EQ(captured.text(),
+              "Couldn't save " + path + ": The result is empty, or there is no memory for it\n");
     EXPECT_THAT(log.take(),
                 ElementsAreArray(
                     lines({{"savePanel.filename", "saveOptions.imageUTType", "getCGImageRef 40x30"},
@@ -179,7 +187,10 @@ TEST_F(Save, StopsWhereTheRenderYieldsNothing) {
 TEST_F(Save, StopsWhereTheTypeCannotBeWritten) {
     beginSave();
     toolkit.lastSaveOptions->type = kUTTypePSD;
+    const ScopedLogCapture captured;
     toolkit.lastSavePanel->end(NSOKButton);
+    EXPECT_EQ(captured.text(),
+              "Couldn't save " + path + ": It cannot be written as com.adobe.photoshop-image\n");
     EXPECT_THAT(log.take(), ElementsAreArray(lines({rendered(),
                                                     {"imageDestinationCreateWithURL " + path +
                                                      " com.adobe.photoshop-image"}})));

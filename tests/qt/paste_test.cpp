@@ -8,6 +8,7 @@
 #include <QUrl>
 
 #include "application_fixture.h"
+#include "util/log/system_log.h"
 
 namespace skarnel {
 namespace {
@@ -129,6 +130,22 @@ TEST_F(PasteTest, WhatIsNoPictureIsAnsweredAndLeavesNothing) {
     auto* web = new QMimeData;
     web->setUrls({QUrl(QStringLiteral("https://skarnel.example/a.png"))});
     nothing(web);
+}
+
+TEST_F(PasteTest, WithoutAFolderForItTheCauseIsInTheLog) {
+    start();
+    const auto own = app->toolkit().temporaryDirectory();
+    ASSERT_TRUE(own);
+    ASSERT_TRUE(QDir(QString::fromStdString(*own)).removeRecursively());
+    QFile file(folder.filePath(QStringLiteral("no folder")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    qputenv("TMPDIR", QFile::encodeName(file.fileName()));
+    auto* data = new QMimeData;
+    data->setData(QStringLiteral("image/png"), encoded(plain(Qt::red), "PNG"));
+    const ScopedLogCapture log;
+    paste(data);
+    EXPECT_EQ(log.text(), "Couldn't paste a picture: There is no folder for temporary files\n");
+    EXPECT_EQ(app->controller().saveFilename, "TavelinLogo");
 }
 
 TEST_F(PasteTest, AStartRemovesWhatAKilledProgramPasted) {

@@ -58,7 +58,12 @@ TEST_F(RecipesTest, ANameWithoutItsEndingGetsItAndReplacesNothing) {
     start();
     const QString there = recipeFile(someRecipe(), QStringLiteral("rec.skarnel"));
     const QByteArray before = bytesOf(there);
-    EXPECT_FALSE(recipes().saveAs(folder.filePath(QStringLiteral("rec"))));
+    {
+        const ScopedLogCapture log;
+        EXPECT_FALSE(recipes().saveAs(folder.filePath(QStringLiteral("rec"))));
+        EXPECT_EQ(log.text(),
+                  "Couldn't save " + there.toStdString() + ": The file already exists\n");
+    }
     EXPECT_EQ(bytesOf(there), before);
     EXPECT_FALSE(QFile::exists(folder.filePath(QStringLiteral("rec"))));
     // What stands behind a full stop need not be an ending.
