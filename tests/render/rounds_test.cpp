@@ -2,6 +2,7 @@
 // nor descriptors.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <vector>
 
 #include "imaging/test_images.h"
@@ -46,8 +47,7 @@ TEST(RenderRounds, LeaveNothingBehind) {
     const std::size_t after = residentBytes();
 
     EXPECT_EQ(openDescriptors(), descriptors);
-    RecordProperty("BytesBefore", std::to_string(before));
-    RecordProperty("BytesAfter", std::to_string(after));
+    std::printf("%zu bytes before, %zu after %d renders\n", before, after, rounds);
     if (kMemoryIsMeasurable) {
         EXPECT_LT(static_cast<double>(after), static_cast<double>(before) * 1.01)
             << before << " bytes before, " << after << " after " << rounds << " renders";

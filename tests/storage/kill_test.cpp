@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <random>
 
 #include "storage/killed_writer.h"
@@ -54,6 +55,7 @@ TEST(KilledWriter, LeavesAWholeFileNotOlderThanTheLastFinishedOne) {
         removeLeftOvers(folder.path());  // what the next start does
         ASSERT_EQ(folder.names().size(), 1U);
     }
+    std::printf("%d of %d kills met a write half way\n", interrupted, rounds());
     EXPECT_GT(interrupted, 0) << "no kill met a write half way";
 }
 
