@@ -195,6 +195,20 @@ TEST_F(HelperAnswer, IsTheReasonWhereverThePictureEnds) {
     }
 }
 
+TEST_F(HelperAnswer, IsNoPictureWhereMemoryWasRefused) {
+    const Bytes png = *encodeImage(randomValidPicture(5, 3, 5), kUTTypePNG);
+    answerInto();
+    ASSERT_TRUE(decodeIntoAnswer(png, {}, nullptr, [] { return true; }));
+    EXPECT_EQ(kindsIn(answered()),
+              (std::vector{RecordKind::Picture, RecordKind::Rows, RecordKind::Failed}));
+    const auto none = received();
+    ASSERT_FALSE(none);
+    EXPECT_EQ(none.error().code, ErrorCode::OutOfMemory);
+    answerInto();
+    ASSERT_TRUE(decodeIntoAnswer(png, {}, nullptr, [] { return false; }));
+    EXPECT_TRUE(received());
+}
+
 TEST_F(HelperAnswer, EndsWhereverNobodyTakesItAnyMore) {
     const Bytes png = *encodeImage(randomValidPicture(5, 3, 5), kUTTypePNG);
     ASSERT_TRUE(decodeIntoAnswer(png, {}, nullptr));

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <string_view>
+#include <vector>
 
 #include "imaging/io/decoder_wall.h"
 #include "imaging/io/pictures.h"
@@ -24,10 +26,12 @@ class CallerWithoutMemory : public ::testing::TestWithParam<Refusal> {
         setIdlePixelMemoryLimit(0);  // what was given back earlier would do without a request
     }
 
+    std::vector<std::string_view> types{kUTTypeJPEG, kUTTypePNG, kUTTypeTIFF, kUTTypeBMP};
+
     /// Decodes a picture of each type while nothing, then one request after the other is refused.
     template <typename Decode>
     void refuseEachOf(Decode decode) {
-        for (const std::string_view type : {kUTTypeJPEG, kUTTypePNG, kUTTypeTIFF, kUTTypeBMP}) {
+        for (const std::string_view type : types) {
             const Bytes file = *encodeImage(randomValidPicture(21, 17, 3), type);
             const auto expected = decode(file);
             ASSERT_TRUE(expected) << type;
@@ -51,10 +55,10 @@ TEST_P(CallerWithoutMemory, HasBytesDecodedOrAnError) {
     refuseEachOf([](const Bytes& file) { return decodeForeignImage(file); });
 }
 
-TEST_P(CallerWithoutMemory, HasAFileDecodedOrAnError) {
-    const test::TemporaryFolder folder;
-    const std::string path = folder / "picture";
-    refuseEachOf([&path, written = Bytes()](const Bytes& file) mutable {
+/// What reads a picture's file, with its bytes put there before.
+template <typename Read>
+auto readingFrom(const std::string& path, Read read) {
+    return [path, read, written = Bytes()](const Bytes& file) mutable {
         if (written != file) {
             const MemoryPause pause;
             written = file;
@@ -62,8 +66,22 @@ TEST_P(CallerWithoutMemory, HasAFileDecodedOrAnError) {
                 .write(reinterpret_cast<const char*>(file.data()),
                        static_cast<std::streamsize>(file.size()));
         }
-        return decodeImageFile(path);
-    });
+        return read(path);
+    };
+}
+
+TEST_P(CallerWithoutMemory, HasAFileDecodedOrAnError) {
+    const test::TemporaryFolder folder;
+    refuseEachOf(
+        readingFrom(folder / "picture", [](const auto& path) { return decodeImageFile(path); }));
+}
+
+// A resource of our own is decoded here, where libtiff would do without a tag.
+TEST_P(CallerWithoutMemory, HasAFileOfItsOwnDecodedOrAnError) {
+    types = {kUTTypePNG, kUTTypeBMP};
+    const test::TemporaryFolder folder;
+    refuseEachOf(
+        readingFrom(folder / "picture", [](const auto& path) { return decodeOwnImageFile(path); }));
 }
 
 INSTANTIATE_TEST_SUITE_P(Refusals, CallerWithoutMemory,
