@@ -49,8 +49,8 @@ std::atomic<long> live = 0;
 bool mustRefuse() {
     if (!counting) return false;
     const long number = requests++;
-    const bool refuses = firstRefused >= 0 &&
-                         (number == firstRefused || (refusesOnwards && number > firstRefused));
+    const bool refuses =
+        firstRefused >= 0 && (number == firstRefused || (refusesOnwards && number > firstRefused));
     if (refuses) hasRefused = true;
     return refuses;
 }
