@@ -155,16 +155,15 @@ void Application::pastePicture() {
     if (!bytes || !folder) return window_.tell(tr("There is no picture on the clipboard."));
     // A folder of its own lets the file have a name that suits the one proposed for saving.
     auto own = std::make_unique<PrivateFolder>(*folder, kPastedPrefix);
+    const auto fails = [this](const std::string& cause) {
+        systemLog("Couldn't paste a picture: " + cause);
+        window_.tell(tr("The picture cannot be pasted."));
+    };
+    if (own->path().empty()) return fails("no folder can be made in " + *folder);
     const std::string path =
         own->path() + "/" + (tr("Pasted Picture") + QStringLiteral(".tiff")).toStdString();
-    const Result<void> written =
-        own->path().empty()
-            ? Result<void>(ErrorCode::CannotWrite, "No folder can be made in " + *folder)
-            : writeFileSafely(path, *bytes, Overwrite::Refuse);
-    if (!written) {
-        systemLog("Couldn't paste a picture: " + written.error().message);
-        return window_.tell(tr("The picture cannot be pasted."));
-    }
+    const Result<void> written = writeFileSafely(path, *bytes, Overwrite::Refuse);
+    if (!written) return fails(written.error().message);
     changingSource([&] { controller_.imagePathChanged(path); });
     pasted_ = std::move(own);
 }
