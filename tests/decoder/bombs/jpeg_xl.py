@@ -177,7 +177,8 @@ def padded():
     for name, make, seconds, megabytes in (
             ("plain", lambda: stream(picture, whole(picture)), 8, 500),
             ("eight-channels", lambda: stream(eight, whole(eight)), 20, 700),
-            ("100-hidden-millions", lambda: covered(picture, hidden(1000, 1000), 100), 16, 500)):
+            ("100-hidden-millions", lambda: covered(picture, hidden(1000, 1000), 100), 16, 500),
+            ("patches-30000", lambda: patched(picture, 1000, side_of(picture), 30), 65, 3500)):
         yield Bomb(f"jxl-7900-{name}.jxl", lambda make=make: boxed([], [PADDING], make()),
                    seconds=seconds, megabytes=megabytes, why=PADDED)
 
