@@ -4,7 +4,8 @@ import pathlib
 from bomb import Bomb
 
 DATA = pathlib.Path(__file__).resolve().parent.parent / "data"
-HONEST = {"grid", "grid-alpha", "grid-of-many", "grid-of-many-cropped", "overlay", "overlay-alpha", "two-slices"}
+HONEST = {"grid", "grid-alpha", "grid-of-many", "grid-of-many-cropped", "overlay", "overlay-alpha",
+          "two-slices"}
 
 
 def bombs():

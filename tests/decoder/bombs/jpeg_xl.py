@@ -60,6 +60,8 @@ def honest():
             ("layer", lambda: stream(SMALL, layer(30, 20), Frame(20, 10, left=2, top=-3))),
             ("hidden-layer", lambda: covered(SMALL, hidden(30, 20))),
             ("patch", lambda: stream(SMALL, hidden(30, 20), whole(SMALL, patches=few))),
+            ("mixed-layer", lambda: covered(alpha, layer(300, 200, blend=BLEND))),
+            ("preview", lambda: with_preview(64)),
             ("box", lambda: boxed([]))):
         yield Bomb(f"jxl-honest-{name}.jxl", make, has_to_open=True)
 
@@ -110,8 +112,8 @@ def hidden_layers():
                        lambda picture=picture, kinds=kinds, places=places:
                        patched(picture, kinds, side_of(picture), places))
     yield Bomb("jxl-1000-hidden.jxl", lambda: covered(SMALL, hidden(30, 20), 1000))
-    yield Bomb("jxl-low-frequencies-of-30000.jxl",
-               lambda: covered(SMALL, Frame(240000, 240000, kind=LOW_FREQUENCY)))
+    yield Bomb("jxl-2048-low-frequencies-500-times.jxl",
+               lambda: covered(LARGE, whole(LARGE, kind=LOW_FREQUENCY), 500))
 
 
 def side_of(picture):
@@ -120,7 +122,7 @@ def side_of(picture):
 
 def four_kept():
     """One for each place where frames are kept."""
-    return [hidden(2048, 2048, slot=slot, is_kept_before_colours=False) for slot in range(4)]
+    return [hidden(2048, 2048, slot=slot) for slot in range(4)]
 
 
 def stated():
@@ -146,8 +148,7 @@ def stated():
         yield Bomb(f"jxl-states-{side}.jxl", lambda square=square: stream(square, whole(square)))
     many = dataclasses.replace(SMALL, extra=200)
     yield Bomb("jxl-200-channels.jxl", lambda: stream(many, whole(many)))
-    preview = dataclasses.replace(SMALL, preview=(4096, 4096))
-    yield Bomb("jxl-preview-of-4096.jxl", lambda: stream(preview, Frame(4096, 4096), whole(preview)))
+    yield Bomb("jxl-preview-of-4096.jxl", lambda: with_preview(4096))
     for name, size in (("4MB", 4 << 20), ("100MB", 100 << 20), ("256MB", (1 << 28) - 1), ("4GB", 1 << 32)):
         coloured = dataclasses.replace(SMALL, profile_bytes=size)
         yield Bomb(f"jxl-profile-of-{name}.jxl",
@@ -181,6 +182,13 @@ def padded():
             ("patches-30000", lambda: patched(picture, 1000, side_of(picture), 30), 65, 3500)):
         yield Bomb(f"jxl-7900-{name}.jxl", lambda make=make: boxed([], [PADDING], make()),
                    seconds=seconds, megabytes=megabytes, why=PADDED)
+
+
+def with_preview(side):
+    """The preview's frame is as large as the preview, and comes first."""
+    picture = dataclasses.replace(SMALL, preview=(side, side))
+    preview = dataclasses.replace(picture, width=side, height=side)
+    return head(picture) + frame(preview, whole(preview)) + frame(picture, whole(picture))
 
 
 def boxes():

@@ -235,7 +235,7 @@ def put_order(out, picture, part, covers):
 def put_blending(out, picture, blend, covers):
     out.number(BLEND_MODE, blend)
     has_alpha = picture.extra > 0 and blend == BLEND
-    if has_alpha and picture.extra > 1:
+    if has_alpha:
         out.number(BLEND_CHANNEL, 0)
     if has_alpha or blend == MULTIPLY:
         out.put(1, 0)

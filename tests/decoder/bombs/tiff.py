@@ -109,7 +109,7 @@ def tiles():
     yield Bomb("tiff-8836-tiles-of-16.tif",
                lambda: file(tiled(1500, 1500, 16, 94 * 94), zlib.compress(bytes(16 * 16), 9)))
     yield Bomb("tiff-tile-of-67-million.tif", lambda: file(tiled(5, 3, 8192), packed_zeros(8192 * 8192)))
-    yield Bomb("tiff-tile-of-68-milliard.tif",
+    yield Bomb("tiff-tile-of-68-billion.tif",
                lambda: file(tiled(5, 3, 1 << 18), packed_zeros(8192 * 8192)))
 
 
