@@ -8,6 +8,7 @@
 #include <QUrl>
 
 #include "application_fixture.h"
+#include "util/limited_to.h"
 #include "util/log/system_log.h"
 
 namespace skarnel {
@@ -146,6 +147,35 @@ TEST_F(PasteTest, WithoutAFolderForItTheCauseIsInTheLog) {
     paste(data);
     EXPECT_EQ(log.text(), "Couldn't paste a picture: There is no folder for temporary files\n");
     EXPECT_EQ(app->controller().saveFilename, "TavelinLogo");
+}
+
+TEST_F(PasteTest, WhereItCannotBeWrittenTheOldPictureStaysAndTheCauseIsInTheLog) {
+    start();
+    const auto png = [] {
+        auto* data = new QMimeData;
+        data->setData(QStringLiteral("image/png"), encoded(plain(Qt::red), "PNG"));
+        return data;
+    };
+    paste(png());
+    const QStringList first = pastedFolders();
+    ASSERT_EQ(first.size(), 1);
+    const QString file = QString::fromStdString(*app->toolkit().temporaryDirectory()) +
+                         QLatin1Char('/') + first.front() +
+                         QStringLiteral("/Pasted Picture.tiff");
+    const QByteArray before = bytesOf(file);
+    ASSERT_GT(before.size(), 0);
+
+    const ScopedLogCapture log;
+    {
+        const test::LimitedTo oneByteLess(RLIMIT_FSIZE, static_cast<rlim_t>(before.size() - 1));
+        paste(png());
+    }
+    EXPECT_EQ(log.text(), "Couldn't paste a picture: File too large\n");
+    ASSERT_NE(toast(), nullptr);
+    EXPECT_EQ(toast()->text(), QStringLiteral("The picture cannot be pasted."));
+    EXPECT_EQ(pastedFolders(), first);
+    EXPECT_EQ(bytesOf(file), before);
+    EXPECT_EQ(app->controller().saveFilename, "Pasted Picture Reflection");
 }
 
 TEST_F(PasteTest, AStartRemovesWhatAKilledProgramPasted) {
