@@ -2,11 +2,15 @@
 """usage: check_flatpak.py PROJECT
 
 Holds the Flatpak manifest to the tree that it builds and to the sandbox that it promises: what it
-names exists, and it asks for no file system and no network. Whether it builds, it cannot tell.
+names exists, it asks for no file system and no network, and it says where the page engine lies.
+Whether it builds, it cannot tell.
 """
 import pathlib
 import re
 import sys
+
+# Where the base puts the engine's program; the runtime's toolkit does not look there by itself.
+ENGINE_PATH = "--env=QTWEBENGINEPROCESS_PATH=/app/bin/QtWebEngineProcess"
 
 
 def value(manifest, key):
@@ -15,8 +19,8 @@ def value(manifest, key):
 
 
 def permissions(manifest):
-    block = re.search(r"^finish-args:\n((?: +- .*\n)+)", manifest, re.MULTILINE)
-    return re.findall(r"- (\S+)", block.group(1)) if block else []
+    block = re.search(r"^finish-args:\n((?: *(?:[-#].*)?\n)+)", manifest, re.MULTILINE)
+    return re.findall(r"^ *- (\S+)", block.group(1), re.MULTILINE) if block else []
 
 
 def problems(project, manifest, folder):
@@ -52,8 +56,10 @@ def problems(project, manifest, folder):
     asked = permissions(manifest)
     if not asked:
         yield "no permissions were found"
+    if value(manifest, "base") == "io.qt.qtwebengine.BaseApp" and ENGINE_PATH not in asked:
+        yield f"no page can be drawn without {ENGINE_PATH}"
     for permission in asked:
-        if permission not in allowed:
+        if permission not in allowed | {ENGINE_PATH}:
             yield f"the permission {permission} is more than the sandbox promises"
 
 
