@@ -1,6 +1,9 @@
 // Sizes by hand; those with many digits by a script that rounds the ratio to a float.
 #include "util/image/nice_scaling.h"
 
+#include <stdexcept>
+
+#include "util/image/focus.h"
 #include "util/image/pictures.h"
 #include "util/log/system_log.h"
 
@@ -222,6 +225,42 @@ TEST(CoverImage, ATargetThatCannotBeDrawnIntoIsLoggedAndGivesNone) {
     ScopedLogCapture log;
     EXPECT_FALSE(scaledImageToCoverSize(plainImage(2, 2, kRed), {4, -1}));
     EXPECT_EQ(log.text().substr(0, 21), "Couldn't scale image ");
+}
+
+/// A representation that raises when it is drawn.
+template <typename Exception>
+class RaisingRepresentation final : public NSImageRep {
+  public:
+    explicit RaisingRepresentation(const Exception& raised) : NSImageRep({2, 2}), raised_(raised) {}
+    std::optional<CGImage> bitmap() const override { throw raised_; }
+
+  private:
+    Exception raised_;
+};
+
+template <typename Exception>
+NSImage imageRaising(const Exception& raised) {
+    NSImage image = NSImage::initWithSize({2, 2});
+    image.addRepresentation(std::make_shared<RaisingRepresentation<Exception>>(raised));
+    return image;
+}
+
+TEST(NiceScalingGuard, ThePlatformsExceptionInTheMiddleOfTheDrawingIsLoggedAndGivesNone) {
+    const NSImage image = imageRaising(NSException("NSAnyException", "No pixels"));
+    ScopedLogCapture log;
+    EXPECT_FALSE(scaledImageToFitSize(image, {4, 4}));
+    EXPECT_FALSE(scaledImageToCoverSize(image, {4, 4}));
+    EXPECT_EQ(log.text(), "Couldn't scale image No pixels\nCouldn't scale image No pixels\n");
+}
+
+TEST(NiceScalingGuard, AnyOtherExceptionPassesOnWithoutALine) {
+    // The platform's is one of these, too: a guard that is a class too wide would stop both.
+    const NSImage image = imageRaising(std::runtime_error("something else"));
+    ScopedLogCapture log;
+    EXPECT_THROW(scaledImageToFitSize(image, {4, 4}), std::runtime_error);
+    EXPECT_THROW(scaledImageToCoverSize(image, {4, 4}), std::runtime_error);
+    EXPECT_EQ(log.text(), "");
+    EXPECT_EQ(FocusLock::current(), nullptr);
 }
 
 }  // namespace

@@ -137,6 +137,14 @@ TEST(CreateRepresentation, InterpolatesHigh) {
     EXPECT_EQ(pixelsOf(*image.representations()[1]->bitmap()), pixelsOf(*expected));
 }
 
+TEST(CreateRepresentation, OfAnImageWithoutRepresentationsAddsATransparentOne) {
+    NSImage image = NSImage::initWithSize({4, 4});
+    EXPECT_TRUE(Scaling::createRepresentationOfSize(image, {2, 3}));
+    ASSERT_EQ(image.representations().size(), 1U);
+    EXPECT_EQ(image.representations()[0]->size(), (CGSize{2, 3}));
+    EXPECT_EQ(pixelsOf(*image.representations()[0]->bitmap()), std::vector<Pixel>(6, kClear));
+}
+
 TEST(CreateRepresentation, RaisesForASizeWithoutArea) {
     NSImage image = plainImage(8, 4, kRed);
     EXPECT_THROW(Scaling::createRepresentationOfSize(image, {0, 4}), NSException);

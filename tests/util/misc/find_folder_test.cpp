@@ -118,6 +118,15 @@ TEST_F(FindFolder, OurFolderIsNotFoundWhereItCannotBeMade) {
     EXPECT_FALSE(GetOurApplicationSupportFolder(reference));
 }
 
+TEST_F(FindFolder, OurFolderIsNotFoundWhereItsPathIsNoText) {
+    const std::string path = (folder_ / "\xFF").string();
+    if (mkdir(path.c_str(), 0700) != 0) GTEST_SKIP() << "the file system takes UTF-8 only";
+    setenv("XDG_DATA_HOME", path.c_str(), 1);
+    FSRef reference;
+    EXPECT_EQ(find(false, &reference), 0) << "the folder is there";
+    EXPECT_FALSE(GetOurApplicationSupportFolder(reference));
+}
+
 TEST_F(FindFolder, TheDisplayNameIsTheLastPartOfThePath) {
     std::ofstream(folder_ / "\xC3\xA9 photo.jpg") << "x";
     FSRef reference;
