@@ -123,4 +123,11 @@ std::optional<mode_t> maskInReport(const char* path) {
     return static_cast<mode_t>(mask);
 }
 
+int renameAfterALook(const char* from, const char* to, FileSystem& fileSystem) {
+    struct stat status = {};
+    const int found = fileSystem.lstat(to, status);
+    if (found != -ENOENT) return found == 0 ? -EEXIST : found;
+    return fileSystem.rename(from, to);
+}
+
 }  // namespace skarnel

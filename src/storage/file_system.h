@@ -71,4 +71,14 @@ auto uninterrupted(Call call) {
     return result;
 }
 
+/// Whether that is what a file system gives that lacks the call (locks, the flush of a folder, a
+/// rename that never replaces); nothing has failed then.
+inline bool isNotOffered(int result) {
+    return result == -EINVAL || result == -ENOSYS || result == -EOPNOTSUPP || result == -ENOLCK;
+}
+
+/// A rename without replacing for file systems that have no call for it: -EEXIST when something is
+/// at `to`. What comes there between the look and the rename is replaced.
+int renameAfterALook(const char* from, const char* to, FileSystem& fileSystem);
+
 }  // namespace skarnel

@@ -41,11 +41,6 @@ bool isStream(const struct stat& status) {
     return S_ISCHR(status.st_mode) || S_ISFIFO(status.st_mode);
 }
 
-/// Some file systems cannot lock, or cannot flush a folder; that is no failure of ours.
-bool isNotOffered(int result) {
-    return result == -EINVAL || result == -ENOSYS || result == -EOPNOTSUPP || result == -ENOLCK;
-}
-
 /// A file that vanishes with this object unless it was published under its real name. While it
 /// is open it carries the lock that tells `removeLeftOvers` that somebody is at work.
 class TemporaryFile {
@@ -164,10 +159,7 @@ int TemporaryFile::giveNewName(const std::string& target) {
         return 0;
     }
     if (linked != -EPERM && !isNotOffered(linked)) return linked;
-    struct stat status = {};
-    const int found = fileSystem_.lstat(target.c_str(), status);
-    if (found != -ENOENT) return found == 0 ? -EEXIST : found;
-    return fileSystem_.rename(path_.c_str(), target.c_str());
+    return renameAfterALook(path_.c_str(), target.c_str(), fileSystem_);
 }
 
 /// A descriptor that does not block yet. Whoever reads a pipe may be about to open it.

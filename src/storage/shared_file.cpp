@@ -61,6 +61,8 @@ Result<void> keepBeside(const std::string& path, const struct stat& status, Keep
         int kept = how == Keep::SecondName ? fileSystem.link(path.c_str(), copy.c_str()) : -EPERM;
         if (kept < 0 && kept != -EEXIST) {
             kept = fileSystem.renameNoReplace(path.c_str(), copy.c_str());
+            // A network's disk has no such call. Whoever is here has the lock, or the turn.
+            if (isNotOffered(kept)) kept = renameAfterALook(path.c_str(), copy.c_str(), fileSystem);
         }
         if (kept == -EEXIST) {
             if (how == Keep::Moved || !isSameFile(copy, status, fileSystem)) continue;
@@ -93,7 +95,7 @@ Result<void> FileLock::takeOpened(LockPatience& patience) {
     const int locked = lockWithin(patience.ofNextTry());
     patience.noteTry(locked == -EWOULDBLOCK);
     // Without locks in the file system the merge alone has to do.
-    if (locked == 0 || locked == -ENOLCK || locked == -EOPNOTSUPP) return {};
+    if (locked == 0 || isNotOffered(locked)) return {};
     if (locked == -EWOULDBLOCK) {
         return {ErrorCode::CannotWrite, "Another program keeps the settings locked"};
     }

@@ -287,6 +287,33 @@ TEST_F(DamagedSettings, ADamagedFileThatCannotBeKeptIsNotReplaced) {
     EXPECT_EQ(fileText(path_), "broken");
 }
 
+TEST_F(DamagedSettings, WithoutAnExclusiveRenameAFolderMovesAsideAllTheSame) {
+    test::RefusingFileSystem plain({{"renameNoReplace", EINVAL}});
+    for (const char* text : {"first", "second"}) {
+        std::filesystem::remove(path_);
+        std::filesystem::create_directory(path_);
+        putFile(path_ + "/inside", text);
+        SettingsStore store(path_, plain);
+        store.setFloat("alpha", 1);
+        ASSERT_TRUE(store.synchronize());
+    }
+    EXPECT_EQ(fileText(path_ + ".damaged/inside"), "first");
+    EXPECT_EQ(fileText(path_ + ".damaged-2/inside"), "second");
+}
+
+TEST_F(DamagedSettings, WithoutLinksEitherADamagedFileMovesAside) {
+    test::RefusingFileSystem plain({{"link", EPERM}, {"renameNoReplace", ENOSYS}});
+    for (const char* damage : {"first", "second"}) {
+        putFile(path_, damage);
+        SettingsStore store(path_, plain);
+        store.setFloat("alpha", 1);
+        ASSERT_TRUE(store.synchronize());
+    }
+    EXPECT_EQ(fileText(path_ + ".damaged"), "first");
+    EXPECT_EQ(fileText(path_ + ".damaged-2"), "second");
+    EXPECT_EQ(SettingsStore(path_).floatForKey("alpha"), 1.0F);
+}
+
 TEST_F(DamagedSettings, ACopyThatOnlyLooksLikeTheDamagedFileDoesNotCountAsOne) {
     // A file of that name that cannot be looked at, lies on another disk, or is another file.
     class OtherCopy final : public test::InterceptedFileSystem {

@@ -264,7 +264,7 @@ TEST_F(SettingsStoreTest, ALockThatIsNotGivenUpIsReportedAndNothingIsLost) {
 }
 
 TEST_F(SettingsStoreTest, AFileSystemWithoutLocksIsServed) {
-    for (const int error : {ENOLCK, EOPNOTSUPP}) {
+    for (const int error : {ENOLCK, ENOSYS, EINVAL, EOPNOTSUPP}) {
         test::RefusingFileSystem noLocks({{"flock", error}});
         SettingsStore store(path_, noLocks);
         store.setFloat("a", static_cast<float>(error));

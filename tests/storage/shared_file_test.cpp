@@ -96,6 +96,13 @@ TEST_F(FileLockTest, WhatCanBeNoLockIsMovedAsideAndANewLockIsMade) {
     EXPECT_EQ(fileText(lock_ + ".damaged/inside"), "kept");
 }
 
+TEST_F(FileLockTest, WithoutAnExclusiveRenameItMovesAsideAllTheSame) {
+    test::RefusingFileSystem plain({{"renameNoReplace", EINVAL}});
+    std::filesystem::create_directory(lock_);
+    EXPECT_TRUE(take(plain));
+    EXPECT_THAT(folder_.names(), ElementsAre("a.lock", "a.lock.damaged"));
+}
+
 TEST_F(FileLockTest, ALockThatMayNotBeOpenedIsMovedAside) {
     putFile(lock_, "somebody's");
     ::chmod(lock_.c_str(), 0000);
