@@ -10,9 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 
 namespace skarnel {
@@ -96,12 +94,6 @@ class SystemFileSystem final : public FileSystem {
         return static_cast<int>(
             orError(::syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, kRenameNoReplace)));
     }
-
-    std::optional<mode_t> umask() override {
-        // The call of that name can only be read by changing it, which another thread that makes
-        // a file just then would notice; the kernel's report has no such window.
-        return maskInReport("/proc/self/status");
-    }
 };
 
 }  // namespace
@@ -109,18 +101,6 @@ class SystemFileSystem final : public FileSystem {
 FileSystem& systemFileSystem() {
     static SystemFileSystem system;
     return system;
-}
-
-std::optional<mode_t> maskInReport(const char* path) {
-    const int report = ::open(path, O_RDONLY | O_CLOEXEC);
-    if (report < 0) return std::nullopt;
-    std::array<char, 512> text{};  // a name and the mask stand before all else
-    const ssize_t count = ::read(report, text.data(), text.size() - 1);
-    ::close(report);
-    const char* line = count > 0 ? std::strstr(text.data(), "\nUmask:") : nullptr;
-    unsigned mask = 0;
-    if (line == nullptr || std::sscanf(line, " Umask: %o", &mask) != 1) return std::nullopt;
-    return static_cast<mode_t>(mask);
 }
 
 int renameAfterALook(const char* from, const char* to, FileSystem& fileSystem) {

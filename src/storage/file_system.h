@@ -9,7 +9,6 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -50,17 +49,11 @@ class FileSystem {
     virtual int rename(const char* from, const char* to) = 0;
     virtual int renameNoReplace(const char* from, const char* to) = 0;  // RENAME_NOREPLACE
 
-    /// The process's mask, read without changing it; none where nothing tells it.
-    virtual std::optional<mode_t> umask() = 0;
     virtual void pause(std::chrono::milliseconds time) = 0;  // perhaps shorter, for a signal
 };
 
 /// The operating system itself. Safe to use from any thread.
 FileSystem& systemFileSystem();
-
-/// The mask for new files that the kernel's report on a process names in a line "Umask: 0022", one
-/// of its first; none when the report cannot be read or has no such line. Needs no memory.
-std::optional<mode_t> maskInReport(const char* path);
 
 /// Repeats a call that a signal interrupted. Gives -EINTR back after a hundred tries, so that a
 /// file system that answers nothing else cannot hang the program.

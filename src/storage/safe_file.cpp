@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <new>
-#include <optional>
 #include <utility>
 
 #include "storage/left_overs.h"
@@ -54,7 +53,7 @@ class TemporaryFile {
     }
 
     Result<void> create(const std::string& folder, mode_t mode);
-    Result<void> adopt(mode_t mode, const struct stat* replaced);
+    Result<void> adopt(const struct stat& replaced);
     Result<void> fill(std::span<const std::uint8_t> bytes);
     Result<void> publish(const std::string& target, Overwrite overwrite);
 
@@ -100,19 +99,16 @@ int TemporaryFile::lockAndCheckName() {
     return status.st_nlink == 0 ? -EAGAIN : 0;
 }
 
-/// Gives the file the permissions that it shall have under its real name, and where it replaces
-/// another one that one's owner and group.
-Result<void> TemporaryFile::adopt(mode_t mode, const struct stat* replaced) {
-    if (replaced != nullptr) {
-        // Only root may give a file away, and a user only to one of their groups: an attempt.
-        struct stat own = {};
-        if (fileSystem_.fstat(descriptor_, own) == 0 &&
-            (own.st_uid != replaced->st_uid || own.st_gid != replaced->st_gid) &&
-            fileSystem_.fchown(descriptor_, replaced->st_uid, replaced->st_gid) < 0) {
-            fileSystem_.fchown(descriptor_, static_cast<uid_t>(-1), replaced->st_gid);
-        }
+/// Gives the file the permissions, the owner and the group of the one that it replaces.
+Result<void> TemporaryFile::adopt(const struct stat& replaced) {
+    // Only root may give a file away, and a user only to one of their groups: an attempt.
+    struct stat own = {};
+    if (fileSystem_.fstat(descriptor_, own) == 0 &&
+        (own.st_uid != replaced.st_uid || own.st_gid != replaced.st_gid) &&
+        fileSystem_.fchown(descriptor_, replaced.st_uid, replaced.st_gid) < 0) {
+        fileSystem_.fchown(descriptor_, static_cast<uid_t>(-1), replaced.st_gid);
     }
-    const int changed = fileSystem_.fchmod(descriptor_, mode);
+    const int changed = fileSystem_.fchmod(descriptor_, replaced.st_mode & kPermissionBits);
     // File systems without permissions (FAT) refuse; the file is then as private as they make it.
     if (changed < 0 && changed != -EPERM && !isNotOffered(changed)) return writeError(changed);
     return {};
@@ -199,18 +195,12 @@ Result<void> writeStream(const std::string& path, const struct stat& status,
 
 /// Makes the file with the permissions for its real name.
 Result<void> giveTemporaryName(TemporaryFile& file, const std::string& folder,
-                               const struct stat* replaced, FileSystem& fileSystem) {
-    std::optional<mode_t> mode;
-    if (replaced != nullptr) {
-        mode = replaced->st_mode & kPermissionBits;
-    } else if (const std::optional<mode_t> mask = fileSystem.umask()) {
-        mode = kNewFileMode & ~*mask;
-    }
-    // Where nothing tells the mask the kernel applies it: whoever may open the file then, may
-    // afterwards, too.
-    if (!mode) return file.create(folder, kNewFileMode);
+                               const struct stat* replaced) {
+    // The kernel applies the mask, or what the folder says of new files in an access list; nothing
+    // else knows both. Whoever may open the file now may afterwards, too.
+    if (replaced == nullptr) return file.create(folder, kNewFileMode);
     if (Result<void> done = file.create(folder, kPrivateFileMode); !done) return done;
-    return file.adopt(*mode, replaced);
+    return file.adopt(*replaced);
 }
 
 Result<void> replaceInOneStep(const std::string& target, const struct stat* replaced,
@@ -220,8 +210,7 @@ Result<void> replaceInOneStep(const std::string& target, const struct stat* repl
     removeLeftOversOnce(folder, fileSystem);
     {
         TemporaryFile file(fileSystem);
-        if (Result<void> done = giveTemporaryName(file, folder, replaced, fileSystem); !done)
-            return done;
+        if (Result<void> done = giveTemporaryName(file, folder, replaced); !done) return done;
         if (Result<void> done = file.fill(bytes); !done) return done;
         if (Result<void> done = file.publish(target, overwrite); !done) return done;
     }

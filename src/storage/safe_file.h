@@ -22,11 +22,12 @@ enum class Overwrite {
 /// the message is the cause alone ("No space left on device").
 ///
 /// A replaced file keeps its permissions and, where allowed, its owner and group; a new one gets
-/// what the process's mask leaves of 0666. A symbolic link is followed, and its target replaced;
-/// other hard links to the old file keep the old bytes. An old file that may not be written is
-/// refused (CannotWrite), as an ordinary write would be. Character devices and named pipes are
-/// written through under either policy, since replacing one would lose it; a pipe that nothing
-/// reads is waited for as long as `kPipePatience` says.
+/// what the process's mask leaves of 0666, or what the folder's access list says of new files. A
+/// symbolic link is followed, and its target replaced; other hard links to the old file keep the
+/// old bytes. An old file that may not be written is refused (CannotWrite), as an ordinary write
+/// would be. Character devices and named pipes are written through under either policy, since
+/// replacing one would lose it; a pipe that nothing reads is waited for as long as `kPipePatience`
+/// says.
 ///
 /// One failure leaves the new file in place: when only the folder could not be flushed. The
 /// message then says so.

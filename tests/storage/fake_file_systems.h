@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <map>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -101,7 +100,6 @@ class InterceptedFileSystem : public FileSystem {
         const int answer = before("renameNoReplace", from);
         return answer < 0 ? answer : real_.renameNoReplace(from, to);
     }
-    std::optional<mode_t> umask() override { return real_.umask(); }
 
   protected:
     /// 0 to pass the call on, or the negative error number that it shall give.

@@ -33,26 +33,6 @@ TEST(FileSystem, ADescriptorIsMadeToBlock) {
     ::close(ends[1]);
 }
 
-TEST(FileSystem, TheMaskIsReadWithoutChangingIt) {
-    const mode_t before = ::umask(0127);
-    EXPECT_EQ(systemFileSystem().umask(), 0127U);
-    EXPECT_EQ(::umask(before), 0127U);
-}
-
-TEST(MaskInReport, IsOctalAndNothingWhereThereIsNone) {
-    const test::TemporaryFolder folder;
-    test::putFile(folder / "whole", "Name:\tskarnel\nUmask:\t0027\nState:\tR\n");
-    EXPECT_EQ(maskInReport((folder / "whole").c_str()), 027U);
-    test::putFile(folder / "old kernel", "Name:\tskarnel\nState:\tR (running)\n");
-    EXPECT_EQ(maskInReport((folder / "old kernel").c_str()), std::nullopt);
-    test::putFile(folder / "cut", "Name:\tskarnel\nUmask:");
-    EXPECT_EQ(maskInReport((folder / "cut").c_str()), std::nullopt);
-    test::putFile(folder / "empty", "");
-    EXPECT_EQ(maskInReport((folder / "empty").c_str()), std::nullopt);
-    EXPECT_EQ(maskInReport((folder / "missing").c_str()), std::nullopt);
-    EXPECT_EQ(maskInReport(folder.path().c_str()), std::nullopt) << "it is opened, not read";
-}
-
 TEST(Uninterrupted, GivesUpAfterAHundredTries) {
     int calls = 0;
     EXPECT_EQ(uninterrupted([&] { return ++calls < 3 ? -EINTR : 7; }), 7);

@@ -145,6 +145,7 @@ TEST(WriteFileSafely, FileSystemsWithoutLocksModesOrFolderFlushesAreServed) {
         test::RefusingFileSystem noLocks({{"flock", error}});
         EXPECT_TRUE(writeFileSafely(folder / "a", bytesOf("a"), Overwrite::Allow, noLocks));
     }
+    putFile(folder / "b", "old");
     for (const int error : {EPERM, EOPNOTSUPP}) {
         test::RefusingFileSystem noModes({{"fchmod", error}});
         EXPECT_TRUE(writeFileSafely(folder / "b", bytesOf("b"), Overwrite::Allow, noModes));
