@@ -162,6 +162,7 @@ Result<void> SettingsStore::mergeAndWrite(const std::string& target) {
         systemLog(target + ": What could not be read is kept beside it");
         foundUnreadable_ = false;
     }
+    addKnown(onDisk);
     for (const auto& [key, value] : changes_) {
         if (value) {
             onDisk.values.insert_or_assign(key, *value);
@@ -180,6 +181,7 @@ Result<void> SettingsStore::reload() try {
     if (path_.empty()) return written;
     OnDisk onDisk = readFile();
     foundUnreadable_ = foundUnreadable_ || onDisk.readability != Readability::Whole;
+    addKnown(onDisk);
     SettingValues now = std::move(onDisk.values);
     for (const auto& [key, value] : changes_) {
         if (value) now.insert_or_assign(key, *value);
@@ -189,6 +191,13 @@ Result<void> SettingsStore::reload() try {
     return written;
 } catch (const std::bad_alloc&) {
     return {ErrorCode::OutOfMemory, "Out of memory"};
+}
+
+/// What a file does not tell that cannot be read, or not in whole, may have been read before: a
+/// disk that fails for a moment loses no key.
+void SettingsStore::addKnown(OnDisk& onDisk) const {
+    if (onDisk.readability == Readability::Whole) return;
+    onDisk.values.insert(values_.begin(), values_.end());
 }
 
 /// Makes `now` the values and tells of each key that is not as before. Whatever needs memory comes

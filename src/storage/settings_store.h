@@ -26,10 +26,10 @@ using SettingValues = std::map<std::string, SettingValue, std::less<>>;
 /// none of each other's keys; what others changed is seen after `reload`.
 ///
 /// A file that cannot be read (damaged, wrong types, no permission, a folder in its place) counts
-/// as empty, or as what can be read of it; before anything is written it is kept beside as
-/// "settings.json.damaged", ".damaged-2" and so on. Floats read back bit for bit, those that are
-/// not finite too. Without memory a change does not happen and a write is OutOfMemory. Not for use
-/// from two threads.
+/// as what can be read of it, and what was read of it before; before anything is written it is kept
+/// beside as "settings.json.damaged", ".damaged-2" and so on. Floats read back bit for bit, those
+/// that are not finite too. Without memory a change does not happen and a write is OutOfMemory. Not
+/// for use from two threads.
 class SettingsStore {
   public:
     /// What the environment and the system's accounts tell; each may be null.
@@ -95,6 +95,7 @@ class SettingsStore {
     void notify(const std::string& key);
     void takeOver(SettingValues now);
     OnDisk readFile() const;
+    void addKnown(OnDisk& onDisk) const;
     Result<void> mergeAndWrite(const std::string& target);
 
     std::string path_;

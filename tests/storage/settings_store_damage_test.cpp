@@ -76,6 +76,29 @@ TEST_F(DamagedSettings, AFileThatCouldNotBeReadAtTheStartIsKeptEvenIfItCanBeLate
     EXPECT_EQ(fileText(path_ + ".damaged"), R"({"alpha": 12})");
 }
 
+TEST_F(DamagedSettings, AFileThatCannotBeReadForAMomentLosesNoKeyThatWasReadBefore) {
+    class Moment final : public test::InterceptedFileSystem {
+      public:
+        bool fails = false;
+
+      private:
+        int before(const std::string& call, const std::string&) override {
+            return call == "read" && fails ? -EIO : 0;
+        }
+    } fileSystem;
+    putFile(path_, R"({"alpha": 12, "gradient": 3, "offset": 4})");
+    SettingsStore store(path_, fileSystem);
+    fileSystem.fails = true;
+    store.setFloat("start", 5);
+    store.removeObject("offset");
+    ASSERT_TRUE(store.synchronize());
+    ASSERT_TRUE(store.reload());
+    EXPECT_THAT(store.keys(), ElementsAre("alpha", "gradient", "start"));
+    const SettingsStore next(path_);
+    EXPECT_THAT(next.keys(), ElementsAre("alpha", "gradient", "start"));
+    EXPECT_EQ(next.floatForKey("alpha"), 12.0F);
+}
+
 TEST_F(DamagedSettings, AFileThatIsGoneMeanwhileLeavesNothingToKeep) {
     putFile(path_, "broken");
     SettingsStore store(path_);
