@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <bitset>
 #include <cstdlib>
 #include <limits>
 #include <string_view>
-#include <vector>
 
 #include "imaging/io/byte_reader.h"
 #include "imaging/io/image_io.h"
@@ -21,7 +21,7 @@ using io::ByteReader;
 
 constexpr std::size_t kPieceBytes = 64;  // more than any fixed head here has
 constexpr int kMostSteps = 1000;         // segments, boxes or entries that are walked over
-constexpr std::uint64_t kMostAssociationBytes = 1 << 18;  // of the items of a HEIF file
+constexpr std::uint64_t kMostAssociationBytes = 1 << 18;  // of all items of a HEIF file
 
 std::optional<HeadSize> checked(std::int64_t width, std::int64_t height) {
     constexpr std::int64_t kMaxSide = std::numeric_limits<std::int32_t>::max() / 4;
@@ -259,25 +259,28 @@ std::optional<std::uint32_t> primaryItem(const ReadAt& read, Box meta) {
     return in.failed() ? std::nullopt : std::optional(item);
 }
 
-/// Numbers of the properties that an item has.
-std::vector<int> propertiesOfItem(const ReadAt& read, Box box, std::uint32_t item) {
-    Bytes bytes(static_cast<std::size_t>(
-        std::min<std::uint64_t>(box.end - box.content, kMostAssociationBytes)));
+/// Which properties an item has, by their numbers, which have fifteen bits. However often a file
+/// names one, it counts once.
+using Properties = std::bitset<std::size_t{1} << 15>;
+
+/// Takes what this box takes off `leftBytes`, and reads no more than that.
+void noteProperties(const ReadAt& read, Box box, std::uint32_t item, std::uint64_t& leftBytes,
+                    Properties& properties) {
+    Bytes bytes(static_cast<std::size_t>(std::min(box.end - box.content, leftBytes)));
+    leftBytes -= bytes.size();
     bytes.resize(read(box.content, bytes));
     ByteReader in(bytes, ByteOrder::Big);
     const Kind kind = kindIn(in);
     const std::uint32_t entries = in.u32();
-    std::vector<int> numbers;
     for (std::uint32_t entry = 0; entry < entries && !in.failed(); ++entry) {
         const bool isIts = (kind.version == 0 ? in.u16() : in.u32()) == item;
         const int count = in.u8();
         for (int i = 0; i < count && !in.failed(); ++i) {
             // The highest bit says whether a reader must know the property.
-            const int number = (kind.flags & 1U) != 0 ? in.u16() & 0x7FFF : in.u8() & 0x7F;
-            if (isIts) numbers.push_back(number);
+            const unsigned number = (kind.flags & 1U) != 0 ? in.u16() & 0x7FFFU : in.u8() & 0x7FU;
+            if (isIts) properties.set(number);
         }
     }
-    return numbers;
 }
 
 /// Bits as JPEG XL counts them, the lowest of a byte first; 0 past the end.
@@ -353,16 +356,15 @@ std::optional<HeadSize> sizeOfPrimaryItem(const ReadAt& read) {
     const auto properties = outer ? findBox(read, *outer, "ipco") : std::nullopt;
     if (!item || !properties) return std::nullopt;
     // One for few properties and one for many may stand side by side.
-    std::vector<int> numbers;
+    Properties itsOwn;
+    std::uint64_t leftBytes = kMostAssociationBytes;
     forEachBox(read, *outer, [&](const Piece& piece, Box uses) {
-        if (!piece.has("ipma", 4)) return false;
-        const std::vector<int> more = propertiesOfItem(read, uses, *item);
-        numbers.insert(numbers.end(), more.begin(), more.end());
-        return false;
+        if (piece.has("ipma", 4)) noteProperties(read, uses, *item, leftBytes, itsOwn);
+        return leftBytes == 0;
     });
     std::optional<HeadSize> largest;
     forEachSize(read, *properties, [&](int number, HeadSize size) {
-        if (std::ranges::find(numbers, number) != numbers.end()) keepLarger(largest, size);
+        if (itsOwn.test(static_cast<std::size_t>(number))) keepLarger(largest, size);
     });
     return largest;
 }

@@ -298,6 +298,35 @@ TEST(PictureHead, OfThePrimaryItemIsFoundInTheSecondListOfProperties) {
     EXPECT_EQ(sizeOfPrimaryItem(readerOf(file)), (HeadSize{30, 31}));
 }
 
+TEST(PictureHead, OfThePrimaryItemIsFoundInAFewReadsHoweverOftenItsPropertiesAreNamed) {
+    const auto box = [](std::string_view type, const Bytes& contents) {
+        return ByteSink(true).u32(8 + contents.size()).text(type).raw(contents).bytes;
+    };
+    const Bytes size = box("ispe", ByteSink(true).u32(0).u32(30).u32(31).bytes);
+    ByteSink uses(true);
+    uses.u32(0).u32(400);
+    for (int entry = 0; entry < 400; ++entry) {
+        uses.u16(9).u8(250);
+        for (int i = 0; i < 250; ++i) uses.u8(1);
+    }
+    ByteSink properties(true);
+    properties.raw(box("ipco", size));
+    for (int list = 0; list < 40; ++list) properties.raw(box("ipma", uses.bytes));
+    ByteSink meta(true);
+    meta.u32(0).raw(box("pitm", ByteSink(true).u32(0).u16(9).bytes));
+    meta.raw(box("iprp", properties.bytes));
+    const Bytes file = ByteSink(true).raw(box("ftyp", {})).raw(box("meta", meta.bytes)).bytes;
+    std::size_t bytesRead = 0;
+    const ReadAt read = readerOf(file);
+    const auto found = sizeOfPrimaryItem([&](std::uint64_t place, std::span<std::uint8_t> target) {
+        const std::size_t count = read(place, target);
+        bytesRead += count;
+        return count;
+    });
+    EXPECT_EQ(found, (HeadSize{30, 31}));
+    EXPECT_LT(bytesRead, 300'000U) << "of " << file.size();
+}
+
 TEST(PictureHead, OfThePrimaryItemIsNoneWhereTheFileIsCut) {
     const Bytes file = heifWithPrimary(9, false, false);
     for (std::size_t size = 0; size + 3 < file.size(); ++size) {
