@@ -1,5 +1,6 @@
 #include "util/log/system_log.h"
 
+#include <array>
 #include <cstdarg>
 #include <cstdio>
 #include <utility>
@@ -13,6 +14,49 @@ LogSink& currentSink() {
     return sink;
 }
 
+/// Standard error, to which a line of usual length goes in one piece. Asks for no memory.
+class StandardError {
+  public:
+    ~StandardError() { flush(); }
+    void add(std::string_view text) {
+        for (const char character : text) {
+            if (size_ == text_.size()) flush();
+            text_[size_++] = character;
+        }
+    }
+
+  private:
+    void flush() {
+        static_cast<void>(std::fwrite(text_.data(), 1, size_, stderr));
+        size_ = 0;
+    }
+
+    std::array<char, 1024> text_;
+    std::size_t size_ = 0;
+};
+
+/// A name within may hold what a terminal obeys, or a line's end, behind which it would begin a
+/// line of its own: of each control character, those from U+0080 to U+009F among them, the last
+/// byte is shown as "\x1b".
+void writeLine(std::string_view line) {
+    StandardError out;
+    out.add("skarnel: ");
+    unsigned char previous = 0;
+    for (const char character : line) {
+        const auto byte = static_cast<unsigned char>(character);
+        const bool isHighControl = previous == 0xC2 && byte >= 0x80 && byte < 0xA0;
+        previous = byte;
+        if (byte >= 0x20 && byte != 0x7F && !isHighControl) {
+            out.add({&character, 1});
+            continue;
+        }
+        std::array<char, 5> shown{};
+        std::snprintf(shown.data(), shown.size(), "\\x%02x", byte);
+        out.add({shown.data(), shown.size() - 1});
+    }
+    out.add("\n");
+}
+
 }  // namespace
 
 void systemLog(std::string_view line) {
@@ -20,7 +64,7 @@ void systemLog(std::string_view line) {
         sink(line);
         return;
     }
-    std::fprintf(stderr, "skarnel: %.*s\n", static_cast<int>(line.size()), line.data());
+    writeLine(line);
 }
 
 void systemLogFormat(const char* format, ...) {
