@@ -72,11 +72,13 @@ QString withoutLinkElements(QString html) {
 }  // namespace
 
 StyledText styledTextOfHtml(std::u16string_view html, const TextStyle& base) {
-    const QString source = QString::fromUtf16(html.data(), static_cast<qsizetype>(html.size()));
+    // Before the depth is told: what a link element stands in may be a tag without it.
+    const QString source =
+        withoutLinkElements(QString::fromUtf16(html.data(), static_cast<qsizetype>(html.size())));
     if (isNestedTooDeeply(source.toStdString(), kMaxStyledHtmlDepth)) return {};
     ClosedDocument document;
     document.setUndoRedoEnabled(false);
-    document.setHtml(withFractionsInPoints(withoutLinkElements(source)));
+    document.setHtml(withFractionsInPoints(source));
     StyledText text;
     std::vector<TextAlignment> alignments;
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {

@@ -77,6 +77,16 @@ std::u16string nested(int depth) {
     return html + u"text";
 }
 
+TEST(StyledTextOfHtml, WhatIsATagWithoutTheLinkElementInItCountsAsNested) {
+    const auto repeated = [](int count) {
+        std::u16string html;
+        for (int i = 0; i < count; ++i) html += u"<<link>div>";
+        return html + u"text";
+    };
+    EXPECT_EQ(styledTextOfHtml(repeated(1'000), styleOf(48)).characters(), u"text");
+    EXPECT_TRUE(styledTextOfHtml(repeated(1'001), styleOf(48)).isEmpty());
+}
+
 TEST(StyledTextOfHtml, MarkupThatIsNestedTooDeeplyHasNoText) {
     EXPECT_EQ(styledTextOfHtml(nested(1'000), styleOf(48)).characters(), u"text");
     EXPECT_TRUE(styledTextOfHtml(nested(1'001), styleOf(48)).isEmpty());
