@@ -32,12 +32,21 @@ struct Tag {
     bool ends = false;
 };
 
-/// The tag whose "<" is at `at`, which is moved behind the name.
+bool isBlank(char c) {
+    return std::isspace(static_cast<unsigned char>(c)) != 0;
+}
+
+/// The tag whose "<" is at `at`, which is moved behind the name. As the toolkit takes it, blanks
+/// may stand before a name, and it may be of any characters; the standard takes some of those for
+/// text.
 Tag readTag(std::string_view html, std::size_t& at) {
     Tag tag;
-    tag.ends = ++at < html.size() && html[at] == '/';
+    for (++at; at < html.size() && isBlank(html[at]);) ++at;
+    tag.ends = at < html.size() && html[at] == '/';
     if (tag.ends) ++at;
-    while (at < html.size() && std::isalnum(static_cast<unsigned char>(html[at])) != 0)
+    if (at < html.size() && html[at] == '!') return tag;
+    constexpr std::string_view kBehindName = "<>/=";
+    while (at < html.size() && !isBlank(html[at]) && kBehindName.find(html[at]) == kBehindName.npos)
         tag.name.push_back(static_cast<char>(std::tolower(static_cast<unsigned char>(html[at++]))));
     return tag;
 }

@@ -87,6 +87,16 @@ TEST(StyledTextOfHtml, WhatIsATagWithoutTheLinkElementInItCountsAsNested) {
     EXPECT_TRUE(styledTextOfHtml(repeated(1'001), styleOf(48)).isEmpty());
 }
 
+TEST(StyledTextOfHtml, WhatIsATagToTheToolkitAloneCountsAsNested) {
+    for (const std::u16string_view tag : {u"< div>", u"<\n\tdiv>", u"<_>", u"<?x>", u"<o:p>"}) {
+        std::u16string html;
+        for (int i = 0; i < 1'001; ++i) html += tag;
+        EXPECT_TRUE(styledTextOfHtml(html + u"text", styleOf(48)).isEmpty());
+        EXPECT_EQ(styledTextOfHtml(std::u16string(tag) + u"text", styleOf(48)).characters(),
+                  u"text");
+    }
+}
+
 TEST(StyledTextOfHtml, MarkupThatIsNestedTooDeeplyHasNoText) {
     EXPECT_EQ(styledTextOfHtml(nested(1'000), styleOf(48)).characters(), u"text");
     EXPECT_TRUE(styledTextOfHtml(nested(1'001), styleOf(48)).isEmpty());
