@@ -160,8 +160,7 @@ TEST_F(PasteTest, WhereItCannotBeWrittenTheOldPictureStaysAndTheCauseIsInTheLog)
     const QStringList first = pastedFolders();
     ASSERT_EQ(first.size(), 1);
     const QString file = QString::fromStdString(*app->toolkit().temporaryDirectory()) +
-                         QLatin1Char('/') + first.front() +
-                         QStringLiteral("/Pasted Picture.tiff");
+                         QLatin1Char('/') + first.front() + QStringLiteral("/Pasted Picture.tiff");
     const QByteArray before = bytesOf(file);
     ASSERT_GT(before.size(), 0);
 
