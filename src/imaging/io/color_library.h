@@ -15,13 +15,13 @@ LateLibraries& colorLibrary();
         each(cmsCreateProfilePlaceholder) each(cmsCreateRGBProfile) each(cmsCreateTransform)       \
             each(cmsCreate_sRGBProfile) each(cmsD50_XYZ) each(cmsDeleteTransform)                  \
                 each(cmsDoTransform) each(cmsFloat2LabEncoded) each(cmsFreeToneCurve)              \
-                    each(cmsGetColorSpace) each(cmsGetProfileInfoASCII) each(cmsLab2XYZ)           \
-                        each(cmsOpenProfileFromMem) each(cmsPipelineAlloc) each(cmsPipelineFree)   \
-                            each(cmsPipelineInsertStage) each(cmsPlugin) each(cmsSaveProfileToMem) \
-                                each(cmsSetColorSpace) each(cmsSetDeviceClass) each(cmsSetPCS)     \
-                                    each(cmsSetProfileVersion) each(cmsStageAllocCLut16bit)        \
-                                        each(cmsStageFree) each(cmsStageSampleCLut16bit)           \
-                                            each(cmsWriteTag) each(cmsXYZ2Lab)
+                    each(cmsGetProfileInfoASCII) each(cmsLab2XYZ) each(cmsOpenProfileFromMem)      \
+                        each(cmsPipelineAlloc) each(cmsPipelineFree) each(cmsPipelineInsertStage)  \
+                            each(cmsPlugin) each(cmsSaveProfileToMem) each(cmsSetColorSpace)       \
+                                each(cmsSetDeviceClass) each(cmsSetPCS) each(cmsSetProfileVersion) \
+                                    each(cmsStageAllocCLut16bit) each(cmsStageFree)                \
+                                        each(cmsStageSampleCLut16bit) each(cmsWriteTag)            \
+                                            each(cmsXYZ2Lab)
 SKARNEL_COLOR(SKARNEL_LATE)
 
 }  // namespace skarnel::io

@@ -1,12 +1,14 @@
 #include "imaging/io/color_profile.h"
 
 #include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <mutex>
 #include <utility>
 
+#include "imaging/io/byte_reader.h"
 #include "imaging/io/color_library.h"
 #include "imaging/io/color_memory.h"
 #include "imaging/io/ink_profile.h"
@@ -102,6 +104,15 @@ bool isNearlyIdentity(cmsHTRANSFORM transform) {
     return true;
 }
 
+/// The colours that a profile's head names, 0 where it has none. Read here, since the library gives
+/// them as an enumeration whatever the file says, and what is none of its values may not be loaded.
+std::uint32_t colorSpaceOf(const Bytes& profile) {
+    constexpr std::uint64_t kPlaceOfColorSpace = 16;  // ICC.1, "Profile header"
+    ByteReader in(profile, ByteOrder::Big);
+    in.skip(kPlaceOfColorSpace);
+    return in.u32();
+}
+
 /// A ready transform and what it was made for. None of sRGB is kept as a null transform.
 struct Prepared {
     Transform transform;
@@ -113,7 +124,7 @@ Prepared prepare(const Bytes& profileBytes, Samples samples) {
     const Profile profile(cmsOpenProfileFromMem(profileBytes.data(),
                                                 static_cast<cmsUInt32Number>(profileBytes.size())));
     if (!profile) return {};
-    const cmsColorSpaceSignature space = cmsGetColorSpace(profile.get());
+    const std::uint32_t space = colorSpaceOf(profileBytes);
     // Grey stands three times, so that a profile of three colours fits it as well.
     if (samples == Samples::Gray && space == cmsSigRgbData) samples = Samples::Rgb;
     if (space != formatsOf(samples).space) return {};
