@@ -219,7 +219,7 @@ void Application::start(const QStringList& pictures) {
         store_.removeLeftOvers();
         state_.removeLeftOvers();
         if (const QString saved = state_.saveFolder(); !saved.isEmpty())
-            removeLeftOvers(QFile::encodeName(saved).toStdString());
+            removeLeftOversApart(QFile::encodeName(saved).toStdString());
         if (!qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
             motion_.follow(QDBusConnection::sessionBus());
     });

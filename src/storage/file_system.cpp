@@ -12,6 +12,7 @@
 #include <climits>
 #include <cstdlib>
 #include <memory>
+#include <new>
 
 namespace skarnel {
 namespace {
@@ -99,7 +100,10 @@ class SystemFileSystem final : public FileSystem {
 }  // namespace
 
 FileSystem& systemFileSystem() {
-    static SystemFileSystem system;
+    // Never destroyed, since a thread that nobody waits for may be at work while the process ends;
+    // and made without a request for memory, which a caller's default argument could not catch.
+    alignas(SystemFileSystem) static std::byte place[sizeof(SystemFileSystem)];
+    static FileSystem& system = *::new (place) SystemFileSystem;
     return system;
 }
 

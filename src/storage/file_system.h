@@ -52,7 +52,7 @@ class FileSystem {
     virtual void pause(std::chrono::milliseconds time) = 0;  // perhaps shorter, for a signal
 };
 
-/// The operating system itself. Safe to use from any thread.
+/// The operating system itself. Safe to use from any thread, until the process is gone.
 FileSystem& systemFileSystem();
 
 /// Repeats a call that a signal interrupted. Gives -EINTR back after a hundred tries, so that a

@@ -6,8 +6,12 @@
 
 #include <algorithm>
 #include <mutex>
+#include <new>
 #include <random>
 #include <set>
+#include <system_error>
+#include <thread>
+#include <utility>
 
 namespace skarnel {
 namespace {
@@ -59,6 +63,20 @@ void removeLeftOvers(const std::string& folder, FileSystem& fileSystem) {
     for (const std::string& name : names) {
         if (isTemporaryFileName(name)) removeIfAbandoned(folder + "/" + name, fileSystem);
     }
+}
+
+void removeLeftOversApart(std::string folder, FileSystem& fileSystem) try {
+    std::thread([folder = std::move(folder), &fileSystem] {
+        try {
+            removeLeftOvers(folder, fileSystem);
+        } catch (const std::bad_alloc&) {
+            // Another start finds them.
+        }
+    }).detach();
+} catch (const std::system_error&) {
+    // There may be no more threads; the same.
+} catch (const std::bad_alloc&) {
+    // Not even for the thread's own state; the same.
 }
 
 void removeLeftOversOnce(const std::string& folder, FileSystem& fileSystem) {

@@ -18,8 +18,12 @@ bool isTemporaryFileName(std::string_view name);
 /// nobody holds the lock that a living writer holds. Whatever cannot be read is left alone.
 void removeLeftOvers(const std::string& folder, FileSystem& fileSystem = systemFileSystem());
 
-/// The same, at most once for each folder in the life of the process, so that a run over a
-/// thousand files lists their folder once.
+/// The same on a thread that nobody waits for, not even the end of the process: the folder may lie
+/// on a disk that hangs. Where no thread or no memory is to be had all stays as it is.
+void removeLeftOversApart(std::string folder, FileSystem& fileSystem = systemFileSystem());
+
+/// As `removeLeftOvers`, at most once for each folder in the life of the process, so that a run
+/// over a thousand files lists their folder once.
 void removeLeftOversOnce(const std::string& folder, FileSystem& fileSystem);
 
 }  // namespace skarnel

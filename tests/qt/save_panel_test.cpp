@@ -81,7 +81,8 @@ TEST_F(SavePanelTest, WhatAKilledSaveLeftIsGoneAfterTheNextStart) {
     left.close();
     app.reset();
     start();
-    EXPECT_EQ(savedFiles(), QStringList{QStringLiteral("some Reflection.tiff")});
+    const QStringList result{QStringLiteral("some Reflection.tiff")};
+    EXPECT_TRUE(QTest::qWaitFor([&] { return savedFiles() == result; }, kPatience));
 }
 
 TEST_F(SavePanelTest, QuotationMarksAreAPartOfTheName) {

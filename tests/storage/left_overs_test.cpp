@@ -3,9 +3,18 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/file.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <cstdlib>
+#include <new>
+#include <system_error>
+#include <thread>
+
 #include "storage/fake_file_systems.h"
+#include "storage/run_as_nobody.h"
 #include "storage/safe_file.h"
 #include "storage/temporary_folder.h"
 
@@ -92,6 +101,86 @@ TEST(LeftOvers, AFileOfAnotherUserOrOfOneThatIsNotKnownStays) {
         }
     } otherOwner;
     removeLeftOvers(folder.path(), otherOwner);
+    EXPECT_EQ(folder.names().size(), 1U);
+}
+
+/// A disk whose folders are not listed before it is told so. Threads that nobody waits for use it:
+/// it must not be destroyed.
+class HangingDisk final : public test::InterceptedFileSystem {
+  public:
+    void goOn() { goOn_ = true; }
+    bool isAsked() const { return asked_; }
+    int list(const char* folder, std::vector<std::string>& names) override {
+        asked_ = true;
+        while (!goOn_) ::usleep(1000);
+        return real_.list(folder, names);
+    }
+
+  private:
+    int before(const std::string&, const std::string&) override { return 0; }
+    std::atomic<bool> asked_ = false;
+    std::atomic<bool> goOn_ = false;
+};
+
+template <typename Condition>
+bool comesTrue(Condition condition) {
+    for (int i = 0; i < 20'000 && !condition(); ++i) ::usleep(1000);
+    return condition();
+}
+
+TEST(LeftOversApart, NobodyWaitsForAFolderThatHangs) {
+    const TemporaryFolder folder;
+    putFile(temporaryFilePath(folder.path()), "half");
+    static auto& disk = *new HangingDisk;
+    removeLeftOversApart(folder.path(), disk);
+    ASSERT_TRUE(comesTrue([&] { return disk.isAsked(); }));
+    EXPECT_EQ(folder.names().size(), 1U);
+    disk.goOn();
+    EXPECT_TRUE(comesTrue([&] { return folder.names().empty(); }));
+}
+
+TEST(LeftOversApart, NorDoesTheEndOfTheProcess) {
+    const TemporaryFolder folder;
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        ::alarm(30);
+        static auto& disk = *new HangingDisk;
+        removeLeftOversApart(folder.path(), disk);
+        std::exit(comesTrue([&] { return disk.isAsked(); }) ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+}
+
+TEST(LeftOversApart, WithoutMemoryOrThreadsTheyStay) {
+    class NoMemory final : public test::InterceptedFileSystem {
+      public:
+        std::atomic<bool> asked = false;
+
+      private:
+        int before(const std::string&, const std::string&) override {
+            asked = true;
+            throw std::bad_alloc();
+        }
+    };
+    const TemporaryFolder folder;
+    putFile(temporaryFilePath(folder.path()), "half");
+    static auto& noMemory = *new NoMemory;
+    removeLeftOversApart(folder.path(), noMemory);
+    EXPECT_TRUE(comesTrue([&] { return noMemory.asked.load(); }));
+    EXPECT_TRUE(test::holdsForAnOrdinaryUser([&] {
+        const rlimit none = {0, 0};
+        if (::setrlimit(RLIMIT_NPROC, &none) != 0) return false;
+        removeLeftOversApart(folder.path(), noMemory);
+        try {
+            std::thread([] {}).join();
+        } catch (const std::system_error&) {
+            return true;
+        }
+        return false;
+    }));
     EXPECT_EQ(folder.names().size(), 1U);
 }
 

@@ -8,6 +8,7 @@
 #include <new>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "memory/failing_memory.h"
@@ -101,6 +102,15 @@ TEST_P(NoMalloc, LeftOversAreRemovedOrStay) {
             }
         },
         [&](bool) { return fileText(path) == kOld; });
+}
+
+TEST_P(NoMalloc, LeftOversThatNobodyWaitsForStayWithoutMemoryForTheThread) {
+    test::putFile(temporaryFilePath(folder.path()), "half");
+    std::string name = folder.path();
+    testing::refuseMemory(0, GetParam());
+    removeLeftOversApart(std::move(name));
+    testing::allowMemory();
+    EXPECT_EQ(folder.names().size(), 1U);
 }
 
 TEST_P(NoMalloc, NoSettingIsLost) {
