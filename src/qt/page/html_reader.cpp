@@ -61,21 +61,41 @@ QString withFractionsInPoints(QString html) {
     return html.replace(fraction, QStringLiteral("\\1pt"));
 }
 
-/// The toolkit does not know that this element has no end tag, and would hide all behind it.
-QString withoutLinkElements(QString html) {
-    static const QRegularExpression link(
-        QStringLiteral("<link(?=[\\s/>])(?:[^'\"<>]|\"[^\"]*+\"|'[^']*+')*+>"),
+QRegularExpression emptyElements(const char* names) {
+    return QRegularExpression(
+        QLatin1String("<(?:%1)(?=[\\s/>])(?:[^'\"<>]|\"[^\"]*+\"|'[^']*+')*+>")
+            .arg(QLatin1String(names)),
         QRegularExpression::CaseInsensitiveOption);
-    return html.remove(link);
+}
+
+/// The toolkit does not know that these elements have no end tag, and would take all behind one as
+/// within it; behind the first it would hide it. For pictures, which it would not find, it takes a
+/// time that grows with the square of their number, and leaves a character.
+QString withoutEmptyElements(QString html) {
+    static const QRegularExpression pictures = emptyElements("img");
+    static const QRegularExpression others =
+        emptyElements("link|area|base|col|embed|input|param|source|track|wbr");
+    return html.replace(pictures, QString(QChar::ObjectReplacementCharacter)).remove(others);
+}
+
+/// What the toolkit takes of a document that says which part of it was copied. It looks for that in
+/// the bare text, wherever it stands.
+QString copiedPartOf(const QString& html) {
+    const qsizetype start = html.indexOf(QLatin1String("<!--StartFragment-->"));
+    if (start < 0) return html;
+    const qsizetype end = html.indexOf(QLatin1String("<!--EndFragment-->"));
+    return start < end ? html.sliced(start, end - start) : html.sliced(start);
 }
 
 }  // namespace
 
 StyledText styledTextOfHtml(std::u16string_view html, const TextStyle& base) {
-    // Before the depth is told: what a link element stands in may be a tag without it.
-    const QString source =
-        withoutLinkElements(QString::fromUtf16(html.data(), static_cast<qsizetype>(html.size())));
-    if (isNestedTooDeeply(source.toStdString(), kMaxStyledHtmlDepth)) return {};
+    // Before the depth is told: what an empty element stands in may be a tag without it, and what
+    // is within a value may be the part that was copied.
+    const QString source = copiedPartOf(
+        withoutEmptyElements(QString::fromUtf16(html.data(), static_cast<qsizetype>(html.size()))));
+    if (isNestedTooDeeply(source.toStdString(), kMaxStyledHtmlDepth, EmptyElements::OfTheToolkit))
+        return {};
     ClosedDocument document;
     document.setUndoRedoEnabled(false);
     document.setHtml(withFractionsInPoints(source));

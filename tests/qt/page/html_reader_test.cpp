@@ -77,31 +77,92 @@ std::u16string nested(int depth) {
     return html + u"text";
 }
 
-TEST(StyledTextOfHtml, WhatIsATagWithoutTheLinkElementInItCountsAsNested) {
-    const auto repeated = [](int count) {
-        std::u16string html;
-        for (int i = 0; i < count; ++i) html += u"<<link>div>";
-        return html + u"text";
-    };
-    EXPECT_EQ(styledTextOfHtml(repeated(1'000), styleOf(48)).characters(), u"text");
-    EXPECT_TRUE(styledTextOfHtml(repeated(1'001), styleOf(48)).isEmpty());
+std::u16string repeated(std::u16string_view part, int count) {
+    std::u16string html;
+    for (int i = 0; i < count; ++i) html += part;
+    return html;
+}
+
+bool isRefused(std::u16string_view part, int count) {
+    return styledTextOfHtml(repeated(part, count) + u"text", styleOf(48)).isEmpty();
+}
+
+TEST(StyledTextOfHtml, WhatIsATagWithoutTheElementInItCountsAsNested) {
+    for (const std::u16string_view part : {u"<<link>div>", u"<inp<input>ut>", u"<d<col>iv>"}) {
+        EXPECT_FALSE(isRefused(part, 900));
+        EXPECT_TRUE(isRefused(part, 5'001));
+    }
 }
 
 TEST(StyledTextOfHtml, WhatIsATagToTheToolkitAloneCountsAsNested) {
     for (const std::u16string_view tag : {u"< div>", u"<\n\tdiv>", u"<_>", u"<?x>", u"<o:p>"}) {
-        std::u16string html;
-        for (int i = 0; i < 1'001; ++i) html += tag;
-        EXPECT_TRUE(styledTextOfHtml(html + u"text", styleOf(48)).isEmpty());
+        EXPECT_TRUE(isRefused(tag, 5'001));
         EXPECT_EQ(styledTextOfHtml(std::u16string(tag) + u"text", styleOf(48)).characters(),
                   u"text");
     }
 }
 
 TEST(StyledTextOfHtml, MarkupThatIsNestedTooDeeplyHasNoText) {
-    EXPECT_EQ(styledTextOfHtml(nested(1'000), styleOf(48)).characters(), u"text");
-    EXPECT_TRUE(styledTextOfHtml(nested(1'001), styleOf(48)).isEmpty());
+    EXPECT_EQ(styledTextOfHtml(nested(5'000), styleOf(48)).characters(), u"text");
+    EXPECT_TRUE(styledTextOfHtml(nested(5'001), styleOf(48)).isEmpty());
     // Would take the toolkit minutes.
     EXPECT_TRUE(styledTextOfHtml(nested(100'000), styleOf(48)).isEmpty());
+}
+
+TEST(StyledTextOfHtml, WhatOnlyLooksLikeAnEndTagEndsNothing) {
+    // Took the toolkit 2 to 13 s.
+    for (const std::u16string_view part :
+         {u"<div title=\"</div>\">", u"<div><!--</div>-->", u"<div><style></div></style>",
+          u"<div></div x='><div>'>", u"<p><li>", u"<b><dt></b>", u"<dl><dt><div><dt></div></dt>",
+          u"<option>", u"<input", u"<style>b{}</style>"})
+        EXPECT_TRUE(isRefused(part, 20'000));
+}
+
+TEST(StyledTextOfHtml, ThePartThatWasCopiedIsWhatTheToolkitTakesForIt) {
+    const std::u16string html =
+        u"<b title=\"<!--StartFragment-->" + repeated(u"<div>", 5'001) + u"\">text";
+    EXPECT_TRUE(styledTextOfHtml(html, styleOf(48)).isEmpty());
+    EXPECT_EQ(
+        styledTextOfHtml(u"a<!--StartFragment-->text<!--EndFragment-->b", styleOf(48)).characters(),
+        u"text");
+    EXPECT_EQ(styledTextOfHtml(u"a<!--StartFragment-->text", styleOf(48)).characters(), u"text");
+}
+
+TEST(StyledTextOfHtml, ManyPicturesTakeNoTime) {
+    // Took the toolkit more than a minute.
+    EXPECT_FALSE(isRefused(u"<img src='a>b'>", 20'000));
+    for (const std::u16string_view part : {u"<im<img>g>", u"< img>", u"<\"img\">"})
+        EXPECT_TRUE(isRefused(part, 20'000));
+}
+
+TEST(StyledTextOfHtml, ALargeTableOfAWordProcessorIsRead) {
+    const std::u16string head =
+        u"<html xmlns:o=\"urn:x:office\"><head><meta http-equiv=Content-Type content=\"text/html\">"
+        u"<link rel=File-List href=\"file:///x/y.xml\"><!--[if gte mso "
+        u"9]><xml><o:p/></xml><![endif]-->"
+        u"<style><!-- @font-face {font-family:\"A, B\";} p.Normal, li.Normal {margin:0cm;} -->"
+        u"</style></head><body lang=EN-US style='tab-interval:36.0pt'><!--StartFragment-->"
+        u"<table border=1 cellspacing=0><col width=64><tbody>";
+    const std::u16string_view row =
+        u"<tr style='height:15.0pt'><td width=64 valign=top style='border:solid windowtext 1.0pt'>"
+        u"<p class=Normal><b><span lang=EN-US style='font-size:9.0pt'>cell<o:p></o:p></span></b>"
+        u"</p></td><td><p class=Normal><![if !supportEmptyParas]>&nbsp;<![endif]><br clear=all/>"
+        u"</p></td></tr>\n";
+    const StyledText text = styledTextOfHtml(
+        head + repeated(row, 3'000) + u"</tbody></table></body></html>", styleOf(48));
+    EXPECT_EQ(text.characters().substr(0, 5), u"\ncell");
+}
+
+TEST(StyledTextOfHtml, ALargeTableOfABrowserIsRead) {
+    const std::u16string_view row =
+        u"<tr style=\"height: 20px;\"><td data-x='{\"k\":\"<\"}'><span class=\"a b\">cell <a "
+        u"href=\"https://x.example/?a=1&amp;b=2\">link</a></span><wbr><input disabled=\"\">"
+        u"<ul><li>one</li><li>two</li></ul></td></tr>";
+    const StyledText text = styledTextOfHtml(
+        u"<meta charset=\"utf-8\"><table><colgroup><col width=\"10\"><col></colgroup><tbody>" +
+            repeated(row, 2'000) + u"</tbody></table>",
+        styleOf(48));
+    EXPECT_EQ(text.characters().substr(0, 10), u"\ncell link");
 }
 
 TextStyle styleIn(std::u16string_view html, const TextStyle& base = styleOf(48)) {

@@ -102,10 +102,82 @@ TEST(HTMLImporter, RefusesFormattingThatGrowsWithEveryBlock) {
     EXPECT_EQ(textOf(html + repeated("<p>x", 3'000)), "(none)");
 }
 
+bool isTooDeep(std::string_view part, int times, EmptyElements empty = {}) {
+    return isNestedTooDeeply(repeated(part, times), 100, empty);
+}
+
 TEST(HTMLImporter, TellsHowDeepMarkupIs) {
-    EXPECT_FALSE(isNestedTooDeeply(repeated("<div>", 5), 5));
-    EXPECT_TRUE(isNestedTooDeeply(repeated("<div>", 6), 5));
-    EXPECT_FALSE(isNestedTooDeeply(repeated("<div></div>", 600), 5));
+    EXPECT_FALSE(isTooDeep("<div>", 100));
+    EXPECT_TRUE(isTooDeep("<div>", 101));
+    for (const char* cut : {"<", "< ", "</", "<!", "<!x", "<!--", "<b", "<b c=", "<b c='"})
+        EXPECT_FALSE(isNestedTooDeeply(cut, 1)) << cut;
+    for (const char* part :
+         {"<div></div>", "<DIV ></div >", "<dl><dt>a<dd>b</dd></dl>", "<dd></dd><dt></dt>", "<p>a",
+          "<li>", "<table><tr><th>a<td>b<tr><td></td></tr></table>", "<br>", "<input>"})
+        EXPECT_FALSE(isTooDeep(part, 200)) << part;
+}
+
+TEST(HTMLImporter, BelievesEndTagsBehindWhatAllParsersReadAlike) {
+    for (const char* before :
+         {"<!-- <b> </b> > -->", "<!DOCTYPE html>", "<![if !x]>", "<br a=b/c d = 'e>f' g=\"<\" h>",
+          "<br a=b/>", "<br a=b/ >", "<style><!-- b > c --> b > c</style>",
+          "<noscript><br><i></i></noscript>", "<br\n@a:b.c=1\t/>", "text > 'text\""})
+        EXPECT_FALSE(isNestedTooDeeply(before + repeated("<div></div>", 300), 100)) << before;
+}
+
+TEST(HTMLImporter, BelievesNoEndTagBehindAnythingElse) {
+    for (const char* before : {"<!-- ",
+                               "<!-->-->",
+                               "<!--->-->",
+                               "<!-- --!> -->",
+
+                               "<![CDATA[>",
+                               "<",
+                               "a < b>",
+                               "</>",
+                               "</?x>",
+                               "</b x>",
+                               "<b a=\"x>",
+                               "<b a=>",
+                               "<b a=&>",
+                               "<b a='1'b>",
+                               "<b/x>",
+                               "<b\"x\">",
+                               "<plaintext>",
+                               "<style><!--<--></style>",
+                               "<title><b a='<'></title>",
+                               "<script>if (a<b)</script>",
+                               "< /b>"})
+        EXPECT_TRUE(isNestedTooDeeply(before + repeated("<div></div>", 300), 100)) << before;
+}
+
+TEST(HTMLImporter, AnElementThatWasNotBegunLastMayStayOpen) {
+    EXPECT_TRUE(isTooDeep("<div><b></div></b>", 300));
+    EXPECT_TRUE(isTooDeep("<b><dt></b>", 300));
+    EXPECT_TRUE(isTooDeep("<tr><td><tr a='", 300)) << "the second may be none";
+    EXPECT_TRUE(isNestedTooDeeply("<svg>" + repeated("<td>", 300), 100)) << "in a drawing";
+    EXPECT_TRUE(isNestedTooDeeply("<math>" + repeated("<tr>", 300), 100)) << "in a formula";
+}
+
+TEST(HTMLImporter, TheToolkitKnowsFewEmptyElements) {
+    EXPECT_TRUE(isTooDeep("<input>", 300, EmptyElements::OfTheToolkit));
+    EXPECT_FALSE(isTooDeep("<input/>", 300, EmptyElements::OfTheToolkit));
+    EXPECT_FALSE(isTooDeep("<br>", 300, EmptyElements::OfTheToolkit));
+    EXPECT_FALSE(isNestedTooDeeply("<img>", 1'000, EmptyElements::OfTheToolkit));
+    EXPECT_TRUE(
+        isNestedTooDeeply(repeated("<img>", 1'000), 1'000'000, EmptyElements::OfTheToolkit));
+    EXPECT_TRUE(
+        isNestedTooDeeply(repeated("<'img'>", 1'000), 1'000'000, EmptyElements::OfTheToolkit));
+}
+
+TEST(HTMLImporter, StyleSheetsCountWithEachElementThatTheyMayBeAbout) {
+    const std::string sheet = "<style>" + repeated("b,i{}", 500) + "</style>";
+    EXPECT_FALSE(isNestedTooDeeply(sheet + repeated("<b></b>", 2'000), 10'000));
+    EXPECT_TRUE(isNestedTooDeeply(sheet + repeated("<b></b>", 3'000), 10'000));
+    EXPECT_TRUE(
+        isNestedTooDeeply("<style>" + repeated("b{}", 100) + repeated("</x>", 1'000), 10'000))
+        << "each ends it to the toolkit";
+    EXPECT_TRUE(isNestedTooDeeply(repeated("<style></style>", 3'000), 10'000));
 }
 
 TEST(HTMLImporter, TakesLongMarkupThatIsNot) {
