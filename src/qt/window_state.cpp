@@ -1,7 +1,5 @@
 #include "qt/window_state.h"
 
-#include <sys/stat.h>
-
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -72,12 +70,8 @@ WindowState::OnDisk WindowState::read() const {
     const std::string path = path_.toStdString();
     const auto bytes = readSharedFile(path, kLargestFile, fileSystem_);
     if (!bytes) {
-        const ErrorCode code = bytes.error().code;
-        struct stat status = {};
-        const bool isFile = fileSystem_.stat(path.c_str(), status) == 0 && S_ISREG(status.st_mode);
-        const bool maybeLater = code == ErrorCode::CannotRead || code == ErrorCode::OutOfMemory;
-        if (maybeLater && isFile) return {{}, true, bytes.error()};
-        return {{}, code == ErrorCode::NotFound, std::nullopt};
+        if (mayBeReadLater(bytes.error())) return {{}, true, bytes.error()};
+        return {{}, bytes.error().code == ErrorCode::NotFound, std::nullopt};
     }
     const QByteArray text(reinterpret_cast<const char*>(bytes->data()),
                           static_cast<qsizetype>(bytes->size()));
@@ -239,6 +233,9 @@ Result<void> WindowState::write(const std::function<void(QJsonObject&)>& change)
         return logged(std::move(locked));
     OnDisk now = read();
     if (now.unread) return logged(*now.unread);
+    // What a damaged file does not tell may have been read before.
+    for (const QString& key : now.whole ? QStringList() : values_.keys())
+        if (!now.values.contains(key)) now.values.insert(key, values_.value(key));
     mergeInto(now.values);
     change(now.values);
     const QByteArray text = QJsonDocument(now.values).toJson();

@@ -20,11 +20,11 @@
 namespace skarnel {
 
 /// One small JSON file. Nothing here is worth an error message: what cannot be read counts as not
-/// there, and is kept beside as "window.json.damaged" before anything is written; a file that the
-/// system cannot read at the moment, for want of memory for instance, is left as it is; what cannot
-/// be written is logged and tried again with the next change, and so is what would be larger than
-/// the 1 MB that are read. Windows that run at the same time write only what they changed, each
-/// over what the others left.
+/// there, and is kept beside as "window.json.damaged" before anything is written; a file that
+/// cannot be read at the moment, for want of memory for instance, is left as it is; what cannot be
+/// written is logged and tried again with the next change, and so is what would be larger than the
+/// 1 MB that are read. Windows that run at the same time write only what they changed, each over
+/// what the others left.
 class WindowState {
   public:
     /// $XDG_STATE_HOME/skarnel/window.json, with ~/.local/state where that is not set; empty when

@@ -55,9 +55,10 @@ SettingsStore::SettingsStore(std::string path, FileSystem& fileSystem)
         OnDisk found = readFile();
         values_ = std::move(found.values);
         foundUnreadable_ = found.readability != Readability::Whole;
+        if (found.unread) sight_ = Sight::FirstTry;
     } catch (const std::bad_alloc&) {
         values_.clear();
-        foundUnreadable_ = true;
+        sight_ = Sight::FirstTry;
     }
 }
 
@@ -95,7 +96,9 @@ void SettingsStore::setBool(std::string_view key, bool value) {
 
 void SettingsStore::set(std::string_view key, SettingValue value) try {
     const std::string name(key);
+    if (sight_ == Sight::FirstTry) blind_.insert(name);
     changes_.insert_or_assign(name, value);
+    if (sight_ == Sight::NeverSeen) blind_.erase(name);
     if (values_.insert_or_assign(name, value).second) ++keySetChanges_;
     notify(name);
 } catch (const std::bad_alloc&) {
@@ -107,6 +110,7 @@ void SettingsStore::removeObject(std::string_view key) try {
     if (found == values_.end()) return;
     const std::string name = found->first;
     changes_.insert_or_assign(name, std::nullopt);
+    if (sight_ == Sight::NeverSeen) blind_.erase(name);
     values_.erase(found);
     ++keySetChanges_;
     notify(name);
@@ -129,8 +133,14 @@ void SettingsStore::notify(const std::string& key) {
     if (observer_) observer_(key);
 }
 
-Result<void> SettingsStore::synchronize() try {
+Result<void> SettingsStore::synchronize() {
     if (changes_.empty()) return {};
+    Result<void> written = write();
+    if (sight_ == Sight::FirstTry) sight_ = Sight::NeverSeen;
+    return written;
+}
+
+Result<void> SettingsStore::write() try {
     if (path_.empty()) return {ErrorCode::NotFound, "There is no folder for the settings"};
     // A loop of links has no target; it is kept aside like any file that cannot be read.
     const Result<std::string> followed = followLinks(path_, fileSystem_);
@@ -157,19 +167,15 @@ void SettingsStore::removeLeftOvers() {
 
 Result<void> SettingsStore::mergeAndWrite(const std::string& target) {
     OnDisk onDisk = readFile();
+    if (onDisk.unread) return *onDisk.unread;
     if (foundUnreadable_ || onDisk.readability != Readability::Whole) {
         if (Result<void> kept = keepDamagedCopy(target, fileSystem_); !kept) return kept;
         systemLog(target + ": What could not be read is kept beside it");
         foundUnreadable_ = false;
     }
+    yieldTo(onDisk.values);
     addKnown(onDisk);
-    for (const auto& [key, value] : changes_) {
-        if (value) {
-            onDisk.values.insert_or_assign(key, *value);
-        } else {
-            onDisk.values.erase(key);
-        }
-    }
+    addChanges(onDisk.values);
     const std::string text = serializeSettings(onDisk.values);
     Result<void> written = writeFileSafely(target, bytesOf(text), Overwrite::Allow, fileSystem_);
     if (written) changes_.clear();
@@ -180,24 +186,44 @@ Result<void> SettingsStore::reload() try {
     const Result<void> written = synchronize();
     if (path_.empty()) return written;
     OnDisk onDisk = readFile();
+    if (onDisk.unread) return *onDisk.unread;
     foundUnreadable_ = foundUnreadable_ || onDisk.readability != Readability::Whole;
+    yieldTo(onDisk.values);
     addKnown(onDisk);
-    SettingValues now = std::move(onDisk.values);
-    for (const auto& [key, value] : changes_) {
-        if (value) now.insert_or_assign(key, *value);
-        if (!value) now.erase(key);
-    }
-    takeOver(std::move(now));
+    addChanges(onDisk.values);
+    takeOver(std::move(onDisk.values));
     return written;
 } catch (const std::bad_alloc&) {
     return {ErrorCode::OutOfMemory, "Out of memory"};
 }
 
-/// What a file does not tell that cannot be read, or not in whole, may have been read before: a
-/// disk that fails for a moment loses no key.
+/// What a damaged file does not tell may have been read before.
 void SettingsStore::addKnown(OnDisk& onDisk) const {
     if (onDisk.readability == Readability::Whole) return;
     onDisk.values.insert(values_.begin(), values_.end());
+}
+
+void SettingsStore::addChanges(SettingValues& values) const {
+    for (const auto& [key, value] : changes_) {
+        if (value) values.insert_or_assign(key, *value);
+        if (!value) values.erase(key);
+    }
+}
+
+/// The first time that the file can be read, what was set before gives way to it. After the first
+/// try the user has seen what was set, so that it stays in use here until the next reload.
+void SettingsStore::yieldTo(const SettingValues& stored) {
+    if (sight_ == Sight::Seen) return;
+    for (const std::string& key : blind_) {
+        if (stored.contains(key)) changes_.erase(key);
+    }
+    if (sight_ == Sight::FirstTry) {
+        SettingValues now = stored;
+        addChanges(now);
+        takeOver(std::move(now));
+    }
+    blind_.clear();
+    sight_ = Sight::Seen;
 }
 
 /// Makes `now` the values and tells of each key that is not as before. Whatever needs memory comes
@@ -223,11 +249,13 @@ SettingsStore::OnDisk SettingsStore::readFile() const {
     const Result<std::vector<std::uint8_t>> bytes =
         readSharedFile(path_, kMaxFileBytes, fileSystem_);
     if (!bytes) {
+        if (mayBeReadLater(bytes.error())) return {{}, Readability::Whole, bytes.error()};
         const bool absent = bytes.error().code == ErrorCode::NotFound;
-        return {{}, absent ? Readability::Whole : Readability::PartlyOrNot};
+        return {{}, absent ? Readability::Whole : Readability::PartlyOrNot, std::nullopt};
     }
     ParsedSettings parsed = parseSettings(*bytes);
-    return {std::move(parsed.values), parsed.whole ? Readability::Whole : Readability::PartlyOrNot};
+    return {std::move(parsed.values), parsed.whole ? Readability::Whole : Readability::PartlyOrNot,
+            std::nullopt};
 }
 
 }  // namespace skarnel

@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -27,9 +28,12 @@ using SettingValues = std::map<std::string, SettingValue, std::less<>>;
 ///
 /// A file that cannot be read (damaged, wrong types, no permission, a folder in its place) counts
 /// as what can be read of it, and what was read of it before; before anything is written it is kept
-/// beside as "settings.json.damaged", ".damaged-2" and so on. Floats read back bit for bit, those
-/// that are not finite too. Without memory a change does not happen and a write is OutOfMemory. Not
-/// for use from two threads.
+/// beside as "settings.json.damaged", ".damaged-2" and so on. One that cannot be read at the moment
+/// (a disk that fails, no memory) is not replaced: the write fails and is for a later try. Where
+/// that happens at the start, what is set until the first `synchronize` ends counts as a new
+/// user's defaults: what lies in the file comes first. Floats read back bit for bit, those that are
+/// not finite too. Without memory a change does not happen and a write is OutOfMemory. Not for use
+/// from two threads.
 class SettingsStore {
   public:
     /// What the environment and the system's accounts tell; each may be null.
@@ -89,6 +93,12 @@ class SettingsStore {
     struct OnDisk {
         SettingValues values;
         Readability readability = Readability::Whole;
+        std::optional<Error> unread;  // at the moment, and why
+    };
+    enum class Sight {
+        Seen,
+        FirstTry,   // the file could not be read at the start, and nobody tried to write
+        NeverSeen,  // nor when somebody did
     };
 
     void set(std::string_view key, SettingValue value);
@@ -96,6 +106,9 @@ class SettingsStore {
     void takeOver(SettingValues now);
     OnDisk readFile() const;
     void addKnown(OnDisk& onDisk) const;
+    void addChanges(SettingValues& values) const;
+    void yieldTo(const SettingValues& stored);
+    Result<void> write();
     Result<void> mergeAndWrite(const std::string& target);
 
     std::string path_;
@@ -103,6 +116,8 @@ class SettingsStore {
     SettingValues values_;
     std::map<std::string, std::optional<SettingValue>, std::less<>> changes_;  // none = removed
     bool foundUnreadable_ = false;  // a copy is owed before the next write
+    Sight sight_ = Sight::Seen;
+    std::set<std::string, std::less<>> blind_;  // what was set in FirstTry
     std::uint64_t keySetChanges_ = 0;
     std::function<void(const std::string&)> observer_;
     LockPatience lockPatience_{std::chrono::milliseconds(5000)};

@@ -19,6 +19,8 @@ constexpr mode_t kPrivateFileMode = 0600;
 constexpr int kMaxCopies = 1000;
 constexpr std::chrono::milliseconds kLockPause{2};
 constexpr int kMaxOpenings = 8;  // of a lock that others make and move at the same time
+constexpr int kMaxReads = 4;     // of a file that cannot be read at the moment
+constexpr std::chrono::milliseconds kReadPause{20};
 
 bool isSameFile(const std::string& path, const struct stat& status, FileSystem& fileSystem) {
     struct stat other = {};
@@ -37,6 +39,32 @@ std::string copyName(const std::string& target, int number) {
 /// left, a disk that fails) is no fault of what lies there.
 bool cannotBeALock(int opened) {
     return opened == -EACCES || opened == -EISDIR || opened == -ELOOP || opened == -ENXIO;
+}
+
+/// The same of a reading. What is not named here counts as passing, since a file is never replaced
+/// for that.
+bool cannotBeReadAtAll(int opened) {
+    return cannotBeALock(opened) || opened == -EPERM || opened == -ENOTDIR ||
+           opened == -ENAMETOOLONG;
+}
+
+Result<std::vector<std::uint8_t>> readOnce(const std::string& path, std::uint64_t maxBytes,
+                                           FileSystem& fileSystem) {
+    struct stat status = {};
+    if (fileSystem.stat(path.c_str(), status) == 0 && !S_ISREG(status.st_mode)) {
+        return {ErrorCode::CannotRead, "It is not an ordinary file"};
+    }
+    const int opened = uninterrupted(
+        [&] { return fileSystem.open(path.c_str(), O_RDONLY | O_NOCTTY | O_NONBLOCK, 0); });
+    if (opened == -ENOENT) return {ErrorCode::NotFound, describeError(ENOENT)};
+    if (opened < 0) {
+        return {cannotBeReadAtAll(opened) ? ErrorCode::CannotRead : ErrorCode::Failed,
+                describeError(-opened)};
+    }
+    auto bytes = readDescriptor(opened, maxBytes, fileSystem);
+    fileSystem.close(opened);
+    if (bytes || bytes.error().code != ErrorCode::CannotRead) return bytes;
+    return {ErrorCode::Failed, bytes.error().message};
 }
 
 /// Where the process may not give files away, it keeps them.
@@ -167,11 +195,17 @@ Result<void> FileLock::takeAfterMoving(const std::string& path, int refusal,
 
 Result<std::vector<std::uint8_t>> readSharedFile(const std::string& path, std::uint64_t maxBytes,
                                                  FileSystem& fileSystem) {
-    struct stat status = {};
-    if (fileSystem.stat(path.c_str(), status) == 0 && S_ISFIFO(status.st_mode)) {
-        return {ErrorCode::CannotRead, "It is not an ordinary file"};
+    auto bytes = readOnce(path, maxBytes, fileSystem);
+    for (int reads = 1; reads < kMaxReads && !bytes && mayBeReadLater(bytes.error()); ++reads) {
+        // Memory is there at once or not for long.
+        if (bytes.error().code == ErrorCode::Failed) fileSystem.pause(kReadPause);
+        bytes = readOnce(path, maxBytes, fileSystem);
     }
-    return readWholeFile(path, maxBytes, fileSystem);
+    return bytes;
+}
+
+bool mayBeReadLater(const Error& error) {
+    return error.code == ErrorCode::Failed || error.code == ErrorCode::OutOfMemory;
 }
 
 /// Where a second name is not possible (a folder, a loop of links, a file system without hard

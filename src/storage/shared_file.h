@@ -59,10 +59,15 @@ class FileLock {
     int descriptor_ = -1;
 };
 
-/// As `readWholeFile`, but a named pipe, whose opening would wait for somebody to write into it, is
-/// CannotRead.
+/// All bytes of an ordinary file. NotFound; CannotRead for what is none or may not be read,
+/// TooLarge for more bytes than the limit; Failed or OutOfMemory, after a few tries within a tenth
+/// of a second, when it cannot be read at the moment (a disk that fails, no descriptors left), for
+/// which the file itself is not to blame.
 Result<std::vector<std::uint8_t>> readSharedFile(const std::string& path, std::uint64_t maxBytes,
                                                  FileSystem& fileSystem = systemFileSystem());
+
+/// Whether that is such a moment: the file must not be replaced then.
+bool mayBeReadLater(const Error& error);
 
 /// Keeps what lies at `path` beside it, as "path.damaged", ".damaged-2" and so on, before a new
 /// file takes its place. Nothing there is nothing to keep.

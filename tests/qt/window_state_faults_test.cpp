@@ -90,7 +90,12 @@ TEST_F(WindowStateFaults, WhicheverCallFailsTheFileIsWholeAndNothingIsLost) {
             EXPECT_NE(fault.error, test::kShortWrite) << "the rest can be written";
         }
         removeLeftOvers(folder.path().toStdString());
-        // It was whole, so there is no copy of a damaged one.
+        // It was whole, so there is a copy only where it might not be read.
+        QFile copy(path + QStringLiteral(".damaged"));
+        if (fault.error == EACCES && copy.open(QIODevice::ReadOnly)) {
+            EXPECT_TRUE(copy.readAll().startsWith(before.first(before.indexOf("Old"))));
+            EXPECT_TRUE(copy.remove());
+        }
         EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden),
                   (QStringList{QStringLiteral("window.json"), QStringLiteral("window.json.lock")}));
     });
@@ -140,6 +145,47 @@ TEST_F(WindowStateFaults, AFileThatCannotBeReadIsNotReplaced) {
     EXPECT_EQ(bytes(), before);
     EXPECT_EQ(looks.all().size(), 1) << "it is there for this window";
     EXPECT_NE(log.text().find(describeError(EIO)), std::string::npos) << log.text();
+}
+
+TEST_F(WindowStateFaults, AFileThatMayNotBeReadIsKeptBesideTheNewOne) {
+    const ScopedLogCapture log;
+    const QByteArray before = bytes();
+    /// The file itself, not what else lies there.
+    class Locked final : public test::InterceptedFileSystem {
+        int before(const std::string& call, const std::string& path) override {
+            return call == "open" && path.ends_with("window.json") ? -EACCES : 0;
+        }
+    } locked;
+    WindowState state(path, locked);
+    state.setCueMuted(true);
+    EXPECT_TRUE(state.save());
+    EXPECT_TRUE(namesOf(state).isEmpty());
+    QFile kept(path + QStringLiteral(".damaged"));
+    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
+    EXPECT_EQ(kept.readAll(), before);
+    EXPECT_TRUE(WindowState(path).cueMuted());
+}
+
+TEST_F(WindowStateFaults, DamageThatHappensWhileTheWindowIsUpLosesNothingThatItKnows) {
+    const ScopedLogCapture log;
+    WindowState state(path);
+    put("{");
+    state.setCueMuted(true);
+    EXPECT_TRUE(state.save());
+    const WindowState next(path);
+    EXPECT_TRUE(next.cueMuted());
+    EXPECT_EQ(namesOf(next), QStringList{QStringLiteral("Old")});
+    EXPECT_EQ(next.recentFiles(), QStringList{QStringLiteral("/p/old")});
+}
+
+TEST_F(WindowStateFaults, AFileThatCannotBeReadOnceIsReadAll) {
+    class Once final : public test::InterceptedFileSystem {
+        int before(const std::string& call, const std::string&) override {
+            return call == "read" && reads_++ == 0 ? -EIO : 0;
+        }
+        int reads_ = 0;
+    } once;
+    EXPECT_EQ(namesOf(WindowState(path, once)), QStringList{QStringLiteral("Old")});
 }
 
 /// There is no memory for what is read.

@@ -3,6 +3,11 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
+#include <cerrno>
+#include <chrono>
+#include <utility>
+#include <vector>
+
 #include "storage/fake_file_systems.h"
 #include "storage/run_as_nobody.h"
 #include "storage/settings_store.h"
@@ -60,43 +65,128 @@ TEST_F(DamagedSettings, DamageThatHappensWhileWeRunIsKeptToo) {
     EXPECT_EQ(fileText(path_ + ".damaged"), "broken");
 }
 
-TEST_F(DamagedSettings, AFileThatCouldNotBeReadAtTheStartIsKeptEvenIfItCanBeLater) {
-    // The seeding writes defaults over what it could not see.
-    class Recovering final : public test::InterceptedFileSystem {
-        int before(const std::string& call, const std::string&) override {
-            return call == "read" && ++reads_ == 1 ? -EIO : 0;
-        }
-        int reads_ = 0;
-    } fileSystem;
-    putFile(path_, R"({"alpha": 12})");
-    SettingsStore store(path_, fileSystem);
-    EXPECT_FALSE(store.contains("alpha"));
-    store.setFloat("alpha", 200);
-    ASSERT_TRUE(store.synchronize());
-    EXPECT_EQ(fileText(path_ + ".damaged"), R"({"alpha": 12})");
+/// A disk whose calls of one name fail for as long, or as often, as it is told.
+class FailingDisk final : public test::InterceptedFileSystem {
+  public:
+    explicit FailingDisk(std::string call, int error = EIO)
+        : call_(std::move(call)), error_(error) {}
+    int failures = 1'000'000;
+    std::vector<std::chrono::milliseconds> pauses;
+
+  private:
+    int before(const std::string& call, const std::string& path) override {
+        if (call != call_ || failures == 0) return 0;
+        if (call == "open" && !path.ends_with("settings.json")) return 0;
+        --failures;
+        return -error_;
+    }
+    void pause(std::chrono::milliseconds time) override { pauses.push_back(time); }
+
+    std::string call_;
+    int error_;
+};
+
+class SettingsOnAFailingDisk : public DamagedSettings {
+  protected:
+    void SetUp() override { putFile(path_, kText); }
+    static constexpr auto kText = R"({"alpha": 12, "gradient": 3, "offset": 4})";
+};
+
+TEST_F(SettingsOnAFailingDisk, AreReadAtTheThirdTryOfFour) {
+    for (const auto& [call, error] :
+         {std::pair("read", EIO), {"open", EMFILE}, {"open", ENOMEM}, {"open", ESTALE}}) {
+        FailingDisk disk(call, error);
+        disk.failures = 3;
+        EXPECT_EQ(SettingsStore(path_, disk).floatForKey("alpha"), 12.0F);
+        EXPECT_EQ(disk.pauses, std::vector(3, std::chrono::milliseconds(20)));
+        disk.failures = 4;
+        EXPECT_FALSE(SettingsStore(path_, disk).contains("alpha"));
+        EXPECT_EQ(disk.failures, 0);
+    }
 }
 
-TEST_F(DamagedSettings, AFileThatCannotBeReadForAMomentLosesNoKeyThatWasReadBefore) {
-    class Moment final : public test::InterceptedFileSystem {
-      public:
-        bool fails = false;
+TEST_F(SettingsOnAFailingDisk, AreNotWaitedForWhereWaitingIsOfNoUse) {
+    for (const int error : {EACCES, EPERM, ELOOP, ENOTDIR, ENAMETOOLONG}) {
+        FailingDisk disk("open", error);
+        EXPECT_FALSE(SettingsStore(path_, disk).contains("alpha"));
+        EXPECT_TRUE(disk.pauses.empty());
+    }
+}
 
-      private:
-        int before(const std::string& call, const std::string&) override {
-            return call == "read" && fails ? -EIO : 0;
-        }
-    } fileSystem;
-    putFile(path_, R"({"alpha": 12, "gradient": 3, "offset": 4})");
-    SettingsStore store(path_, fileSystem);
-    fileSystem.fails = true;
+TEST_F(SettingsOnAFailingDisk, ComeBeforeTheDefaultsThatWereSetWithoutSeeingThem) {
+    FailingDisk disk("read");
+    SettingsStore store(path_, disk);
+    std::vector<std::string> told;
+    store.setFloat("alpha", 200);
+    store.setFloat("start", 0);
+    store.setObserver([&](const std::string& key) { told.push_back(key); });
+    disk.failures = 0;
+    ASSERT_TRUE(store.synchronize());
+    EXPECT_THAT(told, ElementsAre("alpha", "gradient", "offset"));
+    for (const SettingsStore& each : {store, SettingsStore(path_)}) {
+        EXPECT_THAT(each.keys(), ElementsAre("alpha", "gradient", "offset", "start"));
+        EXPECT_EQ(each.floatForKey("alpha"), 12.0F);
+    }
+    EXPECT_THAT(folder_.names(), ElementsAre("settings.json", "settings.json.lock"));
+}
+
+TEST_F(SettingsOnAFailingDisk, AreNotReplacedAndTakeTheUsersOwnChangesLater) {
+    FailingDisk disk("read");
+    SettingsStore store(path_, disk);
+    for (const char* key : {"alpha", "gradient", "offset"}) store.setFloat(key, 200);
+    for (int i = 0; i < 2; ++i) {
+        const Result<void> refused = store.synchronize();
+        ASSERT_FALSE(refused);
+        EXPECT_EQ(refused.error().message, "Input/output error");
+        EXPECT_EQ(fileText(path_), kText);
+        // From now on it is the user who sets and removes.
+        store.setFloat("gradient", 7);
+        store.removeObject("offset");
+        store.setBool("applyBackgroundColor", true);
+    }
+    disk.failures = 0;
+    ASSERT_TRUE(store.synchronize());
+    EXPECT_EQ(store.floatForKey("alpha"), 200.0F) << "the window has shown it";
+    const SettingsStore next(path_);
+    EXPECT_THAT(next.keys(), ElementsAre("alpha", "applyBackgroundColor", "gradient"));
+    EXPECT_EQ(next.floatForKey("alpha"), 12.0F);
+    EXPECT_EQ(next.floatForKey("gradient"), 7.0F);
+    ASSERT_TRUE(store.reload());
+    EXPECT_EQ(store.floatForKey("alpha"), 12.0F);
+    EXPECT_THAT(folder_.names(), ElementsAre("settings.json", "settings.json.lock"));
+}
+
+TEST_F(SettingsOnAFailingDisk, LoseNoKeyThatWasReadBefore) {
+    FailingDisk disk("read");
+    disk.failures = 0;
+    SettingsStore store(path_, disk);
+    disk.failures = 1'000'000;
     store.setFloat("start", 5);
     store.removeObject("offset");
-    ASSERT_TRUE(store.synchronize());
+    EXPECT_FALSE(store.synchronize());
+    EXPECT_FALSE(store.reload());
+    EXPECT_EQ(fileText(path_), kText);
+    EXPECT_THAT(store.keys(), ElementsAre("alpha", "gradient", "start"));
+    disk.failures = 0;
     ASSERT_TRUE(store.reload());
     EXPECT_THAT(store.keys(), ElementsAre("alpha", "gradient", "start"));
-    const SettingsStore next(path_);
-    EXPECT_THAT(next.keys(), ElementsAre("alpha", "gradient", "start"));
-    EXPECT_EQ(next.floatForKey("alpha"), 12.0F);
+    EXPECT_THAT(SettingsStore(path_).keys(), ElementsAre("alpha", "gradient", "start"));
+    disk.failures = 1'000'000;
+    const Result<void> unseen = store.reload();
+    ASSERT_FALSE(unseen);
+    EXPECT_EQ(unseen.error().message, "Input/output error");
+}
+
+TEST_F(DamagedSettings, DamageThatHappensWhileWeRunLosesNoKeyThatWasReadBefore) {
+    putFile(path_, R"({"alpha": 12, "gradient": 3})");
+    SettingsStore store(path_);
+    putFile(path_, R"({"alpha": "much", "offset": 4})");
+    ASSERT_TRUE(store.reload());
+    EXPECT_THAT(store.keys(), ElementsAre("alpha", "gradient", "offset"));
+    putFile(path_, "broken");
+    store.removeObject("gradient");
+    ASSERT_TRUE(store.synchronize());
+    EXPECT_THAT(SettingsStore(path_).keys(), ElementsAre("alpha", "offset"));
 }
 
 TEST_F(DamagedSettings, AFileThatIsGoneMeanwhileLeavesNothingToKeep) {
