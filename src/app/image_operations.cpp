@@ -30,6 +30,11 @@ std::optional<TIFFData> ImageOperations::TIFFRepresentation(const NSImage& image
 std::optional<CGImage> ImageOperations::addReflectionToCGImage(
     const CGImage& image, float perspectiveW, float perspectiveH, float reflectionOffset,
     float gradientOffset, float gradient, const RenderInputReaders& readers) {
+    if (drawnPixels(image.width(), image.height(), perspectiveW, perspectiveH, reflectionOffset) >
+        kMostResultPixels) {
+        readers.peakOpacity();  // the shaping comes before the canvas
+        return std::nullopt;
+    }
     std::optional<ReflectionResult> result =
         skarnel::addReflectionToCGImage(image, perspectiveW, perspectiveH, reflectionOffset,
                                         gradientOffset, gradient, readers, Drawing::WhenRead);

@@ -8,6 +8,7 @@
 #include "imaging/io/image_io.h"
 #include "imaging/nsimage/nsimage.h"
 #include "imaging/nsimage/tiff_data.h"
+#include "render/placement.h"
 #include "render/reflection.h"
 #include "util/geometry/geometry.h"
 
@@ -15,6 +16,11 @@ namespace skarnel {
 
 /// A new image of one bitmap representation, one point a pixel.
 NSImage NSImageFromCGImageRef(const CGImage& image);
+
+/// As the command line has it at its default limit: a stored number can ask for a canvas that no
+/// machine holds. What the sliders travel over stays below for pictures of up to 300 megapixels,
+/// since the reflection's bytes are a signed 32-bit number.
+inline constexpr std::int64_t kMostResultPixels = kResultFactor * DecodeLimits{}.maxPixels;
 
 /// Every function is the pure one of the same name; none of them keeps state.
 class ImageOperations {
@@ -35,7 +41,8 @@ class ImageOperations {
     virtual std::optional<NSImage> NSImageFromCGImageRef(const CGImage& image);
     virtual std::optional<TIFFData> TIFFRepresentation(const NSImage& image);
 
-    /// The whole render; none when any step before the turn yields nothing.
+    /// The whole render; none when any step before the turn yields nothing, or when the canvas
+    /// would have more than kMostResultPixels.
     virtual std::optional<CGImage> addReflectionToCGImage(const CGImage& image, float perspectiveW,
                                                           float perspectiveH,
                                                           float reflectionOffset,

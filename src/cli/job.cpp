@@ -12,15 +12,13 @@
 #include "cli/interrupt.h"
 #include "cli/preview.h"
 #include "recipe/recipe_file.h"
+#include "render/placement.h"
 #include "storage/whole_file.h"
 #include "util/log/message.h"
 
 namespace skarnel::cli {
 namespace {
 
-/// The largest picture of a render may have this many times the pixels of the largest source: at
-/// the defaults a canvas has twice the source's, and a turn at most 1.4 times the canvas's rows.
-constexpr std::int64_t kResultFactor = 4;
 /// No format takes more bytes for its pixels than this, uncompressed 32-bit CMYK included.
 constexpr std::uint64_t kLargestBytesAPixel = 16;
 constexpr std::uint64_t kLargestFileOverhead = std::uint64_t{64} << 20;

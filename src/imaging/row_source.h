@@ -19,7 +19,8 @@ struct SourceRow {
 
 /// Makes the rows of a picture of four samples a pixel, always to the same bytes. A reader that
 /// takes the rows from top to bottom, each once, needs no memory for the whole picture: a preview
-/// that is reduced anyway never writes and reads its full size. Cannot fail; what the rows need is
+/// that is reduced anyway never writes and reads its full size. Who reads them again begins again
+/// at the top, with strip 0. Cannot fail; what the rows need is
 /// allocated by whoever makes the source.
 class RowSource {
   public:
@@ -34,8 +35,8 @@ class RowSource {
     static constexpr int kKeptRows = 16;
 
     /// A source of several strips of columns gives the rows of the strip that was begun last, at
-    /// first strip 0, and of these nothing beside the strip. Readers begin each strip once, take
-    /// its rows from top to bottom, and go on with the next.
+    /// first strip 0, and of these nothing beside the strip. Readers begin one strip after the
+    /// other, take its rows from top to bottom, and go on with the next.
     virtual int strips() const { return 1; }
     virtual void beginStrip(int /*strip*/) {}
 

@@ -17,6 +17,12 @@ namespace {
 
 constexpr double kPercent = 100;
 
+/// Asked without drawing them.
+QSize sizeInPixels(const Viewer& viewer) {
+    const CGSize size = viewer.sheet().view.imageSize();
+    return QSizeF(size.width, size.height).toSize();
+}
+
 class SliderView final : public QAccessibleWidget, public QAccessibleValueInterface {
   public:
     explicit SliderView(FloatSlider& slider)
@@ -130,13 +136,12 @@ class PictureView final : public QAccessibleWidget,
     }
     QString text(QAccessible::Text kind) const override {
         if (kind == QAccessible::Description) return description();
-        if (kind != QAccessible::Value || viewer_.shownImage().isNull())
-            return QAccessibleWidget::text(kind);
+        if (kind != QAccessible::Value || !viewer_.hasImage()) return QAccessibleWidget::text(kind);
         return pictureText(viewer_);
     }
 
     QString imageDescription() const override { return text(QAccessible::Description); }
-    QSize imageSize() const override { return viewer_.shownImage().size(); }
+    QSize imageSize() const override { return sizeInPixels(viewer_); }
     QPoint imagePosition() const override { return rect().topLeft(); }
 
     QVariant currentValue() const override { return kPercent * viewer_.zoomFactor(); }
@@ -243,7 +248,7 @@ void announcePicture(Viewer& viewer) {
 }
 
 QString pictureText(const Viewer& viewer) {
-    const QSize size = viewer.shownImage().size();
+    const QSize size = sizeInPixels(viewer);
     const QLocale locale;
     QStringList parts{viewer.pictureName(),
                       QCoreApplication::translate("AccessibleView", "%1 by %2 pixels, zoom %3 %")

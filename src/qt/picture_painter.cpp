@@ -5,7 +5,9 @@
 #include <QPolygonF>
 #include <algorithm>
 #include <cmath>
+#include <new>
 
+#include "imaging/cgcontext.h"
 #include "imaging/kernels/pixel_ops.h"
 
 namespace skarnel {
@@ -17,6 +19,18 @@ int roundedSide(double length) {
 
 QRectF toQt(CGRect rect) {
     return {rect.x, rect.y, rect.width, rect.height};
+}
+
+/// What the viewport has of the shown part, in image pixels.
+QRectF partInViewport(const ViewTransform& view) {
+    const CGSize port = view.viewport();
+    QPolygonF corners;
+    for (const CGPoint& corner : {CGPoint{0, 0}, CGPoint{port.width, 0},
+                                  CGPoint{port.width, port.height}, CGPoint{0, port.height}}) {
+        const CGPoint there = view.toImage(corner);
+        corners << QPointF(there.x, there.y);
+    }
+    return corners.boundingRect() & toQt(view.part());
 }
 
 /// Rows that are laid over the ground together: few enough to stay in the nearest caches until
@@ -99,9 +113,39 @@ const QImage& PicturePainter::image() const {
     return image_;
 }
 
+bool PicturePainter::isLarge() const {
+    return std::int64_t{source_->width()} * source_->height() > kWholeUpTo;
+}
+
+/// The part, which lies in the picture, as large as `size`, from the picture's rows. Null without
+/// memory.
+QImage PicturePainter::resampled(const QRect& part, QSize size) const try {
+    const auto context = CGContext::create(size.width(), size.height());
+    if (!context) return {};
+    const int fromBottom = source_->height() - (part.y() + part.height());
+    context->drawImage(
+        *source_, {1.0 * part.x(), 1.0 * fromBottom, 1.0 * part.width(), 1.0 * part.height()},
+        {0, 0, 1.0 * size.width(), 1.0 * size.height()}, CompositeOperation::SourceOver, 1);
+    return paintableImage(std::move(*context).takeImage());
+} catch (const std::bad_alloc&) {
+    return {};
+}
+
+QImage PicturePainter::partOf(const QRect& part) const {
+    if (isEmpty()) return {};
+    return isLarge() ? resampled(part, part.size()) : image().copy(part);
+}
+
+QImage PicturePainter::fittedInto(QSize box) const {
+    if (isEmpty()) return {};
+    if (!isLarge()) return image().scaled(box, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    const QRect whole(0, 0, source_->width(), source_->height());
+    return resampled(whole, whole.size().scaled(box, Qt::KeepAspectRatio).expandedTo({1, 1}));
+}
+
 bool PicturePainter::isPlain(const ViewTransform& view) const {
     const CGRect part = view.part();
-    return source_ && source_->alphaInfo() == CGImageAlphaInfo::PremultipliedLast &&
+    return source_ && !isLarge() && source_->alphaInfo() == CGImageAlphaInfo::PremultipliedLast &&
            view.factor() == 1.0 && view.rotation() == 0 && part.x == 0 && part.y == 0 &&
            part.width == source_->width() && part.height == source_->height();
 }
@@ -127,7 +171,9 @@ bool PicturePainter::paintOver(QPainter& painter, const ViewTransform& view, con
 void PicturePainter::paint(QPainter& painter, const ViewTransform& view) {
     if (isEmpty() || view.isEmpty()) return;
     painter.save();
-    if (view.rotation() == 0)
+    if (isLarge())
+        paintLarge(painter, view);
+    else if (view.rotation() == 0)
         paintUpright(painter, view);
     else
         paintTurned(painter, view);
@@ -169,6 +215,33 @@ void PicturePainter::paintTurned(QPainter& painter, const ViewTransform& view) {
     const QImage& picture = view.factor() < 1 ? shrunk(view) : image();
     const QRectF source = view.factor() < 1 ? QRectF(picture.rect()) : toQt(view.part());
     painter.drawImage(toQt(view.part()), picture, source);
+}
+
+void PicturePainter::resample(const QRect& part, double factor) {
+    const CGRect wanted{1.0 * part.x(), 1.0 * part.y(), 1.0 * part.width(), 1.0 * part.height()};
+    if (!shrunk_.isNull() && shrunkFactor_ == factor && shrunkPart_ == wanted) return;
+    shrunkFactor_ = factor;
+    shrunkPart_ = wanted;
+    shrunk_ = QImage();  // its memory serves the next one
+    shrunk_ =
+        resampled(part, {roundedSide(part.width() * factor), roundedSide(part.height() * factor)});
+    ++resampleCount_;
+}
+
+void PicturePainter::paintLarge(QPainter& painter, const ViewTransform& view) {
+    const QRectF shown = partInViewport(view);
+    const QRect pixels = shown.toAlignedRect();
+    if (pixels.isEmpty()) return;
+    resample(pixels, std::min(view.factor(), 1.0));
+    if (shrunk_.isNull()) return;
+    const double across = 1.0 * shrunk_.width() / pixels.width();
+    const double down = 1.0 * shrunk_.height() / pixels.height();
+    const QRectF source((shown.x() - pixels.x()) * across, (shown.y() - pixels.y()) * down,
+                        shown.width() * across, shown.height() * down);
+    painter.setTransform(painterTransform(view), true);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, view.factor() < kSquaresFrom);
+    if (view.rotation() != 0) painter.setRenderHint(QPainter::Antialiasing);
+    painter.drawImage(shown, shrunk_, source);
 }
 
 QTransform painterTransform(const ViewTransform& view) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QImage>
+#include <cstdint>
 #include <optional>
 
 #include "imaging/cgimage.h"
@@ -30,6 +31,15 @@ class PicturePainter {
     /// A null image before the first; converted when it is first asked for.
     const QImage& image() const;
 
+    /// A picture of more pixels is never drawn whole: only what is shown of it, no larger than it
+    /// is shown. A result can be thousands of times as high as the picture it is made of.
+    static constexpr std::int64_t kWholeUpTo = 32'000'000;
+
+    /// These pixels of the picture, which lie in it; null without memory.
+    QImage partOf(const QRect& part) const;
+    /// The picture as large as it fits into the box; null without memory, or before the first.
+    QImage fittedInto(QSize box) const;
+
     /// Draws the part that `view` shows. The painter's units are device pixels.
     void paint(QPainter& painter, const ViewTransform& view);
 
@@ -47,12 +57,18 @@ class PicturePainter {
   private:
     void paintUpright(QPainter& painter, const ViewTransform& view);
     void paintTurned(QPainter& painter, const ViewTransform& view);
+    void paintLarge(QPainter& painter, const ViewTransform& view);
     const QImage& shrunk(const ViewTransform& view);
+    bool isLarge() const;
+    QImage resampled(const QRect& part, QSize size) const;
+    void resample(const QRect& part, double factor);
 
     std::optional<CGImage> source_;
     mutable QImage image_;  // of the source; null until it is needed
     QImage strip_;          // some rows of the source over a ground, while they are painted
-    QImage shrunk_;         // the shown part at `shrunkFactor_`, empty when it has to be made
+    // The shown part at `shrunkFactor_`, empty when it has to be made. Of a large picture what the
+    // viewport has of it, at a factor of 1 at most.
+    QImage shrunk_;
     CGRect shrunkPart_;
     double shrunkFactor_ = 0;
     int resampleCount_ = 0;

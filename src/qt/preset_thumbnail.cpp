@@ -5,26 +5,15 @@
 
 #include "imaging/cgcontext.h"
 #include "qt/picture_painter.h"
-#include "render/canvas.h"
+#include "render/placement.h"
 #include "render/reflection.h"
-#include "render/shape.h"
 
 namespace skarnel {
 namespace {
 
 /// Of the canvas, or of the reflection where that is larger, for one thumbnail. The ends of the
 /// sliders give a source of 168 x 168 a canvas of 504 x 840, which is below.
-constexpr double kMostPixels = 500'000;
-
-/// Pixels that are drawn for a source of that size; 0 where there is no result.
-double drawnPixels(const CGImage& source, const SettingNumbers& settings) {
-    const auto reflection =
-        ShapeSize::of(source.width(), source.height(), settings[0], settings[1]);
-    if (!reflection) return 0;
-    const auto canvas = CanvasLayout::of(source.width(), source.height(), *reflection, settings[2]);
-    return std::max(1.0 * reflection->outWidth * reflection->height,
-                    canvas ? 1.0 * canvas->width * canvas->height : 0.0);
-}
+constexpr std::int64_t kMostPixels = 500'000;
 
 }  // namespace
 
@@ -37,8 +26,10 @@ std::optional<CGImage> resizedPicture(const CGImage& source, int width, int heig
 
 QImage presetThumbnail(const CGImage& source, const SettingNumbers& settings) {
     std::optional<CGImage> picture = source;
-    if (const double pixels = drawnPixels(source, settings); pixels > kMostPixels) {
-        const double scale = std::sqrt(kMostPixels / pixels);
+    const std::int64_t pixels =
+        drawnPixels(source.width(), source.height(), settings[0], settings[1], settings[2]);
+    if (pixels > kMostPixels) {
+        const double scale = std::sqrt(kMostPixels / static_cast<double>(pixels));
         const auto shrunk = [&](int side) { return std::max(1, static_cast<int>(side * scale)); };
         picture = resizedPicture(source, shrunk(source.width()), shrunk(source.height()));
     }

@@ -26,7 +26,7 @@ ResultDrag::ResultDrag(Viewer& viewer, MakeFile makeFile)
 }
 
 bool ResultDrag::takesOut(const QMouseEvent& press) const {
-    if (press.button() != Qt::LeftButton || viewer_.shownImage().isNull()) return false;
+    if (press.button() != Qt::LeftButton || !viewer_.hasImage()) return false;
     if (press.modifiers() == Qt::AltModifier) return true;
     if (viewer_.toolMode() != IKToolModeMove || press.modifiers() != Qt::NoModifier) return false;
     const CGPoint range = viewer_.sheet().view.scrollRange();
@@ -75,8 +75,7 @@ void ResultDrag::drag() {
     auto* drag = new QDrag(&viewer_);
     drag->setMimeData(data);
     const qreal ratio = viewer_.devicePixelRatioF();
-    QPixmap icon = QPixmap::fromImage(viewer_.shownImage().scaled(
-        QSize(kIconSide, kIconSide) * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    QPixmap icon = QPixmap::fromImage(viewer_.imageFittedInto(QSize(kIconSide, kIconSide) * ratio));
     icon.setDevicePixelRatio(ratio);
     drag->setPixmap(icon);
     carry_(*drag);

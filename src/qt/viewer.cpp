@@ -194,7 +194,7 @@ QImage Viewer::selectedPicture() const {
     if (painter_.isEmpty() || !sheet_.selection) return {};
     const CGRect& part = *sheet_.selection;
     return straightImage(
-        painter_.image().copy(QRectF(part.x, part.y, part.width, part.height).toAlignedRect()));
+        painter_.partOf(QRectF(part.x, part.y, part.width, part.height).toAlignedRect()));
 }
 
 void Viewer::followViewport() {

@@ -29,6 +29,9 @@ class Viewer final : public QWidget {
     void setImage(const CGImage& image);
     /// The picture shown; a null image before the first.
     const QImage& shownImage() const { return painter_.image(); }
+    bool hasImage() const { return !painter_.isEmpty(); }
+    /// The picture shown, no larger than the box; null before the first, or without memory.
+    QImage imageFittedInto(QSize box) const { return painter_.fittedInto(box); }
 
     /// What a screen reader calls the picture; empty where it has no name.
     const QString& pictureName() const { return pictureName_; }

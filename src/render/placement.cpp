@@ -1,5 +1,7 @@
 #include "render/placement.h"
 
+#include <algorithm>
+
 #include "render/canvas.h"
 #include "render/shape.h"
 #include "render/turn.h"
@@ -27,6 +29,17 @@ std::optional<PicturePlacement> picturePlacement(int pictureWidth, int pictureHe
         place.picture.y = bitmap->height + bitmap->lowerLeft.y - upperEdge;
     }
     return place;
+}
+
+std::int64_t drawnPixels(int pictureWidth, int pictureHeight, float perspectiveW,
+                         float perspectiveH, float reflectionOffset) {
+    const auto reflection = ShapeSize::of(pictureWidth, pictureHeight, perspectiveW, perspectiveH);
+    const auto layout =
+        reflection ? CanvasLayout::of(pictureWidth, pictureHeight, *reflection, reflectionOffset)
+                   : std::nullopt;
+    if (!layout) return 0;
+    return std::max(std::int64_t{reflection->outWidth} * reflection->height,
+                    std::int64_t{layout->width} * layout->height);
 }
 
 }  // namespace skarnel

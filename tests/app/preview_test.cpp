@@ -126,6 +126,18 @@ TEST_F(Preview, ARenderThatYieldsNothingKeepsWhatIsShown) {
     EXPECT_TRUE(window.resultView.shownImage->isSame(before));
 }
 
+// A recipe's or a stored number has no bound of its own. 400 x 4,000,600 pixels would still do.
+TEST_F(Preview, ACanvasThatNoMachineHoldsEndsTheRefresh) {
+    openPicture(400, 300);
+    for (const float offset : {2e6F, 4e7F, 7e8F}) {
+        toolkit.defaults.values["offset"] = offset;
+        controller.sliderChanged(nullptr);
+        EXPECT_THAT(log.take(), ::testing::Not(::testing::Contains("viewer.visibleRect")))
+            << offset;
+        EXPECT_FALSE(window.resultView.shownImage);
+    }
+}
+
 TEST_F(Preview, AResultThatCannotBeWrappedIsShownUnscaledAndFitted) {
     openPicture(40, 30);
     log.failOn("NSImageFromCGImageRef");

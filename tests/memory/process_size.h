@@ -21,20 +21,25 @@ inline std::size_t residentBytes() {
     return resident * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
 }
 
-/// The most bytes of memory that this process held while `work` ran; 0 where the system does not
-/// count that.
+/// The most bytes of memory that the process has held, "self" or another one's number; 0 where the
+/// system does not count that.
+inline std::size_t mostBytesOf(const std::string& process) {
+    std::ifstream status("/proc/" + process + "/status");
+    for (std::string word; status >> word;) {
+        std::size_t kilobytes = 0;
+        if (word == "VmHWM:" && status >> kilobytes) return kilobytes * 1024;
+    }
+    return 0;
+}
+
+/// The same of this process while `work` ran.
 template <typename Work>
 std::size_t mostBytesDuring(Work work) {
     ::malloc_trim(0);
     constexpr char kForgetTheMost = '5';
     std::ofstream("/proc/self/clear_refs") << kForgetTheMost;
     work();
-    std::ifstream status("/proc/self/status");
-    for (std::string word; status >> word;) {
-        std::size_t kilobytes = 0;
-        if (word == "VmHWM:" && status >> kilobytes) return kilobytes * 1024;
-    }
-    return 0;
+    return mostBytesOf("self");
 }
 
 inline std::ptrdiff_t openDescriptors() {

@@ -1,5 +1,5 @@
 // Both real programs on settings that cannot be read: they start, do their work and end well, and
-// the window keeps what it could not read.
+// the window keeps what it could not read. And the window on numbers that are no hand's.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
@@ -16,6 +16,8 @@
 #include <memory>
 #include <random>
 #include <vector>
+
+#include "memory/process_size.h"
 
 namespace skarnel {
 namespace {
@@ -111,6 +113,17 @@ class Home {
         EXPECT_TRUE(window_.waitForStarted());
     }
     void expectItWorksAndEndsWell() {
+        ASSERT_NO_FATAL_FAILURE(expectItWorks());
+        ASSERT_NO_FATAL_FAILURE(endIt());
+        EXPECT_TRUE(isKept());
+        EXPECT_TRUE(QString::fromUtf8(window_.readAllStandardError())
+                        .contains(QStringLiteral("settings.json: What could not be read is kept")));
+        QFile stored(settings());
+        ASSERT_TRUE(stored.open(QIODevice::ReadOnly));
+        EXPECT_TRUE(QJsonDocument::fromJson(stored.readAll()).isObject());
+    }
+
+    void expectItWorks() const {
         // Written a second after the start, by a window that handles its events.
         const QString state =
             folder_.filePath(QStringLiteral("XDG_STATE_HOME/skarnel/window.json"));
@@ -118,16 +131,16 @@ class Home {
         timer.start();
         while (!QFile::exists(state) && timer.elapsed() < kPatience) QThread::msleep(20);
         ASSERT_TRUE(QFile::exists(state));
+    }
+    /// What the window has held at most.
+    std::size_t mostBytes() const {
+        return testing::mostBytesOf(std::to_string(window_.processId()));
+    }
+    void endIt() {
         window_.terminate();
         ASSERT_TRUE(window_.waitForFinished(kPatience));
         EXPECT_EQ(window_.exitStatus(), QProcess::NormalExit);
         EXPECT_EQ(window_.exitCode(), 0);
-        EXPECT_TRUE(isKept());
-        EXPECT_TRUE(QString::fromUtf8(window_.readAllStandardError())
-                        .contains(QStringLiteral("settings.json: What could not be read is kept")));
-        QFile stored(settings());
-        ASSERT_TRUE(stored.open(QIODevice::ReadOnly));
-        EXPECT_TRUE(QJsonDocument::fromJson(stored.readAll()).isObject());
     }
 
   private:
@@ -154,6 +167,26 @@ TEST(DamagedSettingsFile, BothProgramsStartAndEndWellAndACopyIsKept) {
     for (const Damage& damage : damages()) {
         SCOPED_TRACE(damage.name);
         homes[number++]->expectItWorksAndEndsWell();
+    }
+}
+
+// A recipe carries any number into the settings. The first of these asks for a result of hundreds
+// of megapixels, the last for more than any machine holds.
+TEST(LargeStoredNumbers, AStartTakesLittleMemory) {
+    constexpr std::size_t kEnough = 300 * std::size_t{kMegabyte};
+    for (const char* numbers :
+         {R"({"offset": 80000})", R"({"offset": 80000, "imagePerspective": 30})",
+          R"({"offset": 1000, "perspectiveHeight": 1000, "perspectiveWidth": 1000})",
+          R"({"offset": 1e6})", R"({"offset": 3e38})"}) {
+        SCOPED_TRACE(numbers);
+        Home home({numbers, bytes(numbers)});
+        home.startWindow();
+        ASSERT_NO_FATAL_FAILURE(home.expectItWorks());
+        if (testing::kMemoryIsMeasurable) {
+            EXPECT_GT(home.mostBytes(), 0U);
+            EXPECT_LT(home.mostBytes(), kEnough);
+        }
+        ASSERT_NO_FATAL_FAILURE(home.endIt());
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QAccessible>
 #include <QApplication>
 #include <QGestureEvent>
 #include <QLineEdit>
@@ -13,6 +14,9 @@
 #include <QTest>
 #include <QToolButton>
 #include <QWheelEvent>
+
+#include "imaging/pixel_memory.h"
+#include "imaging/row_source.h"
 
 namespace skarnel {
 namespace {
@@ -251,6 +255,103 @@ TEST_F(ViewerTest, AnUnchangedViewIsNotResampledAgain) {
     painter.paint(on, view);
     painter.paint(on, view);
     EXPECT_EQ(painter.resampleCount(), 1);
+}
+
+/// Stripes of 1000 rows, red and blue, made when they are read; `drawn` tells of a drawing of all.
+class Stripes final : public RowSource {
+  public:
+    static constexpr int kWidth = 400;
+    static constexpr int kHeight = 100'000;
+
+    static CGImage picture(bool& drawn) {
+        auto room = allocatePixelMemory(std::size_t{4} * kWidth * kHeight, PixelContents::Reserved);
+        return CGImage(PixelBuffer::adopt(std::move(room), kWidth, kHeight),
+                       std::make_unique<Stripes>(drawn));
+    }
+    explicit Stripes(bool& drawn) : drawn_(drawn) {}
+
+    SourceRow row(int y, std::uint8_t* scratch) override {
+        const QColor color = colorOf(y);
+        for (int x = 0; x < kWidth; ++x, scratch += 4) {
+            scratch[0] = static_cast<std::uint8_t>(color.red());
+            scratch[1] = 0;
+            scratch[2] = static_cast<std::uint8_t>(color.blue());
+            scratch[3] = 255;
+        }
+        return {scratch - std::ptrdiff_t{4} * kWidth, 0, kWidth, true};
+    }
+    void drawAll(MutablePixelView /*target*/) override { drawn_ = true; }
+
+    static QColor colorOf(int row) { return row / 1000 % 2 == 0 ? Qt::red : Qt::blue; }
+
+  private:
+    bool& drawn_;
+};
+
+TEST_F(ViewerTest, ALargePictureIsDrawnOnlyWhereItIsShown) {
+    bool drawn = false;
+    viewer.setImage(Stripes::picture(drawn));
+    ASSERT_GT(std::int64_t{Stripes::kWidth} * Stripes::kHeight, PicturePainter::kWholeUpTo);
+
+    viewer.zoomToFit();  // 300 rows of 400, a row and a bit wide
+    QImage shown = grab();
+    EXPECT_EQ(shown.pixelColor(196, 1), QColor(0, 0, 40));
+    EXPECT_NE(shown.pixelColor(199, 1), QColor(0, 0, 40));
+
+    viewer.zoomToActualSize();
+    QTest::keyClick(&viewer, Qt::Key_Down);
+    const int top = static_cast<int>(viewer.sheet().view.scroll().y);
+    shown = grab();
+    for (int y = 0; y < 300; ++y)
+        ASSERT_EQ(shown.pixelColor(200, y), Stripes::colorOf(top + y)) << y << " below " << top;
+    ASSERT_LT(top / 1000, (top + 299) / 1000) << "a seam is in sight";
+
+    viewer.setZoomFactor(0.5);
+    const double middle = viewer.sheet().view.toImage({200, 150}).y;
+    const int seam = static_cast<int>(std::lround(middle / 1000)) * 1000;
+    const double there = viewer.sheet().view.toView({200, 1.0 * seam}).y;
+    shown = grab();
+    EXPECT_EQ(shown.pixelColor(200, static_cast<int>(there) - 2), Stripes::colorOf(seam - 1));
+    EXPECT_EQ(shown.pixelColor(200, static_cast<int>(there) + 2), Stripes::colorOf(seam));
+
+    QAccessibleInterface* const spoken = QAccessible::queryAccessibleInterface(&viewer);
+    ASSERT_NE(spoken, nullptr);
+    EXPECT_TRUE(spoken->text(QAccessible::Value).startsWith(QStringLiteral("400 by 100,000")));
+    ASSERT_NE(spoken->imageInterface(), nullptr);
+    EXPECT_EQ(spoken->imageInterface()->imageSize(), QSize(400, 100'000));
+    EXPECT_FALSE(drawn);
+}
+
+TEST_F(ViewerTest, ALargePictureIsTurnedCutAndTakenWithoutBeingDrawnWhole) {
+    bool drawn = false;
+    const CGImage picture = Stripes::picture(drawn);
+    PicturePainter painter;
+    EXPECT_TRUE(painter.partOf({0, 0, 1, 1}).isNull());
+    EXPECT_TRUE(painter.fittedInto({10, 10}).isNull());
+    painter.setImage(picture);
+    ViewTransform view;
+    view.setViewport({300, 200});
+    view.setImageSize({1.0 * Stripes::kWidth, 1.0 * Stripes::kHeight});
+    view.setPart({100.5, 1900, 200, 200});  // a seam in its middle
+    view.setRotation(90);                   // its upper half to the right
+    view.setFactor(1);
+    QImage target(300, 200, QImage::Format_RGB32);
+    target.fill(Qt::green);
+    QPainter on(&target);
+    EXPECT_FALSE(painter.isPlain(view));
+    painter.paint(on, view);
+    painter.paint(on, view);
+    EXPECT_EQ(painter.resampleCount(), 1);
+    EXPECT_EQ(target.pixelColor(145, 100), Stripes::colorOf(2000));
+    EXPECT_EQ(target.pixelColor(155, 100), Stripes::colorOf(1999));
+    EXPECT_EQ(target.pixelColor(48, 100), QColor(Qt::green));
+    EXPECT_EQ(target.pixelColor(252, 100), QColor(Qt::green));
+
+    const QImage part = painter.partOf({5, 990, 3, 20});
+    EXPECT_EQ(part.size(), QSize(3, 20));
+    for (int y = 0; y < 20; ++y) EXPECT_EQ(part.pixelColor(1, y), Stripes::colorOf(990 + y)) << y;
+    EXPECT_EQ(painter.fittedInto({300, 300}).size(), QSize(1, 300));
+    EXPECT_FALSE(drawn);
 }
 
 TEST_F(ViewerTest, KeysScrollAndSettersReturnEarly) {

@@ -40,5 +40,24 @@ TEST(PicturePlacement, ThereIsNoneWithoutAResult) {
     EXPECT_FALSE(picturePlacement(300, 200, -50, 100, 0, 50)) << "a reflection without a column";
 }
 
+TEST(DrawnPixels, AreTheLargerOnesOfCanvasAndReflection) {
+    const struct {
+        const char* name;
+        float perspectiveW, perspectiveH, offset;
+        std::int64_t pixels;
+    } cases[] = {
+        {"plain", 0, 100, 0, 300 * 400},
+        {"widened, with a gap", 20, 50, 20, 420 * 320},
+        {"a canvas that shows the reflection's end alone", 0, 100, -150, 300 * 200},
+        {"a gap without end", 0, 100, 1e6F, 300 * std::int64_t{200 + 200 * 10001}},
+        {"no reflection", 0, 0, 0, 0},
+        {"no row", 0, 100, -300, 0},
+    };
+    for (const auto& each : cases)
+        EXPECT_EQ(drawnPixels(300, 200, each.perspectiveW, each.perspectiveH, each.offset),
+                  each.pixels)
+            << each.name;
+}
+
 }  // namespace
 }  // namespace skarnel
