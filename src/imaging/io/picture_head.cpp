@@ -124,7 +124,10 @@ std::optional<HeadSize> webPSize(const Piece& head) {
     constexpr std::uint32_t kSideMask = 0x3FFF;
     if (head.has("VP8X", 12)) {
         in.skip(4);
-        const auto side = [&] { return in.u16() | std::uint32_t{in.u8()} << 16; };
+        const auto side = [&] {
+            const std::uint32_t low = in.u16();
+            return low | std::uint32_t{in.u8()} << 16;
+        };
         const std::uint32_t width = side();
         const std::uint32_t height = side();
         return in.failed() ? std::nullopt : checked(width + 1, height + 1);
@@ -164,7 +167,8 @@ void forEachBox(const ReadAt& read, Box range, Each each) {
         if (in.failed() || (size != 0 && size < headBytes)) return;
         const std::uint64_t left = range.end - place;
         const std::uint64_t end = size == 0 || size > left ? range.end : place + size;
-        if (each(piece, Box{place + headBytes, end})) return;
+        // What is left may be shorter than a box's head.
+        if (each(piece, Box{std::min(place + headBytes, end), end})) return;
         place = end;
     }
 }

@@ -327,6 +327,22 @@ TEST(PictureHead, OfThePrimaryItemIsFoundInAFewReadsHoweverOftenItsPropertiesAre
     EXPECT_LT(bytesRead, 300'000U) << "of " << file.size();
 }
 
+TEST(PictureHead, OfThePrimaryItemNothingIsReadBehindWhatItsBoxIsIn) {
+    const auto box = [](std::string_view type, const Bytes& contents) {
+        return ByteSink(true).u32(8 + contents.size()).text(type).raw(contents).bytes;
+    };
+    const Bytes size = box("ispe", ByteSink(true).u32(0).u32(30).u32(31).bytes);
+    for (const std::uint32_t length : {0U, 99U}) {
+        // The head of the last box goes on behind the properties.
+        const Bytes properties = ByteSink(true).raw(box("ipco", size)).u32(length).text("ip").bytes;
+        ByteSink meta(true);
+        meta.u32(0).raw(box("pitm", ByteSink(true).u32(0).u16(9).bytes));
+        meta.raw(box("iprp", properties)).text("ma").u32(0).u32(1).u16(9).u8(1).u8(1);
+        const Bytes file = ByteSink(true).raw(box("ftyp", {})).raw(box("meta", meta.bytes)).bytes;
+        EXPECT_FALSE(sizeOfPrimaryItem(readerOf(file))) << length;
+    }
+}
+
 TEST(PictureHead, OfThePrimaryItemIsNoneWhereTheFileIsCut) {
     const Bytes file = heifWithPrimary(9, false, false);
     for (std::size_t size = 0; size + 3 < file.size(); ++size) {
