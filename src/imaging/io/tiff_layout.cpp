@@ -88,14 +88,19 @@ bool isReadDirectly(TIFF* tiff, const TiffLayout& layout) {
 }
 
 bool unpacksToTooMuch(TIFF* tiff, const TiffLayout& layout, std::uint64_t fileBytes) {
-    constexpr double kMostBlockBytes = 128 << 20;
+    constexpr double kLeastBlockBytes = 128 << 20;
+    constexpr double kBlockBytesAPixel = 12;  // that decoding may take besides, as of a whole codec
     constexpr double kBytesAPixel = 24;       // inks, alpha and another sample, 32 bits each
     constexpr double kBytesAFileByte = 1032;  // as much as deflate can pack into one
     constexpr double kSpareBytes = 64 << 20;
     const Unpacked unpacked = unpackedBytes(tiff, layout);
     const double pixels = double{1} * layout.width * layout.height;
-    const double most = pixels * kBytesAPixel + static_cast<double>(fileBytes) * kBytesAFileByte;
-    return unpacked.block > kMostBlockBytes || unpacked.all > most + kSpareBytes;
+    const double packed = static_cast<double>(fileBytes) * kBytesAFileByte;
+    // A picture may be one tile.
+    const double mostInBlock =
+        std::max(kLeastBlockBytes, std::min(pixels * kBlockBytesAPixel, packed));
+    return unpacked.block > mostInBlock ||
+           unpacked.all > pixels * kBytesAPixel + packed + kSpareBytes;
 }
 
 }  // namespace skarnel::io

@@ -34,9 +34,9 @@ TiffLayout readTiffLayout(TIFF* tiff);
 /// Whether samples are taken from strips and tiles here; others are converted by the library.
 bool isReadDirectly(TIFF* tiff, const TiffLayout& layout);
 
-/// Whether a strip's row or a tile is larger than any picture needs, or all of them together unpack
-/// to more than one of that size, and the file's bytes, account for. Strips may share their bytes,
-/// and have 65,535 samples a pixel.
+/// Whether a strip's row or a tile is larger than a picture of that size in so many bytes needs, or
+/// all of them together unpack to more than such a picture accounts for. Strips may share their
+/// bytes, and have 65,535 samples a pixel.
 bool unpacksToTooMuch(TIFF* tiff, const TiffLayout& layout, std::uint64_t fileBytes);
 
 }  // namespace skarnel::io

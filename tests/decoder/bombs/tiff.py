@@ -108,6 +108,8 @@ def tiles():
                lambda: file(tiled(SIDE, SIDE, 256, 31 * 31), zlib.compress(bytes(256 * 256), 9)))
     yield Bomb("tiff-8836-tiles-of-16.tif",
                lambda: file(tiled(1500, 1500, 16, 94 * 94), zlib.compress(bytes(16 * 16), 9)))
+    yield Bomb("tiff-tile-of-135-million.tif", lambda: file(tiled(3000, 3000, 11616), packed_zeros(11616 ** 2)))
+    yield Bomb("tiff-tile-of-135-million-not-there.tif", lambda: file(tiled(SIDE, SIDE, 11616), packed_zeros(9)))
     yield Bomb("tiff-tile-of-67-million.tif", lambda: file(tiled(5, 3, 8192), packed_zeros(8192 * 8192)))
     yield Bomb("tiff-tile-of-68-billion.tif",
                lambda: file(tiled(5, 3, 1 << 18), packed_zeros(8192 * 8192)))
@@ -167,6 +169,9 @@ def bombs():
     yield Bomb("tiff-honest-strips.tif", lambda: file(grey(50, 30), zlib.compress(bytes(50))),
                has_to_open=True)
     yield Bomb("tiff-honest-lzma.tif", lambda: file(Layout(50, 30, LZMA, rows=30), lzma_zeros(1500)),
+               has_to_open=True)
+    large = Layout(3360, 3360, DEFLATE, 3, 32, photometric=COLOURS, tile=(3360, 3360), parts=1)
+    yield Bomb("tiff-honest-tile-of-135-million.tif", lambda: file(large, packed_zeros(3360 * 3360 * 12)),
                has_to_open=True)
     planar = Layout(16, 16, DEFLATE, 5, photometric=INKS, tile=(16, 16), parts=5, planes=APART, extra=(ALPHA,))
     yield Bomb("tiff-honest-planes.tif", lambda: file(planar, packed_zeros(256)), has_to_open=True)

@@ -55,6 +55,23 @@ TEST(TiffVarieties, MorePixelsThanAllowedAreRefused) {
     EXPECT_EQ(picture.error().code, ErrorCode::TooLarge);
 }
 
+TEST(TiffVarieties, APictureMayBeOneLargeTile) {
+    constexpr std::uint32_t kTile = 6720;  // of 135 million bytes
+    const Bytes packed = zlibBytes(Bytes(std::size_t{3} * kTile * kTile));
+    const auto picture = [&](std::uint32_t side) {
+        TiffBuilder tiff(side, side, kRgb, {8, 8, 8});
+        tiff.tags[kCompression] = {8};
+        tiff.tags[322] = tiff.tags[323] = {kTile};
+        tiff.blocks = {packed};
+        return decodeImage(tiff.build(), {.maxPixels = 50'000'000});
+    };
+    EXPECT_TRUE(picture(6700));
+    // Smaller ones have no need of it.
+    const auto refused = picture(3000);
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().code, ErrorCode::TooLarge);
+}
+
 TEST(TiffVarieties, FewerSamplesThanColoursAreRefused) {
     TiffBuilder tiff(1, 1, kRgb, {8, 8});
     tiff.blocks = {{1, 2}};
