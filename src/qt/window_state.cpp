@@ -226,7 +226,7 @@ Result<void> WindowState::write(const std::function<void(QJsonObject&)>& change)
         if (!done) systemLog(path + ": " + done.error().message);
         return done;
     };
-    if (auto made = makeFolders(folderOfPath(path), fileSystem_); !made)
+    if (auto made = makeFolders(folderOfPath(path), fileSystem_, NewOwner::FoldersOwner); !made)
         return logged(std::move(made));
     FileLock lock(fileSystem_);
     if (auto locked = lock.take(path + ".lock", lockPatience_); !locked)
@@ -248,7 +248,8 @@ Result<void> WindowState::write(const std::function<void(QJsonObject&)>& change)
         systemLog(path + ": What could not be read is kept beside it");
         foundDamaged_ = false;
     }
-    auto written = writeFileSafely(path, bytes, Overwrite::Allow, fileSystem_);
+    auto written =
+        writeFileSafely(path, bytes, Overwrite::Allow, fileSystem_, NewOwner::FoldersOwner);
     if (written) {
         changed_.clear();
         before_ = {};

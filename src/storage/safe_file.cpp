@@ -53,6 +53,9 @@ class TemporaryFile {
     }
 
     Result<void> create(const std::string& folder, mode_t mode);
+    void giveToOwnerOf(const std::string& folder) {
+        skarnel::giveToOwnerOf(folder, descriptor_, fileSystem_);
+    }
     Result<void> adopt(const struct stat& replaced);
     Result<void> fill(std::span<const std::uint8_t> bytes);
     Result<void> publish(const std::string& target, Overwrite overwrite);
@@ -195,22 +198,27 @@ Result<void> writeStream(const std::string& path, const struct stat& status,
 
 /// Makes the file with the permissions for its real name.
 Result<void> giveTemporaryName(TemporaryFile& file, const std::string& folder,
-                               const struct stat* replaced) {
-    // The kernel applies the mask, or what the folder says of new files in an access list; nothing
-    // else knows both. Whoever may open the file now may afterwards, too.
-    if (replaced == nullptr) return file.create(folder, kNewFileMode);
+                               const struct stat* replaced, NewOwner newOwner) {
+    if (replaced == nullptr) {
+        // The kernel applies the mask, or what the folder says of new files in an access list;
+        // nothing else knows both. Whoever may open the file now may afterwards, too.
+        Result<void> done = file.create(folder, kNewFileMode);
+        if (done && newOwner == NewOwner::FoldersOwner) file.giveToOwnerOf(folder);
+        return done;
+    }
     if (Result<void> done = file.create(folder, kPrivateFileMode); !done) return done;
     return file.adopt(*replaced);
 }
 
 Result<void> replaceInOneStep(const std::string& target, const struct stat* replaced,
                               std::span<const std::uint8_t> bytes, Overwrite overwrite,
-                              FileSystem& fileSystem) {
+                              FileSystem& fileSystem, NewOwner newOwner) {
     const std::string folder = folderOfPath(target);
     removeLeftOversOnce(folder, fileSystem);
     {
         TemporaryFile file(fileSystem);
-        if (Result<void> done = giveTemporaryName(file, folder, replaced); !done) return done;
+        if (Result<void> done = giveTemporaryName(file, folder, replaced, newOwner); !done)
+            return done;
         if (Result<void> done = file.fill(bytes); !done) return done;
         if (Result<void> done = file.publish(target, overwrite); !done) return done;
     }
@@ -222,10 +230,18 @@ Result<void> replaceInOneStep(const std::string& target, const struct stat* repl
     return {};
 }
 
+void giveFolderToOwnerOfParent(const std::string& folder, FileSystem& fileSystem) {
+    const int opened = uninterrupted(
+        [&] { return fileSystem.open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW, 0); });
+    if (opened < 0) return;
+    giveToOwnerOf(folderOfPath(folder), opened, fileSystem);
+    fileSystem.close(opened);
+}
+
 }  // namespace
 
 Result<void> writeFileSafely(const std::string& path, std::span<const std::uint8_t> bytes,
-                             Overwrite overwrite, FileSystem& fileSystem) try {
+                             Overwrite overwrite, FileSystem& fileSystem, NewOwner newOwner) try {
     if (path.empty()) return {ErrorCode::InvalidArgument, "The file name is empty"};
     struct stat status = {};
     const int found = fileSystem.stat(path.c_str(), status);
@@ -239,14 +255,14 @@ Result<void> writeFileSafely(const std::string& path, std::span<const std::uint8
     if (found < 0) {
         const Result<std::string> target = followLinks(path, fileSystem);
         if (!target) return target.error();
-        return replaceInOneStep(*target, nullptr, bytes, overwrite, fileSystem);
+        return replaceInOneStep(*target, nullptr, bytes, overwrite, fileSystem, newOwner);
     }
     if (!S_ISREG(status.st_mode)) return {ErrorCode::CannotWrite, "It is not an ordinary file"};
     const int writable = fileSystem.canWrite(path.c_str());
     if (writable < 0) return writeError(writable);
     const Result<std::string> target = followLinks(path, fileSystem);
     if (!target) return target.error();
-    return replaceInOneStep(*target, &status, bytes, overwrite, fileSystem);
+    return replaceInOneStep(*target, &status, bytes, overwrite, fileSystem, newOwner);
 } catch (const std::bad_alloc&) {
     return outOfMemory();
 }
@@ -262,6 +278,15 @@ Result<void> writeDescriptor(int descriptor, std::span<const std::uint8_t> bytes
         bytes = bytes.subspan(static_cast<std::size_t>(count));
     }
     return {};
+}
+
+void giveToOwnerOf(const std::string& folder, int descriptor, FileSystem& fileSystem) {
+    struct stat own = {};
+    struct stat theirs = {};
+    if (fileSystem.fstat(descriptor, own) == 0 && fileSystem.stat(folder.c_str(), theirs) == 0 &&
+        own.st_uid != theirs.st_uid) {
+        fileSystem.fchown(descriptor, theirs.st_uid, theirs.st_gid);
+    }
 }
 
 std::string folderOfPath(const std::string& path) {
@@ -296,11 +321,14 @@ Result<void> flushFolder(const std::string& folder, FileSystem& fileSystem) {
     return writeError(flushed);
 }
 
-Result<void> makeFolders(const std::string& folder, FileSystem& fileSystem) {
+Result<void> makeFolders(const std::string& folder, FileSystem& fileSystem, NewOwner newOwner) {
     for (std::size_t end = 0; end != std::string::npos;) {
         end = folder.find('/', end + 1);
         const std::string part = folder.substr(0, end);
         const int made = fileSystem.mkdir(part.c_str(), kPrivateFolderMode);
+        if (made == 0 && newOwner == NewOwner::FoldersOwner) {
+            giveFolderToOwnerOfParent(part, fileSystem);
+        }
         if (made == 0 || made == -EEXIST) continue;
         struct stat status = {};
         if (fileSystem.stat(part.c_str(), status) == 0) continue;  // a read-only parent, say

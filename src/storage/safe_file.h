@@ -17,6 +17,11 @@ enum class Overwrite {
     Allow,   // the old file is replaced in one step
 };
 
+enum class NewOwner {
+    Process,       // as the system has it
+    FoldersOwner,  // where the process may: what root makes in a user's home is the user's
+};
+
 /// Writes all bytes to a temporary file in the same folder, flushes it to disk, gives it its name
 /// in one step and flushes the folder. On failure nothing is left behind and an old file stays;
 /// the message is the cause alone ("No space left on device").
@@ -32,7 +37,12 @@ enum class Overwrite {
 /// One failure leaves the new file in place: when only the folder could not be flushed. The
 /// message then says so.
 Result<void> writeFileSafely(const std::string& path, std::span<const std::uint8_t> bytes,
-                             Overwrite overwrite, FileSystem& fileSystem = systemFileSystem());
+                             Overwrite overwrite, FileSystem& fileSystem = systemFileSystem(),
+                             NewOwner newOwner = NewOwner::Process);
+
+/// Gives what is open, and was made by a call that follows no link, to the owner of its folder.
+/// Where the process may not give files away it keeps them.
+void giveToOwnerOf(const std::string& folder, int descriptor, FileSystem& fileSystem);
 
 /// Writes all bytes to an open descriptor, with checked counts; for standard output and pipes.
 Result<void> writeDescriptor(int descriptor, std::span<const std::uint8_t> bytes,
@@ -51,6 +61,7 @@ Result<std::string> followLinks(const std::string& path,
 Result<void> flushFolder(const std::string& folder, FileSystem& fileSystem = systemFileSystem());
 
 /// Makes the folder and its missing parents, with mode 0700 as configuration folders have it.
-Result<void> makeFolders(const std::string& folder, FileSystem& fileSystem = systemFileSystem());
+Result<void> makeFolders(const std::string& folder, FileSystem& fileSystem = systemFileSystem(),
+                         NewOwner newOwner = NewOwner::Process);
 
 }  // namespace skarnel

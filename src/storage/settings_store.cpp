@@ -151,7 +151,10 @@ Result<void> SettingsStore::write() try {
         (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode))) {
         return {ErrorCode::CannotWrite, "There is a device in place of the settings"};
     }
-    if (Result<void> made = makeFolders(folderOfPath(target), fileSystem_); !made) return made;
+    if (Result<void> made = makeFolders(folderOfPath(target), fileSystem_, NewOwner::FoldersOwner);
+        !made) {
+        return made;
+    }
     FileLock lock(fileSystem_);
     if (Result<void> locked = lock.take(target + ".lock", lockPatience_); !locked) return locked;
     return mergeAndWrite(target);
@@ -177,7 +180,8 @@ Result<void> SettingsStore::mergeAndWrite(const std::string& target) {
     addKnown(onDisk);
     addChanges(onDisk.values);
     const std::string text = serializeSettings(onDisk.values);
-    Result<void> written = writeFileSafely(target, bytesOf(text), Overwrite::Allow, fileSystem_);
+    Result<void> written = writeFileSafely(target, bytesOf(text), Overwrite::Allow, fileSystem_,
+                                           NewOwner::FoldersOwner);
     if (written) changes_.clear();
     return written;
 }

@@ -67,16 +67,6 @@ Result<std::vector<std::uint8_t>> readOnce(const std::string& path, std::uint64_
     return {ErrorCode::Failed, bytes.error().message};
 }
 
-/// Where the process may not give files away, it keeps them.
-void giveToOwnerOf(int descriptor, const std::string& folder, FileSystem& fileSystem) {
-    struct stat own = {};
-    struct stat theirs = {};
-    if (fileSystem.fstat(descriptor, own) == 0 && fileSystem.stat(folder.c_str(), theirs) == 0 &&
-        own.st_uid != theirs.st_uid) {
-        fileSystem.fchown(descriptor, theirs.st_uid, theirs.st_gid);
-    }
-}
-
 enum class Keep {
     SecondName,  // costs no space and cannot be half done; the thing stays where it is
     Moved,
@@ -164,7 +154,7 @@ int FileLock::openOrMake(const std::string& path) {
         const int made = uninterrupted([&] {
             return fileSystem_.open(path.c_str(), O_RDWR | O_CREAT | O_EXCL, kPrivateFileMode);
         });
-        if (made >= 0) giveToOwnerOf(made, folder, fileSystem_);
+        if (made >= 0) giveToOwnerOf(folder, made, fileSystem_);
         if (made != -EEXIST) return made;
     }
     return -ELOOP;  // a link to nothing

@@ -15,6 +15,7 @@
 #include "qt/window_state.h"
 #include "storage/every_fault.h"
 #include "storage/left_overs.h"
+#include "storage/run_as_nobody.h"
 #include "storage/temporary_folder.h"
 #include "util/log/system_error.h"
 #include "util/log/system_log.h"
@@ -176,6 +177,22 @@ TEST_F(WindowStateFaults, DamageThatHappensWhileTheWindowIsUpLosesNothingThatItK
     EXPECT_TRUE(next.cueMuted());
     EXPECT_EQ(namesOf(next), QStringList{QStringLiteral("Old")});
     EXPECT_EQ(next.recentFiles(), QStringList{QStringLiteral("/p/old")});
+}
+
+TEST_F(WindowStateFaults, AFileThatRootMakesIsTheUsersOwn) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root makes files for others";
+    test::giveToAnOrdinaryUser(folder.path().toUtf8().constData());
+    const QString inHome = folder.filePath(QStringLiteral("state/skarnel/window.json"));
+    WindowState state(inHome);
+    state.setCueMuted(true);
+    ASSERT_TRUE(state.save());
+    EXPECT_TRUE(test::holdsForAnOrdinaryUser([&] {
+        WindowState theirs(inHome);
+        const bool seen = theirs.cueMuted();
+        theirs.setCheckerboard(true);
+        return seen && theirs.save();
+    }));
+    EXPECT_TRUE(WindowState(inHome).checkerboard());
 }
 
 TEST_F(WindowStateFaults, AFileThatCannotBeReadOnceIsReadAll) {

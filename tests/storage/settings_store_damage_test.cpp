@@ -92,7 +92,7 @@ class SettingsOnAFailingDisk : public DamagedSettings {
     static constexpr auto kText = R"({"alpha": 12, "gradient": 3, "offset": 4})";
 };
 
-TEST_F(SettingsOnAFailingDisk, AreReadAtTheThirdTryOfFour) {
+TEST_F(SettingsOnAFailingDisk, AreReadAtTheFourthTry) {
     for (const auto& [call, error] :
          {std::pair("read", EIO), {"open", EMFILE}, {"open", ENOMEM}, {"open", ESTALE}}) {
         FailingDisk disk(call, error);

@@ -9,6 +9,7 @@
 
 #include "storage/fake_file_systems.h"
 #include "storage/run_as_nobody.h"
+#include "storage/safe_file.h"
 #include "storage/settings_store.h"
 #include "storage/temporary_folder.h"
 #include "util/log/system_log.h"
@@ -185,6 +186,50 @@ TEST_F(FileLockTest, ALockMadeInSomebodysFolderIsGivenToThemAndAnOldOneIsNot) {
     theirs.given.clear();
     ASSERT_TRUE(take(theirs));
     EXPECT_TRUE(theirs.given.empty());
+}
+
+TEST_F(FileLockTest, SettingsMadeInSomebodysFolderAreGivenToThemAndOldOnesAreNot) {
+    SomebodysFolder theirs;
+    SettingsStore store(folder_ / "made/here/settings.json", theirs);
+    store.setFloat("alpha", 1);
+    ASSERT_TRUE(store.synchronize());
+    // Two folders, the lock and the file; the fake one says that folders are theirs already.
+    EXPECT_EQ(theirs.given,
+              std::vector(4, std::pair(SomebodysFolder::kUser, SomebodysFolder::kGroup)));
+    theirs.given.clear();
+    store.setFloat("alpha", 2);
+    ASSERT_TRUE(store.synchronize());
+    EXPECT_TRUE(theirs.given.empty());
+    ASSERT_TRUE(
+        writeFileSafely(folder_ / "picture", test::bytesOf("x"), Overwrite::Refuse, theirs));
+    EXPECT_TRUE(theirs.given.empty());
+}
+
+TEST_F(FileLockTest, SettingsWhoseNewFolderCannotBeGivenAwayAreWritten) {
+    class Unopened final : public test::InterceptedFileSystem {
+        int before(const std::string& call, const std::string& path) override {
+            return call == "open" && path.ends_with("/made") ? -EACCES : 0;
+        }
+    } unopened;
+    SettingsStore store(folder_ / "made/settings.json", unopened);
+    store.setFloat("alpha", 1);
+    EXPECT_TRUE(store.synchronize());
+}
+
+TEST_F(FileLockTest, SettingsThatRootMakesAreTheUsersOwn) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root makes files for others";
+    test::giveToAnOrdinaryUser(folder_.path().c_str());
+    const std::string path = folder_ / "config/skarnel/settings.json";
+    SettingsStore store(path);
+    store.setFloat("alpha", 1);
+    ASSERT_TRUE(store.synchronize());
+    EXPECT_TRUE(test::holdsForAnOrdinaryUser([&] {
+        SettingsStore theirs(path);
+        const bool seen = theirs.contains("alpha");
+        theirs.setFloat("alpha", 2);
+        return seen && bool(theirs.synchronize());
+    }));
+    EXPECT_EQ(SettingsStore(path).floatForKey("alpha"), 2.0F);
 }
 
 TEST_F(FileLockTest, ALockInTheOwnFolderIsGivenToNobody) {
