@@ -16,6 +16,7 @@
 #include <chrono>
 #include <ctime>
 #include <memory>
+#include <optional>
 
 #include "util/walls/landlock.h"
 #include "util/walls/seccomp_support.h"
@@ -54,22 +55,27 @@ void shareTheHeap() {
     ::mallopt(M_ARENA_MAX, 1);
 }
 
-/// Whole seconds are coarse, so a timer ends the process before. It counts as a queued signal, of
-/// which there may be too many; the seconds hold without it. They are counted by the clock's ticks,
-/// which may run ahead of what was used, so there is one to spare.
-void limitProcessorTime(std::chrono::milliseconds limit) {
-    const auto seconds = std::chrono::ceil<std::chrono::seconds>(limit) + std::chrono::seconds(1);
-    limitTo(RLIMIT_CPU, static_cast<std::uint64_t>(seconds.count()));
+/// Ends the process; none where there are too many queued signals, as one of which it counts.
+std::optional<timer_t> timerThatEnds(std::chrono::milliseconds limit, int flags) {
     sigevent end{};
     end.sigev_notify = SIGEV_SIGNAL;
     end.sigev_signo = SIGKILL;
     timer_t timer{};
-    if (::timer_create(CLOCK_PROCESS_CPUTIME_ID, &end, &timer) != 0) return;
+    if (::timer_create(CLOCK_PROCESS_CPUTIME_ID, &end, &timer) != 0) return std::nullopt;
     const auto whole = std::chrono::floor<std::chrono::seconds>(limit);
     itimerspec at{};
     at.it_value.tv_sec = whole.count();
     at.it_value.tv_nsec = std::chrono::nanoseconds(limit - whole).count();
-    ::timer_settime(timer, TIMER_ABSTIME, &at, nullptr);
+    ::timer_settime(timer, flags, &at, nullptr);
+    return timer;
+}
+
+/// Whole seconds are coarse, so a timer ends the process before; they hold without it. They are
+/// counted by the clock's ticks, which may run ahead of what was used, so there is one to spare.
+void limitProcessorTime(std::chrono::milliseconds limit) {
+    const auto seconds = std::chrono::ceil<std::chrono::seconds>(limit) + std::chrono::seconds(1);
+    limitTo(RLIMIT_CPU, static_cast<std::uint64_t>(seconds.count()));
+    (void)timerThatEnds(limit, TIMER_ABSTIME);
 }
 
 void limitResources(const CellLimits& limits) {
@@ -169,6 +175,26 @@ bool raiseSeccomp(int picture, int answer, CellLimits::Threads threads) {
 }
 
 }  // namespace
+
+// The soft limits alone: the hard ones could not be raised again.
+ScanLimits::ScanLimits() {
+    constexpr rlim_t kMostData = rlim_t{256} << 20U;
+    constexpr std::chrono::seconds kMostTime{1};
+    ::getrlimit(RLIMIT_DATA, &data_);
+    ::getrlimit(RLIMIT_CPU, &time_);
+    const rlimit data{std::min(data_.rlim_cur, kMostData), data_.rlim_max};
+    ::setrlimit(RLIMIT_DATA, &data);
+    // Where there is no timer: of the whole process, whose start takes a fraction of a second.
+    const rlimit time{std::min<rlim_t>(time_.rlim_cur, 2 * kMostTime.count()), time_.rlim_max};
+    ::setrlimit(RLIMIT_CPU, &time);
+    timer_ = timerThatEnds(kMostTime, 0);
+}
+
+ScanLimits::~ScanLimits() {
+    if (timer_) ::timer_delete(*timer_);
+    ::setrlimit(RLIMIT_DATA, &data_);
+    ::setrlimit(RLIMIT_CPU, &time_);
+}
 
 Result<void> raiseOuterWalls(int picture, int answer, const CellLimits& limits) {
     // The C library reads the time zone's file at the first broken-down time, which the colour

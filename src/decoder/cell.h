@@ -1,8 +1,12 @@
 // The cell that a decoder is locked into: nothing can be reached but two descriptors and memory.
 #pragma once
 
+#include <sys/resource.h>
+#include <time.h>
+
 #include <chrono>
 #include <cstdint>
+#include <optional>
 
 #include "util/log/result.h"
 
@@ -16,6 +20,23 @@ struct CellLimits {
     /// Whether the decoder may start threads of its own; never processes.
     enum class Threads : std::uint8_t { One, Many } threads = Threads::One;
     std::uint64_t dataBytes = UINT64_MAX;  // of the address space, what can be written to
+};
+
+/// While it lives, the calling process has one more second of processor time, all threads together,
+/// and may write to 256 MB; it is killed for the one, and is refused more of the other. For what is
+/// looked at before its limits can be known. Where the kernel has no timers the time is two seconds
+/// from the process's start.
+class ScanLimits {
+  public:
+    ScanLimits();
+    ~ScanLimits();
+    ScanLimits(const ScanLimits&) = delete;
+    ScanLimits& operator=(const ScanLimits&) = delete;
+
+  private:
+    std::optional<timer_t> timer_;
+    rlimit data_{};  // as they were
+    rlimit time_{};
 };
 
 /// Locks the calling process in for good; it must have one thread:

@@ -77,8 +77,10 @@ std::optional<HeadSize> mostSizeOf(const ReadAt& read) {
     return sizeInHead(read);
 }
 
+/// The head is read outside of the cell, whose limits it tells.
 CellLimits limitsFor(int picture, const DecodeLimits& limits) {
     const io::CodecNeeds needs = needsOf(picture);
+    const ScanLimits whileItIsRead;
     const std::uint64_t fileBytes = bytesOfFile(picture);
     if (needs == io::CodecNeeds::Nothing) {
         return limitsForPictures(limits, mostSizeOf(readerOf(picture)), fileBytes);

@@ -287,5 +287,52 @@ TEST(Cell, DoesNotOutliveItsParent) {
     for (const int end : {answer[0], told[0]}) ::close(end);
 }
 
+void spin(std::chrono::milliseconds processorTime) {
+    const auto spent = [] {
+        timespec time{};
+        ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+        return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+    };
+    const auto end = spent() + processorTime;
+    while (spent() < end) {
+    }
+}
+
+bool hasMemory(std::size_t bytes) {
+    void* memory =
+        ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) return false;
+    ::munmap(memory, bytes);
+    return true;
+}
+
+TEST(ScanLimits, AScanThatTakesMoreThanASecondIsKilled) {
+    const auto scan = [] {
+        const ScanLimits limits;
+        spin(std::chrono::seconds(3));
+        ::_exit(0);
+    };
+    EXPECT_EXIT(scan(), ::testing::KilledBySignal(SIGKILL), "");
+}
+
+TEST(ScanLimits, AreGoneAfterwards) {
+    if (kSanitized) GTEST_SKIP() << "the sanitizer has memory of its own";
+    constexpr std::size_t kMuch = std::size_t{300} << 20U;
+    const auto scan = [] {
+        rlimit before{};
+        ::getrlimit(RLIMIT_CPU, &before);
+        {
+            const ScanLimits limits;
+            if (hasMemory(kMuch)) ::_exit(1);
+        }
+        rlimit after{};
+        ::getrlimit(RLIMIT_CPU, &after);
+        spin(std::chrono::milliseconds(1300));
+        const bool isSame = before.rlim_cur == after.rlim_cur && before.rlim_max == after.rlim_max;
+        ::_exit(hasMemory(kMuch) && isSame ? 0 : 2);
+    };
+    EXPECT_EXIT(scan(), ::testing::ExitedWithCode(0), "");
+}
+
 }  // namespace
 }  // namespace skarnel
