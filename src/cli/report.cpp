@@ -11,7 +11,6 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/interrupt.h"
-#include "imaging/io/plain_text.h"
 #include "recipe/base64.h"
 #include "util/log/message.h"
 
@@ -94,17 +93,6 @@ bool hasVariable(const char* name) {
     return value != nullptr && *value != '\0';
 }
 
-/// By its first byte; what is none is one byte.
-std::size_t bytesOfCharacter(char first) {
-    const auto byte = static_cast<unsigned char>(first);
-    return byte < 0xC0 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
-}
-
-bool isShownAsItIs(std::string_view character) {
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(character.data());
-    return io::plainText({bytes, character.size()}, character.size()) == character;
-}
-
 std::size_t terminalColumns() {
     winsize size = {};
     const bool known = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
@@ -116,18 +104,7 @@ std::size_t terminalColumns() {
 std::string forStream(int descriptor, std::string_view text, LineEnds lineEnds) {
     if (::isatty(descriptor) != 1) return std::string(text);
     std::string shown;
-    while (!text.empty()) {
-        const std::string_view character = text.substr(0, bytesOfCharacter(text.front()));
-        if (isShownAsItIs(character) || (character == "\n" && lineEnds == LineEnds::Kept)) {
-            shown += character;
-            text.remove_prefix(character.size());
-            continue;
-        }
-        char escape[5];
-        std::snprintf(escape, sizeof escape, "\\x%02x", static_cast<unsigned char>(text.front()));
-        shown += escape;
-        text.remove_prefix(1);
-    }
+    forEachShown(text, lineEnds, [&shown](std::string_view piece) { shown += piece; });
     return shown;
 }
 

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "cli/job.h"
+#include "util/log/shown_text.h"
 #include "util/messages/translator.h"
 
 namespace skarnel::cli {
@@ -18,8 +19,6 @@ std::string jsonOfReport(const JobReport& report);
 /// The version and what this build can do, as one line of JSON.
 std::string jsonOfVersion();
 std::string textOfVersion();
-
-enum class LineEnds { Kept, Escaped };
 
 /// `text` as it may go to that stream's descriptor. A file's name may hold what a terminal obeys,
 /// or what turns the direction of writing around; there each byte of it, and each that belongs to

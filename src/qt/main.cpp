@@ -12,6 +12,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "qt/activation_token.h"
@@ -24,6 +25,7 @@
 #include "qt/single_instance.h"
 #include "qt/toolkit_services.h"
 #include "util/log/message.h"
+#include "util/log/shown_text.h"
 #include "util/messages/translator.h"
 
 namespace {
@@ -177,7 +179,10 @@ int main(int argc, char** argv) {
         const auto words = skarnel::Translator::ofEnvironment();
         const std::string told =
             words.cause(skarnel::filled("unknown option %1", {option->toStdString()}));
-        std::fprintf(stderr, "skarnel: %s\n%s", told.c_str(), usageText(words).c_str());
+        std::string shown;
+        skarnel::forEachShown(told, skarnel::LineEnds::Escaped,
+                              [&shown](std::string_view piece) { shown += piece; });
+        std::fprintf(stderr, "skarnel: %s\n%s", shown.c_str(), usageText(words).c_str());
         return kUsage;
     }
     const QStringList pictures = pictureArguments(arguments);

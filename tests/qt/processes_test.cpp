@@ -286,6 +286,17 @@ TEST_F(ProcessesTest, WithoutADisplayItSaysSoAndNamesTheOtherProgram) {
     }
 }
 
+TEST_F(ProcessesTest, AnOptionThatItDoesNotKnowCommandsNoTerminal) {
+    surroundings.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    QProcess program;
+    program.setProcessEnvironment(surroundings);
+    program.start(QStringLiteral(SKARNEL_PROGRAM), {QStringLiteral("--a\x1b]0;b\u202Ec")});
+    ASSERT_TRUE(wait([&] { return program.state() == QProcess::NotRunning; }));
+    EXPECT_EQ(program.exitCode(), 2);
+    const QByteArray told = program.readAllStandardError();
+    EXPECT_TRUE(told.contains("--a\\x1b]0;b\\xe2\\x80\\xaec\n")) << told.toStdString();
+}
+
 QImage screenNow() {
     return QGuiApplication::primaryScreen()->grabWindow(0).toImage();
 }

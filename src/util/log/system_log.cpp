@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "util/log/shown_text.h"
+
 namespace skarnel {
 namespace {
 
@@ -36,24 +38,11 @@ class StandardError {
 };
 
 /// A name within may hold what a terminal obeys, or a line's end, behind which it would begin a
-/// line of its own: of each control character, those from U+0080 to U+009F among them, the last
-/// byte is shown as "\x1b".
+/// line of its own.
 void writeLine(std::string_view line) {
     StandardError out;
     out.add("skarnel: ");
-    unsigned char previous = 0;
-    for (const char character : line) {
-        const auto byte = static_cast<unsigned char>(character);
-        const bool isHighControl = previous == 0xC2 && byte >= 0x80 && byte < 0xA0;
-        previous = byte;
-        if (byte >= 0x20 && byte != 0x7F && !isHighControl) {
-            out.add({&character, 1});
-            continue;
-        }
-        std::array<char, 5> shown{};
-        std::snprintf(shown.data(), shown.size(), "\\x%02x", byte);
-        out.add({shown.data(), shown.size() - 1});
-    }
+    forEachShown(line, LineEnds::Escaped, [&out](std::string_view piece) { out.add(piece); });
     out.add("\n");
 }
 

@@ -17,7 +17,7 @@ void systemLog(std::string_view line);
 [[gnu::format(printf, 1, 2)]] void systemLogFormat(const char* format, ...);
 
 /// Replaces the sink and gives back the one before. An empty function restores the default,
-/// which writes "skarnel: <line>" to standard error, control characters as "\x1b".
+/// which writes "skarnel: <line>" to standard error, as forEachShown does.
 LogSink setSystemLogSink(LogSink sink);
 
 /// Collects what is logged while it lives; for tests and for commands that report it themselves.
