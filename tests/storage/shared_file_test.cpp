@@ -3,7 +3,9 @@
 
 #include <gmock/gmock.h>
 #include <sys/file.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -78,6 +80,16 @@ TEST_F(FileLockTest, WhatCanBeNoLockIsMovedAsideAndANewLockIsMade) {
          std::filesystem::file_type::symlink},
         {"pipe", [&] { ASSERT_EQ(::mkfifo(lock_.c_str(), 0600), 0); },
          std::filesystem::file_type::fifo},
+        {"socket",
+         [&] {
+             sockaddr_un address{AF_UNIX, {}};
+             ASSERT_LT(lock_.copy(address.sun_path, sizeof(address.sun_path)),
+                       sizeof(address.sun_path));
+             const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+             ASSERT_EQ(::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+             ::close(socket);
+         },
+         std::filesystem::file_type::socket},
     };
     std::string expected;
     int number = 0;

@@ -29,8 +29,9 @@ bool isText(ByteView bytes, std::string_view text) {
                               [](char c) { return static_cast<std::uint8_t>(c); });
 }
 
+/// Of at least two bytes.
 bool endsWithMarker(ByteView file, std::uint8_t code) {
-    return file.size() >= 2 && file[file.size() - 2] == 0xFF && file.back() == code;
+    return file[file.size() - 2] == 0xFF && file.back() == code;
 }
 
 bool isWholePng(ByteView file) {
@@ -164,7 +165,7 @@ bool isWholeTiff(ByteView file) {
     return directory.liesWithin() && directory.hasAllStrips();
 }
 
-/// Of a file whose first bytes are those of its type.
+/// Of a file whose first bytes are those of its type, three at least.
 bool isWhole(ByteView file, std::string_view type) {
     constexpr std::uint8_t kEndOfImage = 0xD9;  // EOI of JPEG, EOC of JPEG 2000
     if (type == kUTTypePNG) return isWholePng(file);

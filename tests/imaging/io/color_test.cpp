@@ -9,6 +9,7 @@
 #include "imaging/io/jp2_files.h"
 #include "imaging/io/pictures.h"
 #include "imaging/io/profile_files.h"
+#include "util/limited_to.h"
 
 namespace skarnel {
 namespace {
@@ -306,6 +307,21 @@ TEST(Color, WhatTheLibraryAsksForIsCounted) {
         EXPECT_NO_THROW(watch.throwIfRefused()) << "there is memory";
     }
     EXPECT_TRUE(granted(kSmall + 1)) << "nobody watches";
+}
+
+TEST(Color, WhatTheSystemRefusesTheLibraryIsNotTakenForAProfileOfNoUse) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "a sanitizer has a malloc of its own";
+#endif
+    ASSERT_EQ(io::profileName(Bytes(200, 7)), "");  // loads the library
+    constexpr cmsUInt32Number kLarge = 128 << 20;   // less than may be asked for
+    const io::ColorMemoryWatch watch;
+    {
+        const test::LimitedTo little(RLIMIT_AS, kLarge / 2);
+        EXPECT_EQ(_cmsMalloc(nullptr, kLarge), nullptr);
+    }
+    EXPECT_FALSE(watch.hasAskedTooMuch());
+    EXPECT_THROW(watch.throwIfRefused(), std::bad_alloc);
 }
 
 TEST(Color, ANameOfMillionsOfLanguagesIsNone) {
