@@ -1,30 +1,44 @@
 #include "app/image_operations.h"
 
+#include <new>
+
 #include "textimaging/knock_out.h"
 #include "textimaging/trimming.h"
 #include "util/image/nsimage_extensions.h"
 
 namespace skarnel {
+namespace {
+
+/// What the work gives, or none where there was no memory for it.
+template <typename Work>
+auto noneWithoutMemory(Work work) -> decltype(work()) try {
+    return work();
+} catch (const std::bad_alloc&) {
+    return std::nullopt;
+}
+
+}  // namespace
 
 std::optional<NSImage> ImageOperations::initByReferencingFile(const std::string& path) {
-    return NSImage::initByReferencingFile(path);
+    return noneWithoutMemory([&] { return NSImage::initByReferencingFile(path); });
 }
 
 std::optional<NSImage> ImageOperations::imageByScalingProportionallyToSize(const NSImage& image,
                                                                            CGSize size) {
-    return NSImageExtensions::imageByScalingProportionallyToSize(image, size);
+    return noneWithoutMemory(
+        [&] { return NSImageExtensions::imageByScalingProportionallyToSize(image, size); });
 }
 
 std::optional<CGImage> ImageOperations::getCGImageRef(const NSImage& image) {
-    return NSImageExtensions::getCGImageRef(image);
+    return noneWithoutMemory([&] { return NSImageExtensions::getCGImageRef(image); });
 }
 
 std::optional<NSImage> ImageOperations::NSImageFromCGImageRef(const CGImage& image) {
-    return skarnel::NSImageFromCGImageRef(image);
+    return noneWithoutMemory([&] { return std::optional(skarnel::NSImageFromCGImageRef(image)); });
 }
 
 std::optional<TIFFData> ImageOperations::TIFFRepresentation(const NSImage& image) {
-    return TIFFData::initWithImage(image);
+    return noneWithoutMemory([&] { return TIFFData::initWithImage(image); });
 }
 
 std::optional<CGImage> ImageOperations::addReflectionToCGImage(
@@ -35,24 +49,26 @@ std::optional<CGImage> ImageOperations::addReflectionToCGImage(
         readers.peakOpacity();  // the shaping comes before the canvas
         return std::nullopt;
     }
-    std::optional<ReflectionResult> result =
-        skarnel::addReflectionToCGImage(image, perspectiveW, perspectiveH, reflectionOffset,
-                                        gradientOffset, gradient, readers, Drawing::WhenRead);
-    if (!result) return std::nullopt;
-    return std::move(result->image);
+    return noneWithoutMemory([&]() -> std::optional<CGImage> {
+        std::optional<ReflectionResult> result =
+            skarnel::addReflectionToCGImage(image, perspectiveW, perspectiveH, reflectionOffset,
+                                            gradientOffset, gradient, readers, Drawing::WhenRead);
+        if (!result) return std::nullopt;
+        return std::move(result->image);
+    });
 }
 
 std::optional<NSImage> ImageOperations::imageWithBitmap(const CGImage& bitmap) {
-    return skarnel::NSImageFromCGImageRef(bitmap);
+    return noneWithoutMemory([&] { return std::optional(skarnel::NSImageFromCGImageRef(bitmap)); });
 }
 
 std::optional<CIImage> ImageOperations::CIImageMakeFirtsPixelColorTransparent(
     const CIImage& image) {
-    return skarnel::CIImageMakeFirtsPixelColorTransparent(image);
+    return noneWithoutMemory([&] { return skarnel::CIImageMakeFirtsPixelColorTransparent(image); });
 }
 
 std::optional<CGImage> ImageOperations::CIImageGetCGImage(const CIImage& image) {
-    return skarnel::CIImageGetCGImage(image);
+    return noneWithoutMemory([&] { return skarnel::CIImageGetCGImage(image); });
 }
 
 CGRect ImageOperations::usedRect(const NSImage& image, std::int32_t tolerance) {

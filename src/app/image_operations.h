@@ -22,7 +22,8 @@ NSImage NSImageFromCGImageRef(const CGImage& image);
 /// since the reflection's bytes are a signed 32-bit number.
 inline constexpr std::int64_t kMostResultPixels = kResultFactor * DecodeLimits{}.maxPixels;
 
-/// Every function is the pure one of the same name; none of them keeps state.
+/// Every function is the pure one of the same name; none of them keeps state. Those that may give
+/// none do so without memory, too, where the pure ones raise std::bad_alloc.
 class ImageOperations {
   public:
     ImageOperations() = default;

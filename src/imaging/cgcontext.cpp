@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -216,7 +217,7 @@ void CGContext::Impl::draw(const CGImage& image, const Area& source, const Area&
     const Area visible = intersection(shape, state.clip);
     if (visible.isEmpty() || std::isnan(fraction)) return;
     const std::optional<CGImage> picture = image.withAlpha();
-    if (!picture) return;
+    if (!picture) throw std::bad_alloc();
     const AxisPlan across =
         planAxis(source.columns, picture->width(), target.columns, visible.columns, state.quality);
     const AxisPlan down =
@@ -226,7 +227,7 @@ void CGContext::Impl::draw(const CGImage& image, const Area& source, const Area&
     std::optional<ImageRows> rows =
         undrawn != nullptr ? ImageRows::create(*undrawn, picture->width(), across, down)
                            : ImageRows::create(picture->pixels(), across, down);
-    if (!rows) return;
+    if (!rows) throw std::bad_alloc();
     const std::uint8_t opacity = unitToByte(fraction);
     const bool replaces = opacity == 255 && operation != CompositeOperation::DestinationIn;
     if (replaces && drawWhole(*rows, across, down)) return;

@@ -65,7 +65,8 @@ class CGContext {
     void strokeRect(const CGRect& rect, CGSize line);
 
     /// Draws the whole image into the rectangle, stretched as needed. A whole-pixel rectangle of
-    /// the image's own size is composited pixel by pixel, without resampling.
+    /// the image's own size is composited pixel by pixel, without resampling. Raises std::bad_alloc
+    /// without memory, as all drawing does: nothing or a part would pass for the picture.
     void drawImage(const CGImage& image, const CGRect& destination);
 
     /// Draws `source` (bottom-up, in the image's pixels) into `destination` at an opacity of 0..1.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 
 #include "imaging/cgcontext.h"
 #include "qt/picture_painter.h"
@@ -17,11 +18,13 @@ constexpr std::int64_t kMostPixels = 500'000;
 
 }  // namespace
 
-std::optional<CGImage> resizedPicture(const CGImage& source, int width, int height) {
+std::optional<CGImage> resizedPicture(const CGImage& source, int width, int height) try {
     const auto context = CGContext::create(width, height);
     if (!context) return std::nullopt;
     context->drawImage(source, {0, 0, 1.0 * width, 1.0 * height});
     return std::move(*context).takeImage();
+} catch (const std::bad_alloc&) {
+    return std::nullopt;
 }
 
 QImage presetThumbnail(const CGImage& source, const SettingNumbers& settings) {

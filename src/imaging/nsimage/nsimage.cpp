@@ -5,9 +5,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <new>
 #include <utility>
 
 #include "imaging/cgcontext.h"
+#include "imaging/io/read_file.h"
 #include "imaging/nsimage/tiff_form.h"
 
 namespace skarnel {
@@ -74,14 +76,21 @@ struct NSImage::Object {
         return true;
     }
 
+    /// Without memory there is an error as for a file that cannot be decoded: who asks for a size
+    /// or for pixels expects no exception.
     void readFile() {
         if (unreadFile.empty()) return;
         const std::string path = std::exchange(unreadFile, {});
-        auto decoded = decodeImageFile(path);
-        if (decoded)
-            take(*std::move(decoded));
-        else
-            readError = decoded.error();
+        try {
+            auto decoded = decodeImageFile(path);
+            if (decoded)
+                take(*std::move(decoded));
+            else
+                readError = decoded.error();
+        } catch (const std::bad_alloc&) {
+            properties.clear();
+            readError = {ErrorCode::OutOfMemory, io::kNoMemory};
+        }
     }
 
     /// What stands for the image in pixels: the representation of exactly its size, otherwise the

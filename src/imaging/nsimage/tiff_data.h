@@ -16,11 +16,11 @@ class TIFFData {
     /// None when the image has nothing to encode.
     static std::optional<TIFFData> initWithImage(const NSImage& image);
 
-    /// None when the image cannot be encoded.
-    std::optional<Bytes> bytes() const { return image_.TIFFRepresentation(); }
+    /// None when the image cannot be encoded, or without memory.
+    std::optional<Bytes> bytes() const;
 
     /// Equal to decoding `bytes`; none when there are none.
-    std::optional<DecodedImage> decoded() const { return image_.decodedTIFFRepresentation(); }
+    std::optional<DecodedImage> decoded() const;
 
   private:
     explicit TIFFData(NSImage image) : image_(std::move(image)) {}
