@@ -170,13 +170,14 @@ TEST_F(WindowStateFaults, AFileThatMayNotBeReadIsKeptBesideTheNewOne) {
 TEST_F(WindowStateFaults, DamageThatHappensWhileTheWindowIsUpLosesNothingThatItKnows) {
     const ScopedLogCapture log;
     WindowState state(path);
-    put("{");
+    put(R"({"presets": "gone", "recentFiles": ["/p/theirs"], "checkerboard": true})");
     state.setCueMuted(true);
     EXPECT_TRUE(state.save());
     const WindowState next(path);
     EXPECT_TRUE(next.cueMuted());
+    EXPECT_TRUE(next.checkerboard());
     EXPECT_EQ(namesOf(next), QStringList{QStringLiteral("Old")});
-    EXPECT_EQ(next.recentFiles(), QStringList{QStringLiteral("/p/old")});
+    EXPECT_EQ(next.recentFiles(), QStringList{QStringLiteral("/p/theirs")});
 }
 
 TEST_F(WindowStateFaults, AFileThatRootMakesIsTheUsersOwn) {

@@ -106,7 +106,7 @@ TEST_F(SettingsOnAFailingDisk, AreReadAtTheFourthTry) {
 }
 
 TEST_F(SettingsOnAFailingDisk, AreNotWaitedForWhereWaitingIsOfNoUse) {
-    for (const int error : {EACCES, EPERM, ELOOP, ENOTDIR, ENAMETOOLONG}) {
+    for (const int error : {EACCES, EPERM, EISDIR, ENXIO, ELOOP, ENOTDIR, ENAMETOOLONG}) {
         FailingDisk disk("open", error);
         EXPECT_FALSE(SettingsStore(path_, disk).contains("alpha"));
         EXPECT_TRUE(disk.pauses.empty());
@@ -181,7 +181,7 @@ TEST_F(DamagedSettings, DamageThatHappensWhileWeRunLosesNoKeyThatWasReadBefore) 
     putFile(path_, R"({"alpha": 12, "gradient": 3})");
     SettingsStore store(path_);
     putFile(path_, R"({"alpha": "much", "offset": 4})");
-    ASSERT_TRUE(store.reload());
+    for (int i = 0; i < 2; ++i) ASSERT_TRUE(store.reload());
     EXPECT_THAT(store.keys(), ElementsAre("alpha", "gradient", "offset"));
     putFile(path_, "broken");
     store.removeObject("gradient");
