@@ -113,15 +113,19 @@ TEST(HTMLImporter, TellsHowDeepMarkupIs) {
         EXPECT_FALSE(isNestedTooDeeply(cut, 1)) << cut;
     for (const char* part :
          {"<div></div>", "<DIV ></div >", "<dl><dt>a<dd>b</dd></dl>", "<dd></dd><dt></dt>", "<p>a",
-          "<li>", "<table><tr><th>a<td>b<tr><td></td></tr></table>", "<br>", "<input>"})
+          "<li>", "<dt>a<dd>b", "<dd>a<dt>b", "<table><tr><th>a<td>b<tr><td></td></tr></table>",
+          "<br>", "<input>", "<img>"})
         EXPECT_FALSE(isTooDeep(part, 200)) << part;
+    for (const char* part : {"<dd><p>", "<dt><li>", "<td><p>", "<tr><dd>"})
+        EXPECT_TRUE(isTooDeep(part, 200)) << part << ": neither ends the other";
 }
 
 TEST(HTMLImporter, BelievesEndTagsBehindWhatAllParsersReadAlike) {
     for (const char* before :
          {"<!-- <b> </b> > -->", "<!DOCTYPE html>", "<![if !x]>", "<br a=b/c d = 'e>f' g=\"<\" h>",
           "<br a=b/>", "<br a=b/ >", "<style><!-- b > c --> b > c</style>",
-          "<noscript><br><i></i></noscript>", "<br\n@a:b.c=1\t/>", "text > 'text\""})
+          "<noscript><br><i></i></noscript>", "<br\n@a:b.c=1\t/>", "<br\r\fa-b_c.d:e9=1Z>",
+          "<a-b_c.d:e9></a-b_c.d:e9>", "<?xml a='1'?>", "text > 'text\""})
         EXPECT_FALSE(isNestedTooDeeply(before + repeated("<div></div>", 300), 100)) << before;
 }
 
@@ -143,6 +147,9 @@ TEST(HTMLImporter, BelievesNoEndTagBehindAnythingElse) {
                                "<b a='1'b>",
                                "<b/x>",
                                "<b\"x\">",
+                               "<_>",
+                               "<[>",
+                               "<{>",
                                "<plaintext>",
                                "<style><!--<--></style>",
                                "<title><b a='<'></title>",
@@ -178,6 +185,9 @@ TEST(HTMLImporter, StyleSheetsCountWithEachElementThatTheyMayBeAbout) {
         isNestedTooDeeply("<style>" + repeated("b{}", 100) + repeated("</x>", 1'000), 10'000))
         << "each ends it to the toolkit";
     EXPECT_TRUE(isNestedTooDeeply(repeated("<style></style>", 3'000), 10'000));
+    const std::string small = repeated("<style>b{}</style>", 200);
+    EXPECT_FALSE(isNestedTooDeeply(small, 10'000));
+    EXPECT_TRUE(isNestedTooDeeply("< " + small, 10'000)) << "none may have ended";
 }
 
 TEST(HTMLImporter, TakesLongMarkupThatIsNot) {
