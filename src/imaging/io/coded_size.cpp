@@ -119,7 +119,7 @@ bool addUnit(ByteView unit, CodedSize& size, std::uint32_t& slices) {
     return true;
 }
 
-// --- AV1, by the clauses of the AV1 Bitstream & Decoding Process Specification.
+// --- AV1, by the clauses of "AV1 Bitstream & Decoding Process", version 1.0.0.
 
 /// What of a sequence header its frames' heads depend on.
 struct Sequence {
